@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QSettings>
+
+/// The two per-user settings stores and the keys that more than one room reads. A store is opened where it is
+/// used and dropped at once, so that each use sees what the last one wrote.
+namespace Settings {
+
+/// Everything but the data folders.
+QSettings mainStore();
+/// The data folders only.
+QSettings pathsStore();
+
+constexpr const char* logging = "logging";                   // bool, false
+constexpr const char* version = "version";                   // string, "Kormelin"; the edition
+constexpr const char* vestrelPanel = "VestrelPanel";         // bool, false; panel mode for one start
+constexpr const char* language = "language";                 // string, "def"
+constexpr const char* simulations = "simulations";           // bool, false
+constexpr const char* numDefined = "colab/num_defined";      // int, 4; loggers in use
+constexpr const char* unitsCelsius = "units/celsius";        // bool, true
+constexpr const char* unitsBaroHpa = "units/baro_hpa";       // bool, false
+constexpr const char* unitsAirKpa = "units/air_kpa";         // bool, true
+constexpr const char* unitsMeter = "units/meter";            // bool, true
+constexpr const char* unitsKmh = "units/kmh";                // bool, true
+constexpr const char* unitsMph = "units/mph";                // bool, true; counts while kmh is false
+constexpr const char* hideGrid = "shot/hidegrid";            // bool, false
+constexpr const char* curveWidth = "shot/width";             // int, 2
+constexpr const char* curveWidthActive = "shot/widthactive"; // int, 4
+
+/// "BT/logger1" to "BT/logger8": the serial port of logger `index`, 0 to 7.
+QString loggerKey(int index);
+/// "BT/name1" to "BT/name8": the group name of logger `index`, 0 to 7.
+QString groupKey(int index);
+
+/// True when the edition is "VestrelJunior".
+bool isJuniorEdition();
+
+} // namespace Settings

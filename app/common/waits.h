@@ -1,0 +1,13 @@
+#pragma once
+
+/// The only place where the program runs its event loop from inside a slot. Whoever calls this can be entered
+/// again and may find objects gone on return: hold what is needed afterwards by QPointer.
+namespace Waits {
+
+/// Handles events for `ms` milliseconds, asleep while there are none. At most about 5 ms late.
+void pump(int ms);
+
+/// Handles what is already waiting, without sleeping.
+void pumpPending();
+
+} // namespace Waits

@@ -1,0 +1,52 @@
+# Compile options shared by every target, and one function per kind of target.
+
+function(pellandra_build_options)
+    add_library(pellandra_options INTERFACE)
+    target_compile_options(pellandra_options INTERFACE -Wall -Wextra -Wpedantic)
+    if(PELLANDRA_WERROR)
+        target_compile_options(pellandra_options INTERFACE -Werror)
+    endif()
+    target_compile_definitions(pellandra_options INTERFACE
+        QT_DEPRECATED_WARNINGS QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
+        PELLANDRA_VERSION="1.0.3a")
+    target_include_directories(pellandra_options INTERFACE "${PROJECT_SOURCE_DIR}")
+    if(PELLANDRA_SANITIZE)
+        target_compile_options(pellandra_options INTERFACE
+            -fsanitize=${PELLANDRA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+        target_link_options(pellandra_options INTERFACE -fsanitize=${PELLANDRA_SANITIZE})
+    endif()
+endfunction()
+
+# pellandra_room(<name> SOURCES <files...> LINKS <targets...>)
+# The static library of one folder. Links are public: a room's headers name what it stands on.
+function(pellandra_room name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_library(pellandra_${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(pellandra_${name} PUBLIC pellandra_options ${ARG_LINKS})
+endfunction()
+
+# pellandra_test(<name> SOURCES <files...> LINKS <targets...> [LABELS <labels...>] [XVFB] [TIMEOUT <s>])
+# One Qt Test executable and its ctest entry. Every test runs with settings of its own.
+function(pellandra_test name)
+    cmake_parse_arguments(ARG "XVFB" "TIMEOUT" "SOURCES;LINKS;LABELS;ARGS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+    target_link_libraries(${name} PRIVATE ${ARG_LINKS} Qt5::Test)
+    set(command $<TARGET_FILE:${name}> ${ARG_ARGS})
+    set(platform "QT_QPA_PLATFORM=offscreen")
+    if(ARG_XVFB)
+        set(command xvfb-run -a -s "-screen 0 1920x1080x24" ${command})
+        set(platform "QT_QPA_PLATFORM=xcb")
+    endif()
+    add_test(NAME ${name} COMMAND ${command} WORKING_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+    if(NOT ARG_LABELS)
+        set(ARG_LABELS unit)
+    endif()
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    set(home "${CMAKE_BINARY_DIR}/tests/home/${name}")
+    file(MAKE_DIRECTORY "${home}")
+    set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT}
+        ENVIRONMENT "${platform};XDG_CONFIG_HOME=${home};HOME=${home};XDG_RUNTIME_DIR=${home};LC_ALL=C.UTF-8")
+endfunction()
