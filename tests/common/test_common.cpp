@@ -1,0 +1,86 @@
+#include <QElapsedTimer>
+#include <QTest>
+#include <QTimer>
+
+#include "app/common/common.h"
+#include "app/common/settings.h"
+#include "app/common/waits.h"
+#include "tests/common/testsupport.h"
+
+class TestCommon : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { guard.reset(new WarningGuard); }
+
+    void cleanup()
+    {
+        VERIFY_NO_WARNINGS(*guard);
+        Settings::mainStore().remove(QLatin1String(Settings::language));
+        Common::forgetLocale();
+        guard.reset();
+    }
+
+    void numbersFollowTheLanguage_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("quoted");
+        QTest::newRow("the system's") << "def"
+                                      << "1234.50"
+                                      << "1234.50";
+        QTest::newRow("English") << "en"
+                                 << "1234.50"
+                                 << "1234.50";
+        QTest::newRow("Polish") << "pl"
+                                << "1234,50"
+                                << "\"1234,50\"";
+        QTest::newRow("Russian") << "ru"
+                                 << "1234,50"
+                                 << "\"1234,50\"";
+        QTest::newRow("Brazil counts as Portuguese") << "pt_BR"
+                                                     << "1234,50"
+                                                     << "\"1234,50\"";
+        QTest::newRow("Azeri keeps the comma for columns") << "az"
+                                                           << "1234,50"
+                                                           << "1234,50";
+        QTest::newRow("the code counts in lower case only") << "PL"
+                                                            << "1234.50"
+                                                            << "1234.50";
+    }
+
+    void numbersFollowTheLanguage()
+    {
+        QFETCH(QString, language);
+        Settings::mainStore().setValue(QLatin1String(Settings::language), language);
+        Common::forgetLocale();
+        QTEST(Common::myToString(1234.5, 'f', 2), "text");
+        QTEST(Common::myToStringOptionalQuotes(1234.5, 'f', 2), "quoted");
+    }
+
+    void aChangedLanguageWaitsForTheNextStart()
+    {
+        QVERIFY(!Common::isPolish());
+        Settings::mainStore().setValue(QLatin1String(Settings::language), QStringLiteral("pl"));
+        QVERIFY(!Common::isPolish());
+    }
+
+    void aWaitHandlesEventsAndEndsInTime()
+    {
+        bool ran = false;
+        QTimer::singleShot(10, this, [&ran] { ran = true; });
+        QElapsedTimer clock;
+        clock.start();
+        Waits::pump(40);
+        QVERIFY(ran);
+        QVERIFY2(clock.elapsed() >= 39 && clock.elapsed() < 500,
+                 qPrintable(QString::number(clock.elapsed())));
+    }
+
+private:
+    QScopedPointer<WarningGuard> guard;
+};
+
+QTEST_GUILESS_MAIN(TestCommon)
+#include "test_common.moc"

@@ -1,0 +1,48 @@
+#include "tests/common/testsupport.h"
+
+#include <QMutexLocker>
+#include <QtGlobal>
+
+namespace {
+WarningGuard* current = nullptr;
+}
+
+WarningGuard::WarningGuard()
+{
+    current = this;
+    previous = qInstallMessageHandler(&WarningGuard::handle);
+}
+
+WarningGuard::~WarningGuard()
+{
+    qInstallMessageHandler(previous);
+    current = nullptr;
+}
+
+void WarningGuard::expect(const QString& part)
+{
+    const QMutexLocker lock(&mutex);
+    expected.append(part);
+}
+
+QStringList WarningGuard::failures() const
+{
+    const QMutexLocker lock(&mutex);
+    return unexpected;
+}
+
+void WarningGuard::handle(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (!current)
+        return;
+    if (type == QtWarningMsg || type == QtCriticalMsg) {
+        const QMutexLocker lock(&current->mutex);
+        bool known = false;
+        for (const QString& part : qAsConst(current->expected))
+            known = known || message.contains(part);
+        if (!known)
+            current->unexpected.append(message);
+    }
+    if (current->previous)
+        current->previous(type, context, message);
+}
