@@ -1,0 +1,284 @@
+#pragma once
+
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <QVector>
+
+#include "link/commandtype.h"
+#include "link/packetidentifier.h"
+#include "protocol/expinfo.h"
+#include "protocol/loggermodels.h"
+#include "protocol/ratetables.h"
+#include "sensors/sensor.h"
+
+namespace Packets {
+struct Status;
+struct VortaStatus;
+} // namespace Packets
+
+/// Reasons of runTerminated(int, int).
+enum terminateReason
+{
+    TERMINATE_BATTERY = 2,
+    TERMINATE_MEMORY = 3,
+    TERMINATE_MAXEXP = 4,
+    TERMINATE_NOSENS = 5
+};
+
+/// Results of calibrationResult(int).
+enum calibrationReason
+{
+    CALIBRATION_OK = 1,
+    CALIBRATION_ALLREADY = 2,
+    CALIBRATION_FAR = 3,
+    CALIBRATION_RANGE = 4,
+    CALIBRATION_MODE = 5
+};
+
+/// The program's picture of one logger: what it is, which sensors it has, what it is set to do, and what its
+/// last packets said. Everything runs on the GUI thread; packet slots use the bytes only during the call and
+/// ignore a packet that is too short.
+class TembrinData : public QObject, public PacketIdentifier
+{
+    Q_OBJECT
+
+public:
+    using SampleBlock = QVector<QVector<double>>;
+
+    explicit TembrinData(int index, QObject* parent = nullptr);
+    ~TembrinData() override;
+
+    // --- Names shown to the user -------------------------------------------------------------------------
+    QString RateNames[RateTables::count];           ///< by `rate`
+    QString VortaRateNames[RateTables::vortaCount]; ///< by `Vorta_rate`, 1 to 5; entry 0 is empty
+    QString SamplesNames[5];                        ///< by `samples`; entry 3 depends on the logger type
+    QString TrigTypeNames[3];                       ///< by `trigType`
+    static constexpr const auto& Rates = RateTables::seconds;           ///< seconds per sample, by `rate`
+    static constexpr const auto& VortaRates = RateTables::vortaSeconds; ///< the same by `Vorta_rate`, 1 to 5
+
+    // --- What the logger is set to do --------------------------------------------------------------------
+    short rate = 2;    ///< index into Rates, always inside it
+    short samples = 1; ///< index into SamplesNames, always inside it
+    short numExperiments = 0;
+    short runState = -1; ///< 0 is idle
+    short trigType = 0;
+    short trigSens = 7; ///< list index
+    short trigLevel = 25;
+    short rangeSens = 0; ///< list index, 0xFF when off
+    short rangeMin = 0;
+    bool confSound = false;
+    bool confFarenheit = false;
+    bool confBTEnabled = false;
+    bool confGPSEnabled = false;
+    bool confHPA = false;
+    int confLanguage = 0;
+    QDateTime loggerDateTime; ///< UTC, of the last good status
+
+    // --- What it is --------------------------------------------------------------------------------------
+    short tembrinType = LOGGER_BIRCH; ///< 0 between a sensor list and the next status
+    short firmwareVersion = 0;
+    short firmwareSmallVersion = 0; ///< 0 to 99
+    bool loggerRecognized = false;  ///< a status arrived since the last loss
+    bool gotSensorList = false;     ///< a sensor list arrived since the last loss
+    const int index;                ///< logger slot, 0 to 7
+
+    // --- Sensors -----------------------------------------------------------------------------------------
+    SensorList sensors;
+    QVector<int> activeIndices; ///< list indices of the last mask, ascending
+    int extTempIndex = -1;
+    int ext1Index = -1; ///< the external sockets, -1 if the logger has none
+    int ext2Index = -1;
+    int ext1Code = -1; ///< what the logger last said is plugged in, -1 before it did
+    int ext2Code = -1;
+    bool hasPhotogateCompatibleSensor = false;
+    bool hasPhotogate = false;
+    bool photogateEnabled = false;
+    double photoObjW = 0.05; ///< width of the card, m
+    bool unitIsFahrenheit;   ///< the program's own unit
+
+    // --- The last run ------------------------------------------------------------------------------------
+    short lastRate = -1;
+    short lastSamples = -1;
+    short lastMask = -1;
+
+    // --- Cutting of the byte stream ----------------------------------------------------------------------
+    int onlineMask = -1; ///< mask that onlineBytesPerSample was counted for, -1 for none
+    int onlineBytesPerSample = 0;
+    int samplesWaiting = 0; ///< whole packets behind the present one
+    int dataPacketSize = 767;
+
+    // --- Download ----------------------------------------------------------------------------------------
+    int lastPacket = -1; ///< number of the last good packet
+    int expectedPackets = 0;
+    QVector<unsigned char> dataBuffer;
+    short actSamples = 0;
+    short actRate = 0; ///< index into Rates, always inside it
+    int storedBytesPerSample = 0;
+    QVector<expInfo> expList;
+
+    // --- Vorta -------------------------------------------------------------------------------------------
+    short Vorta_rate = 2;    ///< index into VortaRates, always 1 to 5
+    short Vorta_samples = 0; ///< a number, not an index
+    short Vorta_offset1 = 0;
+    short Vorta_offset2 = 0;
+    short Vorta_gain = 0; ///< tenths for the first force channel
+    short Vorta_HardwareVersion = 0;
+    short Vorta_SoftwareVersion = 0;
+    int onlineCounter = 0; ///< number of the next block of a run
+    bool Vorta_drawOnline = true;
+    bool Vorta_invertForce = false;
+
+    // --- Identity and status (tembrindata.cpp, tembrindata_status.cpp) -----------------------------------
+    bool isIdle() const { return runState == 0; }
+    bool isFastRate() const { return rate >= RateTables::firstFast; }
+    bool isVorta() const { return vorta; }
+    void setVorta(bool tf) { vorta = tf; }
+    bool isLoggerRecognized() const { return loggerRecognized; }
+    void setLoggerRecognized(bool tf) { loggerRecognized = tf; }
+    bool isGotSensorList() const { return gotSensorList; }
+    void setGotSensorList(bool tf) { gotSensorList = tf; }
+
+    /// A rate code from the wire to an index into Rates, by the present type and firmware.
+    short fixedRate(short code) const;
+    /// The inverse of fixedRate().
+    short fixedRateDecrease(short rate) const;
+    /// True when this logger offers the rate.
+    bool isIncludedInRateMenu(short rate) const;
+    /// The name of the rate with exactly this period in seconds, else that of 1/Sec.
+    QString getRateNameFromDT(double dt) const;
+    /// The model, its versions, in one translated line.
+    QString versionLine() const;
+    /// The translated name of a model; a code without one gives "Tembrin 0x" and the code.
+    static QString modelName(int type);
+
+    /// Bit i is set when sensors[i] is active.
+    quint16 activeMask() const;
+    void setActiveFromMask(quint16 mask);
+    void keepLastRunParameters();
+    void disableRepeatedRun() { lastRate = -1; }
+    /// The sensors whose ID occurs in `list` become active, all others not.
+    void setActiveSensors(const SensorList& list);
+
+    const SensorList& getSensors() const { return sensors; }
+    /// The sensor of this ID, or the composite with a child of this ID; `virtualIndex` (may be null) gets the
+    /// child's place, -1 for a plain sensor. Null if there is none. The two external thermometers count as
+    /// one.
+    SensorPtr getSensByID(int id, int* virtualIndex) const;
+    /// The same by name.
+    SensorPtr getSensByName(const QString& name, int* virtualIndex) const;
+    /// Place in the list, -1 when absent.
+    int getIndexByID(int id) const;
+
+    // --- External sockets (tembrindata.cpp) --------------------------------------------------------------
+    bool isExtSens1(int i) const { return i == ext1Index; }
+    bool isExtSens2(int i) const { return i == ext2Index; }
+    int getExtSensID1() const { return ext1Code; }
+    int getExtSensID2() const { return ext2Code; }
+    /// Gives the first or second external socket a new identity; an ID that can't be there changes nothing.
+    void replaceSensor(bool first, int id);
+    /// What the logging setup says of a socket: 0 for none and for a port that nothing is known of.
+    short externalCode(bool first) const;
+
+    // --- Byte stream (tembrindata_identify.cpp) ----------------------------------------------------------
+    PacketKind identifyPacket(const char* bytes, int size, int* length) override;
+
+    // --- Download (tembrindata_download.cpp) -------------------------------------------------------------
+    int getBufferNSamp() const { return actSamples; }
+    /// The downloaded experiment, one column per channel (a composite gives one per child), in base units. A
+    /// sample that the received bytes don't reach is left out.
+    SampleBlock getSamplesVector();
+    /// A download was begun and has not ended.
+    bool isDownloading() const { return downloadOpen; }
+
+public Q_SLOTS:
+    void handleStatus(unsigned char* udata, int len);
+    void handleTestData(unsigned char* udata, int len);
+    void handleSensID(unsigned char* udata, int len);
+    void handleExtEvent(unsigned char* udata, int len);
+    /// What the user says is plugged in; -1 leaves a socket unchanged, 0 is nothing.
+    void handleQuellmarkSensors(int ext1, int ext2);
+    void handleOnline(unsigned char* udata, int len);
+    void handleTelemetry(unsigned char* udata, int len);
+    void tooSlowSignal();
+
+    void handleDataPacket(unsigned char* udata, int len);
+    void handleInfoPacket(unsigned char* udata, int len);
+    void timeoutWaitingPacket();
+    void handleProgMem(unsigned char* udata, int len);
+    void handleEEPROM(unsigned char* udata, int len);
+    void HandleBLCS(unsigned char* udata, int len);
+
+    void handleVortaStatus(unsigned char* udata, int len);
+    void handleVortaFetch(unsigned char* udata, int len);
+    void handleVortaOnlineFast(unsigned char* udata, int len);
+    void handleVortaOnlineSlow(unsigned char* udata, int len);
+
+Q_SIGNALS:
+    void newSnapReceived();
+    void onlineReceived(short currentSample, int samplesWaiting);
+    /// A sample, or a block of them from a Vorta logger: `data` is empty for every other logger, whose values
+    /// stand in the sensors until the next packet. A negative sample says that the computer is too slow.
+    void onlineReceived(int index, short currentSample, QVector<QVector<double>> data, int samplesWaiting);
+    void statusReceived();
+    void testDataReceived(QVector<unsigned char> results);
+    void needNextPacket();
+    void needLoggerType();
+    void downloadComplete(int index, bool success);
+    void gotExperimentInfo();
+    void donePacket(int packNum, int expPack);
+    void stopTransmission();
+    /// The logger did not start or gave up, see terminateReason.
+    void runTerminated(int index, int reason);
+    /// A run has stopped.
+    void runTerminated(int index, bool user);
+    void calibrationResult(int reason);
+    void offlineRunStarted(bool tf);
+    /// A page of the loader; address -1 for a damaged one.
+    void gotBootloaderMem(int address, QByteArray data);
+    void gotBootloaderCS(int eepromCS, int flashCS);
+    void gotBrevikString();
+    void loggerTypeChanged();
+    void recognizedVorta();
+    void loggerMode();
+    void commandAccepted(int index, commandType cmd);
+    void communicationEstablished(int index);
+    void requestStats(int index);
+    void temperatureChangeWarning(int index);
+
+private:
+    // Identity and status
+    void setupSensorsForType(int type);
+    void setSamplesNamesForType();
+    void forgetOnlineMask() { onlineMask = -1; }
+    void takeStatusFields(const Packets::Status& status);
+    void followExternalTemperature();
+    void checkTemperatureUnit();
+    void takeModel(int type);
+    void reactToStatus(int eventCode);
+    void takeSocketChanges(int first, int second);
+
+    // Byte stream
+    PacketKind identifyOnline(const char* bytes, int size, int* length);
+    bool passesGate(unsigned char family, unsigned char type) const;
+
+    // Download
+    void startDownload();
+    void endDownload();
+    void forgetExperimentTable();
+    void rejectExperimentTable();
+    void takeDownloadHeader(const unsigned char* bytes, bool withSockets);
+
+    // Vorta
+    void becomeVorta();
+    void applyVortaCalibration();
+    void reactToVortaStatus(int eventCode);
+    void emitVortaBlock(const SampleBlock& block);
+
+    bool vorta = false;
+    bool downloadOpen = false;
+    int packetRepeats = 0; ///< requests since the last good packet
+    QTimer packetTimer;
+    static bool temperatureWarned; ///< one mark for all loggers of the program
+};

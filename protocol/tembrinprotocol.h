@@ -1,0 +1,149 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+#include <QVector>
+
+#include <memory>
+
+#include "link/commandtype.h"
+#include "link/connectthread.h"
+#include "link/possibledevice.h"
+#include "link/serialport.h"
+
+class MyPortTalker;
+class PortListener;
+class SerialMonitorThread;
+class TembrinData;
+
+/// The session with the logger of one slot: its port, what goes out and when. All but open() runs on the GUI
+/// thread. A command is written and forgotten; what came of it is told by signals of `tembrinData`. Sends to
+/// a logger that is not connected do nothing.
+class TembrinProtocol : public QObject, public PortOpener
+{
+    Q_OBJECT
+
+public:
+    enum PortMode
+    {
+        Polling = 0,
+        EventDriven = 1
+    };
+
+    explicit TembrinProtocol(int index, QObject* parent = nullptr);
+    ~TembrinProtocol() override;
+
+    const int index;                ///< logger slot, 0 to 7
+    TembrinData* const tembrinData; ///< child of this object
+
+    // --- The connection ----------------------------------------------------------------------------------
+    QString portName;
+    int portMode = EventDriven;
+    bool isConnect = false; ///< the port is open and its lines are up
+    bool isBT = false;
+    QString loggerKey; ///< settings keys of this slot
+    QString groupKey;
+    QString groupName;                ///< shown to the user, read by open()
+    QVector<possibleDevice> devices;  ///< paired devices
+    SerialPort* port = nullptr;       ///< child of this object while a connection lasts, as are the next two
+    PortListener* listener = nullptr; ///< made by init()
+    MyPortTalker* talker = nullptr;   ///< made by init()
+
+    // --- The firmware loader -----------------------------------------------------------------------------
+    bool isBootLoader = false; ///< the loader answered, not the firmware
+    bool ignoreOneBootLoaderReady = false;
+    int blVersion = 0; ///< version of the loader, 0 if none was seen
+
+    /// Replaces the maker of ports; before the first open().
+    void setPortFactory(SerialPortFactory factory) { portFactory = std::move(factory); }
+
+    /// Opens the port that the settings name for this slot. Blocks, so it runs on a ConnectThread; whatever
+    /// it found is taken over on this object's thread, where openDone() follows in every case.
+    int open() override;
+    /// Wires a freshly opened port to the listener, the talker and `tembrinData`. 0 in every case.
+    int init();
+    /// Closes the port and lets go of it. Always ends in loggerDisconnected().
+    void release();
+
+    /// A fresh search for paired devices.
+    QVector<possibleDevice> getPairedDevices();
+    /// The name of the paired device whose port is this slot's, empty if there is none.
+    QString loggerName() const;
+    QString getGroupName() const { return groupName; }
+    void setGroupName(const QString& name) { groupName = name; }
+
+    /// The main way of sending: adds the arguments from `tembrinData`, and translates or drops the command
+    /// for a Vorta logger.
+    void sendCommand(commandType cmd);
+    /// With one argument and without translation.
+    void sendCommand(commandType cmd, short argument);
+    /// A long command, once.
+    void sendCommand(commandType cmd, const QByteArray& data);
+    /// A long command, again every `ms` milliseconds until stopCmdTimer(), at most six times in all.
+    void sendCommandWithTimeout(commandType cmd, const QByteArray& data, int ms);
+    void sendVortaCommand(commandType cmd);
+    void sendBLCommand(commandType cmd);
+    /// Repeated once after a second unless stopBLTimer() comes first.
+    void sendBLCommand(commandType cmd, int address);
+    void sendBLCommand(commandType cmd, int address, const QByteArray& data);
+    void stopBLTimer();
+    void stopCmdTimer();
+
+public Q_SLOTS:
+    void sendNextPacket();
+    void requestLoggerType();
+    void detectedVorta();
+    void stopTransmission();
+    void deleteFromLogger(bool all);
+    void sendIDTimeout();
+    void BLTimeout();
+    void cmdTimeout();
+    /// A fault on the port, or its device is gone.
+    void test(int code);
+    void test();
+    void BTChangeStatus(bool tf);
+
+Q_SIGNALS:
+    void openDone(int index);
+    void loggerDisconnected(int index);
+    void foundUSB();
+    void tryBT();
+    void publishBTList(QStringList list, bool isBT);
+    void wrongDriver();
+
+private:
+    /// What open() brings back from its thread.
+    struct OpenResult
+    {
+        QString portName;
+        QString groupName;
+        std::unique_ptr<SerialPort> port;
+        bool linesUp = false;
+    };
+
+    OpenResult openPort() const;
+    void takeOpened(OpenResult* result);
+    void dropPortBeforeOpen();
+    void dropConnection();
+    void connectPort();
+    void watchPort();
+    void connectPackets();
+    void loseConnection();
+    QVector<short> loggingSetup() const;
+    QVector<short> configuration() const;
+
+    SerialPortFactory portFactory;
+    SerialMonitorThread* monitor = nullptr; ///< polling mode only, made at first need
+    QTimer sendIDTimer;
+    QTimer blTimer;
+    QTimer cmdTimer;
+    int sendIDTries = 0;
+    int cmdTries = 0;
+    commandType lastCommand = CMD_GET_TEMBRIN_STATUS;
+    int lastAddress = 0;
+    QByteArray lastData;
+    int lastTimeout = 0;
+};
