@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QByteArray>
-
 /// What stands at the head of a receive buffer.
 enum class PacketKind
 {
@@ -37,6 +35,7 @@ public:
     virtual ~PacketIdentifier() = default;
 
     /// Looks at `size` bytes. `length` becomes the packet's size, the number of bytes to throw away for Junk
-    /// (at least 1), or 0 for Incomplete. The bytes are not changed and not kept.
+    /// (at least 1), or 0 for Incomplete. A length of 0 or beyond `size` also counts as Incomplete. The bytes
+    /// are not changed and not kept.
     virtual PacketKind identifyPacket(const char* bytes, int size, int* length) = 0;
 };

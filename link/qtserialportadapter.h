@@ -1,0 +1,58 @@
+#pragma once
+
+#include "link/serialport.h"
+
+#include <QMutex>
+
+#include <memory>
+
+/// A serial port of the system. The device lives on a thread of its own from open() to close(), so that
+/// bytes are taken off the line however busy the reader is, and a stalled line holds up nobody. Any name
+/// under /dev or an absolute path is a port, a pseudo terminal or a link to one as well.
+///
+/// The object belongs to the application's thread whichever thread makes it. A line can die before anybody
+/// has connected to dsrChanged(), so look at isOpen() once after connecting.
+class QtSerialPortAdapter : public SerialPort
+{
+    Q_OBJECT
+
+public:
+    QtSerialPortAdapter(const QString& portName, QueryMode mode);
+    ~QtSerialPortAdapter() override;
+
+    QString portName() const override;
+    QueryMode queryMode() const override;
+    /// Gives up after a while on a device that does not answer; close() from another thread ends the wait.
+    bool open(OpenMode mode) override;
+    void close() override;
+    void closeWithoutFlush() override;
+    bool isOpen() const override;
+    void setBaudRate(int baud) override;
+    void setDataBits(int bits) override;
+    void setParity(Parity parity) override;
+    void setStopBits(StopBits bits) override;
+    void setFlowControl(FlowControl flow) override;
+    qint64 bytesAvailable() const override;
+    QByteArray read(qint64 maxSize) override;
+    qint64 write(const QByteArray& bytes) override;
+    unsigned lineStatus() const override;
+    QString errorString() const override;
+
+    class Session;
+
+private:
+    std::shared_ptr<Session> current() const;
+    void end(bool flush);
+    template<typename Change> void changeSettings(Change change);
+
+    struct Settings;
+    const QString name;
+    const QueryMode mode;
+    std::unique_ptr<Settings> settings;
+    mutable QMutex mutex; // guards the two members below and the settings
+    std::shared_ptr<Session> session;
+    QString lastError;
+};
+
+/// Makes ports of the system.
+SerialPortFactory systemPortFactory();

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "link/serialport.h"
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QMutex>
+#include <QPointer>
+#include <QStringList>
+#include <QVector>
+
+/// A port without a line: tests feed it, stall it, make it fail, hang it up, and look at what was written.
+/// It may be opened on a ConnectThread; everything else belongs on the test's thread.
+class FakePort : public SerialPort
+{
+    Q_OBJECT
+
+public:
+    struct Write
+    {
+        qint64 ms; // since the port was made
+        QByteArray bytes;
+    };
+
+    explicit FakePort(const QString& name = QStringLiteral("fake"), QueryMode mode = QueryMode::EventDriven);
+
+    // The test's side.
+    /// Bytes arrive; readyRead() follows if it is not stalled or polled, and the port is open.
+    void feed(const QByteArray& bytes);
+    /// A stalled port keeps what arrives to itself until the stall ends.
+    void setStalled(bool stalled);
+    /// The modem lines; dsrChanged() follows a change of DSR on an open port.
+    void setLines(unsigned lines);
+    /// The other end is gone: closed, and dsrChanged(false) if it was open.
+    void hangUp();
+    /// open() fails with this reason until an empty one is given.
+    void failOpen(const QString& reason);
+
+    /// Bytes of every write() in order, and all of them together.
+    QVector<Write> writes;
+    QByteArray written() const;
+    /// Called after each write, for answers.
+    std::function<void(const QByteArray&)> onWrite;
+    int baud = 0;
+    int openings = 0;
+    int closings = 0;
+    bool closedWithoutFlush = false;
+
+    // The program's side.
+    QString portName() const override;
+    QueryMode queryMode() const override;
+    bool open(OpenMode mode) override;
+    void close() override;
+    void closeWithoutFlush() override;
+    bool isOpen() const override;
+    void setBaudRate(int baudRate) override { baud = baudRate; }
+    void setDataBits(int) override {}
+    void setParity(Parity) override {}
+    void setStopBits(StopBits) override {}
+    void setFlowControl(FlowControl) override {}
+    qint64 bytesAvailable() const override;
+    QByteArray read(qint64 maxSize) override;
+    qint64 write(const QByteArray& bytes) override;
+    unsigned lineStatus() const override;
+    QString errorString() const override;
+
+private:
+    const QString name;
+    const QueryMode mode;
+    mutable QMutex mutex; // guards what bytesAvailable(), open() and their like share between threads
+    bool opened = false;
+    bool stalled = false;
+    unsigned lines = LineCts | LineDsr;
+    QString openFailure;
+    QByteArray incoming;
+    QElapsedTimer clock;
+};
+
+/// Gives out fake ports by name and remembers them, since the program owns the ports it asked for. Must
+/// outlive the factories it made.
+class FakePorts
+{
+public:
+    SerialPortFactory factory();
+    /// The port last made with this name, null before that and after its end.
+    FakePort* port(const QString& name) const;
+    /// Ports of this name fail to open, with this reason, until an empty one is given.
+    void refuse(const QString& name, const QString& reason);
+    /// How many ports of this name were made.
+    int made(const QString& name) const;
+
+private:
+    mutable QMutex mutex;
+    QHash<QString, QPointer<FakePort>> ports;
+    QHash<QString, QString> refusals;
+    QHash<QString, int> counts;
+};
