@@ -1,0 +1,261 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QPointF>
+#include <QRectF>
+#include <QString>
+#include <QVector>
+
+#include <qwt_series_data.h>
+
+#include "sensors/sensor.h"
+
+class TembrinProtocol;
+class TimeAxis;
+
+/// One experiment: a time axis shared by all channels, the samples of each channel and the sensors that
+/// describe them. Samples and extremes are in the sensors' base units; the reading operations whose comment
+/// says so convert to the unit on display. A channel may be shorter or longer than the time axis.
+///
+/// Qwt draws from it as curve data of one channel at a time: call setSensorToDraw() before size(), sample()
+/// and boundingRect(). An index without a channel reads as an empty channel and changes nothing on writing.
+/// GUI thread only.
+class ExpData : public QwtSeriesData<QPointF>
+{
+    Q_DECLARE_TR_FUNCTIONS(ExpData)
+
+public:
+    /// The kinds of derived channel, as Sensor::specialType tells them.
+    enum specialCurve
+    {
+        CURVE_SMOOTH = 1,
+        CURVE_DERIV = 2
+    };
+
+    /// A data set without a logger, for the class or a simulation: two voltage channels, no samples.
+    ExpData();
+    /// The data set of a logger, with the two channels that its model shows first; those become the
+    /// logger's active sensors. `tembrin` is not owned and outlives this object.
+    explicit ExpData(TembrinProtocol* tembrin);
+
+    // --- filling (expdata.cpp) ---
+
+    /// The two channels that a logger model shows before a run; none for an unknown model code.
+    void setDummySensors(int tembrinType);
+    /// Rebuilds the channels from a logger's list: active (or downloaded) sensors only, composites as one
+    /// channel per child. Without a logger behind this set every entry is a channel and keeps its place.
+    void fillSensorListFromLoggerList(const SensorList& loggerSensors, bool isDownload);
+    /// Empties the set, channels included.
+    void setDataNewEmpty();
+    /// Starts a live experiment; `dt` in seconds, 0 for manual sampling.
+    void setDataNewEmpty(const SensorList& loggerSensors, double dt, const QString& name = QString());
+    /// Starts a load: `nSens` empty slots, times `t` in seconds (sample numbers when `dt` is 0).
+    void setDataNew(int nSens, const QVector<double>& t, double dt);
+    /// Takes over a finished download of the logger; leaves the set as it is when there are no samples.
+    void getLoggerExperiment();
+    /// Fills a slot with a loaded channel of base-unit samples and works out its default view.
+    void addSensorData(int dataIndex, int masterID, const QVector<double>& v, int curveModeHint,
+                       bool appendMode = false);
+    /// Fills a slot with an imported channel that has no catalogue entry.
+    void addSpecialSensorData(const QString& name, const QString& unit, int dataIndex,
+                              const QVector<double>& v);
+    void setSensorSpecialName(int dataIndex, const QString& name);
+    /// The name with the number of the appended experiment, if there is one.
+    QString adaptSensorName(const QString& name) const;
+    /// View range in the base unit; no range where `minView` is not below `maxView`.
+    void setSensorScale(int dataIndex, double minView, double maxView);
+    void setSensorScaleBar(int dataIndex, double barMinView, double barMaxView);
+    /// The extent of the times after a load; marks the data as final.
+    void setXRange();
+    void replaceYVal(int iSens, int iSamp, double value);
+    /// Removes samples `from` to `to` inclusive of all channels; extremes stay.
+    void removeSamples(int from, int to);
+    /// Keeps the samples with x0 <= time < x1; extremes stay. Does nothing if no time reaches x0.
+    void doCrop(double x0, double x1);
+
+    // --- samples (expdata_live.cpp); each costs a constant time per channel ---
+
+    /// Takes the last values of the logger's sensors as online sample `nSamp`.
+    void addSample(short nSamp);
+    /// Appends one value per channel at `xval` seconds, base units. In repeat mode `yval` holds the
+    /// channels of the new run, half of all.
+    void addSample(double xval, const QVector<double>& yval);
+
+    // --- class set and joining (expdata_class.cpp) ---
+
+    /// Starts a repeated run: the last run stays as the first half of the channels.
+    void setDataAddRepeatExp();
+    bool isRepeatMode() const { return repeatExpMode; }
+    /// The repeated run has not caught up with the previous one.
+    bool isRepeatMode1stPhase() const;
+    void duplicateSensorList();
+    /// Makes room for `nSens` channels of an appended experiment. False, with nothing changed, if its rate
+    /// or first time differ or it has no times.
+    bool mergeDataFromNewOpen(int nSens, const QVector<double>& t, double dt);
+    /// Moves one channel from lastShift to `shift` samples by padding at its front.
+    void setShift(int iSens, int shift, bool newData);
+    /// Moves the experiment appended last to `shift` samples later (earlier below 0) than the others.
+    void shiftLastData(int shift);
+    /// Live class data: copies what channel `index` lacks of the selected channel of `refData`.
+    void addSample(int index, const ExpData* refData);
+    /// Brings the average, the last channel, up to date; with `reset` from the first sample on. A position
+    /// has an average once every channel that has samples reaches it.
+    void updateMean(bool reset);
+    /// Copies the whole selected channel of `fromData` into class channel `iSens`.
+    void copyValues(int iSens, const ExpData* fromData);
+
+    // --- ranges (expdata_scales.cpp) ---
+
+    /// Extremes of `v`: a zero is the minimum only as the first element. Empty leaves both as they are.
+    static void findMinMax(const QVector<double>& v, double& min, double& max);
+    /// One common class range for all channels with this sensor ID; the last channel follows only.
+    void makeUniformScales(int ID);
+    void makeUniformScales();
+    void makeUniformScalesAfterOpen();
+
+    // --- reading ---
+
+    int getNSens() const { return sensors.size(); }
+    /// Null outside the list, and for a slot that is not filled yet.
+    const SensorPtr& getSens(int i) const;
+    const SensorList& getSensors() const { return sensors; }
+    const SensorPtr& get1stSensor() const { return getSens(0); }
+    /// The selected channel's sensor; null with a negative selection.
+    const SensorPtr& getActiveSens() const { return getSens(iSelectedSensor); }
+    /// The same, with a negative selection read as 0.
+    const SensorPtr& getActiveSensor() const { return getSens(qMax(0, iSelectedSensor)); }
+    int activeSensIndex() const { return iSelectedSensor; }
+    int getSelectedSensor() const { return iSelectedSensor; }
+    /// Ignored for an index beyond the channels.
+    void setSelectedSensor(int i);
+    void setSensorToDraw(int i) { iSensorToDraw = i; }
+    int getSensorToDraw() const { return iSensorToDraw; }
+    /// The channel that serves as X axis, −1 for a time plot.
+    void setXYIndex(int i) { xySensIndex = i; }
+    int getXYIndex() const { return xySensIndex; }
+    bool isXYPlot() const { return xySensIndex >= 0; }
+
+    int getXSize() const { return x.size(); }
+    int getYSize(int i) const { return getYNoConv(i).size(); }
+    const QVector<double>& getX() const { return x; }
+    double getXAt(int i) const { return i >= 0 && i < x.size() ? x.at(i) : 0.0; }
+    /// All samples, base units.
+    const QVector<QVector<double>>& getData() const { return y; }
+    /// Samples of one channel, base unit. A copy that is kept makes the next sample copy the channel once.
+    const QVector<double>& getYNoConv(int iSens) const;
+    double getYNoConvAt(int iSens, int k) const;
+    double getYNoTempConversionAt(int iSens, int k) const { return getYNoConvAt(iSens, k); }
+    /// Samples in the unit on display.
+    double getYAt(int iSens, int k) const;
+    QVector<double> getY(int iSens) const;
+    /// Extremes in the unit on display; without argument of the channel to draw.
+    double getMinY(int i) const;
+    double getMaxY(int i) const;
+    double getMinY() const { return getMinY(iSensorToDraw); }
+    double getMaxY() const { return getMaxY(iSensorToDraw); }
+    double getMinX() const { return minX; }
+    double getMaxX() const { return maxX; }
+    /// First and last time of the channel to draw, 0 while it is empty.
+    double firstX() const;
+    double lastX() const { return getLastXForIndex(iSensorToDraw); }
+    /// The time of the channel's last sample, 0 while it is empty.
+    double getLastXForIndex(int i) const;
+    int locateSensByID(int ID) const;
+    bool hasGPS() const;
+    /// The index of the colorimeter's red channel, −1 without one.
+    int hasColorimeter() const { return locateSensByID(SENSOR_COLORIMETER_R); }
+
+    bool isNeedSave() const { return needSave; }
+    void setNeedSave(bool tf) { needSave = tf; }
+    const QString& getGroupName() const { return groupName; }
+    void setGroupName(const QString& name) { groupName = name; }
+    int getAppendIndex() const { return appendIndex; }
+    void setAppendIndex(int i) { appendIndex = i; }
+    int getLeftPad(int i) const { return leftPad.value(i, 0); }
+    void setLeftPad(int i, int pad);
+
+    /// The axis that shows this set, for time texts; not owned, may be null.
+    void setTimeScale(const TimeAxis* ts) { timeScale = ts; }
+    bool timeScaleSet() const { return timeScale != nullptr; }
+    double getTimeScaledT() const;
+    QString getTimeScaleUnitName() const;
+    QString getTimeScaleString(int iSamp) const;
+
+    // --- series face of the channel to draw ---
+
+    size_t size() const override;
+    /// The point in the unit on display; beyond the end the last point.
+    QPointF sample(size_t i) const override;
+    /// Extent in base units; null while there are no times.
+    QRectF boundingRect() const override;
+
+    // --- analysis (expdata_analysis.cpp); results in the unit on display, times in seconds ---
+
+    /// Replaces the selected channel by its moving average over smoothKernel samples.
+    void smoothCurve();
+    /// Appends a channel derived from the selected one. Nothing on fewer than two samples.
+    void addSpecialCurve(int type);
+    /// The curve at time X: linear between samples and beyond the last, the first value before the first.
+    double interpolateY(int iSens, double X) const;
+    /// Slope of the tangent at the point (x1, y1) of the curve; not finite outside the inner samples.
+    double approximateDeriv(int iSens, double x1, double y1) const;
+    /// Area under the curve between two times, x1 below x2.
+    double integral(int iSens, double x1, double x2) const;
+    /// Fit y = a x² + b x + c over a time span with the correlation r; degree 1 gives a = 0.
+    void regression(int degree, int iSens, double x1, double x2, double* a, double* b, double* c,
+                    double* r) const;
+    /// The same on an XY plot, between the samples nearest to two points of the curve.
+    void regressionXY(int degree, int iSens, double x1, double x2, double y1, double y2, double* a, double* b,
+                      double* c, double* r) const;
+    static void linearRegression(const QVector<QPointF>& points, double* a, double* b, double* r);
+    static void quadRegression(const QVector<QPointF>& points, double* a, double* b, double* c, double* r);
+    /// Speed (m/s) of the first object through a photogate; all 0 where there was none.
+    void photoSpeed(int iSens, double* speed, double* midTime, double* deltaT, double* width) const;
+    /// Acceleration between two photogates; leaves the results alone where a gate shows no object.
+    void photoAccel(int iSens1, int iSens2, double* accel, double* deltaV, double* midTime,
+                    double* deltaT) const;
+    /// Statistics of the selected channel, with the population standard deviation; 0 on no samples.
+    void calcStat(double* min, double* max, double* avg, double* stdv) const;
+
+    double dt = 1.0;            ///< seconds between samples; 0 or less: manual sampling, no time base
+    QVector<double> minY;       ///< extremes of each channel, base unit
+    QVector<double> maxY;       ///< extremes of each channel, base unit
+    QVector<int> curveModeHint; ///< curve mode to restore on the plot, −1 for its default
+    double sensRange = 0.0;     ///< span of the selected sensor
+    double minLimit = 0.0;      ///< lowest value of the selected sensor
+    bool finalData = false;     ///< no more samples are coming
+    int smoothKernel = 3;       ///< width of the moving average in samples
+
+private:
+    bool hasSlot(int i) const { return i >= 0 && i < sensors.size(); }
+    void resizeChannels(int n);
+    void emptyChannels(int n);
+    void updateXExtent();
+    void updateMapRange(int iSens);
+    void setDefaultView(int iSens);
+    void trackExtremes(int iSens, double value, bool isFirst);
+    void followLiveRange(int iSens, bool isFirst);
+    double liveValue(int iSens) const;
+    void growXFrom(const QVector<double>& times);
+    void fitXToLongestChannel();
+    void moveFront(int iSens, int n);
+
+    QVector<double> x;
+    QVector<QVector<double>> y;
+    SensorList sensors;
+    int nSens = 0;
+    QVector<int> leftPad; ///< leading samples of a channel that only a shift put there
+    double minX = 0.0;
+    double maxX = 0.0;
+    bool needSave = false;
+    int iSensorToDraw = 0;
+    int iSelectedSensor = 0;
+    int xySensIndex = -1;
+    bool repeatExpMode = false;
+    int appendIndex = 0; ///< experiments appended so far
+    int lastShift = 0;   ///< samples by which the experiment appended last lies later
+    QVector<double> row; ///< the online sample being gathered; kept for its memory
+    const TimeAxis* timeScale = nullptr;
+    TembrinProtocol* tembrin = nullptr;
+    QString groupName;
+};
