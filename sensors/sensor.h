@@ -9,6 +9,8 @@
 #include "sensors/sensorids.h"
 
 class Sensor;
+class QSettings;
+struct SensorRow;
 /// Several holders (a logger's list, data sets, views) keep one sensor alive.
 using SensorPtr = QSharedPointer<Sensor>;
 using SensorList = QVector<SensorPtr>;
@@ -136,5 +138,13 @@ public:
     QString groupName;
 
 private:
-    int alternativeUnit = 0; ///< 0 base unit, 1 or 2 an alternative
+    void setTexts();
+    void setChildren();
+    void applyAltUnit(const QSettings& store);
+    double convertInternal(quint16 word, int forID) const;
+    double force(int val) const;
+    double cutDown(double value) const;
+
+    const SensorRow* row = nullptr; ///< null for an ID without one
+    int alternativeUnit = 0;        ///< 0 base unit, 1 or 2 an alternative
 };
