@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QStringList>
+
+#include "app/common/userprompt.h"
+
+/// Answers for the boxes and dialogs of a test, which notes what was asked as "title|text".
+class FakePrompt : public UserPrompt
+{
+public:
+    Answer answer = Answer::Cancel;
+    bool confirmed = false;
+    std::optional<QString> typed;
+    std::optional<unsigned> picked;
+    QString file;
+    QStringList asked;
+
+    void information(QObject*, const QString& title, const QString& text) override { note(title, text); }
+    void warning(QObject*, const QString& title, const QString& text) override { note(title, text); }
+    Answer question(QObject*, const QString& title, const QString& text, bool) override
+    {
+        note(title, text);
+        return answer;
+    }
+    bool confirm(QObject*, const QString& title, const QString& text) override
+    {
+        note(title, text);
+        return confirmed;
+    }
+    std::optional<QString> text(QObject*, const QString& title, const QString& label, const QString&) override
+    {
+        note(title, label);
+        return typed;
+    }
+    std::optional<unsigned> color(QObject*, const QString& title, unsigned) override
+    {
+        note(title, QString());
+        return picked;
+    }
+    QString openFile(QObject*, const QString& title, const QString&, const QString&) override
+    {
+        note(title, QString());
+        return file;
+    }
+    QString saveFile(QObject*, const QString& title, const QString&, const QString&, QString*) override
+    {
+        note(title, QString());
+        return file;
+    }
+
+private:
+    void note(const QString& title, const QString& text) { asked << title + QLatin1Char('|') + text; }
+};

@@ -1,0 +1,100 @@
+#include <QFile>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "instruments/indicator.h"
+#include "tests/common/fakeprompt.h"
+#include "tests/common/testsupport.h"
+
+class TestIndicator : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        guard.reset(new WarningGuard);
+        prompt = FakePrompt();
+        strip.reset(new Indicator(&prompt));
+        strip->setNActive(3);
+        strip->show();
+    }
+
+    void cleanup()
+    {
+        strip.reset();
+        const QStringList failures = guard->failures();
+        guard.reset();
+        QCOMPARE(failures, QStringList());
+    }
+
+    void aSlotShowsWhatItsLoggerDoes()
+    {
+        QVERIFY(icon(2)->isVisible());
+        QVERIFY(!icon(3)->isVisible());
+        QCOMPARE(strip->state(2), Indicator::State::Off);
+        QCOMPARE(strip->state(3), Indicator::State::Empty);
+        strip->setBTComm(1, true);
+        QCOMPARE(strip->state(1), Indicator::State::Comm);
+        strip->setBTComm(1, false);
+        QCOMPARE(strip->state(1), Indicator::State::On);
+        strip->setBT(1, false);
+        QCOMPARE(strip->state(1), Indicator::State::Off);
+    }
+
+    void aLeftClickConnectsEvenAConnectedLogger()
+    {
+        QSignalSpy connects(strip.data(), &Indicator::tryToConnect);
+        strip->setBT(2, true);
+        QTest::mouseClick(icon(2), Qt::LeftButton);
+        QCOMPARE(connects.count(), 1);
+        QCOMPARE(connects[0][0].toInt(), 2);
+    }
+
+    void aRightClickDeletesOnlyAfterYes()
+    {
+        QSignalSpy deletes(strip.data(), &Indicator::deleteFromLogger);
+        strip->setLoggerDetails(0, QStringLiteral("Tembrin_0421"), QStringLiteral("Ada"));
+        QTest::mouseClick(icon(0), Qt::RightButton);
+        QCOMPARE(deletes.count(), 0);
+        prompt.confirmed = true;
+        QTest::mouseClick(icon(0), Qt::RightButton);
+        QCOMPARE(deletes.count(), 1);
+        QCOMPARE(deletes[0], QVariantList({0, true}));
+        QCOMPARE(prompt.asked.value(1),
+                 QStringLiteral("Confirm delete|You are about to delete all the experiments from "
+                                "Tembrin_0421 (Ada).\nAre you sure?"));
+    }
+
+    void thePairingIconStartsThePanelOfTheDesktop()
+    {
+        QTemporaryDir bin;
+        qputenv("PATH", bin.path().toLocal8Bit());
+        QSignalSpy messages(strip.data(), &Indicator::message);
+        auto* pair = strip->findChild<QLabel*>(QStringLiteral("pairIcon"));
+        QTest::mouseClick(pair, Qt::RightButton);
+        QCOMPARE(messages.count(), 1);
+
+        const QString trace = bin.filePath(QStringLiteral("started"));
+        QFile panel(bin.filePath(QStringLiteral("blueman-manager")));
+        QVERIFY(panel.open(QIODevice::WriteOnly));
+        panel.write("#!/bin/sh\n: > '" + trace.toLocal8Bit() + "'\n");
+        panel.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+        panel.close();
+        QTest::mouseClick(pair, Qt::LeftButton);
+        QTRY_VERIFY(QFile::exists(trace));
+        QCOMPARE(messages.count(), 1);
+    }
+
+private:
+    QLabel* icon(int i) const { return strip->findChild<QLabel*>(QStringLiteral("loggerIcon%1").arg(i + 1)); }
+
+    FakePrompt prompt;
+    QScopedPointer<Indicator> strip;
+    QScopedPointer<WarningGuard> guard;
+};
+
+QTEST_MAIN(TestIndicator)
+#include "test_indicator.moc"
