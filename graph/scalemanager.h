@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QSharedPointer>
+#include <QString>
+#include <QVector>
+
+class ExpData;
+class QwtScaleMap;
+
+/// The y range on which one sensor's curve is painted, worked out from the extremes of its data or fixed by
+/// hand. All values are in the unit on display.
+class oneScale
+{
+public:
+    /// `sensRange` is the sensor's maximum less its minimum; no automatic range goes below `minLimit`.
+    oneScale(double dataMin, double dataMax, double sensRange, double minLimit, int groupIndex,
+             const QString& groupName, const QString& sensName);
+
+    /// Back to an automatic range without zoom.
+    void calcScales();
+    /// The automatic range and its part between two fractions; does not change who fixed the range.
+    void calcScales(double minZoom, double maxZoom);
+    void setZoomScales(double minZoom, double maxZoom);
+    /// New extremes; the range follows unless it was fixed by hand.
+    void updateScale(double newDataMin, double newDataMax, double zoomMin, double zoomMax);
+    /// A range from outside. With `isClass` it is a common range and not one fixed by hand.
+    void setUserScales(double uMin, double uMax, bool isClass);
+    bool isUserScale() const { return userScale; }
+    double fullSpan() const { return scaleFullMax - scaleFullMin; }
+
+    double dataMin;
+    double dataMax;
+    double sensRange;
+    double minLimit;
+    double scaleFullMin = 0; ///< without zoom
+    double scaleFullMax = 0;
+    double scaleZoomMin = 0; ///< under the present zoom: what is painted
+    double scaleZoomMax = 0;
+    int groupIndex; ///< this and the names tell scales apart in a log
+    QString groupName;
+    QString sensName;
+
+private:
+    bool userScale = false;
+};
+
+/// The y scales of one graph, one per sensor in sensor order.
+class scaleManager
+{
+public:
+    /// Builds all scales anew; nobody may hold one across this.
+    void setScales(const ExpData* data, bool isClass);
+    /// Follows new data on the graph of one logger.
+    void updateScales(const ExpData* data);
+    /// Follows the common ranges of the class.
+    void updateClassScales(const ExpData* data);
+    /// Zooms to a rectangle given in units of sensor `iSens`. All automatic scales zoom by the same
+    /// fractions. Nothing happens without such a sensor or when its full range has no width.
+    void setZoom(int iSens, double bottom, double top);
+    /// Ends the zoom; ranges fixed by hand become automatic again.
+    void setZoomOut();
+
+    /// The range under the present zoom, 0 and 1 for a sensor without a scale.
+    double getScaleMin(int iSens) const;
+    double getScaleMax(int iSens) const;
+    /// Sets a copy of the left axis's map to the sensor's range; leaves it alone without such a scale.
+    void fixScaleY(QwtScaleMap* scl, int iSens) const;
+
+    QVector<QSharedPointer<oneScale>> scales;
+    QVector<QSharedPointer<oneScale>> tempScales; ///< those of temperature sensors, which share one range
+    double zoomMin = 0;                           ///< the zoom as fractions of a full range
+    double zoomMax = 1;
+
+private:
+    void unify(const QVector<QSharedPointer<oneScale>>& group, double min, double max);
+    void unifyTemperatureScales();
+    void unifyRepeatedScales();
+    void unifyScales(const ExpData* data);
+};

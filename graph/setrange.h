@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QDialog>
+
+class QDoubleSpinBox;
+class QLabel;
+
+/// Asks for the range of a scale. A reversed range is allowed and gives a scale upside down.
+class SetRange : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit SetRange(QWidget* parent = nullptr);
+
+    /// The title inside the dialog.
+    void sensName(const QString& text);
+    /// Shows a range and keeps writing the edited one to `setmin`, `setmax`, starting with what it shows.
+    /// They outlive the dialog; rejecting does not take them back.
+    void Params(double curmin, double curmax, double defmin, double defmax, double* setmin, double* setmax);
+
+private:
+    QDoubleSpinBox* addField(const QString& label, const QString& name, double bottom, double top);
+    void fitBounds(double value);
+    void showRange(double min, double max);
+    void setDefault();
+    void reverse();
+
+    QLabel* title;
+    QDoubleSpinBox* minval;
+    QDoubleSpinBox* maxval;
+    double shownMin = 0; ///< the fields as last set by the program: an untouched field keeps its exact value
+    double shownMax = 0;
+    double defaultMin = 0;
+    double defaultMax = 0;
+    double* resultMin = nullptr;
+    double* resultMax = nullptr;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QString>
+
+#include <qwt_scale_draw.h>
+
+#include "data/timeaxis.h"
+
+/// Units of the time axis. MANUAL counts samples.
+enum units
+{
+    UNIT_MANUAL,
+    UNIT_MS,
+    UNIT_SEC,
+    UNIT_MIN,
+    UNIT_HOUR
+};
+
+/// The bottom axis of a graph, and all texts of times. The x values of a line graph are in seconds (or sample
+/// numbers) whatever the unit, only the labels change; those of a bar graph are in the unit.
+class TimeScaleDraw : public QwtScaleDraw, public TimeAxis
+{
+public:
+    explicit TimeScaleDraw(bool isBar);
+
+    void setUnit(units u);
+    /// Picks the unit for a range that ends at `x` seconds, sampled every `res` seconds; `res` 0 is manual
+    /// sampling. An axis with a fixed range must be given its range again to get ticks of the new unit.
+    void setUnitByMaxX(double x, double res);
+    units getUnit() const { return unit; }
+    bool isBarAxis() const { return isBar; }
+
+    double getdT() const override { return dt > 0 ? dt : 1; }
+    /// The sampling step in the unit, 1 for manual sampling.
+    double getFactor() const { return dt > 0 ? res / dt : 1; }
+    QString getUnitName() const override;
+    QString getDefaultUnitName() const override;
+    /// What the difference of two times is called.
+    QString getDeltaName() const;
+    QString getTimeOrSample() const;
+    QString getTimeString(double t) const override;
+
+    QwtText label(double v) const override;
+
+private:
+    units unit = UNIT_SEC;
+    double dt = 1;  ///< seconds per unit, 0 for sample numbers
+    double res = 0; ///< sampling step in seconds, 0 for manual sampling
+    const bool isBar;
+    const bool isJunior;
+};
