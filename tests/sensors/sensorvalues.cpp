@@ -1,0 +1,99 @@
+#include <QCoreApplication>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <cstdio>
+#include <cstring>
+
+#include "app/common/settings.h"
+#include "sensors/sensor.h"
+#include "sensors/sensorsmaster.h"
+
+namespace {
+
+constexpr const char* help =
+    "sensor-values          for every catalogue row in order: 65536 little-endian doubles, the base-unit "
+    "values\n"
+    "                       of the raw words 0 to 65535\n"
+    "sensor-values --texts  tab-separated lines: unit set, ID, raw word, base value, shown value, shown "
+    "value\n"
+    "                       back in the base unit, text; for every 257th word. Then, with \"-\" for the "
+    "word, the\n"
+    "                       texts of some values that are taken as shown ones.\n"
+    "Unit sets: 0 the base units, 1 all alternatives (mph), 2 all alternatives (m/s).\n"
+    "Force channels have the offset 32768 and the gain 400.\n";
+
+constexpr double shownValues[] = {-1234.5678, -34.5, -1.23, -0.5,    0,     0.05,
+                                  1.999999,   23.45, 59.99, 101.325, 179.5, 54321.98};
+
+Sensor* configured(Sensor* sensor)
+{
+    sensor->setOffset(32768);
+    sensor->setGain(400);
+    return sensor;
+}
+
+void printValues()
+{
+    for (const SensorRow* row = sensorsMaster(); row->ID != SENSOR_LAST; ++row) {
+        const QScopedPointer<Sensor> sensor(configured(new Sensor(row->ID)));
+        QVector<quint64> values(65536);
+        for (int word = 0; word < values.size(); ++word) {
+            const double value = sensor->convert(static_cast<quint16>(word));
+            quint64 bits = 0;
+            std::memcpy(&bits, &value, sizeof bits);
+            values[word] = qToLittleEndian(bits);
+        }
+        std::fwrite(values.constData(), sizeof(quint64), static_cast<size_t>(values.size()), stdout);
+    }
+}
+
+void chooseUnits(int unitSet)
+{
+    QSettings store = Settings::mainStore();
+    for (const char* key :
+         {Settings::unitsCelsius, Settings::unitsMeter, Settings::unitsAirKpa, Settings::unitsKmh})
+        store.setValue(QLatin1String(key), unitSet == 0);
+    store.setValue(QLatin1String(Settings::unitsBaroHpa), unitSet != 0);
+    store.setValue(QLatin1String(Settings::unitsMph), unitSet == 1);
+}
+
+void printTexts(int unitSet)
+{
+    chooseUnits(unitSet);
+    for (const SensorRow* row = sensorsMaster(); row->ID != SENSOR_LAST; ++row) {
+        const QScopedPointer<Sensor> sensor(configured(new Sensor(row->ID)));
+        for (int word = 0; word < 65536; word += 257) {
+            const double value = sensor->convert(static_cast<quint16>(word));
+            const double shown = sensor->convertToAltUnit(value);
+            std::printf("%d\t%d\t%d\t%.17g\t%.17g\t%.17g\t%s\n", unitSet, row->ID, word, value, shown,
+                        sensor->convertFromAltUnit(shown), qUtf8Printable(sensor->valueToString(shown)));
+        }
+        for (const double shown : shownValues)
+            std::printf("%d\t%d\t-\t-\t%.17g\t%.17g\t%s\n", unitSet, row->ID, shown,
+                        sensor->convertFromAltUnit(shown), qUtf8Printable(sensor->valueToString(shown)));
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication app(argc, argv);
+    const QTemporaryDir home;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, home.path());
+
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (arguments.isEmpty()) {
+        chooseUnits(0);
+        printValues();
+    } else if (arguments == QStringList{QStringLiteral("--texts")}) {
+        for (int unitSet = 0; unitSet < 3; ++unitSet)
+            printTexts(unitSet);
+    } else {
+        std::fputs(help, arguments == QStringList{QStringLiteral("--help")} ? stdout : stderr);
+        return arguments == QStringList{QStringLiteral("--help")} ? 0 : 2;
+    }
+    return std::fflush(stdout) == 0 ? 0 : 1;
+}

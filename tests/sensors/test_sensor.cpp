@@ -1,0 +1,339 @@
+#include <QCoreApplication>
+#include <QSet>
+#include <QTest>
+#include <QTranslator>
+
+#include "app/common/common.h"
+#include "app/common/settings.h"
+#include "sensors/sensor.h"
+#include "sensors/sensorsmaster.h"
+#include "tests/common/testsupport.h"
+
+namespace {
+
+/// A language made of marked texts, with a unit that it does not write and an icon of its own.
+class MarkingTranslator : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* source, const char*, int) const override
+    {
+        const QString text = QString::fromUtf8(source);
+        if (qstrcmp(context, "Sensor") != 0)
+            return QString();
+        if (text == QLatin1String("[pH]"))
+            return QStringLiteral("[pe-ha]");
+        if (text == QLatin1String("lx"))
+            return QStringLiteral("XXX");
+        return text.startsWith(QLatin1Char('%')) ? QString() : QStringLiteral("x") + text;
+    }
+};
+
+void choose(const char* key, const QVariant& value)
+{
+    Settings::mainStore().setValue(QLatin1String(key), value);
+}
+
+} // namespace
+
+class TestSensor : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        guard.reset(new WarningGuard);
+        Settings::mainStore().clear();
+        Common::forgetLocale();
+    }
+
+    void cleanup()
+    {
+        VERIFY_NO_WARNINGS(*guard);
+        guard.reset();
+    }
+
+    void catalogueHoldsTogether()
+    {
+        QSet<int> ids;
+        for (const SensorRow* row = sensorsMaster(); row->ID != SENSOR_LAST; ++row) {
+            QVERIFY2(!ids.contains(row->ID), row->name);
+            ids.insert(row->ID);
+            int childBytes = 0;
+            for (int i = 0; i < row->nSens && row->nSens > 1; ++i) {
+                QVERIFY2(sensorRow(row->virtualIDs[i]), row->name);
+                childBytes += sensorRow(row->virtualIDs[i])->numBytes;
+            }
+            QCOMPARE(row->nSens > 1 ? childBytes : row->numBytes, row->numBytes);
+            QVERIFY2(row->min < row->max || row->ID == SENSOR_GPS, row->name);
+        }
+        QCOMPARE(ids.size(), 108);
+    }
+
+    void convertsRawWords_data()
+    {
+        QTest::addColumn<int>("id");
+        QTest::addColumn<int>("word");
+        QTest::addColumn<double>("value");
+        const auto row = [](const char* name, int id, int word, double value) {
+            QTest::newRow(name) << id << word << value;
+        };
+        row("UV stops at zero", SENSOR_UV, 0, 0);
+        row("UV", SENSOR_UV, 31845, 6.87);
+        row("infrared", SENSOR_IR_TEMP, 0, -273.15);
+        row("negative temperature", SENSOR_AMB_TEMP_NTC_CALC, 0xffff, -0.1);
+        row("longest distance", SENSOR_DISTANCE, 10000, 10);
+        row("no echo", SENSOR_DISTANCE, 0xffff, 0);
+        row("highest heart rate", SENSOR_HEARTRATE_RATE, 1000, 1000);
+        row("no heart rate", QUELLMARK_HEARTRATE_RATE, 1001, 0);
+        row("wave ends below its range", SENSOR_HEARTRATE_WAVE, 0x8000, 1.65);
+        row("microphone reaches its range", SENSOR_MICROPHONE, 0xffff, 3.3);
+        row("air pressure is limited", SENSOR_AIRPRESSURE, 3500, 300);
+        row("zero voltage", SENSOR_VOLTAGE, 32768, 0);
+        row("negative voltage", SENSOR_VOLTAGE, 22768, -17.4);
+        row("humidity below its range", SENSOR_HUMIDITY_ANALOG, 0, 0);
+        row("humidity above its range", SENSOR_HUMIDITY_ANALOG, 0xffff, 99.8144);
+        row("highest acceleration", SENSOR_ACCELERATION_X, 0x7ff0, 7.9833);
+        row("lowest acceleration", SENSOR_VORTA_ACC_Z, 0x8000, -7.987);
+        row("carbon dioxide is limited", QUELLMARK_CO2, 0xffff, 5000);
+        row("everything else", SENSOR_BAROMETER_KPA, 10132, 101.32);
+        row("Vernier upwards", VERNIER_ANEMOMETER, 50000, -10 + 4.6 / 5 * 50);
+        row("Vernier downwards", VERNIER_PH, 50000, 13.72 - 4.6 / 5 * 19.19);
+    }
+
+    void convertsRawWords()
+    {
+        QFETCH(int, id);
+        QFETCH(int, word);
+        QFETCH(double, value);
+        const double got = Sensor(id).convert(static_cast<quint16>(word));
+        QVERIFY2(qAbs(got - value) < 1e-12, qPrintable(QString::number(got, 'g', 17)));
+    }
+
+    void stepsCalibrationTables_data()
+    {
+        QTest::addColumn<int>("id");
+        QTest::addColumn<int>("word");
+        QTest::addColumn<float>("value");
+        QTest::newRow("above the first row") << int(SENSOR_EXT_TEMP) << 0xffff << -40.0F;
+        QTest::newRow("a breakpoint ends the interval above")
+            << int(SENSOR_EXT_TEMP) << 61698 << -40.0F + 889.0F * 0.0056201F;
+        QTest::newRow("below a breakpoint") << int(SENSOR_EXT_TEMP) << 61697 << -35.0F + 0.0046082F;
+        QTest::newRow("below the end") << int(SENSOR_EXT_TEMP) << 0 << 120.0F + 389.0F * 0.0128549F;
+        QTest::newRow("within a scaled table")
+            << int(SENSOR_AMB_TEMP_NTC) << 32000 << 25.0F + 769.0F * (15817.0F / 10000000.0F);
+        QTest::newRow("dark") << int(SENSOR_LIGHT) << 0 << 0.0F;
+        QTest::newRow("dusk") << int(SENSOR_LIGHT) << 3714 << 3714.0F * (54.0F / 100000.0F);
+        QTest::newRow("brighter than the table")
+            << int(SENSOR_LIGHT) << 0xffff << 20000.0F + 1857.0F * (1884900.0F / 100000.0F);
+    }
+
+    void stepsCalibrationTables()
+    {
+        QFETCH(int, id);
+        QFETCH(int, word);
+        QFETCH(float, value);
+        QVERIFY(Sensor(id).convert(static_cast<quint16>(word)) == static_cast<double>(value));
+    }
+
+    void decodesSamples_data()
+    {
+        QTest::addColumn<int>("id");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QVector<double>>("values");
+        QTest::newRow("position in the south-west")
+            << int(SENSOR_GPS) << QByteArray::fromHex("227530532375305700FB0E10")
+            << QVector<double>{-34.5, -35.5, 25.1, 360};
+        QTest::newRow("other letters are positive")
+            << int(SENSOR_GPS) << QByteArray::fromHex("220000002300004500000000")
+            << QVector<double>{34, 35, 0, 0};
+        QTest::newRow("a colour beyond full is nothing")
+            << int(SENSOR_COLORIMETER) << QByteArray::fromHex("271027110000") << QVector<double>{100, 0, 0};
+        QTest::newRow("pulse") << int(SENSOR_HEARTRATE) << QByteArray::fromHex("00508000")
+                               << QVector<double>{80, 1.65};
+        QTest::newRow("acceleration") << int(SENSOR_ACCELERATION) << QByteArray::fromHex("000080007FF0")
+                                      << QVector<double>{0, -7.987, 7.9833};
+        QTest::newRow("a plain value beyond the range stays")
+            << int(SENSOR_PH) << QByteArray::fromHex("FFFF") << QVector<double>{65.535};
+    }
+
+    void decodesSamples()
+    {
+        QFETCH(int, id);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QVector<double>, values);
+        Sensor sensor(id);
+        const QVector<double> before(values.size(), 0.0);
+        const auto* data = reinterpret_cast<const unsigned char*>(bytes.constData());
+        sensor.setLastValue(data, bytes.size() - 1);
+        QCOMPARE(sensor.lastValue, before);
+        sensor.setLastValue(data, bytes.size());
+        QCOMPARE(sensor.lastValue, values);
+    }
+
+    void forceFollowsItsCalibration()
+    {
+        Sensor force(SENSOR_VORTA_FORCE50);
+        force.setOffset(30000);
+        force.setGain(100);
+        QCOMPARE(force.convert(31000), 10.0);
+        QCOMPARE(force.convert(0), -50.0);
+        Sensor::setInvertForce(true);
+        QCOMPARE(force.convert(31000), -10.0);
+        Sensor::setInvertForce(false);
+        Sensor ph(SENSOR_PH);
+        ph.setLastValue(quint16(14000));
+        QCOMPARE(ph.lastValue[0], 14.0);
+        ph.setLastValue(quint16(14001));
+        QCOMPARE(ph.lastValue[0], 0.0);
+    }
+
+    void showsTheChosenUnit_data()
+    {
+        QTest::addColumn<int>("id");
+        QTest::addColumn<QByteArrayList>("keys");
+        QTest::addColumn<QString>("unit");
+        QTest::addColumn<double>("maximum");
+        QTest::addColumn<double>("base");
+        QTest::addColumn<QString>("text");
+        const auto row = [](int id, const QByteArrayList& keys, const char* unit, double maximum, double base,
+                            const char* text) {
+            QTest::newRow(unit) << id << keys << unit << maximum << base << text;
+        };
+        row(SENSOR_EXT_TEMP, {"units/celsius"}, "°F", 257, 23.4, "74.1");
+        row(SENSOR_THERMOCOUPLE, {"units/celsius"}, "°C", 1350, 23.4, "23.4");
+        row(SENSOR_DISTANCE, {"units/meter"}, "ft", 32.808399, 2, "6.56");
+        row(VERNIER_GAS_PRESSURE, {"units/air_kpa"}, "PSI", 33.748822413, 101, "14.64");
+        row(SENSOR_BAROMETER, {"units/baro_hpa"}, "hPa", 1150, 1013.256, "1013.25");
+        row(SENSOR_GPS_SPEED, {"units/kmh"}, "mph", 124.2742384, 100, "62.1");
+        row(SENSOR_GPS_SPEED, {"units/kmh", "units/mph"}, "m/s", 55.5555556, 100, "27.7");
+        row(SENSOR_GPS_SPEED, {"units/mph"}, "km/h", 200, 100, "100.0");
+    }
+
+    void showsTheChosenUnit()
+    {
+        QFETCH(int, id);
+        QFETCH(QByteArrayList, keys);
+        QFETCH(double, base);
+        for (const QByteArray& key : qAsConst(keys))
+            choose(key.constData(), key == "units/baro_hpa");
+        const Sensor sensor(id);
+        QTEST(sensor.unitName, "unit");
+        QTEST(sensor.max, "maximum");
+        QCOMPARE(sensor.maxView, sensor.max);
+        const double shown = sensor.convertToAltUnit(base);
+        QTEST(sensor.valueToString(shown), "text");
+        QVERIFY(qAbs(sensor.convertFromAltUnit(shown) - base) < 1e-4);
+        const Sensor::AltUnit line = sensor.altUnit();
+        QVERIFY(qAbs(base * line.factor + line.offset - shown) < 1e-9);
+    }
+
+    void limitsPressureInItsBaseUnitOnly()
+    {
+        choose(Settings::unitsAirKpa, false);
+        QCOMPARE(Sensor(SENSOR_AIRPRESSURE).convert(3500), 350.0);
+    }
+
+    void textsAreCutDown_data()
+    {
+        QTest::addColumn<int>("id");
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QString>("english");
+        QTest::addColumn<QString>("polish");
+        QTest::newRow("down") << int(SENSOR_EXT_TEMP) << 23.456 << "23.4"
+                              << "23,4";
+        QTest::newRow("down below zero") << int(SENSOR_EXT_TEMP) << -1.23 << "-1.3"
+                                         << "-1,3";
+        QTest::newRow("no position") << int(SENSOR_GPS_LAT) << 0.0 << "----"
+                                     << "----";
+        QTest::newRow("south") << int(SENSOR_GPS_LAT) << -5.0125 << "5°00'45.00''S"
+                               << "5°00'45,00''S";
+        QTest::newRow("west") << int(SENSOR_GPS_LONG) << -34.5 << "34°30'0.00''W"
+                              << "34°30'0,00''W";
+    }
+
+    void textsAreCutDown()
+    {
+        QFETCH(int, id);
+        QFETCH(double, value);
+        QTEST(Sensor(id).valueToString(value), "english");
+        choose(Settings::language, "pl");
+        Common::forgetLocale();
+        QTEST(Sensor(id).valueToString(value), "polish");
+    }
+
+    void namesAndUnits()
+    {
+        QCOMPARE(Sensor(SENSOR_EXTERNAL_B).getNameWithUnit(false),
+                 QStringLiteral("Ext. Analog sensor 2 [V]"));
+        QCOMPARE(Sensor(SENSOR_UV).getNameWithUnit(true), QStringLiteral("UV\n[UVI]"));
+        QCOMPARE(Sensor(SENSOR_GPS).getNameWithUnit(true), QStringLiteral("GPS"));
+        QCOMPARE(Sensor::vernierList().size(), 38);
+
+        MarkingTranslator translator;
+        QCoreApplication::installTranslator(&translator);
+        QCOMPARE(Sensor(SENSOR_PH).getNameWithUnit(false), QStringLiteral("xpH [pe-ha]"));
+        QCOMPARE(Sensor(SENSOR_LIGHT).getNameWithUnit(false), QStringLiteral("xLight"));
+        QCOMPARE(Sensor(SENSOR_LIGHT).iconNameColor,
+                 QStringLiteral(":sensor/icons/sensorsC/xLightSens_icon.png"));
+        QCOMPARE(Sensor(SENSOR_LIGHT).iconNameGray, QStringLiteral(":sensor/icons/sensors/LightSens.ico"));
+        QCOMPARE(Sensor(SENSOR_GPS_LAT).iconNameColor, QStringLiteral(":sensor/icons/sensorsC/GPS_icon.png"));
+        // The list keeps the language in which it was made.
+        QCOMPARE(Sensor::vernierList().constFirst(), QStringLiteral("3D Accelerometer"));
+        QCoreApplication::removeTranslator(&translator);
+    }
+
+    void soundHasAFixedView()
+    {
+        choose(Settings::version, "VestrelJunior");
+        const Sensor sound(SENSOR_SOUND);
+        QCOMPARE(sound.min, 0.0);
+        QCOMPARE(sound.minView, 55.0);
+        QVERIFY(sound.barUserScale && sound.readSetMinMax);
+        QCOMPARE(sound.precision, 0.0);
+    }
+
+    void pluggedInThermometerShowsItsUnit()
+    {
+        choose(Settings::unitsCelsius, false);
+        Sensor socket(SENSOR_EXTERNAL);
+        socket.active = true;
+        socket.adoptIdentity(QUELLMARK_TEMPERATURE);
+        QCOMPARE(socket.name, QStringLiteral("Temperature"));
+        QCOMPARE(socket.convertToAltUnit(100), 212.0);
+        QCOMPARE(socket.max, 230.0);
+        QCOMPARE(socket.maxView, 5.0);
+        QVERIFY(socket.active);
+        socket.adoptIdentity(VERNIER_VOLTAGE);
+        QVERIFY(!socket.needAltUnit());
+        QCOMPARE(socket.convert(0), 6.25);
+    }
+
+    void unknownSensorIsEmpty()
+    {
+        Sensor sensor(44);
+        const unsigned char bytes[12] = {1, 2, 3, 4};
+        sensor.setLastValue(bytes, 12);
+        QVERIFY(sensor.name.isEmpty() && sensor.iconNameColor.isEmpty());
+        QCOMPARE(sensor.numBytes, 0);
+        QCOMPARE(sensor.max, 0.0);
+        QCOMPARE(sensor.getLastValue(0, true), 0.0);
+    }
+
+    void codesOfExternalSensors()
+    {
+        QCOMPARE(Sensor::codeToID(107), int(QUELLMARK_TEMPERATURE));
+        QCOMPARE(Sensor::codeToID(38), int(VERNIER_VOLTAGE));
+        QCOMPARE(Sensor::IDToCode(VERNIER_3DACC), 1);
+        QCOMPARE(Sensor::IDToCode(QUELLMARK_PHOTOGATE), 112);
+        QVERIFY(Sensor::isPhotoGate(QUELLMARK_PHOTOGATE_HEART) && !Sensor::isPhotoGate(VERNIER_PHOTOGATE));
+        QCOMPARE(Sensor::vestrelIconForID(5), Sensor::vestrelIconForExt());
+    }
+
+private:
+    QScopedPointer<WarningGuard> guard;
+};
+
+QTEST_GUILESS_MAIN(TestSensor)
+#include "test_sensor.moc"
