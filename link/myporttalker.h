@@ -43,9 +43,9 @@ public:
     void setClock(std::function<QDateTime()> utcNow);
 
 private:
-    void send(const QByteArray& frame);
-    void sendFrameOf(commandType cmd, commandType first, commandType last, const QVector<short>& args,
-                     int address, const QByteArray& data);
+    struct Inputs;
+    void sendFrame(commandType cmd, const Inputs& inputs);
+    void write(const QByteArray& frame);
 
     QPointer<SerialPort> port;
     int index;

@@ -60,7 +60,7 @@ Q_SIGNALS:
     void tooSlowSignal();
 
 private:
-    bool cutWholePackets(qint64* budget);
+    void cutWholePackets();
     bool readMore();
     void dropBacklog();
     void deliver(PacketKind kind, unsigned char* data, int length);

@@ -6,6 +6,9 @@
 
 #include <memory>
 
+class PortSession;
+struct PortSettings;
+
 /// A serial port of the system. The device lives on a thread of its own from open() to close(), so that
 /// bytes are taken off the line however busy the reader is, and a stalled line holds up nobody. Any name
 /// under /dev or an absolute path is a port, a pseudo terminal or a link to one as well.
@@ -38,20 +41,16 @@ public:
     unsigned lineStatus() const override;
     QString errorString() const override;
 
-    class Session;
-
 private:
-    std::shared_ptr<Session> current() const;
+    std::shared_ptr<PortSession> current() const;
     void end(bool flush);
     template<typename Change> void changeSettings(Change change);
 
-    struct Settings;
     const QString name;
     const QueryMode mode;
-    std::unique_ptr<Settings> settings;
-    mutable QMutex mutex; // guards the two members below and the settings
-    std::shared_ptr<Session> session;
-    QString lastError;
+    std::unique_ptr<PortSettings> settings;
+    mutable QMutex mutex; // guards the settings and the session
+    std::shared_ptr<PortSession> session;
 };
 
 /// Makes ports of the system.
