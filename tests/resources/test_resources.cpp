@@ -1,7 +1,9 @@
+#include <QApplication>
 #include <QFile>
-#include <QGuiApplication>
 #include <QImage>
+#include <QRegularExpression>
 #include <QTest>
+#include <QWidget>
 
 #include "resources/resources.h"
 #include "sensors/sensor.h"
@@ -110,6 +112,19 @@ private Q_SLOTS:
                     dots += qAbs(qGray(one.pixel(i % 24, i / 24)) - qGray(other.pixel(i % 24, i / 24))) > 60;
                 QVERIFY2(dots > 24 * 24 / 8, qPrintable(QStringLiteral("%1 %2 %3").arg(a, b).arg(dots)));
             }
+    }
+
+    void styleSheetIsUnderstood()
+    {
+        QFile file(QStringLiteral(":/Kormelin.css"));
+        QVERIFY(file.open(QFile::ReadOnly));
+        const QString sheet = QString::fromUtf8(file.readAll());
+        qApp->setStyleSheet(sheet); // a mistake in it is a warning, and that fails the test
+        QWidget().ensurePolished();
+        qApp->setStyleSheet({});
+        auto picture = QRegularExpression(QStringLiteral("url\\(([^)]*)\\)")).globalMatch(sheet);
+        while (picture.hasNext())
+            QCOMPARE(faultOf(picture.next().captured(1), 1), QString());
     }
 
 private:
