@@ -6,10 +6,14 @@
 #include <QString>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
 #include <qwt_plot.h>
 
+#include "sensors/sensor.h"
+
+class CurvePainter;
 class ExpData;
 class QwtLegend;
 class QwtPlotGrid;
@@ -122,6 +126,8 @@ Q_SIGNALS:
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
+    void drawItems(QPainter* painter, const QRectF& canvasRect,
+                   const QwtScaleMap maps[axisCnt]) const override;
 
 private Q_SLOTS:
     void zoomIn(const QRectF& rect);
@@ -129,6 +135,14 @@ private Q_SLOTS:
     void handleLegend(const QVariant& itemInfo, int pos);
 
 private:
+    /// What an axis was last told to show.
+    struct AxisRange
+    {
+        bool isFixed = false;
+        double from = 0;
+        double to = 0;
+    };
+
     // plot.cpp
     void createCanvas();
     void createGrid();
@@ -136,6 +150,7 @@ private:
     void createAxes();
     void createZoomer();
     void watchMouse();
+    void setGridShown(bool shown);
     void applyDesign();
 
     // plot_update.cpp
@@ -146,6 +161,9 @@ private:
     void updateXY();
     void updateXRange();
     void updateScales();
+    void updateTimeUnit();
+    void renewTicks();
+    void leaveXY();
     void refresh();
     void setAxisRange(int axisID, double from, double to);
     void setAxisAuto(int axisID);
@@ -156,22 +174,27 @@ private:
     void setXYIndex(int sel);
 
     // plot_legend.cpp
+    void watchLegendItem(myPlotCurve* curve);
     void setCurvePen(int i);
     void designCurve(int i);
+    QString legendName(int i) const;
     QColor curveColor(int i) const;
-    void handleLegendRight(QObject* item);
+    void handleLegendRight(int item);
     void selectColor(int iSens);
-    void applyColor(int iSens, const QColor& color);
 
     // plot_mouse.cpp
-    void mouseOnAxis(int axisID, const QPoint& globalPos);
     void mouseOnTitle(QEvent* event);
     void mouseOnCanvas(QEvent* event);
     void toggleChosen();
     void changeTitle();
     void setScale();
-    void applyUserScale(double newMin, double newMax);
+    void applyUserScale(const SensorPtr& sensor, double newMin, double newMax);
     void setXYGraph(const QPoint& globalPos);
+    void chooseXSensor(int sel);
+    void forEachSegment(int i, double atPixel, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                        const std::function<void(QPointF, QPointF)>& visit) const;
+    void forEachXYSegment(int i, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                          const std::function<void(QPointF, QPointF)>& visit) const;
     int nearCurve(const QPointF& pos, double* distance) const;
 
     ExpData* const data;
@@ -179,6 +202,7 @@ private:
     const int index;
     UserPrompt* userPrompt = nullptr;
 
+    const std::unique_ptr<CurvePainter> columnPainter;
     QVector<myPlotCurve*> curves; ///< one per sensor, in sensor order
     QwtPlotGrid* grid = nullptr;
     QwtPlotPicker* zoomer = nullptr;
@@ -192,10 +216,12 @@ private:
     int curveWidth = 2;
     int curveWidthAct = 4;
 
+    AxisRange ranges[axisCnt];
     bool xAuto = false;
     bool usingZoom = false;
     double shownXMin = 0; ///< in seconds or sample numbers, as last set
     double shownXMax = 0;
+    bool isXYShown = false;
 
     bool isZoom = false;
     bool isAnnotate = false;

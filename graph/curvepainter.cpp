@@ -1,0 +1,288 @@
+#include "graph/curvepainter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr int margin =
+    CurvePainter::maxPenWidth / 2 + 1; // columns beside the canvas that a pen reaches into it
+constexpr int coreColumns = 16;        // columns filled in one piece where they all are covered
+
+struct Line
+{
+    double factor;
+    double offset;
+    double at(double value) const { return value * factor + offset; }
+};
+
+// Stored value to pixel row.
+Line rowLine(const QwtScaleMap& yMap, const Sensor::AltUnit& unit)
+{
+    const double span = yMap.s2() - yMap.s1();
+    const double perUnit = span == 0.0 ? 1.0 : (yMap.p2() - yMap.p1()) / span;
+    return {unit.factor * perUnit, yMap.p1() + (unit.offset - yMap.s1()) * perUnit};
+}
+
+// Several independent chains, since each minimum waits for the one before. A comparison with NaN is false and
+// so passes it over.
+void findExtremes(const double* v, const double* end, double& low, double& high)
+{
+    double low0 = low, low1 = infinity, low2 = infinity, low3 = infinity;
+    double high0 = high, high1 = -infinity, high2 = -infinity, high3 = -infinity;
+    for (; end - v >= 4; v += 4) {
+        low0 = v[0] < low0 ? v[0] : low0;
+        low1 = v[1] < low1 ? v[1] : low1;
+        low2 = v[2] < low2 ? v[2] : low2;
+        low3 = v[3] < low3 ? v[3] : low3;
+        high0 = v[0] > high0 ? v[0] : high0;
+        high1 = v[1] > high1 ? v[1] : high1;
+        high2 = v[2] > high2 ? v[2] : high2;
+        high3 = v[3] > high3 ? v[3] : high3;
+    }
+    for (; v < end; ++v) {
+        low0 = *v < low0 ? *v : low0;
+        high0 = *v > high0 ? *v : high0;
+    }
+    low = std::min(std::min(low0, low1), std::min(low2, low3));
+    high = std::max(std::max(high0, high1), std::max(high2, high3));
+}
+
+int firstFinite(const double* y, int from, int to)
+{
+    while (from < to && !std::isfinite(y[from]))
+        ++from;
+    return from < to ? from : -1;
+}
+
+int lastFinite(const double* y, int from, int to)
+{
+    while (to > from && !std::isfinite(y[to - 1]))
+        --to;
+    return to > from ? to - 1 : -1;
+}
+
+int roundRow(double row)
+{
+    return int(std::floor(row + 0.5));
+}
+
+} // namespace
+
+bool CurvePainter::canPaint(const QwtScaleMap& xMap, const QwtScaleMap& yMap)
+{
+    return !xMap.transformation() && !yMap.transformation() && xMap.s2() > xMap.s1() && xMap.p2() > xMap.p1();
+}
+
+void CurvePainter::setTime(const QVector<double>& x, const QwtScaleMap& xMap, const QRect& onCanvas)
+{
+    const double key[4] = {xMap.s1(), xMap.s2(), xMap.p1(), xMap.p2()};
+    if (times && times == x.constData() && timeCount == x.size() && canvas == onCanvas &&
+        std::equal(key, key + 4, mapKey))
+        return;
+    std::copy(key, key + 4, mapKey);
+    canvas = onCanvas;
+    times = x.constData();
+    timeCount = x.size();
+    splitIntoColumns(x, xMap);
+}
+
+// Column c holds what a plain line rounds to c: pixel positions from c - 0.5 up to c + 0.5.
+void CurvePainter::splitIntoColumns(const QVector<double>& x, const QwtScaleMap& xMap)
+{
+    firstColumn = canvas.left() - margin;
+    columnCount = canvas.width() + 2 * margin;
+    starts.resize(columnCount + 1);
+    edges.resize(columnCount + 1);
+    const double perPixel = (xMap.s2() - xMap.s1()) / (xMap.p2() - xMap.p1());
+    const double* position = x.constData();
+    const double* const end = position + x.size();
+    long step = x.size();
+    for (int k = 0; k <= columnCount; ++k) {
+        edges[k] = xMap.s1() + (firstColumn + k - 0.5 - xMap.p1()) * perPixel;
+        // Samples are nearly evenly spaced, so the next start is about as far on as the last one was.
+        const double* low = position;
+        const double* high = low + std::min<long>(step, end - low);
+        while (high < end && *high < edges[k]) {
+            low = high;
+            step = 2 * step + 1;
+            high = low + std::min<long>(step, end - low);
+        }
+        const double* const found = std::lower_bound(low, high, edges[k]);
+        step = k == 0 ? 1 : found - position + 1;
+        position = found;
+        starts[k] = int(found - x.constData());
+    }
+}
+
+void CurvePainter::cover(const Curve& curve)
+{
+    lows.fill(infinity, columnCount);
+    highs.fill(-infinity, columnCount);
+    const double* const y = curve.y;
+    int previous = lastFinite(y, curve.from, std::min(starts[0], curve.to));
+    int previousColumn = -1;
+    for (int k = 0; k < columnCount; ++k) {
+        const int from = std::max(starts[k], curve.from);
+        const int to = std::min(starts[k + 1], curve.to);
+        if (from >= to)
+            continue;
+        const int first = firstFinite(y, from, to);
+        if (first < 0)
+            continue;
+        if (previous >= 0)
+            coverSegment(y, previous, first, previousColumn, k);
+        findExtremes(y + first, y + to, lows[k], highs[k]);
+        previous = lastFinite(y, first, to);
+        previousColumn = k;
+    }
+    const int next = firstFinite(y, std::max(starts[columnCount], curve.from), curve.to);
+    if (previous >= 0 && next >= 0)
+        coverSegment(y, previous, next, previousColumn, columnCount);
+}
+
+// The line from sample i to sample j passes the left edges of the columns after the one of i, up to that of
+// j.
+void CurvePainter::coverSegment(const double* y, int i, int j, int fromColumn, int toColumn)
+{
+    const double slope = (y[j] - y[i]) / (times[j] - times[i]);
+    const double least = std::min(y[i], y[j]);
+    const double most = std::max(y[i], y[j]);
+    for (int k = fromColumn + 1; k <= toColumn; ++k) {
+        const double value = std::clamp(y[i] + slope * (edges[k] - times[i]), least, most);
+        for (int column : {k - 1, k}) {
+            if (column < 0 || column >= columnCount)
+                continue;
+            lows[column] = std::min(lows[column], value);
+            highs[column] = std::max(highs[column], value);
+        }
+    }
+}
+
+// Moves a round pen along the stretches. Neighbouring stretches touch, since they share the value at the
+// edge, so what the pen covers of a column is again one stretch.
+void CurvePainter::widen(const Curve& curve, const QwtScaleMap& yMap, int penWidth)
+{
+    const Line row = rowLine(yMap, curve.unit);
+    const double above = canvas.top() - 2.0 * maxPenWidth;
+    const double below = canvas.bottom() + 2.0 * maxPenWidth;
+    upper.fill(infinity, columnCount);
+    lower.fill(-infinity, columnCount);
+    for (int k = 0; k < columnCount; ++k) {
+        if (!(lows[k] <= highs[k]))
+            continue;
+        const double a = row.at(lows[k]);
+        const double b = row.at(highs[k]);
+        upper[k] = std::clamp(std::min(a, b), above, below);
+        lower[k] = std::clamp(std::max(a, b), above, below);
+    }
+    const int count = canvas.width();
+    penUpper.fill(infinity, count);
+    penLower.fill(-infinity, count);
+    for (int o = 0; o < penWidth; ++o) {
+        const double offset = o - (penWidth - 1) / 2.0;
+        const double radius = std::sqrt(penWidth * penWidth / 4.0 - offset * offset);
+        const double* const sourceUpper = upper.constData() + margin + penWidth / 2 - o;
+        const double* const sourceLower = lower.constData() + margin + penWidth / 2 - o;
+        double* const up = penUpper.data();
+        double* const low = penLower.data();
+        for (int k = 0; k < count; ++k) {
+            up[k] = std::min(up[k], sourceUpper[k] - radius);
+            low[k] = std::max(low[k], sourceLower[k] + radius);
+        }
+    }
+    const double middle = penWidth % 2 ? 0.5 : 0.0;
+    tops.resize(count);
+    bottoms.resize(count);
+    for (int k = 0; k < count; ++k) {
+        if (penUpper[k] > penLower[k]) {
+            tops[k] = bottoms[k] = 0;
+            continue;
+        }
+        const int top = roundRow(penUpper[k] + middle);
+        const int bottom = std::max(top + 1, roundRow(penLower[k] + middle));
+        tops[k] = std::max(top, canvas.top());
+        bottoms[k] = std::min(bottom, canvas.bottom() + 1);
+    }
+}
+
+void CurvePainter::dash(int penWidth)
+{
+    for (int k = 0; k < tops.size(); ++k) {
+        if (k / (4 * penWidth) % 2)
+            bottoms[k] = tops[k];
+    }
+}
+
+void CurvePainter::collectColumns(const int* top, const int* bottom, int first, int last)
+{
+    for (int k = first; k < last;) {
+        int next = k + 1;
+        while (next < last && top[next] == top[k] && bottom[next] == bottom[k])
+            ++next;
+        if (top[k] < bottom[k])
+            rects.append(QRect(canvas.left() + k, top[k], next - k, bottom[k] - top[k]));
+        k = next;
+    }
+}
+
+// Noise covers most rows of a column. There the rows that a group of columns has in common are filled at
+// once, which writes whole cache lines, and only the ragged ends column by column.
+void CurvePainter::collect()
+{
+    rects.resize(0);
+    const int count = tops.size();
+    capTops.resize(count);
+    capBottoms.resize(count);
+    for (int first = 0; first < count; first += coreColumns) {
+        const int last = std::min(first + coreColumns, count);
+        const int coreTop = *std::max_element(tops.cbegin() + first, tops.cbegin() + last);
+        const int coreBottom = *std::min_element(bottoms.cbegin() + first, bottoms.cbegin() + last);
+        if (coreBottom - coreTop < coreColumns) {
+            collectColumns(tops.constData(), bottoms.constData(), first, last);
+            continue;
+        }
+        rects.append(QRect(canvas.left() + first, coreTop, last - first, coreBottom - coreTop));
+        std::fill(capTops.begin() + first, capTops.begin() + last, coreBottom);
+        std::fill(capBottoms.begin() + first, capBottoms.begin() + last, coreTop);
+        collectColumns(tops.constData(), capBottoms.constData(), first, last);
+        collectColumns(capTops.constData(), bottoms.constData(), first, last);
+    }
+}
+
+const QVector<QRect>& CurvePainter::spans(const Curve& curve, const QwtScaleMap& yMap, const Pen& pen)
+{
+    const int penWidth = std::clamp(pen.width, 1, maxPenWidth);
+    cover(curve);
+    widen(curve, yMap, penWidth);
+    if (pen.dashed)
+        dash(penWidth);
+    collect();
+    return rects;
+}
+
+const QVector<QPointF>& CurvePainter::symbolPositions(const Curve& curve, const QwtScaleMap& xMap,
+                                                      const QwtScaleMap& yMap)
+{
+    const Line row = rowLine(yMap, curve.unit);
+    points.resize(0);
+    for (int k = 0; k < columnCount; ++k) {
+        const int from = std::max(starts[k], curve.from);
+        const int to = std::min(starts[k + 1], curve.to);
+        if (to - from <= 2) {
+            for (int i = from; i < to; ++i) {
+                if (std::isfinite(curve.y[i]))
+                    points.append(QPointF(xMap.transform(times[i]), row.at(curve.y[i])));
+            }
+            continue;
+        }
+        double low = infinity;
+        double high = -infinity;
+        findExtremes(curve.y + from, curve.y + to, low, high);
+        if (low <= high)
+            points << QPointF(firstColumn + k, row.at(low)) << QPointF(firstColumn + k, row.at(high));
+    }
+    return points;
+}

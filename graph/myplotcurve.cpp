@@ -1,0 +1,199 @@
+#include "graph/myplotcurve.h"
+
+#include <QPainter>
+#include <QPolygonF>
+
+#include <algorithm>
+#include <cmath>
+
+#include <qwt_scale_map.h>
+#include <qwt_symbol.h>
+
+#include "data/expdata.h"
+#include "graph/curvepainter.h"
+#include "graph/scalemanager.h"
+
+namespace {
+
+// A curve deletes its series, but the data set belongs to somebody else and serves one channel at a time.
+class ChannelSeries : public QwtSeriesData<QPointF>
+{
+public:
+    ChannelSeries(ExpData* data, int iData)
+        : data(data)
+        , iData(iData)
+    {
+    }
+    size_t size() const override { return selected()->size(); }
+    QPointF sample(size_t i) const override { return selected()->sample(i); }
+    QRectF boundingRect() const override { return selected()->boundingRect(); }
+
+private:
+    ExpData* selected() const
+    {
+        data->setSensorToDraw(iData);
+        return data;
+    }
+    ExpData* const data;
+    const int iData;
+};
+
+bool isOnScreen(const QPainter* painter)
+{
+    return painter->device()->devType() == QInternal::Widget &&
+           painter->worldTransform().type() <= QTransform::TxTranslate;
+}
+
+// The rim of a round brush of `width` pixels, as offsets from the line. Thin lines drawn at all of them look
+// like the wide line, at a fraction of its cost.
+QVector<QPointF> brushRim(int width)
+{
+    QVector<QPointF> rim;
+    for (int row = 0; row < width; ++row) {
+        const double offset = row - (width - 1) / 2.0;
+        const double half = std::sqrt(width * width / 4.0 - offset * offset);
+        const int left = int(std::floor(width / 2.0 - half + 0.5));
+        const int right = width - 1 - left;
+        rim.append(QPointF(left - width / 2, row - width / 2));
+        if (right > left)
+            rim.append(QPointF(right - width / 2, row - width / 2));
+    }
+    return rim;
+}
+
+// Lines of this many segments or more are drawn with the rim; below it the engine's own wide line looks
+// better.
+constexpr int manySegments = 200;
+
+void drawPolyline(QPainter* painter, const QPolygonF& line)
+{
+    const QPen pen = painter->pen();
+    if (line.size() < manySegments || pen.width() <= 1 || pen.style() != Qt::SolidLine) {
+        painter->drawPolyline(line);
+        return;
+    }
+    painter->save();
+    painter->setPen(QPen(pen.color(), 0));
+    const QVector<QPointF> rim = brushRim(pen.width());
+    for (const QPointF& offset : rim)
+        painter->drawPolyline(line.translated(offset));
+    painter->restore();
+}
+
+} // namespace
+
+myPlotCurve::myPlotCurve(ExpData* data, scaleManager* scaler, int iData, CurvePainter* painter)
+    : data(data)
+    , scaler(scaler)
+    , columns(painter)
+    , iData(iData)
+{
+    setData(new ChannelSeries(data, iData));
+}
+
+int myPlotCurve::rotateMode()
+{
+    mode = (mode + 1) % (CURVE_HIDDEN + 1);
+    return mode;
+}
+
+void myPlotCurve::setMode(int newMode)
+{
+    if (newMode < CURVE_LINE || newMode > CURVE_HIDDEN)
+        return;
+    mode = newMode;
+    setVisible(isShown());
+}
+
+void myPlotCurve::setColor(const QColor& newColor)
+{
+    color = newColor;
+    userColorSet = true;
+}
+
+double myPlotCurve::getYForX(double x) const
+{
+    return data->interpolateY(iData, x);
+}
+
+void myPlotCurve::drawSeries(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                             const QRectF& canvasRect, int from, int to) const
+{
+    data->setSensorToDraw(iData);
+    QwtScaleMap map = yMap;
+    scaler->fixScaleY(&map, iData);
+    QwtPlotCurve::drawSeries(painter, xMap, map, canvasRect, std::max(from, data->getLeftPad(iData)), to);
+}
+
+bool myPlotCurve::paintsByColumns(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap) const
+{
+    return columns && isOnScreen(painter) && !data->isXYPlot() && CurvePainter::canPaint(xMap, yMap);
+}
+
+void myPlotCurve::drawCurve(QPainter* painter, int style, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                            const QRectF& canvasRect, int from, int to) const
+{
+    const SensorPtr& sensor = data->getSens(iData);
+    if (!sensor)
+        return;
+    if (style == Lines && paintsByColumns(painter, xMap, yMap)) {
+        const QVector<double>& y = data->getYNoConv(iData);
+        const int end = std::min({to + 1, y.size(), data->getXSize()});
+        columns->setTime(data->getX(), xMap, canvasRect.toAlignedRect());
+        const bool dashed = pen().style() != Qt::SolidLine;
+        const QVector<QRect>& spans =
+            columns->spans({y.constData(), from, end, sensor->altUnit()}, yMap, {pen().width(), dashed});
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(pen().color());
+        painter->drawRects(spans);
+    } else if (style == Lines && isOnScreen(painter) && data->isXYPlot()) {
+        drawXYPath(painter, xMap, yMap, from, to);
+    } else {
+        QwtPlotCurve::drawCurve(painter, style, xMap, yMap, canvasRect, from, to);
+    }
+}
+
+void myPlotCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, const QwtScaleMap& xMap,
+                              const QwtScaleMap& yMap, const QRectF& canvasRect, int from, int to) const
+{
+    const SensorPtr& sensor = data->getSens(iData);
+    if (!sensor || !paintsByColumns(painter, xMap, yMap)) {
+        QwtPlotCurve::drawSymbols(painter, symbol, xMap, yMap, canvasRect, from, to);
+        return;
+    }
+    const QVector<double>& y = data->getYNoConv(iData);
+    const int end = std::min({to + 1, y.size(), data->getXSize()});
+    columns->setTime(data->getX(), xMap, canvasRect.toAlignedRect());
+    const QVector<QPointF>& places =
+        columns->symbolPositions({y.constData(), from, end, sensor->altUnit()}, xMap, yMap);
+    symbol.drawSymbols(painter, places.constData(), places.size());
+}
+
+// Samples that fall on the same pixel as the one before are left out.
+void myPlotCurve::drawXYPath(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap, int from,
+                             int to) const
+{
+    constexpr double farOutside = 1e6;
+    const int iX = data->getXYIndex();
+    const QVector<double>& x = data->getYNoConv(iX);
+    const QVector<double>& y = data->getYNoConv(iData);
+    const SensorPtr& xSensor = data->getSens(iX);
+    const SensorPtr& ySensor = data->getSens(iData);
+    if (!xSensor || !ySensor)
+        return;
+    const Sensor::AltUnit xUnit = xSensor->altUnit();
+    const Sensor::AltUnit yUnit = ySensor->altUnit();
+    const int end = std::min({to + 1, x.size(), y.size()});
+    QPolygonF line;
+    for (int i = from; i < end; ++i) {
+        const double column = xMap.transform(x[i] * xUnit.factor + xUnit.offset);
+        const double row = yMap.transform(y[i] * yUnit.factor + yUnit.offset);
+        if (!std::isfinite(column) || !std::isfinite(row))
+            continue;
+        const QPointF point(std::round(std::clamp(column, -farOutside, farOutside)),
+                            std::round(std::clamp(row, -farOutside, farOutside)));
+        if (line.isEmpty() || line.last() != point)
+            line.append(point);
+    }
+    drawPolyline(painter, line);
+}

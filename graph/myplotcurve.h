@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QColor>
+#include <QObject>
+
+#include <qwt_plot_curve.h>
+
+class CurvePainter;
+class ExpData;
+class scaleManager;
+
+enum curveMode
+{
+    CURVE_LINE,
+    CURVE_SYMBOL,
+    CURVE_HIDDEN
+};
+
+/// One sensor's curve. It draws straight from the data set, through the scale of its sensor instead of that
+/// of the visible axis. On the screen the cost of a time curve follows the width of the canvas; on any other
+/// device, such as a printer or a picture file, every sample is drawn.
+class myPlotCurve : public QObject, public QwtPlotCurve
+{
+    Q_OBJECT
+
+public:
+    /// None of the three is owned. `painter` is shared by the curves of one graph.
+    myPlotCurve(ExpData* data, scaleManager* scaler, int iData, CurvePainter* painter);
+
+    /// Line, symbols, hidden, line; gives the new mode.
+    int rotateMode();
+    void setMode(int newMode);
+    int getMode() const { return mode; }
+    void hide() { setMode(CURVE_HIDDEN); }
+    void show() { setMode(CURVE_LINE); }
+    bool isLine() const { return mode == CURVE_LINE; }
+    bool isSymbol() const { return mode == CURVE_SYMBOL; }
+    bool isShown() const { return mode != CURVE_HIDDEN; }
+
+    void setColor(const QColor& newColor);
+    QColor getColor() const { return color; }
+    /// A colour was set at all, by the user or by the graph.
+    bool isUserColor() const { return userColorSet; }
+
+    /// The curve's value at a time, in the unit on display.
+    double getYForX(double x) const;
+
+    void drawSeries(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                    const QRectF& canvasRect, int from, int to) const override;
+
+protected:
+    void drawCurve(QPainter* painter, int style, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                   const QRectF& canvasRect, int from, int to) const override;
+    void drawSymbols(QPainter* painter, const QwtSymbol& symbol, const QwtScaleMap& xMap,
+                     const QwtScaleMap& yMap, const QRectF& canvasRect, int from, int to) const override;
+
+private:
+    bool paintsByColumns(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap) const;
+    void drawXYPath(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap, int from,
+                    int to) const;
+
+    ExpData* const data;
+    scaleManager* const scaler;
+    CurvePainter* const columns;
+    const int iData;
+    int mode = CURVE_LINE;
+    QColor color;
+    bool userColorSet = false;
+};

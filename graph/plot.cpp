@@ -1,0 +1,226 @@
+#include "graph/plot.h"
+
+#include <algorithm>
+
+#include <QEvent>
+
+#include <qwt_legend.h>
+#include <qwt_picker_machine.h>
+#include <qwt_plot_canvas.h>
+#include <qwt_plot_grid.h>
+#include <qwt_plot_layout.h>
+#include <qwt_plot_picker.h>
+#include <qwt_scale_draw.h>
+#include <qwt_scale_widget.h>
+#include <qwt_text_label.h>
+
+#include "app/common/common.h"
+#include "app/common/settings.h"
+#include "data/expdata.h"
+#include "graph/curvepainter.h"
+#include "graph/myplotcurve.h"
+#include "graph/scalemanager.h"
+#include "graph/timescaledraw.h"
+#include "graph/timescaleengine.h"
+
+namespace {
+
+constexpr int axisFontSize = 11;
+
+QString busyTitle()
+{
+    return Plot::tr("Kormelin is busy with data collection, please wait");
+}
+
+} // namespace
+
+QColor Plot::majGridColor(52, 52, 52);
+QColor Plot::minGridColor(233, 233, 233);
+QColor Plot::backgroundColor(Qt::white);
+QColor Plot::backgroundColorActive(200, 200, 200);
+double Plot::majGridW = 1;
+double Plot::minGridW = 1;
+
+Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget* parent)
+    : QwtPlot(parent)
+    , scaler(std::make_unique<scaleManager>())
+    , data(data)
+    , type(type)
+    , index(index)
+    , columnPainter(std::make_unique<CurvePainter>())
+{
+    const QString group = data->getGroupName();
+    setTitle(group.isEmpty() ? tr("New experiment") : group);
+    createCanvas();
+    createGrid();
+    const QSettings store = Settings::mainStore();
+    setGridShown(!store.value(Settings::hideGrid, false).toBool());
+    curveWidth = store.value(Settings::curveWidth, 2).toInt();
+    curveWidthAct = store.value(Settings::curveWidthActive, 4).toInt();
+    createAxes();
+    if (type != GRAPH_FFT)
+        createLegend();
+    createZoomer();
+    watchMouse();
+    applyDesign();
+    if (type == GRAPH_LINE)
+        setData();
+}
+
+// The curves draw from members of this class, so they go first.
+Plot::~Plot()
+{
+    dropCurves();
+}
+
+// Without a frame and a backing store of its own a repaint of the canvas is one pass over its pixels.
+void Plot::createCanvas()
+{
+    auto* plain = new QwtPlotCanvas(this);
+    plain->setObjectName(QStringLiteral("canvas"));
+    plain->setFrameStyle(QFrame::NoFrame);
+    plain->setPaintAttribute(QwtPlotCanvas::BackingStore, false);
+    setCanvas(plain);
+    setAutoReplot(false);
+    plotLayout()->setAlignCanvasToScales(true);
+}
+
+void Plot::createGrid()
+{
+    grid = new QwtPlotGrid;
+    grid->enableX(type != GRAPH_BAR);
+    grid->enableXMin(type != GRAPH_BAR);
+    grid->enableYMin(true);
+    grid->attach(this);
+}
+
+void Plot::createAxes()
+{
+    if (type == GRAPH_LINE)
+        setAxisRange(yLeft, 0, 1);
+    QFont font;
+    font.setPointSize(axisFontSize);
+    setAxisFont(xBottom, font);
+    setAxisFont(yLeft, font);
+    myTimeScale = new TimeScaleDraw(type == GRAPH_BAR);
+    setAxisScaleEngine(xBottom, new TimeScaleEngine(myTimeScale));
+    setAxisScaleDraw(xBottom, myTimeScale);
+}
+
+void Plot::createZoomer()
+{
+    zoomer = new QwtPlotPicker(xBottom, yLeft, QwtPicker::RectRubberBand, QwtPicker::AlwaysOff, canvas());
+    zoomer->setStateMachine(new QwtPickerDragRectMachine);
+    zoomer->setEnabled(false);
+    connect(zoomer, QOverload<const QRectF&>::of(&QwtPlotPicker::selected), this, &Plot::zoomIn);
+}
+
+void Plot::watchMouse()
+{
+    titleLabel()->installEventFilter(this);
+    canvas()->installEventFilter(this);
+    axisWidget(yLeft)->installEventFilter(this);
+    axisWidget(xBottom)->installEventFilter(this);
+}
+
+void Plot::setGridShown(bool shown)
+{
+    grid->setVisible(shown);
+}
+
+void Plot::setGrid(bool shown)
+{
+    setGridShown(shown);
+    replot();
+}
+
+void Plot::setAxisTitleAndSize(int axisID, const QString& text, int /*size*/)
+{
+    QwtText title(text);
+    QFont font = axisTitle(axisID).font();
+    if (Common::isLocale(QStringLiteral("he"))) {
+        font = QFont(QStringLiteral("Arial"), 16, QFont::Bold);
+        font.setLetterSpacing(QFont::AbsoluteSpacing, 1);
+    }
+    title.setFont(font);
+    setAxisTitle(axisID, title);
+}
+
+void Plot::updateTitle(const QString& text)
+{
+    setTitle(text);
+}
+
+void Plot::setTempTitle()
+{
+    if (title().text() == busyTitle())
+        return;
+    realTitle = title().text();
+    setTitle(busyTitle());
+    Q_EMIT titleChanged(busyTitle());
+}
+
+void Plot::restoreTitle()
+{
+    if (title().text() != busyTitle())
+        return;
+    setTitle(realTitle);
+    Q_EMIT titleChanged(realTitle);
+}
+
+void Plot::otherTitleChanged(const QString& text)
+{
+    setTitle(text);
+}
+
+void Plot::updateXAxisVisibility(bool shown)
+{
+    enableAxis(xBottom, shown);
+}
+
+void Plot::setActivePlot(int chosen)
+{
+    isActive = chosen == index;
+    doUseDesignValues();
+}
+
+void Plot::doActivePlotIndicator()
+{
+    if (index >= 0)
+        setCanvasBackground(isActive ? backgroundColorActive : backgroundColor);
+}
+
+void Plot::applyDesign()
+{
+    grid->setMajorPen(majGridColor, majGridW);
+    grid->setMinorPen(minGridColor, minGridW);
+    setCanvasBackground(backgroundColor);
+    doActivePlotIndicator();
+}
+
+void Plot::doUseDesignValues()
+{
+    applyDesign();
+    replot();
+}
+
+void Plot::setDesign()
+{
+    doUseDesignValues();
+}
+
+// The chosen graph's own canvas colour is for the screen only.
+void Plot::setForPrint(bool tf)
+{
+    isActive = !tf;
+    doActivePlotIndicator();
+}
+
+void Plot::alignGraphs(QwtPlot* main, QwtPlot* fft)
+{
+    QwtScaleWidget* const upper = main->axisWidget(yLeft);
+    QwtScaleWidget* const lower = fft->axisWidget(yLeft);
+    QwtScaleWidget* const narrower = upper->width() < lower->width() ? upper : lower;
+    narrower->scaleDraw()->setMinimumExtent(std::max(upper->width(), lower->width()));
+    fft->canvas()->setMaximumWidth(main->canvas()->width());
+}

@@ -1,0 +1,145 @@
+// Legend, colours and styles of the curves.
+
+#include "graph/plot.h"
+
+#include <QColor>
+#include <QPen>
+
+#include <qwt_legend.h>
+#include <qwt_symbol.h>
+
+#include "app/common/userprompt.h"
+#include "data/expdata.h"
+#include "graph/colorscale.h"
+#include "graph/myplotcurve.h"
+
+namespace {
+
+constexpr int symbolSize = 10;
+
+} // namespace
+
+void Plot::createLegend()
+{
+    legendView = new QwtLegend(this);
+    legendView->setObjectName(QStringLiteral("legend"));
+    legendView->setDefaultItemMode(QwtLegendData::Clickable);
+    insertLegend(legendView, RightLegend);
+    connect(legendView, &QwtLegend::clicked, this, &Plot::handleLegend);
+}
+
+void Plot::watchLegendItem(myPlotCurve* curve)
+{
+    QWidget* const item = legendView->legendWidget(itemToInfo(curve));
+    if (!item)
+        return;
+    item->installEventFilter(this);
+    legendItems.append(item);
+}
+
+QString Plot::legendName(int i) const
+{
+    const SensorPtr& sensor = data->getSens(i);
+    return sensor ? sensor->nameForLegend(index < 0) : QString();
+}
+
+// In repeat mode the second half of the curves is the present run and takes the colours of the first.
+QColor Plot::curveColor(int i) const
+{
+    const int half = nSens / 2;
+    if (data->isRepeatMode() && half > 0 && i >= half)
+        return curveColor(i - half);
+    if (hasColorimeter >= 0)
+        return ColorScale::myColorsForColorimeter(i, hasColorimeter);
+    return curves[i]->isUserColor() ? curves[i]->getColor() : ColorScale::myColors(i);
+}
+
+void Plot::setCurvePen(int i)
+{
+    myPlotCurve* const curve = curves[i];
+    QwtText title(legendName(i));
+    title.setColor(curve->isVisible() ? Qt::black : Qt::gray);
+    if (curve->isVisible()) {
+        curve->setColor(curveColor(i));
+        QPen pen(curve->getColor(), i == activeSens ? curveWidthAct : curveWidth);
+        if (data->isRepeatMode() && i < nSens / 2)
+            pen.setDashPattern({4, 4});
+        curve->setPen(pen);
+    } else {
+        curve->setPen(QPen(Qt::transparent, 0));
+    }
+    curve->setTitle(title);
+}
+
+void Plot::designCurve(int i)
+{
+    if (i < 0 || i >= curves.size())
+        return;
+    myPlotCurve* const curve = curves[i];
+    const bool isXSensor = data->isXYPlot() && data->getXYIndex() == i;
+    const bool isSymbol = curve->isSymbol() && !isXSensor;
+    const bool isLine = curve->isLine() && !isXSensor;
+    curve->setVisible(curve->isShown() && !isXSensor);
+    curve->setLegendAttribute(QwtPlotCurve::LegendShowSymbol, isSymbol);
+    curve->setLegendAttribute(QwtPlotCurve::LegendShowLine, isLine);
+    setCurvePen(i);
+    if (isSymbol) {
+        curve->setSymbol(new QwtSymbol(QwtSymbol::Diamond, curve->getColor(), QPen(curve->getColor(), 1),
+                                       QSize(symbolSize, symbolSize)));
+        curve->setStyle(QwtPlotCurve::NoCurve);
+    } else {
+        curve->setSymbol(nullptr);
+    }
+    if (isLine)
+        curve->setStyle(QwtPlotCurve::Lines);
+    axesChanged = true;
+}
+
+// Two sensors of one name resolve to the first.
+void Plot::handleLegend(const QVariant& itemInfo, int /*pos*/)
+{
+    const QwtPlotItem* const item = infoToItem(itemInfo);
+    if (!item)
+        return;
+    int i = 0;
+    while (i < curves.size() && legendName(i) != item->title().text())
+        ++i;
+    if (i == curves.size())
+        return;
+    if (type == GRAPH_BAR ? i != activeSens : curves[i]->isVisible())
+        Q_EMIT changedActiveCurve(index, i);
+}
+
+void Plot::handleLegendRight(int item)
+{
+    if (item < 0 || item >= curves.size())
+        return;
+    curves[item]->rotateMode();
+    designCurve(item);
+    replot();
+}
+
+void Plot::selectColor(int iSens)
+{
+    const SensorPtr& sensor = data->getSens(iSens);
+    if (type == GRAPH_FFT || !sensor || !userPrompt || iSens >= curves.size())
+        return;
+    const QPointer<Plot> alive(this);
+    const auto answer = userPrompt->color(this, tr("Select color for %1").arg(sensor->name),
+                                          getCurvePen(iSens).color().rgba());
+    if (!answer || !alive || iSens >= curves.size())
+        return;
+    const QColor color = QColor::fromRgba(*answer);
+    data->setNeedSave(true);
+    otherColorChanged(iSens, color);
+    Q_EMIT colorChanged(iSens, color);
+}
+
+void Plot::otherColorChanged(int iSens, const QColor& color)
+{
+    if (iSens < 0 || iSens >= curves.size())
+        return;
+    curves[iSens]->setColor(color);
+    designCurve(iSens);
+    replot();
+}

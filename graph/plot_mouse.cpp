@@ -1,0 +1,275 @@
+// What the mouse does on a graph, and the dialogs it opens. Events are observed and passed on.
+
+#include "graph/plot.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QMouseEvent>
+
+#include <algorithm>
+#include <cmath>
+
+#include <qwt_plot_picker.h>
+#include <qwt_scale_map.h>
+#include <qwt_scale_widget.h>
+#include <qwt_text_label.h>
+
+#include "app/common/userprompt.h"
+#include "data/expdata.h"
+#include "graph/myplotcurve.h"
+#include "graph/scalemanager.h"
+#include "graph/setrange.h"
+
+namespace {
+
+constexpr int hotPixels = 20; // how near a curve a press counts as on it
+
+bool isPress(const QEvent* event, Qt::MouseButton button)
+{
+    return event->type() == QEvent::MouseButtonPress &&
+           static_cast<const QMouseEvent*>(event)->button() == button;
+}
+
+double squaredDistance(const QPointF& p, const QPointF& a, const QPointF& b)
+{
+    const QPointF way = b - a;
+    const double length = QPointF::dotProduct(way, way);
+    const double part = length > 0 ? std::clamp(QPointF::dotProduct(p - a, way) / length, 0.0, 1.0) : 0.0;
+    const QPointF off = p - (a + part * way);
+    return QPointF::dotProduct(off, off);
+}
+
+} // namespace
+
+void Plot::enableZoom(bool tf)
+{
+    isZoom = tf;
+    zoomer->setEnabled(tf);
+    if (tf)
+        isAnnotate = isMarker = false;
+}
+
+void Plot::enableAnnotate(bool tf)
+{
+    if (tf) {
+        enableZoom(false);
+        isMarker = false;
+        enableSlope(false);
+    }
+    isAnnotate = tf;
+}
+
+void Plot::enableMarker(bool tf)
+{
+    if (tf) {
+        enableZoom(false);
+        isAnnotate = false;
+        enableSlope(false);
+    }
+    isMarker = tf;
+}
+
+void Plot::enableSlope(bool tf)
+{
+    if (tf) {
+        enableZoom(false);
+        isAnnotate = isMarker = false;
+    }
+    isSlope = tf;
+    canvas()->setMouseTracking(tf);
+}
+
+bool Plot::eventFilter(QObject* object, QEvent* event)
+{
+    const int legendItem = legendItems.indexOf(qobject_cast<QWidget*>(object));
+    if (legendItem >= 0) {
+        if (isPress(event, Qt::RightButton))
+            handleLegendRight(legendItem);
+        return false;
+    }
+    if (object == axisWidget(yLeft)) {
+        if (type != GRAPH_FFT && isPress(event, Qt::RightButton))
+            setScale();
+    } else if (object == axisWidget(xBottom)) {
+        if (type == GRAPH_LINE && isPress(event, Qt::RightButton))
+            setXYGraph(static_cast<QMouseEvent*>(event)->globalPos());
+    } else if (object == titleLabel()) {
+        mouseOnTitle(event);
+    } else if (object == canvas()) {
+        mouseOnCanvas(event);
+    }
+    return QwtPlot::eventFilter(object, event);
+}
+
+void Plot::mouseOnTitle(QEvent* event)
+{
+    if (isPress(event, Qt::LeftButton)) {
+        toggleChosen();
+    } else if (event->type() == QEvent::MouseButtonDblClick) {
+        if (index >= 0)
+            toggleChosen();
+        else
+            changeTitle();
+    } else if (type == GRAPH_FFT && isPress(event, Qt::RightButton)) {
+        hide();
+    }
+}
+
+void Plot::mouseOnCanvas(QEvent* event)
+{
+    if (isPress(event, Qt::RightButton)) {
+        const QPoint pos = static_cast<QMouseEvent*>(event)->pos();
+        double distance = 0;
+        if (type == GRAPH_BAR)
+            selectColor(activeSens);
+        else if (const int iSens = nearCurve(pos, &distance); iSens >= 0 && distance < hotPixels)
+            selectColor(iSens);
+    } else if (event->type() == QEvent::MouseButtonRelease &&
+               static_cast<QMouseEvent*>(event)->button() == Qt::RightButton && isZoom) {
+        zoomOut();
+    }
+}
+
+void Plot::toggleChosen()
+{
+    Q_EMIT changedActivePlot(isActive ? -1 : index);
+}
+
+void Plot::changeTitle()
+{
+    if (!userPrompt)
+        return;
+    const QPointer<Plot> alive(this);
+    const auto answer = userPrompt->text(this, tr("Edit graph title"), tr("Graph title:"), title().text());
+    if (!alive || !answer || answer->isEmpty())
+        return;
+    data->setNeedSave(true);
+    setTitle(*answer);
+    Q_EMIT titleChanged(*answer);
+}
+
+void Plot::setScale()
+{
+    const SensorPtr sensor = data->getSens(activeSens);
+    if (!sensor)
+        return;
+    double newMin = 0;
+    double newMax = 0;
+    const QPointer<Plot> alive(this);
+    const QPointer<SetRange> dialog = new SetRange(this);
+    dialog->sensName(tr("%1 Sensor").arg(sensor->name));
+    dialog->Params(sensor->minView, sensor->maxView, sensor->min, sensor->max, &newMin, &newMax);
+    const bool accepted = dialog->exec() == QDialog::Accepted;
+    if (dialog)
+        dialog->deleteLater();
+    if (!alive || !accepted)
+        return;
+    data->setNeedSave(true);
+    applyUserScale(sensor, newMin, newMax);
+}
+
+// On the graph of the class the range goes to all sensors of the kind.
+void Plot::applyUserScale(const SensorPtr& sensor, double newMin, double newMax)
+{
+    if (index >= 0) {
+        const int i = data->getSensors().indexOf(sensor);
+        if (i < 0 || i >= scaler->scales.size())
+            return;
+        sensor->readSetMinMax = true;
+        scaler->scales[i]->calcScales();
+        scaler->scales[i]->setUserScales(newMin, newMax, false);
+    } else {
+        for (const SensorPtr& other : data->getSensors()) {
+            if (!other || other->ID != sensor->ID)
+                continue;
+            other->classMinView = newMin;
+            other->classMaxView = newMax;
+            other->readClassMinMax = false;
+            other->readClassSetMinMax = true;
+        }
+    }
+    Update();
+}
+
+void Plot::setXYGraph(const QPoint& globalPos)
+{
+    if (data->getNSens() < 2)
+        return;
+    auto* menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("xAxisMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const auto addChoice = [&](const QString& text, int sel) {
+        QAction* const choice = menu->addAction(text);
+        choice->setData(sel);
+        choice->setCheckable(true);
+        choice->setChecked(data->getXYIndex() == sel);
+    };
+    addChoice(tr("Time"), -1);
+    menu->addSeparator();
+    for (int i = 0; i < data->getNSens(); ++i)
+        addChoice(data->getSens(i)->name, i);
+    connect(menu, &QMenu::triggered, this,
+            [this](const QAction* choice) { chooseXSensor(choice->data().toInt()); });
+    menu->popup(globalPos);
+}
+
+// The data can have changed while the menu stood open.
+void Plot::chooseXSensor(int sel)
+{
+    if (sel >= data->getNSens())
+        return;
+    if (sel == activeSens)
+        Q_EMIT changedActiveCurve(index, sel != 0 ? 0 : 1);
+    setXYIndex(sel);
+}
+
+// The visible curve nearest to a point of the canvas, -1 if none passes within the strip beside it.
+int Plot::nearCurve(const QPointF& pos, double* distance) const
+{
+    int nearest = -1;
+    double least = 0;
+    if (data->getXSize() <= 2)
+        return nearest;
+    const QwtScaleMap xMap = canvasMap(xBottom);
+    for (int i = 0; i < curves.size(); ++i) {
+        if (!curves[i]->isVisible())
+            continue;
+        QwtScaleMap yMap = canvasMap(yLeft);
+        scaler->fixScaleY(&yMap, i);
+        const auto consider = [&](const QPointF& a, const QPointF& b) {
+            const double found = squaredDistance(pos, a, b);
+            if (nearest < 0 || found < least) {
+                nearest = i;
+                least = found;
+            }
+        };
+        if (data->isXYPlot())
+            forEachXYSegment(i, xMap, yMap, consider);
+        else
+            forEachSegment(i, pos.x(), xMap, yMap, consider);
+    }
+    *distance = std::sqrt(least);
+    return nearest;
+}
+
+void Plot::forEachSegment(int i, double atPixel, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                          const std::function<void(QPointF, QPointF)>& visit) const
+{
+    const int from = int(std::ceil(std::max(atPixel - hotPixels, xMap.transform(data->getX().first()))));
+    const int to = int(std::floor(std::min(atPixel + hotPixels, xMap.transform(data->getLastXForIndex(i)))));
+    const auto at = [&](int pixel) {
+        return QPointF(pixel, yMap.transform(curves[i]->getYForX(xMap.invTransform(pixel))));
+    };
+    for (int pixel = from; pixel < to; ++pixel)
+        visit(at(pixel), at(pixel + 1));
+}
+
+void Plot::forEachXYSegment(int i, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                            const std::function<void(QPointF, QPointF)>& visit) const
+{
+    const int n = int(curves[i]->dataSize());
+    for (int k = 1; k < n; ++k) {
+        visit(QwtScaleMap::transform(xMap, yMap, curves[i]->sample(k - 1)),
+              QwtScaleMap::transform(xMap, yMap, curves[i]->sample(k)));
+    }
+}
