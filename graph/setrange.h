@@ -3,6 +3,7 @@
 #include <QDialog>
 
 class QDoubleSpinBox;
+class QFormLayout;
 class QLabel;
 
 /// Asks for the range of a scale. A reversed range is allowed and gives a scale upside down.
@@ -20,16 +21,15 @@ public:
     void Params(double curmin, double curmax, double defmin, double defmax, double* setmin, double* setmax);
 
 private:
-    QDoubleSpinBox* addField(const QString& label, const QString& name, double bottom, double top);
-    void fitBounds(double value);
+    QDoubleSpinBox* addField(QFormLayout* form, const QString& label, const QString& name, double top);
     void showRange(double min, double max);
-    void setDefault();
+    void takeEdited(const QDoubleSpinBox* field, double& shown, double* result);
     void reverse();
 
     QLabel* title;
     QDoubleSpinBox* minval;
     QDoubleSpinBox* maxval;
-    double shownMin = 0; ///< the fields as last set by the program: an untouched field keeps its exact value
+    double shownMin = 0; ///< the fields as last read or set
     double shownMax = 0;
     double defaultMin = 0;
     double defaultMax = 0;
