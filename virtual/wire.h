@@ -1,0 +1,92 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+
+/// The bytes of the wire as the firmware writes and reads them. Numbers are big-endian, dates are packed
+/// decimal, and the sum of a whole frame is 0 modulo 256.
+namespace Wire {
+
+/// Commands of the program, by their third byte; a status that answers one carries the same code.
+enum Code : quint8
+{
+    UserChange = 0x00,
+    GetStatus = 0x10,
+    LoggingSetup = 0x11,
+    Start = 0x22,
+    NoBattery = 0x23,
+    NoMemory = 0x24,
+    NoSensor = 0x25,
+    Stop = 0x33,
+    Download = 0x44,
+    ExperimentsTable = 0x45,
+    NextPacket = 0x46,
+    ResendPacket = 0x47,
+    StopTransmission = 0x48,
+    Snapshot = 0x55,
+    DeleteLast = 0x88,
+    LongCommand = 0x91,
+    DeleteAll = 0x99,
+    SelfTest = 0xA8,
+    Reserved = 0xA9,
+    SensorIds = 0xAA,
+    SetClock = 0xCC,
+    Configure = 0xDD,
+    Calibrate = 0xE0,
+};
+
+/// Packets of the logger, by their third byte.
+enum Packet : quint8
+{
+    DataPlain = 0x44,
+    InfoPlain = 0x45,
+    DataExternal = 0x54,
+    InfoExternal = 0x55,
+    SnapshotPacket = 0x81,
+    SensorIdPacket = 0x82,
+    StatusPacket = 0x83,
+    OnlinePacket = 0x84,
+    ExternalEvent = 0x85,
+    SelfTestPacket = 0xA8,
+};
+
+/// The packet of the ordinary loggers: start bytes, type, `body`, checksum.
+QByteArray packet(Packet type, const QByteArray& body);
+bool isSumGood(const QByteArray& frame);
+
+void append16(QByteArray& bytes, int value);
+quint16 read16(const QByteArray& bytes, int at);
+quint8 toBcd(int value);
+int fromBcd(quint8 byte);
+/// Day, month, year since 2000, hour, minute, second.
+QByteArray bcdDate(const QDateTime& utc);
+/// The date of six such bytes, invalid where they make none.
+QDateTime fromBcdDate(const QByteArray& bytes);
+
+/// A number that was sent as x / 256 and x % 256 with the sign of x in both. -1 to -255 can't be told from
+/// 1 to 255 then and count as positive.
+int readSplit(const QByteArray& bytes, int at);
+
+/// What a frame of either direction says, for the log.
+QString describe(const QByteArray& frame, bool isFromLogger);
+
+/// Cuts the byte stream of the program into frames.
+class CommandCutter
+{
+public:
+    enum Kind
+    {
+        Command, ///< a whole frame with a good sum
+        Junk     ///< bytes that are no frame
+    };
+
+    void add(const QByteArray& bytes) { buffer += bytes; }
+    /// The next frame or run of junk; false when more bytes are needed.
+    bool next(QByteArray* frame, Kind* kind);
+
+private:
+    QByteArray buffer;
+};
+
+} // namespace Wire
