@@ -16,7 +16,8 @@ constexpr const char* help =
     "sensor-values          for every catalogue row in order: 65536 little-endian doubles, the base-unit "
     "values\n"
     "                       of the raw words 0 to 65535\n"
-    "sensor-values --texts  tab-separated lines: unit set, ID, raw word, base value, shown value, shown "
+    "sensor-values --texts [LANGUAGE]\n"
+    "                       tab-separated lines: unit set, ID, raw word, base value, shown value, shown "
     "value\n"
     "                       back in the base unit, text; for every 257th word. Then, with \"-\" for the "
     "word, the\n"
@@ -88,7 +89,9 @@ int main(int argc, char** argv)
     if (arguments.isEmpty()) {
         chooseUnits(0);
         printValues();
-    } else if (arguments == QStringList{QStringLiteral("--texts")}) {
+    } else if (arguments.first() == QLatin1String("--texts") && arguments.size() <= 2) {
+        if (arguments.size() == 2)
+            Settings::mainStore().setValue(QLatin1String(Settings::language), arguments.last());
         for (int unitSet = 0; unitSet < 3; ++unitSet)
             printTexts(unitSet);
     } else {
