@@ -6,6 +6,8 @@
 #include <QTimer>
 #include <QVector>
 
+#include <array>
+
 #include "link/commandtype.h"
 #include "link/packetidentifier.h"
 #include "protocol/expinfo.h"
@@ -14,8 +16,11 @@
 #include "sensors/sensor.h"
 
 namespace Packets {
+struct Info;
 struct Status;
+struct StoredData;
 struct VortaStatus;
+using VortaWords = std::array<quint16, 5>;
 } // namespace Packets
 
 /// Reasons of runTerminated(int, int).
@@ -77,7 +82,8 @@ public:
     QDateTime loggerDateTime; ///< UTC, of the last good status
 
     // --- What it is --------------------------------------------------------------------------------------
-    short tembrinType = LOGGER_BIRCH; ///< 0 between a sensor list and the next status
+    short tembrinType = 0; ///< of the last good status, LOGGER_BIRCH before any,
+                           ///< 0 between a sensor list and the next status
     short firmwareVersion = 0;
     short firmwareSmallVersion = 0; ///< 0 to 99
     bool loggerRecognized = false;  ///< a status arrived since the last loss
@@ -171,6 +177,9 @@ public:
     /// Place in the list, -1 when absent.
     int getIndexByID(int id) const;
 
+    /// The port has gone or is a new one: what was held of the stream and of an open download is void.
+    void forgetConnection();
+
     // --- External sockets (tembrindata.cpp) --------------------------------------------------------------
     bool isExtSens1(int i) const { return i == ext1Index; }
     bool isExtSens2(int i) const { return i == ext2Index; }
@@ -248,33 +257,49 @@ Q_SIGNALS:
     void temperatureChangeWarning(int index);
 
 private:
-    // Identity and status
-    void setupSensorsForType(int type);
+    // Identity and sensors
+    void setNames();
     void setSamplesNamesForType();
+    void setupSensorsForType(int type);
+    void clearSensors();
+    void appendFromSlot(int slot, int id, int external1, int external2);
+    void noteGates(int first, int second);
+    void plugIn(bool first, int id);
+    /// Whenever the list or the width of an entry changes.
     void forgetOnlineMask() { onlineMask = -1; }
+
+    // Status
     void takeStatusFields(const Packets::Status& status);
     void followExternalTemperature();
     void checkTemperatureUnit();
     void takeModel(int type);
     void reactToStatus(int eventCode);
-    void takeSocketChanges(int first, int second);
 
     // Byte stream
-    PacketKind identifyOnline(const char* bytes, int size, int* length);
     bool passesGate(unsigned char family, unsigned char type) const;
+    int packetSizeAt(const unsigned char* head, int size, int rowSize);
+    void countOnlineBytes(quint16 mask);
+    int bytesPerSample(quint16 mask) const;
 
     // Download
+    void setupPacketTimer();
     void startDownload();
-    void endDownload();
+    void noPacketLeft();
+    void endDownload(bool success);
+    void takeDownloadHeader(const Packets::StoredData& packet);
+    bool isAllReceived() const;
+    int storedSampleSize() const;
     void forgetExperimentTable();
-    void rejectExperimentTable();
-    void takeDownloadHeader(const unsigned char* bytes, bool withSockets);
+    void rejectExperimentTable(const char* why);
+    expInfo experimentRow(const Packets::Info& packet) const;
 
     // Vorta
+    void takeVortaFields(const Packets::VortaStatus& status);
     void becomeVorta();
-    void applyVortaCalibration();
+    void calibrateForce();
     void reactToVortaStatus(int eventCode);
-    void emitVortaBlock(const SampleBlock& block);
+    QVector<double> vortaSample(const Packets::VortaWords& words, quint16 carried) const;
+    void takeVortaBlock(const unsigned char* bytes, int len, int sampleCount);
 
     bool vorta = false;
     bool downloadOpen = false;

@@ -68,8 +68,6 @@ public:
     /// Closes the port and lets go of it. Always ends in loggerDisconnected().
     void release();
 
-    /// A fresh search for paired devices.
-    QVector<possibleDevice> getPairedDevices();
     /// The name of the paired device whose port is this slot's, empty if there is none.
     QString loggerName() const;
     QString getGroupName() const { return groupName; }
@@ -116,27 +114,27 @@ Q_SIGNALS:
 
 private:
     /// What open() brings back from its thread.
-    struct OpenResult
+    struct Opened
     {
         QString portName;
         QString groupName;
-        std::unique_ptr<SerialPort> port;
-        bool linesUp = false;
+        std::unique_ptr<SerialPort> port; ///< null unless its lines are up
     };
 
-    OpenResult openPort() const;
-    void takeOpened(OpenResult* result);
-    void dropPortBeforeOpen();
-    void dropConnection();
+    Opened openPort() const;
+    void takeOpened(Opened* opened);
     void connectPort();
     void watchPort();
     void connectPackets();
+    /// Closes the port and lets go of it and of what stands on it.
+    void endConnection(bool flush);
     void loseConnection();
     QVector<short> loggingSetup() const;
     QVector<short> configuration() const;
 
     SerialPortFactory portFactory;
-    SerialMonitorThread* monitor = nullptr; ///< polling mode only, made at first need
+    std::unique_ptr<SerialMonitorThread> monitor; ///< polling mode only, made at first need
+    int connection = 0; ///< counts the ports, so that what an old one still has to say is known as such
     QTimer sendIDTimer;
     QTimer blTimer;
     QTimer cmdTimer;

@@ -1,0 +1,241 @@
+#include "protocol/tembrinprotocol.h"
+
+#include "app/common/settings.h"
+#include "link/myporttalker.h"
+#include "link/portlistener.h"
+#include "link/serialmonitorthread.h"
+#include "protocol/packets.h"
+#include "protocol/tembrindata.h"
+
+#include <QThread>
+
+namespace {
+
+constexpr int baudRate = 115200;
+constexpr int dataBits = 8;
+
+/// The name under which the system opens a port: from COM10 on Windows wants its device prefix.
+QString systemName(const QString& portName)
+{
+#ifdef Q_OS_WIN
+    if (portName.mid(3).toInt() >= 10)
+        return QStringLiteral("\\\\.\\") + portName;
+#endif
+    return portName;
+}
+
+void applySettings(SerialPort* port)
+{
+    port->setBaudRate(baudRate);
+    port->setDataBits(dataBits);
+    port->setParity(SerialPort::Parity::None);
+    port->setStopBits(SerialPort::StopBits::One);
+    port->setFlowControl(SerialPort::FlowControl::None);
+}
+
+/// Nobody hears it any more; it may be at work further up the stack, so it is deleted when that is over.
+void discard(QObject* object)
+{
+    if (!object)
+        return;
+    object->disconnect();
+    object->deleteLater();
+}
+
+} // namespace
+
+int TembrinProtocol::open()
+{
+    // Nothing of this object is written here: the result goes to its own thread, in one piece.
+    auto opened = std::make_shared<Opened>(openPort());
+    if (QThread::currentThread() == thread())
+        takeOpened(opened.get());
+    else
+        QMetaObject::invokeMethod(
+            this, [this, opened] { takeOpened(opened.get()); }, Qt::QueuedConnection);
+    return 0;
+}
+
+TembrinProtocol::Opened TembrinProtocol::openPort() const
+{
+    Opened opened;
+    const QSettings store = Settings::mainStore();
+    opened.portName = store.value(loggerKey, QStringLiteral("COMxx")).toString();
+    opened.groupName = store.value(groupKey, tr("Group %1").arg(index)).toString();
+
+    const bool polling = portMode == Polling;
+    opened.port = portFactory(systemName(opened.portName),
+                              polling ? SerialPort::QueryMode::Polling : SerialPort::QueryMode::EventDriven);
+    SerialPort* port = opened.port.get();
+    if (!port)
+        return opened;
+    if (!port->open(polling ? SerialPort::OpenMode::ReadWriteUnbuffered : SerialPort::OpenMode::ReadWrite)) {
+        qCInfo(lcProtocol).noquote() << "logger" << index << opened.portName
+                                     << "open failed. reason=" << port->errorString();
+    }
+    applySettings(port);
+    // The lines are the sole sign of the link; a port without one that is up goes at once, so that the next
+    // attempt finds the device free.
+    if (port->lineStatus() == 0)
+        opened.port.reset();
+    else if (port->thread() == QThread::currentThread())
+        port->moveToThread(thread());
+    return opened;
+}
+
+void TembrinProtocol::takeOpened(Opened* opened)
+{
+    portName = opened->portName;
+    groupName = opened->groupName;
+    isBT = true;
+    if (opened->port) {
+        endConnection(true);
+        port = opened->port.release();
+        port->setParent(this);
+        isConnect = true;
+        isBootLoader = false;
+    }
+    Q_EMIT openDone(index);
+}
+
+int TembrinProtocol::init()
+{
+    sendIDTries = 0;
+    tembrinData->forgetConnection();
+    if (!port)
+        return 0;
+    discard(listener);
+    discard(talker);
+    listener = new PortListener(port, tembrinData, index, this);
+    talker = new MyPortTalker(port, index, this);
+    if (portMode == Polling)
+        watchPort();
+    else
+        connectPort();
+    connectPackets();
+    return 0;
+}
+
+void TembrinProtocol::connectPort()
+{
+    connect(port, &SerialPort::readyRead, listener, &PortListener::receive);
+    connect(port, &SerialPort::aboutToClose, listener, &PortListener::reportClose);
+    connect(port, &SerialPort::dsrChanged, listener, &PortListener::reportDsr);
+    // Bytes, or the end of the line, that came before anybody listened.
+    QMetaObject::invokeMethod(listener, &PortListener::receive, Qt::QueuedConnection);
+}
+
+void TembrinProtocol::watchPort()
+{
+    const bool isNew = !monitor;
+    if (isNew)
+        monitor = std::make_unique<SerialMonitorThread>(port, !isBT);
+    else
+        monitor->set(port, !isBT);
+    disconnect(monitor.get(), nullptr, nullptr, nullptr);
+    connect(monitor.get(), &SerialMonitorThread::readyRead, listener, &PortListener::receive);
+    connect(monitor.get(), &SerialMonitorThread::loggerDisconnected, this, [this, present = connection] {
+        if (present == connection)
+            test();
+    });
+    monitor->setPortName(portName);
+    if (isNew)
+        monitor->start();
+}
+
+void TembrinProtocol::connectPackets()
+{
+    PortListener* from = listener;
+    TembrinData* to = tembrinData;
+    connect(from, &PortListener::telemetryReceived, to, &TembrinData::handleTelemetry);
+    connect(from, &PortListener::statusReceived, to, &TembrinData::handleStatus);
+    connect(from, &PortListener::onlineReceived, to, &TembrinData::handleOnline);
+    connect(from, &PortListener::tooSlowSignal, to, &TembrinData::tooSlowSignal);
+    connect(from, &PortListener::dataPacketReceived, to, &TembrinData::handleDataPacket);
+    connect(from, &PortListener::sensorIDReceived, to, &TembrinData::handleSensID);
+    connect(from, &PortListener::testDataReceived, to, &TembrinData::handleTestData);
+    connect(from, &PortListener::infoPacketReceived, to, &TembrinData::handleInfoPacket);
+    connect(from, &PortListener::extEventReceived, to, &TembrinData::handleExtEvent);
+    connect(from, &PortListener::VortaFetchReceived, to, &TembrinData::handleVortaFetch);
+    connect(from, &PortListener::VortaStatusReceived, to, &TembrinData::handleVortaStatus);
+    connect(from, &PortListener::VortaOnlineReceivedFast, to, &TembrinData::handleVortaOnlineFast);
+    connect(from, &PortListener::VortaOnlineReceivedSlow, to, &TembrinData::handleVortaOnlineSlow);
+    connect(from, &PortListener::bootloadProgMemReceived, to, &TembrinData::handleProgMem);
+    connect(from, &PortListener::bootloadEepromReceived, to, &TembrinData::handleEEPROM);
+    connect(from, &PortListener::bootloadCSReceived, to, &TembrinData::HandleBLCS);
+
+    // A word of an earlier port may still be queued; it says nothing about this one.
+    connect(port, &SerialPort::test, this, [this, present = connection](int code) {
+        if (present == connection)
+            test(code);
+    });
+    connect(port, &SerialPort::dsrChanged, this, [this, present = connection](bool up) {
+        if (present == connection)
+            BTChangeStatus(up);
+    });
+    if (!port->isOpen()) {
+        // Gone between the opening and now, when nobody heard it yet.
+        QTimer::singleShot(0, listener, [this, present = connection] {
+            if (present == connection)
+                BTChangeStatus(false);
+        });
+    }
+}
+
+void TembrinProtocol::release()
+{
+    endConnection(true);
+    Q_EMIT loggerDisconnected(index);
+}
+
+void TembrinProtocol::endConnection(bool flush)
+{
+    ++connection;
+    isConnect = false;
+    sendIDTimer.stop();
+    tembrinData->forgetConnection();
+    if (monitor)
+        monitor->stop();
+    if (port && port->isOpen()) {
+        if (flush)
+            port->close();
+        else
+            port->closeWithoutFlush();
+    }
+    if (listener)
+        listener->clearBuffer();
+    discard(listener);
+    discard(talker);
+    discard(port);
+    listener = nullptr;
+    talker = nullptr;
+    port = nullptr;
+}
+
+void TembrinProtocol::loseConnection()
+{
+    endConnection(false);
+    Q_EMIT loggerDisconnected(index);
+}
+
+void TembrinProtocol::BTChangeStatus(bool tf)
+{
+    if (tf) {
+        qCDebug(lcProtocol) << "logger" << index << "BT lineStatus = true?!";
+        return;
+    }
+    qCInfo(lcProtocol) << "logger" << index << "BT was disconnected";
+    loseConnection();
+}
+
+void TembrinProtocol::test(int code)
+{
+    qCInfo(lcProtocol) << "logger" << index << "port fault, code" << code;
+    loseConnection();
+}
+
+void TembrinProtocol::test()
+{
+    qCInfo(lcProtocol) << "logger" << index << "the device of its port has gone";
+    loseConnection();
+}
