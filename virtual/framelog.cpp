@@ -80,6 +80,8 @@ void FrameLog::record(int logger, const LoggerPackets& packets, qint64 time)
 
 void FrameLog::flush()
 {
-    log.flush();
-    samples.flush();
+    for (QFile* file : {&log, &samples}) {
+        if (file->isOpen())
+            file->flush();
+    }
 }

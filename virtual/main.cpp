@@ -1,12 +1,16 @@
 #include "virtual/virtualclass.h"
+#include "virtual/virtualcommands.h"
 #include "virtual/virtualoptions.h"
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QLockFile>
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <csignal>
 #include <cstdio>
+#include <memory>
 #include <unistd.h>
 
 namespace {
@@ -50,11 +54,40 @@ void watchSignals(QCoreApplication& application)
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-/// Links of a run that was killed point nowhere.
+void execute(VirtualCommands& commands, const QString& line)
+{
+    const QString answer = commands.execute(line);
+    if (!answer.isEmpty())
+        say(answer);
+    if (commands.isQuit())
+        QCoreApplication::exit(ExitGood);
+}
+
+/// Lines of standard input are commands; its end is not the end of the program.
+void watchInput(QCoreApplication& application, VirtualCommands& commands)
+{
+    auto* notifier = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &application);
+    auto waiting = std::make_shared<QByteArray>();
+    QObject::connect(notifier, &QSocketNotifier::activated, &application, [notifier, waiting, &commands] {
+        char buffer[4096];
+        const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
+        if (count <= 0) {
+            notifier->setEnabled(false);
+            return;
+        }
+        waiting->append(buffer, int(count));
+        for (int end = waiting->indexOf('\n'); end >= 0; end = waiting->indexOf('\n')) {
+            execute(commands, QString::fromLocal8Bit(waiting->left(end)));
+            waiting->remove(0, end + 1);
+        }
+    });
+}
+
+/// Links of a run that was killed; their terminals may belong to somebody else by now.
 void removeStaleLinks(const QDir& directory)
 {
-    for (const QFileInfo& entry : directory.entryInfoList(QDir::Files | QDir::System | QDir::Hidden)) {
-        if (entry.isSymLink() && !entry.exists())
+    for (const QFileInfo& entry : directory.entryInfoList(QDir::Files | QDir::System)) {
+        if (entry.isSymLink() && entry.symLinkTarget().startsWith(QLatin1String("/dev/pts/")))
             QFile::remove(entry.filePath());
     }
 }
@@ -79,6 +112,12 @@ int main(int argc, char** argv)
         complain(QStringLiteral("the folder %1 can't be made").arg(options.directory));
         return ExitFailed;
     }
+    QLockFile lock(directory.filePath(QStringLiteral(".virtual-loggers.lock")));
+    lock.setStaleLockTime(0);
+    if (!lock.tryLock()) {
+        complain(QStringLiteral("%1 is in use by another run or can't be written").arg(options.directory));
+        return ExitFailed;
+    }
     removeStaleLinks(directory);
 
     VirtualClass loggers(options.loggers, directory.absolutePath());
@@ -99,5 +138,11 @@ int main(int argc, char** argv)
                 .arg(i + 1)
                 .arg(loggers.port(i).linkPath(), loggers.logger(i).summary()));
     say(QStringLiteral("ready"));
+
+    VirtualCommands commands(loggers);
+    for (const auto& [seconds, command] : options.script)
+        QTimer::singleShot(qRound(seconds * 1000), &application,
+                           [&, line = command] { execute(commands, line); });
+    watchInput(application, commands);
     return QCoreApplication::exec();
 }

@@ -95,8 +95,7 @@ void VirtualLogger::obey(const QByteArray& frame, qint64 now, LoggerPackets& out
         experiments.clear();
         break;
     case Wire::SetClock:
-        clockBase = Wire::fromBcdDate(frame.mid(3, 6));
-        clockSet = now;
+        setClock(Wire::fromBcdDate(frame.mid(3, 6)), now);
         break;
     case Wire::Configure:
         configure(frame);
@@ -145,6 +144,14 @@ void VirtualLogger::takeSocketCode(int socket, quint8 code)
         self.plugged[socket] = code;
     else if (plugged == 0 && code <= VERNIER_LAST - VERNIER_CODE)
         typedCodes[socket] = code;
+}
+
+void VirtualLogger::setClock(const QDateTime& utc, qint64 now)
+{
+    if (!utc.isValid())
+        return;
+    clockBase = utc;
+    clockSet = now;
 }
 
 void VirtualLogger::configure(const QByteArray& frame)
@@ -291,10 +298,14 @@ QDateTime VirtualLogger::clock(qint64 now) const
     return clockBase.addMSecs((now - clockSet) / nsPerMs);
 }
 
+bool VirtualLogger::hasSocket(int socket) const
+{
+    return self.model->sensorIds().contains(socket == 0 ? SENSOR_EXTERNAL : SENSOR_EXTERNAL_B);
+}
+
 LoggerPackets VirtualLogger::plug(int socket, int sensorId)
 {
-    const int place = socket == 0 ? SENSOR_EXTERNAL : SENSOR_EXTERNAL_B;
-    if (!self.model->sensorIds().contains(place))
+    if (!hasSocket(socket))
         return {};
     self.plugged[socket] = sensorId;
     typedCodes[socket] = 0;

@@ -77,6 +77,7 @@ public:
     LoggerPackets setSamplesIndex(int index, qint64 now);
 
     const LoggerIdentity& identity() const { return self; }
+    bool hasSocket(int socket) const;
     /// One line on what the logger is doing.
     QString summary() const;
 
@@ -107,7 +108,6 @@ private:
     };
     struct Download
     {
-        const Experiment* from() const { return isOn ? &experiment : nullptr; }
         bool isOn = false;
         bool wasRepeated = false;
         Experiment experiment;
@@ -120,6 +120,7 @@ private:
     void obey(const QByteArray& frame, qint64 now, LoggerPackets& out);
     void takeSetup(const QByteArray& frame, qint64 now, LoggerPackets& out);
     void takeSocketCode(int socket, quint8 code);
+    void setClock(const QDateTime& utc, qint64 now);
     void configure(const QByteArray& frame);
     quint8 calibrate(int tenths, qint64 now);
     LoggerPacket status(quint8 event, qint64 now) const;

@@ -211,10 +211,15 @@ int readSplit(const QByteArray& bytes, int at)
 
 QString describe(const QByteArray& frame, bool isFromLogger)
 {
-    if (isFromLogger)
-        return frame.size() >= 5 ? describeFromLogger(frame) : QStringLiteral("unknown");
+    if (isFromLogger) {
+        if (frame.size() < 5 || !frame.startsWith("\x2E\x69"))
+            return QStringLiteral("no whole packet");
+        return describeFromLogger(frame) +
+               (isSumGood(frame) ? QString() : QStringLiteral(", in part, in a burst or with a wrong sum"));
+    }
     const CommandFrame* row = commandFrame(frame);
-    return row ? QString::fromLatin1(row->meaning) : QStringLiteral("junk");
+    const bool isWhole = row && (row->length == 0 || (frame.size() == row->length && isSumGood(frame)));
+    return isWhole ? QString::fromLatin1(row->meaning) : QStringLiteral("junk");
 }
 
 bool CommandCutter::next(QByteArray* frame, Kind* kind)

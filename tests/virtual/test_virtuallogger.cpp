@@ -1,0 +1,519 @@
+#include <QTest>
+
+#include "sensors/sensorids.h"
+#include "tests/common/testsupport.h"
+#include "virtual/models.h"
+#include "virtual/rates.h"
+#include "virtual/virtuallogger.h"
+
+namespace {
+
+constexpr qint64 ms = 1000000;
+
+/// A command with its checksum.
+QByteArray command(const QByteArray& hex)
+{
+    QByteArray frame = QByteArray::fromHex(hex);
+    int sum = 0;
+    for (const char byte : frame)
+        sum += quint8(byte);
+    return frame + char(-sum);
+}
+
+QByteArray joined(const LoggerPackets& packets)
+{
+    QByteArray bytes;
+    for (const LoggerPacket& packet : packets)
+        bytes += packet.bytes;
+    return bytes;
+}
+
+/// The event codes of the status packets among these.
+QByteArray events(const LoggerPackets& packets)
+{
+    QByteArray codes;
+    for (const LoggerPacket& packet : packets) {
+        if (quint8(packet.bytes[2]) == 0x83)
+            codes += packet.bytes[3];
+    }
+    return codes.toHex();
+}
+
+LoggerPackets samplesOf(const LoggerPackets& packets)
+{
+    LoggerPackets samples;
+    for (const LoggerPacket& packet : packets) {
+        if (packet.run > 0)
+            samples.append(packet);
+    }
+    return samples;
+}
+
+int word(const QByteArray& bytes, int at)
+{
+    return quint8(bytes[at]) * 256 + quint8(bytes[at + 1]);
+}
+
+bool isWholePacket(const QByteArray& bytes)
+{
+    int sum = 0;
+    for (const char byte : bytes)
+        sum += quint8(byte);
+    return bytes.startsWith("\x2E\x69") && sum % 256 == 0;
+}
+
+LoggerIdentity identityOf(const char* model, quint16 mask = 0)
+{
+    LoggerIdentity identity;
+    identity.model = LoggerModels::find(QString::fromLatin1(model));
+    identity.mask = mask ? mask : identity.model->lessonMask();
+    identity.name = QStringLiteral("Tembrin_0421");
+    identity.seed = 0;
+    return identity;
+}
+
+/// A logger with a clock that only the test moves.
+struct Bench
+{
+    explicit Bench(const LoggerIdentity& identity)
+        : logger(identity, 0, QDateTime(QDate(2026, 12, 31), QTime(12, 0), Qt::UTC))
+    {
+    }
+
+    LoggerPackets tell(const QByteArray& hex) { return logger.receive(command(hex), now); }
+    LoggerPackets wait(qint64 milliseconds)
+    {
+        now += milliseconds * ms;
+        return logger.advance(now);
+    }
+
+    VirtualLogger logger;
+    qint64 now = 0;
+};
+
+} // namespace
+
+class TestVirtualLogger : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { guard.reset(new WarningGuard); }
+    void cleanup()
+    {
+        VERIFY_NO_WARNINGS(*guard);
+        guard.reset();
+    }
+
+    void theOpeningOfASession()
+    {
+        Bench bench(identityOf("Heath"));
+        QCOMPARE(joined(bench.tell("4714AA")).toHex(),
+                 QByteArray("2e69821a302829202a271e13070e00000000000095"));
+        QCOMPARE(joined(bench.tell("672410")), QByteArray());
+        QCOMPARE(joined(bench.tell("471410")).toHex(),
+                 QByteArray("2e6983108804050000012803023112261158000000000700190000ff00000c001a"));
+        QCOMPARE(joined(bench.tell("4714CC311226235958")).toHex(),
+                 QByteArray("2e6983cc880405000001280302311226235958000000000700190000ff00000c00f3"));
+        bench.wait(3000);
+        QCOMPARE(joined(bench.tell("471410")).mid(13, 6).toHex(), QByteArray("010127000001"));
+    }
+
+    void aSetupComesBackInTheStatus_data()
+    {
+        QTest::addColumn<QString>("model");
+        QTest::addColumn<int>("firmware");
+        QTest::addColumn<QByteArray>("setup");
+        QTest::addColumn<QByteArray>("echo");
+        QTest::addColumn<int>("rate");
+        const QByteArray fast = "00010700000000000000ff0000";
+        const QByteArray all = "01230503010300c80506070011";
+        QTest::newRow("every field") << "HEATH_INT" << 405 << all << all << 5;
+        QTest::newRow("no slots beyond the list")
+            << "HEATH_INT" << 405 << QByteArray("ffff0201000000000000ff0000")
+            << QByteArray("07ff0201000000000000ff0000") << 2;
+        QTest::newRow("socket codes only for Vernier sensors")
+            << "HEATH_INT" << 405 << QByteArray("000102010000000065ffff0000")
+            << QByteArray("00010201000000000000ff0000") << 2;
+        QTest::newRow("code 7 of new firmware") << "BIRCH" << 403 << fast << fast << 9;
+        QTest::newRow("code 7 of middle firmware") << "BIRCH" << 402 << fast << fast << 9;
+        QTest::newRow("code 7 of old firmware") << "BIRCH" << 399 << fast << fast << 7;
+        QTest::newRow("a type without 25/Sec")
+            << "AMBER_OLD" << 200 << QByteArray("00010400000000000000ff0000")
+            << QByteArray("00010400000000000000ff0000") << 5;
+    }
+
+    void aSetupComesBackInTheStatus()
+    {
+        QFETCH(QString, model);
+        QFETCH(int, firmware);
+        QFETCH(QByteArray, setup);
+        LoggerIdentity identity = identityOf(qPrintable(model));
+        identity.firmwareMajor = firmware / 100;
+        identity.firmwareMinor = firmware % 100;
+        Bench bench(identity);
+        const QByteArray status = joined(bench.tell("471411" + setup));
+        QCOMPARE(status.size(), 33);
+        QCOMPARE(quint8(status[3]), quint8(0x11));
+        QTEST((status.mid(9, 4) + status.mid(21, 9)).toHex(), "echo");
+        QTEST(bench.logger.identity().rate, "rate");
+    }
+
+    void samplesComeInTimeAndWithoutDrift()
+    {
+        LoggerIdentity identity = identityOf("BIRCH", 0x07FF);
+        identity.rate = 5; // 100/Sec, 10.24 ms
+        identity.samplesIndex = 1;
+        Bench bench(identity);
+        LoggerPackets packets = bench.tell("471422");
+        QCOMPARE(events(packets), QByteArray("22"));
+        QCOMPARE(samplesOf(packets).size(), 1);
+        QCOMPARE(bench.logger.nextDue(), qint64(10240000));
+        bench.now = 10239999;
+        QVERIFY(bench.logger.advance(bench.now).isEmpty());
+        bench.now = 10240000;
+        packets += bench.logger.advance(bench.now);
+        bench.now = 500 * ms; // a stall is caught up
+        packets += bench.logger.advance(bench.now);
+        QCOMPARE(samplesOf(packets).size(), 49);
+        packets += bench.wait(1000);
+
+        QCOMPARE(events(packets), QByteArray("2233"));
+        QCOMPARE(quint8(packets.last().bytes[3]), quint8(0x33));
+        QCOMPARE(bench.logger.nextDue(), qint64(-1));
+        const LoggerPackets samples = samplesOf(packets);
+        QCOMPARE(samples.size(), 100);
+        for (int i = 0; i < samples.size(); ++i) {
+            const QByteArray& bytes = samples[i].bytes;
+            QVERIFY(isWholePacket(bytes));
+            QCOMPARE(int(quint8(bytes[3])), bytes.size());
+            QCOMPARE(bytes.size(), 9 + 9 * 2 + 12 + 6);
+            QCOMPARE(word(bytes, 4), 0x07FF);
+            QCOMPARE(word(bytes, 6), i);
+            QCOMPARE(bytes.mid(8, bytes.size() - 9), samples[i].sampleBytes);
+        }
+    }
+
+    void aRunIsRefusedOrEnds_data()
+    {
+        QTest::addColumn<QByteArray>("steps"); // b battery, m memory, s start, S stop, k own keys, w wait
+        QTest::addColumn<quint16>("mask");
+        QTest::addColumn<QByteArray>("answers");
+        QTest::addColumn<int>("stored");
+        QTest::newRow("battery") << QByteArray("bs") << quint16(1) << QByteArray("23") << 0;
+        QTest::newRow("memory") << QByteArray("ms") << quint16(1) << QByteArray("24") << 0;
+        QTest::newRow("no sensor") << QByteArray("s") << quint16(0) << QByteArray("25") << 0;
+        QTest::newRow("battery dies") << QByteArray("swb") << quint16(1) << QByteArray("2223") << 1;
+        QTest::newRow("memory fills") << QByteArray("swm") << quint16(1) << QByteArray("2224") << 1;
+        QTest::newRow("stop") << QByteArray("swS") << quint16(1) << QByteArray("2233") << 1;
+        QTest::newRow("stop of nothing") << QByteArray("S") << quint16(1) << QByteArray("33") << 0;
+        QTest::newRow("second start goes on")
+            << QByteArray("swswS") << quint16(1) << QByteArray("222233") << 1;
+        QTest::newRow("own keys") << QByteArray("kwK") << quint16(1) << QByteArray("2233") << 1;
+        QTest::newRow("two runs") << QByteArray("swSswS") << quint16(1) << QByteArray("22332233") << 2;
+    }
+
+    void aRunIsRefusedOrEnds()
+    {
+        QFETCH(QByteArray, steps);
+        QFETCH(quint16, mask);
+        LoggerIdentity identity = identityOf("BIRCH");
+        identity.mask = mask;
+        Bench bench(identity);
+        LoggerPackets packets;
+        for (const char step : steps) {
+            switch (step) {
+            case 'b':
+                packets += bench.logger.setBatteryEmpty(true, bench.now);
+                break;
+            case 'm':
+                packets += bench.logger.setMemoryFull(true, bench.now);
+                break;
+            case 's':
+                packets += bench.tell("471422");
+                break;
+            case 'S':
+                packets += bench.tell("471433");
+                break;
+            case 'k':
+                packets += bench.logger.pressStart(bench.now);
+                break;
+            case 'K':
+                packets += bench.logger.pressStop(bench.now);
+                break;
+            default:
+                packets += bench.wait(300);
+            }
+        }
+        QTEST(events(packets), "answers");
+        const QByteArray status = joined(bench.tell("471410"));
+        QCOMPARE(quint8(status[7]), quint8(0));
+        QTEST(int(quint8(status[8])), "stored");
+    }
+
+    void aFastRunIsStoredAndNotStreamed()
+    {
+        LoggerIdentity identity = identityOf("BIRCH");
+        identity.rate = 9; // 100000/Sec
+        identity.samplesIndex = 3;
+        Bench bench(identity);
+        QCOMPARE(events(bench.tell("471422")), QByteArray("22"));
+        QVERIFY(bench.wait(100).isEmpty());
+        const LoggerPackets end = bench.wait(2);
+        QCOMPARE(events(end), QByteArray("33"));
+        QVERIFY(samplesOf(end).isEmpty());
+        bench.tell("47144401");
+        const QByteArray first = joined(bench.tell("471446"));
+        QCOMPARE(first.mid(3, 8).toHex(), QByteArray("00000001030727"
+                                                     "10"));
+    }
+
+    void aDownloadGivesWhatWasStreamed_data()
+    {
+        QTest::addColumn<QString>("model");
+        QTest::addColumn<quint16>("mask");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("header");
+        QTest::addColumn<int>("packets");
+        // 100 samples of 2 + 12 + 6 bytes, and of 4 bytes.
+        QTest::newRow("plain") << "BIRCH" << quint16(0x0241) << 0x44 << 17 << 3;
+        QTest::newRow("with a socket, in one packet") << "HEATH_INT" << quint16(0x0012) << 0x54 << 19 << 1;
+    }
+
+    void aDownloadGivesWhatWasStreamed()
+    {
+        QFETCH(QString, model);
+        QFETCH(quint16, mask);
+        QFETCH(int, header);
+        LoggerIdentity identity = identityOf(qPrintable(model), mask);
+        identity.samplesIndex = 1;
+        identity.stored = 2;
+        Bench bench(identity);
+        bench.logger.plug(0, QUELLMARK_VOLTAGE);
+        LoggerPackets run = bench.tell("471422");
+        run += bench.wait(20000);
+        QByteArray streamed;
+        for (const LoggerPacket& sample : samplesOf(run))
+            streamed += sample.sampleBytes;
+
+        QCOMPARE(events(bench.tell("47144403")), QByteArray("44"));
+        QByteArray stored;
+        int number = 0;
+        while (true) {
+            const LoggerPackets answer = bench.tell("471446");
+            QCOMPARE(answer.size(), 1);
+            const QByteArray& bytes = answer[0].bytes;
+            if (quint8(bytes[2]) == 0x83)
+                break;
+            QCOMPARE(bytes.size(), 767);
+            QVERIFY(isWholePacket(bytes));
+            QTEST(int(quint8(bytes[2])), "type");
+            QCOMPARE(word(bytes, 4), number);
+            if (number == 0) {
+                QCOMPARE(word(bytes, 6), int(mask));
+                QCOMPARE(word(bytes, 9), 100);
+            }
+            if (number == 0 && header == 19)
+                QCOMPARE(bytes.mid(17, 2).toHex(), QByteArray("6700"));
+            const int begin = number == 0 ? header : 6;
+            stored += bytes.mid(begin, bytes.size() - begin - 1);
+            number += 1;
+        }
+        QTEST(number, "packets");
+        QCOMPARE(stored.left(streamed.size()), streamed);
+        QCOMPARE(events(bench.tell("471446")), QByteArray("46"));
+    }
+
+    void aLateRequestMeansALostPacket_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QVector<int>>("numbers");
+        QTest::newRow("same") << int(LoggerIdentity::ResendSame) << QVector<int>{0, 1, 1, 2, 2};
+        QTest::newRow("next") << int(LoggerIdentity::ResendNext) << QVector<int>{0, 1, 2, 3, 3};
+    }
+
+    void aLateRequestMeansALostPacket()
+    {
+        QFETCH(int, mode);
+        LoggerIdentity identity = identityOf("BIRCH", 0x0040);
+        identity.resend = LoggerIdentity::Resend(mode);
+        identity.stored = 2;
+        Bench bench(identity);
+        bench.tell("47144402");
+        QVector<int> numbers;
+        for (const int delay : {0, 1, 400, 800}) {
+            bench.wait(delay);
+            numbers.append(word(joined(bench.tell("471446")), 4));
+        }
+        numbers.append(word(joined(bench.tell("471447")), 4));
+        QTEST(numbers, "numbers");
+    }
+
+    void theTableListsAndForgetsExperiments()
+    {
+        LoggerIdentity identity = identityOf("HEATH_INT");
+        identity.stored = 3;
+        Bench bench(identity);
+        LoggerPackets table = bench.tell("471445");
+        table += bench.wait(50);
+        QCOMPARE(table.size(), 4);
+        QCOMPARE(joined({table[1]}).mid(2, 15).toHex(), QByteArray("55"
+                                                                   "01"
+                                                                   "0128"
+                                                                   "03"
+                                                                   "0064"
+                                                                   "311226085800"
+                                                                   "0000"));
+        QCOMPARE(joined({table[3]}).mid(2, 7).toHex(), QByteArray("55"
+                                                                  "03"
+                                                                  "0128"
+                                                                  "03"
+                                                                  "0064"));
+        for (const LoggerPacket& packet : table)
+            QVERIFY(isWholePacket(packet.bytes));
+
+        bench.tell("471445");
+        QCOMPARE(events(bench.tell("471448")), QByteArray("48"));
+        QVERIFY(bench.wait(50).isEmpty());
+        QCOMPARE(int(joined(bench.tell("471488"))[8]), 2);
+        QCOMPARE(int(joined(bench.tell("471499"))[8]), 0);
+        QCOMPARE(bench.tell("471445").size(), 1);
+        QVERIFY(bench.wait(50).isEmpty());
+    }
+
+    void socketsTellWhoSitsInThem()
+    {
+        Bench bench(identityOf("EMBER_INT"));
+        const auto codes = [&bench] { return joined(bench.tell("471410")).mid(25, 2).toHex(); };
+        const auto nibbles = [&bench] { return joined(bench.tell("4714AA")).mid(19, 1).toHex(); };
+        QCOMPARE(joined(bench.logger.plug(0, QUELLMARK_HEARTRATE_WAVE)).toHex(), QByteArray("2e69856a007a"));
+        bench.logger.plug(1, QUELLMARK_PHOTOGATE);
+        QCOMPARE(nibbles(), QByteArray("6c"));
+        QCOMPARE(codes(), QByteArray("6a70"));
+        bench.tell("471411000103010000000071050000"
+                   "00"); // the pulse sensor as a gate; nobody fools the gate
+        QCOMPARE(codes(), QByteArray("7170"));
+        bench.logger.plug(1, 0);
+        bench.tell("471411000103010000000071050000"
+                   "00"); // EKG by hand
+        QCOMPARE(codes(), QByteArray("7105"));
+        QCOMPARE(nibbles(), QByteArray("d0"));
+        Bench without(identityOf("BIRCH"));
+        QVERIFY(without.logger.plug(0, QUELLMARK_PHOTOGATE).isEmpty());
+    }
+
+    void calibrationHasFiveResults_data()
+    {
+        QTest::addColumn<QByteArray>("frames");
+        QTest::addColumn<QByteArray>("answers");
+        // The room has 21 to 25 degrees.
+        QTest::newRow("good, then once is enough")
+            << QByteArray("4714E000E6 4714E000E6") << QByteArray("e0e1");
+        QTest::newRow("back to default and anew")
+            << QByteArray("4714E000E6 4714E0FFFF 4714E000E6") << QByteArray("e0e0e0");
+        QTest::newRow("too far") << QByteArray("4714E00064") << QByteArray("e2");
+        QTest::newRow("out of range") << QByteArray("4714E00191") << QByteArray("e3");
+        QTest::newRow("not idle") << QByteArray("471422 4714E000E6") << QByteArray("22e4");
+    }
+
+    void calibrationHasFiveResults()
+    {
+        QFETCH(QByteArray, frames);
+        Bench bench(identityOf("BIRCH"));
+        LoggerPackets packets;
+        for (const QByteArray& frame : frames.split(' '))
+            packets += bench.tell(frame);
+        QTEST(events(packets), "answers");
+    }
+
+    void configurationAndSelfTest()
+    {
+        LoggerIdentity identity = identityOf("AMBER");
+        identity.stored = 1;
+        Bench bench(identity);
+        LoggerPackets packets = bench.tell("4714DD1B02");
+        packets += bench.wait(10);
+        QCOMPARE(packets.size(), 2); // the table comes along
+        QCOMPARE(packets[0].bytes.mid(30, 2).toHex(), QByteArray("1b02"));
+        QCOMPARE(joined(bench.tell("4714A8")).toHex(), QByteArray("2e69a81f00000000000000a2"));
+    }
+
+    void aSnapshotHoldsEverySlotOfEveryModel()
+    {
+        for (const int code : {17, 18, 19, 34, 35, 36, 37, 51, 68, 85, 86, 102, 119, 136, 153, 170, 240}) {
+            Bench bench(identityOf(QByteArray::number(code).constData()));
+            int width = 0;
+            SampleWriter writer;
+            for (const int id : bench.logger.identity().model->sensorIds())
+                width += writer.width(id);
+            const QByteArray bytes = joined(bench.tell("471455"));
+            QVERIFY(isWholePacket(bytes));
+            QCOMPARE(bytes.size(), width + 5);
+            QCOMPARE(int(quint8(bytes[3])), bytes.size());
+        }
+    }
+
+    void aRunWaitsForItsTrigger()
+    {
+        LoggerIdentity identity = identityOf("EMBER_INT", 0x0002);
+        identity.samplesIndex = 0;
+        Bench bench(identity);
+        bench.tell("4714110002030001010005"
+                   "0000ff0000"); // voltage rising through 5
+        QCOMPARE(joined(bench.tell("471422")).size(), 33);
+        LoggerPackets packets;
+        for (int i = 0; i < 40 && packets.isEmpty(); ++i)
+            packets = bench.wait(1000);
+        const LoggerPackets samples = samplesOf(packets);
+        QVERIFY(!samples.isEmpty());
+        QCOMPARE(samples[0].sample, 0);
+    }
+
+    void theManualRateTakesASampleAPress()
+    {
+        LoggerIdentity identity = identityOf("BIRCH", 0x0002);
+        identity.rate = LoggerRates::Manual;
+        Bench bench(identity);
+        bench.tell("471422");
+        QVERIFY(bench.wait(60000).isEmpty());
+        QByteArray first;
+        for (int i = 0; i < 3; ++i) {
+            bench.wait(1000);
+            const LoggerPackets samples = samplesOf(bench.logger.pressSample(bench.now));
+            QCOMPARE(samples.size(), 1);
+            QCOMPARE(samples[0].sample, i);
+            if (i == 0)
+                first = samples[0].sampleBytes;
+        }
+        bench.tell("471433");
+        bench.tell("47144401");
+        QCOMPARE(joined(bench.tell("471446")).mid(17, 8).toHex(), "311226115901" + first.toHex());
+    }
+
+    void framesAreCutFromAnyStream()
+    {
+        const QByteArray status = command("471410");
+        const QByteArray stream = QByteArray::fromHex("00ff47") + status + command("672410") +
+                                  QByteArray::fromHex("47141096") + command("4714CC311226235958") + "G\x57" +
+                                  QByteArray::fromHex("471491414243") + QByteArray::fromHex("fe4e") + status;
+        for (int at = 0; at <= stream.size(); ++at) {
+            Bench bench(identityOf("BIRCH"));
+            QStringList heard;
+            bench.logger.setListener(
+                [&heard](const QByteArray& frame) { heard.append(Wire::describe(frame, false)); });
+            LoggerPackets packets = bench.logger.receive(stream.left(at), 0);
+            packets += bench.logger.receive(stream.mid(at), 0);
+            heard.removeAll(QStringLiteral("junk"));
+            QCOMPARE(heard, QStringList({"get status", "Vorta: get status", "set clock", "long command",
+                                         "get status"}));
+            QCOMPARE(events(packets), QByteArray("10cc9110"));
+        }
+    }
+
+private:
+    QScopedPointer<WarningGuard> guard;
+};
+
+QTEST_GUILESS_MAIN(TestVirtualLogger)
+
+#include "test_virtuallogger.moc"
