@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(joined(bench.tell("471410")).toHex(),
                  QByteArray("2e6983108804050000012803023112261158000000000700190000ff00000c001a"));
         QCOMPARE(joined(bench.tell("4714CC311226235958")).toHex(),
-                 QByteArray("2e6983cc880405000001280302311226235958000000000700190000ff00000c00f3"));
+                 QByteArray("2e6983cc8804050000012803023112262359580000000700190000ff00000c00f3"));
         bench.wait(3000);
         QCOMPARE(joined(bench.tell("471410")).mid(13, 6).toHex(), QByteArray("010127000001"));
     }
