@@ -1,0 +1,265 @@
+#include <QTest>
+
+#include "app/common/common.h"
+#include "tests/common/testsupport.h"
+#include "tests/protocol/loggerbench.h"
+
+class TestStatus : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        guard.reset(new WarningGuard);
+        bench.reset(new LoggerBench);
+    }
+
+    void cleanup()
+    {
+        bench.reset();
+        VERIFY_NO_WARNINGS(*guard);
+        guard.reset();
+    }
+
+    void aStatusIsReadFieldByField()
+    {
+        QCOMPARE(bench->data.sensors.size(), 11); // before anything is connected
+        QCOMPARE(int(bench->data.tembrinType), int(LOGGER_BIRCH));
+        bench->recognise();
+        const TembrinData& data = bench->data;
+        QCOMPARE(data.versionLine(), QStringLiteral("Tembrin Birch, firmware 4.05"));
+        QCOMPARE(data.runState, short(0));
+        QCOMPARE(data.numExperiments, short(3));
+        QCOMPARE(data.activeIndices, (QVector<int>{0, 2}));
+        QCOMPARE(data.activeMask(), quint16(0x0005));
+        QCOMPARE(data.rate, short(3));
+        QCOMPARE(data.samples, short(2));
+        QCOMPARE(data.loggerDateTime, QDateTime({2026, 11, 22}, {21, 47, 58}, Qt::UTC));
+        QCOMPARE(data.trigType, short(1));
+        QCOMPARE(data.trigSens, short(2));
+        QCOMPARE(data.trigLevel, short(300));
+        QCOMPARE(data.rangeSens, short(0xFF));
+        QCOMPARE(data.rangeMin, short(50));
+        QVERIFY(data.confSound && !data.confFarenheit && data.confBTEnabled && !data.confGPSEnabled);
+        QVERIFY(data.confHPA);
+        QCOMPARE(data.confLanguage, 2);
+        bench->feed(status({{7, 1}, {12, 200}}));
+        QVERIFY(!data.isIdle());
+        QCOMPARE(data.samples, short(4)); // the names end there
+    }
+
+    void aFirstStatusWithABadSumEstablishesButIsNotBelieved()
+    {
+        bench->feed(bytes(sensorListHex));
+        bench->told.clear();
+        QByteArray damaged = bytes(statusHex);
+        damaged[32] = 0;
+        bench->feed(damaged);
+        QCOMPARE(bench->told, QStringList{"established"});
+        QCOMPARE(bench->data.tembrinType, short(0));
+        QVERIFY(bench->data.activeIndices.isEmpty());
+        bench->feed(bytes(statusHex));
+        QCOMPARE(bench->told, (QStringList{"established", "type changed", "status", "mode"}));
+    }
+
+    void eventCodes_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("told");
+        const auto row = [](int code, const char* told) {
+            QTest::newRow(qPrintable(QString::number(code, 16))) << code << QString::fromLatin1(told);
+        };
+        row(0x00, "");
+        row(0x10, "mode");
+        row(0x11, "accepted 2");
+        row(0x22, "");
+        row(0x23, "terminated 2");
+        row(0x24, "terminated 3");
+        row(0x25, "terminated 5");
+        row(0x33, "stopped 0,accepted 4");
+        row(0x44, "packet 0/1,next");
+        row(0x45, "");
+        row(0x46, "");
+        row(0x91, "string,calibration 1");
+        row(0xDD, "accepted 17");
+        row(0xE0, "calibration 1");
+        row(0xE4, "calibration 5");
+        row(0xE5, "");
+    }
+
+    void eventCodes()
+    {
+        QFETCH(int, code);
+        QFETCH(QString, told);
+        bench->recognise();
+        bench->feed(status({{3, code}}));
+        QCOMPARE(bench->told.join(','), told.isEmpty() ? "status" : "status," + told);
+    }
+
+    void aFastRunIsAnnouncedAsStored()
+    {
+        bench->recognise();
+        bench->feed(status({{3, 0x22}, {11, 6}}));
+        QCOMPARE(bench->told, (QStringList{"status", "offline"}));
+        QVERIFY(bench->data.isFastRate());
+    }
+
+    void rateCodes_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("firmware");       // as in the packet
+        QTest::addColumn<QVector<int>>("rates"); // of the codes from 4 on
+        QTest::addColumn<QVector<int>>("missing");
+        QTest::newRow("3.99") << 35 << 0x0399 << QVector<int>{4, 5, 6, 7} << QVector<int>{8, 9};
+        QTest::newRow("4.00") << 35 << 0x0400 << QVector<int>{4, 5, 6, 9} << QVector<int>{7, 8};
+        QTest::newRow("4.02") << 35 << 0x0402 << QVector<int>{4, 5, 6, 9} << QVector<int>{7, 8};
+        QTest::newRow("4.03") << 35 << 0x0403 << QVector<int>{4, 5, 8, 9} << QVector<int>{6, 7};
+        QTest::newRow("oldest, 2.00") << 17 << 0x0200 << QVector<int>{5, 6, 7, 8} << QVector<int>{4, 8, 9};
+        QTest::newRow("oldest, 4.05") << 17 << 0x0405 << QVector<int>{5, 8, 9} << QVector<int>{4, 8, 9};
+    }
+
+    void rateCodes()
+    {
+        QFETCH(int, type);
+        QFETCH(int, firmware);
+        QFETCH(QVector<int>, rates);
+        QFETCH(QVector<int>, missing);
+        for (int i = 0; i < rates.size(); ++i) {
+            // The first status after the list, when the type held is none.
+            bench->feed(bytes(sensorListHex));
+            bench->feed(status({{4, type}, {5, firmware >> 8}, {6, firmware & 0xFF}, {11, 4 + i}}));
+            QCOMPARE(int(bench->data.rate), rates[i]);
+            QCOMPARE(int(bench->data.fixedRate(short(4 + i))), rates[i]);
+            if (!missing.contains(rates[i]))
+                QCOMPARE(int(bench->data.fixedRateDecrease(bench->data.rate)), 4 + i);
+        }
+        for (short rate = 0; rate < 10; ++rate)
+            QCOMPARE(bench->data.isIncludedInRateMenu(rate), !missing.contains(rate));
+        QVERIFY(bench->data.fixedRate(255) < 10);
+        QCOMPARE(bench->data.getRateNameFromDT(TembrinData::Rates[4]), QStringLiteral("25/Sec"));
+        QCOMPARE(bench->data.getRateNameFromDT(0.1), QStringLiteral("1/Sec"));
+    }
+
+    void sensorLists_data()
+    {
+        QTest::addColumn<QByteArray>("list");
+        QTest::addColumn<QVector<int>>("ids");
+        QTest::addColumn<bool>("gate");
+        QTest::addColumn<QString>("language");
+        const QVector<int> plain{4, 2, 32, 39};
+        QTest::newRow("sockets not identified")
+            << bytes("2E6982 04 02 20 27 000000000000000000000000 00") << plain << false << "en";
+        QTest::newRow("both identified") << bytes("2E6982 04 02 20 27 000000000000000000000000 6C")
+                                         << QVector<int>{4, 2, 106, 112} << true << "en";
+        QTest::newRow("second identified") << bytes("2E6982 04 02 20 27 000000000000000000000000 05")
+                                           << QVector<int>{4, 2, 32, 105} << false << "en";
+        QTest::newRow("in Russian") << bytes("2E6982 04 02 20 27 000000000000000000000000 00")
+                                    << QVector<int>{47, 2, 32, 39} << false << "ru_RU";
+        QTest::newRow("nothing") << bytes("2E6982 00000000000000000000000000000000 00") << QVector<int>{}
+                                 << false << "en";
+    }
+
+    void sensorLists()
+    {
+        QFETCH(QByteArray, list);
+        QFETCH(QVector<int>, ids);
+        QFETCH(QString, language);
+        Settings::mainStore().setValue(Settings::language, language);
+        Common::forgetLocale();
+        bench->feed(summed(list));
+        Settings::mainStore().remove(Settings::language);
+        Common::forgetLocale();
+        QVector<int> found;
+        for (const SensorPtr& sensor : bench->data.getSensors())
+            found.append(sensor->ID);
+        QCOMPARE(found, ids);
+        QCOMPARE(bench->data.ext1Index, ids.isEmpty() ? -1 : 2);
+        QCOMPARE(bench->data.ext2Index, ids.isEmpty() ? -1 : 3);
+        QTEST(bench->data.hasPhotogate, "gate");
+        QCOMPARE(bench->told, QStringList{"type?"});
+        bench->feed(bytes(statusHex)); // finds sockets to fill, or none
+        QVERIFY(bench->data.isLoggerRecognized());
+    }
+
+    void socketsFollowWhatIsPluggedIn()
+    {
+        bench->feed(bytes(sensorListHex));
+        const SensorPtr first = bench->data.sensors.at(4);
+        first->minView = -7;
+        QCOMPARE(bench->data.externalCode(true), short(0)); // a port that nothing is known of
+        bench->feed(status({{25, 101}, {26, 3}}));
+        QCOMPARE(first->ID, int(QUELLMARK_CURRENT));
+        QCOMPARE(bench->data.sensors.at(5)->ID, VERNIER_CODE + 3);
+        QCOMPARE(bench->data.externalCode(true), short(101));
+        QCOMPARE(bench->data.externalCode(false), short(3));
+        QCOMPARE(first->minView, -7.0);
+
+        bench->feed(status({{3, 0x46}, {25, 103}}));
+        QCOMPARE(first->ID, int(QUELLMARK_CURRENT)); // the end of a download says nothing of sockets
+
+        bench->told.clear();
+        bench->feed(summed("2E6985 6A 00"));
+        QCOMPARE(bench->told, QStringList{"status"});
+        QCOMPARE(first->ID, int(QUELLMARK_HEARTRATE_WAVE));
+        QCOMPARE(bench->data.sensors.at(5)->ID, int(SENSOR_EXTERNAL_B));
+        QVERIFY(bench->data.hasPhotogateCompatibleSensor && !bench->data.hasPhotogate);
+        QCOMPARE(bench->data.getExtSensID1(), 106);
+        bench->feed(summed("2E6985 05 00")); // no sensor that a socket can hold
+        QCOMPARE(first->ID, int(QUELLMARK_HEARTRATE_WAVE));
+        bench->data.handleQuellmarkSensors(112, -1);
+        QCOMPARE(first->ID, int(QUELLMARK_PHOTOGATE));
+        QCOMPARE(bench->data.getExtSensID2(), 0);
+    }
+
+    void oldFirmwareTellsTheThermometerByItsLanguage()
+    {
+        bench->feed(summed("2E6982 0D 000000000000000000000000000000 00"));
+        bench->feed(status({{5, 2}, {6, 9}, {31, 2}}));
+        QCOMPARE(bench->data.sensors.at(0)->ID, int(SENSOR_EXT_TEMP_NTC));
+        bench->feed(status({{5, 2}, {6, 0x10}, {31, 1}}));
+        QCOMPARE(bench->data.sensors.at(0)->ID, int(SENSOR_EXT_TEMP_NTC));
+        int child = 0;
+        QCOMPARE(bench->data.getSensByID(SENSOR_EXT_TEMP, &child), bench->data.sensors.at(0));
+        QCOMPARE(child, -1);
+    }
+
+    void anotherTemperatureUnitWarnsOnceUntilTheyAgree()
+    {
+        bench->recognise();
+        const QByteArray fahrenheit = status({{30, 0x17}});
+        for (const QByteArray& packet : {fahrenheit, fahrenheit, status({}), fahrenheit})
+            bench->feed(packet);
+        QCOMPARE(bench->told.count("temperature"), 2);
+        bench->feed(status({})); // the mark is shared by all loggers
+    }
+
+    void theFourthSampleCountFollowsTheModel()
+    {
+        bench->recognise();
+        bench->feed(status({{4, 240}}));
+        QCOMPARE(bench->data.SamplesNames[3], QStringLiteral("3000"));
+        bench->feed(status({}));
+        QCOMPARE(bench->data.SamplesNames[3], QStringLiteral("10000"));
+        QCOMPARE(TembrinData::modelName(37), QStringLiteral("Tembrin 0x25"));
+    }
+
+    void lookUpsFindCompositesByTheirChildren()
+    {
+        bench->recognise();
+        int child = -1;
+        QCOMPARE(bench->data.getSensByID(SENSOR_GPS_SPEED, &child), bench->data.sensors.at(3));
+        QCOMPARE(child, 2);
+        QCOMPARE(bench->data.getSensByName(bench->data.sensors.at(3)->virtualSensorsNames.at(1), &child),
+                 bench->data.sensors.at(3));
+        QCOMPARE(child, 1);
+        QVERIFY(!bench->data.getSensByID(SENSOR_SOUND, nullptr));
+    }
+
+private:
+    QScopedPointer<WarningGuard> guard;
+    QScopedPointer<LoggerBench> bench;
+};
+
+QTEST_GUILESS_MAIN(TestStatus)
+#include "test_status.moc"
