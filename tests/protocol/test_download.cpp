@@ -1,0 +1,271 @@
+#include <QTest>
+
+#include "tests/common/testsupport.h"
+#include "tests/protocol/loggerbench.h"
+
+namespace {
+
+/// A stored-data packet with these samples, filled to its size with rubbish.
+QByteArray stored(int number, const QByteArray& header, const QByteArray& samples)
+{
+    QByteArray packet = bytes("2E694400");
+    packet.append(char(number >> 8)).append(char(number)).append(header).append(samples);
+    return summed(packet.leftJustified(766, '\x55', true));
+}
+
+/// Header of packet 0: the mask, the rate code, the number of samples, six bytes for nobody.
+QByteArray header(const char* mask, int rateCode, int samples)
+{
+    return bytes(mask).append(char(rateCode)).append(char(samples >> 8)).append(char(samples)) +
+           QByteArray(6, '\0');
+}
+
+/// Two words a sample, 100 + n and 200 + n.
+QByteArray samples(int from, int count)
+{
+    QByteArray all;
+    for (int n = from; n < from + count; ++n)
+        all.append(char((100 + n) >> 8))
+            .append(char(100 + n))
+            .append(char((200 + n) >> 8))
+            .append(char(200 + n));
+    return all;
+}
+
+const QByteArray begun = status({{3, 0x44}});
+const QByteArray noneLeft = status({{3, 0x46}});
+
+} // namespace
+
+class TestDownload : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        guard.reset(new WarningGuard);
+        bench.reset(new LoggerBench);
+        bench->recognise();
+    }
+
+    void cleanup()
+    {
+        bench.reset();
+        VERIFY_NO_WARNINGS(*guard);
+        guard.reset();
+    }
+
+    void anExperimentComesThroughLossAndDamage()
+    {
+        const QByteArray all = samples(0, 400);
+        const QByteArray first = stored(0, header("0005", 3, 400), all.left(749));
+        const QByteArray second = stored(1, {}, all.mid(749, 760));
+        const QByteArray third = stored(2, {}, all.mid(1509));
+        QByteArray damaged = second;
+        damaged[300] = damaged[300] + 1;
+        bench->feed(begun);
+        bench->feed(first);
+        bench->feed(damaged);
+        bench->feed(third); // out of order
+        bench->feed(first); // once more
+        bench->port().writes.clear();
+        QTRY_COMPARE(bench->port().written(), summed("471446")); // asked for again by itself
+        bench->feed(second);
+        bench->feed(third);
+        QCOMPARE(bench->told, (QStringList{"status", "packet 0/1", "next", "next", "packet 1/3", "next",
+                                           "next", "packet 2/3", "next", "packet 3/3"}));
+        bench->told.clear();
+        bench->feed(noneLeft);
+        QCOMPARE(bench->told, (QStringList{"status", "complete 1", "accepted 5"}));
+        bench->feed(noneLeft);
+        QCOMPARE(bench->told.count("complete 1"), 1);
+
+        const auto columns = bench->data.getSamplesVector();
+        QCOMPARE(bench->data.actRate, short(3));
+        QCOMPARE(columns.size(), 2);
+        QCOMPARE(columns[0].size(), 400);
+        for (int n : {0, 187, 188, 399}) { // the words of sample 187 lie in two packets
+            QCOMPARE(columns[0][n], Sensor(SENSOR_UV).convert(quint16(100 + n)));
+            QCOMPARE(columns[1][n], Sensor(SENSOR_BAROMETER).convert(quint16(200 + n)));
+        }
+    }
+
+    void packetsAreCountedBeforehand_data()
+    {
+        QTest::addColumn<int>("samples");
+        QTest::addColumn<int>("packets");
+        QTest::newRow("none") << 0 << 1;
+        QTest::newRow("one packet") << 100 << 1;
+        QTest::newRow("one packet, full") << 187 << 1;
+        QTest::newRow("one sample more") << 188 << 2;
+        QTest::newRow("six") << 1000 << 6;
+    }
+
+    void packetsAreCountedBeforehand()
+    {
+        QFETCH(int, samples);
+        QFETCH(int, packets);
+        bench->feed(begun + stored(0, header("0003", 3, samples), {}));
+        QCOMPARE(bench->told.last(), QStringLiteral("packet 1/%1").arg(packets));
+    }
+
+    void aStalledDownloadGivesUp()
+    {
+        bench->feed(begun);
+        for (int i = 0; i < 10; ++i)
+            bench->data.timeoutWaitingPacket();
+        QCOMPARE(bench->told.count("next"), 11);
+        bench->told.clear();
+        bench->data.timeoutWaitingPacket();
+        QCOMPARE(bench->told, (QStringList{"complete 0", "accepted 5"}));
+        bench->feed(stored(0, header("0003", 3, 10), samples(0, 10))); // too late
+        QVERIFY(bench->data.getSamplesVector().isEmpty());
+    }
+
+    void onlyTheLastWordIsMissing()
+    {
+        bench->feed(begun + stored(0, header("0003", 3, 10), samples(0, 10)));
+        bench->told.clear();
+        bench->data.timeoutWaitingPacket();
+        QCOMPARE(bench->told, (QStringList{"complete 1", "accepted 5"}));
+    }
+
+    void aShortDownloadFailsAndInventsNothing()
+    {
+        bench->feed(begun + stored(0, header("0003", 0xFF, 1000), samples(0, 187)) + noneLeft);
+        QVERIFY(bench->told.contains("complete 0"));
+        const auto columns = bench->data.getSamplesVector();
+        QCOMPARE(columns[1].size(), 187); // 749 bytes
+        QCOMPARE(bench->data.actRate, short(9));
+        bench->feed(begun + noneLeft);
+        QCOMPARE(bench->told.count("complete 0"), 2);
+    }
+
+    void samplesByHandCarrySixBytesMore()
+    {
+        // 100 samples of 10 bytes: two packets, where the values alone would fit in one.
+        QByteArray all;
+        for (int n = 0; n < 100; ++n)
+            all.append("\x55\x55\x55\x55\x55\x55", 6).append(samples(n, 1));
+        bench->feed(begun + stored(0, header("0003", 0, 100), all.left(749)) + stored(1, {}, all.mid(749)) +
+                    noneLeft);
+        QVERIFY(bench->told.contains("complete 1"));
+        QCOMPARE(bench->data.getSamplesVector()[1][99], Sensor(SENSOR_PH).convert(299));
+    }
+
+    void socketsAndCompositesOfTheExperiment()
+    {
+        QByteArray packet = bytes("2E6954 00 0000 0018 03 0001 000000000000 65 00") +
+                            bytes("00000001 00000002 0003 0004 0123");
+        bench->feed(begun + summed(packet.leftJustified(766, '\0')));
+        QCOMPARE(bench->data.sensors.at(4)->ID, int(QUELLMARK_CURRENT));
+        const auto columns = bench->data.getSamplesVector();
+        QCOMPARE(columns.size(), 5);
+        QCOMPARE(columns[4], QVector<double>{Sensor(QUELLMARK_CURRENT).convert(0x123)});
+    }
+
+    void theTableOfExperiments()
+    {
+        const QByteArray one = summed("2E6945 01 0003 05 03E8 22 11 26 10 20 30");
+        const QByteArray two = summed("2E6955 02 0010 FF 0064 22 11 26 10 20 30 65 00");
+        const QByteArray three = summed("2E6945 03 0001 00 000A 22 11 26 10 20 30");
+        const short rate = bench->data.rate;
+        bench->feed(status({{3, 0x45}}) + one + two + three);
+        QCOMPARE(bench->told, (QStringList{"status", "table"}));
+        QCOMPARE(bench->data.rate, rate);
+        const auto& list = bench->data.expList;
+        QCOMPARE(list[0].sensNames, QStringLiteral("UV, pH"));
+        QCOMPARE(list[0].rate, QStringLiteral("100/Sec"));
+        QCOMPARE(list[0].samples, 1000);
+        QCOMPARE(list[0].datetime.toUTC(), QDateTime({2026, 11, 22}, {10, 20, 30}, Qt::UTC));
+        QCOMPARE(list[1].rate, QStringLiteral("100000/Sec")); // brought back into the table
+        QCOMPARE(list[1].ext1ID, int(QUELLMARK_CURRENT));
+        QCOMPARE(list[1].iconNames, QStringList{Sensor::vestrelIconForID(QUELLMARK_CURRENT)});
+
+        bench->feed(status({{3, 0xDD}, {8, 0}}));
+        QCOMPARE(list.size(), 3); // nothing stored, nothing forgotten
+        bench->port().writes.clear();
+        bench->feed(status({{3, 0x45}}) + one + three + two);
+        QVERIFY(list.isEmpty()); // and the number two now comes out of order
+        QCOMPARE(bench->port().written().left(4), summed("471448"));
+    }
+
+    void loaderPages()
+    {
+        QVector<int> addresses;
+        connect(&bench->data, &TembrinData::gotBootloaderMem, this, [&](int address, const QByteArray& data) {
+            addresses.append(address);
+            addresses.append(data.size());
+        });
+        const QByteArray memory = summed(bytes("4C7923 00012345").leftJustified(135, '\x01'));
+        const QByteArray eeprom = summed(bytes("4C7924 0140").leftJustified(21, '\x01'));
+        QByteArray badMemory = memory, badEeprom = eeprom;
+        badMemory[50] = badEeprom[10] = 0;
+        bench->feed(memory + badMemory + eeprom + badEeprom);
+        QCOMPARE(addresses, (QVector<int>{0x12345, 128, -1, 0, 0x140, 16}));
+    }
+
+    void aVortaIsKnownByItsStatus()
+    {
+        bench->feed(summed("3E7983 10 12 34 03 05 0100 FFFE 0003 00"));
+        TembrinData& data = bench->data;
+        QCOMPARE(bench->told.join(','), QStringLiteral("type changed,established,vorta,status,mode"));
+        QCOMPARE(data.versionLine(), QStringLiteral("Vorta, Hardware 12, firmware 34"));
+        QVERIFY(data.isIdle());
+        QCOMPARE(data.activeIndices, (QVector<int>{0, 2, 4}));
+        QCOMPARE(data.sensors[0]->forceOffset, -2);
+        QCOMPARE(data.sensors[0]->forceGain, 28.5f);
+        QCOMPARE(data.sensors[1]->forceGain, 285.0f);
+        bench->feed(summed("3E7A84 33 12 34 01 09 0100 0000 0001 0003 00"));
+        QCOMPARE(data.Vorta_rate, short(5)); // the last there is
+        QCOMPARE(data.sensors[0]->forceGain, 1.0f);
+        QCOMPARE(bench->told.mid(5).join(','), QStringLiteral("status,stopped 0"));
+    }
+
+    void vortaBlocksCarryTheirValues()
+    {
+        bench->feed(summed("3E7983 10 12 34 00 02 0100 0000 0000 00"));
+        TembrinData& data = bench->data;
+        const auto value = [&](int sensor, quint16 word) { return data.sensors[sensor]->convert(word); };
+        data.setActiveFromMask(0x1F);
+        bench->feed(summed("3E79F0 F1 23 45 6A BC DE F1 23"));
+        QCOMPARE(bench->told.last(), QStringLiteral("online 0+0"));
+        QCOMPARE(bench->lastBlock,
+                 (QVector<QVector<double>>{{value(0, 0x123), value(1, 0x456), value(2, 0xABC0),
+                                            value(3, 0xDEF0), value(4, 0x1230)}}));
+        data.setActiveFromMask(0x05);
+        bench->feed(summed(bytes("3E79F3") + bytes("0123456789").repeated(50)));
+        QCOMPARE(bench->told.last(), QStringLiteral("online 1+0"));
+        QCOMPARE(bench->lastBlock.size(), 50);
+        QCOMPARE(bench->lastBlock.last().size(), 2);
+        QCOMPARE(bench->lastBlock.last()[1], value(2, 0x4560));
+        data.setActiveFromMask(0);
+        bench->feed(summed(bytes("3E79F2") + QByteArray(80, '\0')));
+        QCOMPARE(bench->lastBlock, QVector<QVector<double>>(10));
+        bench->feed(summed("3E7983 00 12 34 00 02 0100 0000 0000 00"));
+        QCOMPARE(data.onlineCounter, 0);
+    }
+
+    void anUprightVortaCarriesItsOwnWeight()
+    {
+        bench->feed(summed("3E7983 10 12 34 00 02 0100 0000 0000 00"));
+        bench->data.setActiveFromMask(0x07);
+        bench->feed(summed("3E79F0 05 FF 00 04 00 00 00 00")); // 4 g along x, full force on the first channel
+        QCOMPARE(bench->lastBlock.at(0).mid(0, 2), (QVector<double>{50, 1.9}));
+        bench->feed(summed("3E7981 05FF 0000 0400 0000 0000"));
+        QCOMPARE(bench->told.last(), QStringLiteral("snapshot"));
+        QCOMPARE(bench->data.sensors[0]->lastValue.at(0), 50.0);
+        QCOMPARE(bench->data.sensors[1]->lastValue.at(0), 1.9);
+        QCOMPARE(bench->data.sensors[2]->lastValue.at(0), Sensor(SENSOR_VORTA_ACC_X).convert(0x4000));
+        bench->feed(summed("3E7981 0000 0000 F000 0000 0000"));
+        QCOMPARE(bench->data.sensors[1]->lastValue.at(0), 0.0);
+    }
+
+private:
+    QScopedPointer<WarningGuard> guard;
+    QScopedPointer<LoggerBench> bench;
+};
+
+QTEST_GUILESS_MAIN(TestDownload)
+#include "test_download.moc"
