@@ -227,18 +227,36 @@ public:
     int smoothKernel = 3;       ///< width of the moving average in samples
 
 private:
+    // Channels
     bool hasSlot(int i) const { return i >= 0 && i < sensors.size(); }
     void resizeChannels(int n);
     void emptyChannels(int n);
+    void keepSelectionInside();
     void updateXExtent();
+    double shown(int iSens, double value) const;
+    /// A sensor like `sensor` that no logger or other set shares.
+    static SensorPtr ownCopy(const Sensor& sensor);
+    /// The channel that closes the set and in a class is the average; curves derived later stand behind it.
+    int closingChannel() const;
+
+    // Ranges and live samples
     void updateMapRange(int iSens);
     void setDefaultView(int iSens);
     void trackExtremes(int iSens, double value, bool isFirst);
     void followLiveRange(int iSens, bool isFirst);
     double liveValue(int iSens) const;
-    void growXFrom(const QVector<double>& times);
+
+    // Joining
+    void appendMissingTimes(const QVector<double>& times);
     void fitXToLongestChannel();
-    void moveFront(int iSens, int n);
+    void padFront(int iSens, int n);
+
+    // Analysis
+    QString smoothedName(const QString& name) const;
+    void describeSpecialCurve(int iSens, const Sensor& origin);
+    int timedSamples(int iSens) const;
+    QVector<QPointF> span(int iSens, double x1, double x2) const;
+    int nearestXY(int iSens, double px, double py) const;
 
     QVector<double> x;
     QVector<QVector<double>> y;

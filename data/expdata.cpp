@@ -1,0 +1,375 @@
+#include "data/expdata.h"
+
+#include <QLoggingCategory>
+
+#include <algorithm>
+
+#include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcData, "pellandra.data", QtInfoMsg)
+
+struct FirstChannels
+{
+    int tembrinType;
+    int first;
+    int second;
+};
+
+constexpr FirstChannels firstChannels[] = {
+    {LOGGER_BIRCH_OLD, SENSOR_AMB_TEMP, SENSOR_PH},
+    {LOGGER_BIRCH, SENSOR_AMB_TEMP, SENSOR_PH},
+    {LOGGER_BIRCH_DEMO, SENSOR_AMB_TEMP, SENSOR_PH},
+    {LOGGER_BIRCH_2, SENSOR_AMB_TEMP, SENSOR_PH},
+    {LOGGER_AMBER_OLD, SENSOR_AMB_TEMP_NTC, SENSOR_LIGHT},
+    {LOGGER_AMBER, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_AMBER_UI, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_CEDAR, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_DUNE, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_EMBER, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_EMBER_INT, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_FJORD, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_GROVE_INT, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_GROVE_INT_2, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_SORREL_BASIC, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_LIGHT},
+    {LOGGER_HEATH_INT, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_ION},
+    {LOGGER_HEATH_INT_2, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_PH},
+    {LOGGER_VORTA, SENSOR_VORTA_FORCE50, SENSOR_VORTA_ACC_X},
+};
+
+/// A channel of this set's own: no setup of the logger can take it away, so it always counts as active.
+SensorPtr ownChannel(int ID, int inLoggerIndex = -1, int virtualIndex = -1)
+{
+    SensorPtr sensor = SensorPtr::create(ID, inLoggerIndex, virtualIndex);
+    sensor->active = true;
+    sensor->downloadActive = true;
+    return sensor;
+}
+
+} // namespace
+
+ExpData::ExpData()
+{
+    sensors = {ownChannel(SENSOR_VOLTAGE), ownChannel(SENSOR_VOLTAGE)};
+    emptyChannels(sensors.size());
+    setSelectedSensor(0);
+}
+
+ExpData::ExpData(TembrinProtocol* tembrin)
+    : tembrin(tembrin)
+{
+    setDummySensors(tembrin->tembrinData->tembrinType);
+    emptyChannels(sensors.size());
+    setSelectedSensor(0);
+    tembrin->tembrinData->setActiveSensors(sensors);
+}
+
+void ExpData::setDummySensors(int tembrinType)
+{
+    sensors.clear();
+    const auto* row = std::find_if(std::begin(firstChannels), std::end(firstChannels),
+                                   [&](const FirstChannels& r) { return r.tembrinType == tembrinType; });
+    if (row == std::end(firstChannels)) {
+        qCInfo(lcData, "no first channels for logger type 0x%x", unsigned(tembrinType));
+    } else {
+        for (const int ID : {row->first, row->second}) {
+            sensors.append(ownChannel(ID));
+            // The channel stays a plain one: only its place is noted.
+            if (tembrin)
+                sensors.last()->inLoggerIndex = tembrin->tembrinData->getIndexByID(ID);
+        }
+    }
+    nSens = sensors.size();
+}
+
+void ExpData::fillSensorListFromLoggerList(const SensorList& loggerSensors, bool isDownload)
+{
+    SensorList list;
+    list.reserve(loggerSensors.size());
+    for (int i = 0; i < loggerSensors.size(); ++i) {
+        const SensorPtr& sensor = loggerSensors.at(i);
+        if (!sensor) {
+            if (!tembrin)
+                list.append(ownChannel(0));
+            continue;
+        }
+        sensor->readSetMinMax = false;
+        sensor->readClassMinMax = false;
+        sensor->readClassSetMinMax = false;
+        // A class or simulation list names channels, not what a logger could measure; dropping one would
+        // shift the places of the others.
+        if (tembrin && !sensor->isActive(isDownload))
+            continue;
+        if (!sensor->hasVirtual) {
+            list.append(sensor);
+            continue;
+        }
+        for (int child = 0; child < sensor->virtualSensorIDs.size(); ++child)
+            list.append(ownChannel(sensor->virtualSensorIDs.at(child), i, child));
+    }
+    sensors = list;
+    nSens = sensors.size();
+    needSave = true;
+}
+
+void ExpData::setDataNewEmpty()
+{
+    appendIndex = 0;
+    x.clear();
+    sensors.clear();
+    emptyChannels(0);
+    updateXExtent();
+    needSave = false;
+}
+
+void ExpData::setDataNewEmpty(const SensorList& loggerSensors, double dt, const QString& name)
+{
+    appendIndex = 0;
+    this->dt = dt;
+    fillSensorListFromLoggerList(loggerSensors, false);
+    x.clear();
+    updateXExtent();
+    emptyChannels(nSens);
+    keepSelectionInside();
+    finalData = false;
+    repeatExpMode = false;
+    groupName = name;
+}
+
+void ExpData::setDataNew(int nSens, const QVector<double>& t, double dt)
+{
+    appendIndex = 0;
+    needSave = true;
+    repeatExpMode = false;
+    finalData = true;
+    this->dt = dt;
+    sensors = SensorList(qMax(0, nSens));
+    emptyChannels(sensors.size());
+    keepSelectionInside();
+    x = t;
+    updateXExtent();
+}
+
+void ExpData::getLoggerExperiment()
+{
+    repeatExpMode = false;
+    appendIndex = 0;
+    needSave = true;
+    if (!tembrin || tembrin->tembrinData->getBufferNSamp() <= 0)
+        return;
+
+    TembrinData* logger = tembrin->tembrinData;
+    fillSensorListFromLoggerList(logger->getSensors(), true);
+    emptyChannels(nSens);
+    keepSelectionInside();
+    dt = logger->Rates[logger->actRate];
+    y = logger->getSamplesVector();
+    y.resize(nSens);
+    // A download that lost its end has fewer samples than it announced.
+    int samples = 0;
+    for (const QVector<double>& channel : qAsConst(y))
+        samples = qMax(samples, channel.size());
+    x.resize(samples);
+    for (int i = 0; i < samples; ++i)
+        x[i] = dt > 0 ? i * dt : i;
+    updateXExtent();
+    for (int c = 0; c < nSens; ++c) {
+        findMinMax(y.at(c), minY[c], maxY[c]);
+        updateMapRange(c);
+    }
+    finalData = true;
+}
+
+void ExpData::addSensorData(int dataIndex, int masterID, const QVector<double>& v, int curveModeHint,
+                            bool appendMode)
+{
+    if (!hasSlot(dataIndex))
+        return;
+    const SensorPtr sensor = ownChannel(masterID);
+    if (appendMode) {
+        sensor->name = adaptSensorName(sensor->name);
+        sensor->appendIndex = appendIndex;
+    }
+    sensors[dataIndex] = sensor;
+    y[dataIndex] = v;
+    this->curveModeHint[dataIndex] = curveModeHint;
+    findMinMax(v, minY[dataIndex], maxY[dataIndex]);
+    updateMapRange(dataIndex);
+    setDefaultView(dataIndex);
+}
+
+void ExpData::addSpecialSensorData(const QString& name, const QString& unit, int dataIndex,
+                                   const QVector<double>& v)
+{
+    if (!hasSlot(dataIndex))
+        return;
+    const SensorPtr sensor = ownChannel(SENSOR_SPECIAL);
+    sensor->name = name;
+    sensor->unitName = unit;
+    sensors[dataIndex] = sensor;
+    y[dataIndex] = v;
+    findMinMax(v, minY[dataIndex], maxY[dataIndex]);
+    updateMapRange(dataIndex);
+    if (v.isEmpty())
+        return;
+    const auto range = std::minmax_element(v.cbegin(), v.cend());
+    sensor->min = sensor->minView = *range.first;
+    sensor->max = sensor->maxView = *range.second;
+}
+
+void ExpData::setSensorSpecialName(int dataIndex, const QString& name)
+{
+    if (getSens(dataIndex))
+        getSens(dataIndex)->name = name;
+}
+
+QString ExpData::adaptSensorName(const QString& name) const
+{
+    return appendIndex > 0 ? name + QStringLiteral("[%1]").arg(appendIndex + 1) : name;
+}
+
+void ExpData::setXRange()
+{
+    updateXExtent();
+    finalData = true;
+}
+
+void ExpData::replaceYVal(int iSens, int iSamp, double value)
+{
+    if (iSens < 0 || iSens >= y.size() || iSamp < 0 || iSamp >= y.at(iSens).size())
+        return;
+    y[iSens][iSamp] = value;
+    needSave = true;
+}
+
+void ExpData::removeSamples(int from, int to)
+{
+    from = qMax(0, from);
+    const auto cut = [from, to](QVector<double>& v) {
+        const int n = qMin(to, v.size() - 1) - from + 1;
+        if (n > 0)
+            v.remove(from, n);
+        return qMax(0, n);
+    };
+    cut(x);
+    for (int c = 0; c < y.size(); ++c) {
+        if (cut(y[c]) > 0)
+            leftPad[c] -= qBound(0, leftPad.at(c) - from, to - from + 1);
+    }
+    needSave = true;
+}
+
+void ExpData::doCrop(double x0, double x1)
+{
+    const auto notBefore = [this](int from, double time) {
+        const auto reached = [time](double t) { return t >= time; };
+        return int(std::find_if(x.cbegin() + from, x.cend(), reached) - x.cbegin());
+    };
+    const int left = notBefore(0, x0);
+    if (left >= x.size())
+        return;
+    const int n = notBefore(left + 1, x1) - left;
+    x = x.mid(left, n);
+    for (int c = 0; c < y.size(); ++c) {
+        y[c] = y.at(c).mid(left, n);
+        leftPad[c] = qBound(0, leftPad.at(c) - left, y.at(c).size());
+    }
+    updateXExtent();
+    needSave = true;
+}
+
+void ExpData::setLeftPad(int i, int pad)
+{
+    if (i >= 0 && i < leftPad.size())
+        leftPad[i] = pad;
+}
+
+void ExpData::setSelectedSensor(int i)
+{
+    if (i >= sensors.size())
+        return;
+    iSelectedSensor = i;
+    if (const SensorPtr& sensor = getSens(i)) {
+        sensRange = sensor->max - sensor->min;
+        minLimit = sensor->min;
+    }
+}
+
+void ExpData::keepSelectionInside()
+{
+    setSelectedSensor(iSelectedSensor < sensors.size() ? iSelectedSensor : 0);
+    if (xySensIndex >= sensors.size())
+        xySensIndex = -1;
+    if (iSensorToDraw >= sensors.size())
+        iSensorToDraw = 0;
+}
+
+void ExpData::resizeChannels(int n)
+{
+    const int before = curveModeHint.size();
+    y.resize(n);
+    minY.resize(n);
+    maxY.resize(n);
+    leftPad.resize(n);
+    curveModeHint.resize(n);
+    for (int c = before; c < n; ++c)
+        curveModeHint[c] = -1;
+    nSens = n;
+}
+
+void ExpData::emptyChannels(int n)
+{
+    y.clear();
+    minY.clear();
+    maxY.clear();
+    leftPad.clear();
+    curveModeHint.clear();
+    resizeChannels(n);
+}
+
+SensorPtr ExpData::ownCopy(const Sensor& sensor)
+{
+    SensorPtr copy = ownChannel(sensor.ID);
+    copy->name = sensor.name;
+    copy->unitName = sensor.unitName;
+    copy->groupName = sensor.groupName;
+    copy->precision = sensor.precision;
+    copy->min = sensor.min;
+    copy->max = sensor.max;
+    copy->minView = sensor.minView;
+    copy->maxView = sensor.maxView;
+    copy->classMinView = sensor.classMinView;
+    copy->classMaxView = sensor.classMaxView;
+    copy->mapMin = sensor.mapMin;
+    copy->mapMax = sensor.mapMax;
+    copy->barUserMin = sensor.barUserMin;
+    copy->barUserMax = sensor.barUserMax;
+    copy->barUserScale = sensor.barUserScale;
+    copy->readSetMinMax = sensor.readSetMinMax;
+    copy->readClassMinMax = sensor.readClassMinMax;
+    copy->readClassSetMinMax = sensor.readClassSetMinMax;
+    copy->isVirtual = sensor.isVirtual;
+    copy->inLoggerIndex = sensor.inLoggerIndex;
+    copy->virtualIndex = sensor.virtualIndex;
+    copy->specialType = sensor.specialType;
+    copy->specialOriginIndex = sensor.specialOriginIndex;
+    copy->appendIndex = sensor.appendIndex;
+    return copy;
+}
+
+int ExpData::closingChannel() const
+{
+    int i = sensors.size() - 1;
+    while (i > 0 && sensors.at(i) && sensors.at(i)->specialType > 0)
+        --i;
+    return i;
+}
+
+void ExpData::updateXExtent()
+{
+    const auto range = std::minmax_element(x.cbegin(), x.cend());
+    minX = x.isEmpty() ? 0.0 : *range.first;
+    maxX = x.isEmpty() ? 0.0 : *range.second;
+}

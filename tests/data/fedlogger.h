@@ -1,0 +1,66 @@
+#pragma once
+
+#include "data/expdata.h"
+#include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
+
+/// A logger without a port: what it would send is handed in as bytes.
+class FedLogger
+{
+public:
+    explicit FedLogger(const QByteArray& sensorIDs)
+        : protocol(0)
+    {
+        feed(QByteArray::fromHex("2e6982") + sensorIDs.leftJustified(18, '\0'), &TembrinData::handleSensID);
+        logger().tembrinType = LOGGER_BIRCH;
+    }
+
+    TembrinData& logger() { return *protocol.tembrinData; }
+
+    void online(quint16 mask, short sample, const QByteArray& values)
+    {
+        feed(QByteArray::fromHex("2e6984") + char(values.size() + 9) + word(mask) + word(quint16(sample)) +
+                 values + '\0',
+             &TembrinData::handleOnline);
+    }
+
+    /// A download of one packet at rate index `rate`.
+    void download(quint16 mask, int rate, int samples, const QByteArray& values)
+    {
+        feed(summed(QByteArray::fromHex("2e698344230400"), 33), &TembrinData::handleStatus);
+        feed(summed(QByteArray::fromHex("2e6944000000") + word(mask) + char(rate) + word(quint16(samples)) +
+                        QByteArray(6, '\0') + values,
+                    767),
+             &TembrinData::handleDataPacket);
+    }
+
+    static QByteArray word(quint16 w) { return QByteArray(1, char(w >> 8)) + char(w & 0xFF); }
+
+    TembrinProtocol protocol;
+
+private:
+    static QByteArray summed(const QByteArray& bytes, int size)
+    {
+        quint8 sum = 0;
+        for (const char byte : bytes)
+            sum = quint8(sum + quint8(byte));
+        return bytes.leftJustified(size - 1, '\0') + char(-sum);
+    }
+
+    void feed(QByteArray bytes, void (TembrinData::*handler)(unsigned char*, int))
+    {
+        (logger().*handler)(reinterpret_cast<unsigned char*>(bytes.data()), bytes.size());
+    }
+};
+
+/// A loaded set whose times go as far as the first channel, a second apart.
+inline void load(ExpData* data, const QVector<int>& ids, const QVector<QVector<double>>& channels,
+                 double dt = 1)
+{
+    QVector<double> t;
+    for (int i = 0; i < channels.constFirst().size(); ++i)
+        t.append(i * dt);
+    data->setDataNew(ids.size(), t, dt);
+    for (int c = 0; c < ids.size(); ++c)
+        data->addSensorData(c, ids.at(c), channels.at(c), -1);
+}
