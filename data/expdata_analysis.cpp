@@ -1,0 +1,293 @@
+#include "data/expdata.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "data/regression.h"
+#include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
+
+namespace {
+
+constexpr double gateThreshold = 0.1;   ///< V, above it the beam is blocked
+constexpr double usualCardWidth = 0.05; ///< m, where no logger says another
+
+QVector<double> movingAverage(const QVector<double>& v, int kernel)
+{
+    const int radius = qMax(0, (kernel - 1) / 2);
+    QVector<double> result(v.size());
+    for (int i = 0; i < v.size(); ++i) {
+        const int first = qMax(0, i - radius);
+        const int last = qMin(v.size() - 1, i + radius);
+        double sum = 0.0;
+        for (int k = first; k <= last; ++k)
+            sum += v.at(k);
+        result[i] = sum / (last - first + 1);
+    }
+    return result;
+}
+
+QVector<double> backwardDifference(const QVector<double>& v, double dt)
+{
+    QVector<double> result(v.size());
+    for (int i = 0; i < v.size(); ++i)
+        result[i] = (v.at(qMax(1, i)) - v.at(qMax(1, i) - 1)) / dt;
+    return result;
+}
+
+/// First and last moment at which the beam is blocked for the first time; false without a whole passage.
+bool firstPassage(const QVector<double>& v, double dt, double* t0, double* t1)
+{
+    if (v.isEmpty() || v.constFirst() > gateThreshold || dt <= 0)
+        return false;
+    int i = 0;
+    while (i < v.size() && v.at(i) < gateThreshold)
+        ++i;
+    *t0 = i * dt;
+    while (i < v.size() && v.at(i) > gateThreshold)
+        ++i;
+    *t1 = i * dt;
+    return i < v.size() && *t1 > *t0;
+}
+
+void fit(int degree, const QVector<QPointF>& points, double* a, double* b, double* c, double* r)
+{
+    if (degree == 1) {
+        *a = 0.0;
+        ExpData::linearRegression(points, b, c, r);
+    } else {
+        ExpData::quadRegression(points, a, b, c, r);
+    }
+}
+
+} // namespace
+
+QString ExpData::smoothedName(const QString& name) const
+{
+    return QStringLiteral("%1 (%2)").arg(name, tr("smooth"));
+}
+
+void ExpData::smoothCurve()
+{
+    if (!getActiveSens() || getYSize(iSelectedSensor) == 0)
+        return;
+    // A logger's own sensor goes on to the next run, whose curve is not smoothed.
+    SensorPtr& sensor = sensors[iSelectedSensor];
+    if (sensor->ID != SENSOR_SPECIAL)
+        sensor = ownCopy(*sensor);
+    sensor->name = smoothedName(sensor->name);
+    y[iSelectedSensor] = movingAverage(y.at(iSelectedSensor), smoothKernel);
+    needSave = true;
+}
+
+void ExpData::addSpecialCurve(int type)
+{
+    const int origin = iSelectedSensor;
+    const SensorPtr from = getActiveSens();
+    if (!from || getYSize(origin) < 2)
+        return;
+    const int added = sensors.size();
+    const SensorPtr sensor = SensorPtr::create(from->ID, added);
+    sensor->ID = SENSOR_SPECIAL;
+    sensor->specialType = type;
+    sensor->specialOriginIndex = origin;
+    sensor->active = sensor->downloadActive = true;
+    sensor->precision = from->precision;
+    sensor->groupName = from->groupName;
+    sensor->appendIndex = from->appendIndex;
+    sensors.append(sensor);
+    resizeChannels(sensors.size());
+    leftPad[added] = leftPad.at(origin);
+    const QVector<double>& values = y.at(origin);
+    y[added] = type == CURVE_DERIV ? backwardDifference(values, dt) : movingAverage(values, smoothKernel);
+    findMinMax(y.at(added), minY[added], maxY[added]);
+    describeSpecialCurve(added, *from);
+    needSave = true;
+}
+
+/// Name, unit and ranges of a derived channel.
+void ExpData::describeSpecialCurve(int iSens, const Sensor& origin)
+{
+    Sensor& sensor = *sensors.at(iSens);
+    if (sensor.specialType != CURVE_DERIV) {
+        sensor.name = smoothedName(origin.name);
+        sensor.unitName = origin.unitName;
+        sensor.minView = origin.minView;
+        sensor.maxView = origin.maxView;
+        return;
+    }
+    sensor.name = origin.name == QLatin1String("Distance") ? tr("Speed") : tr("%1/time").arg(origin.name);
+    sensor.unitName = tr("%1/s").arg(origin.unitName);
+    sensor.min = getMinY(iSens);
+    sensor.max = getMaxY(iSens);
+    const double margin = 0.1 * (sensor.max - sensor.min);
+    sensor.minView = sensor.min - margin;
+    sensor.maxView = sensor.max + margin;
+}
+
+int ExpData::timedSamples(int iSens) const
+{
+    return qMin(x.size(), getYSize(iSens));
+}
+
+double ExpData::interpolateY(int iSens, double X) const
+{
+    const int n = timedSamples(iSens);
+    if (n == 0)
+        return 0.0;
+    if (n == 1 || X < x.constFirst())
+        return getYAt(iSens, 0);
+    const auto above = std::upper_bound(x.cbegin() + 1, x.cbegin() + n, X);
+    const int i = qMin(int(above - x.cbegin()), n - 1);
+    const double y0 = getYAt(iSens, i - 1);
+    const double y1 = getYAt(iSens, i);
+    const double width = x.at(i) - x.at(i - 1);
+    return width > 0 ? y0 + ((X - x.at(i - 1)) / width) * (y1 - y0) : y1;
+}
+
+double ExpData::approximateDeriv(int iSens, double x1, double y1) const
+{
+    const int n = timedSamples(iSens);
+    const int before = int(std::lower_bound(x.cbegin(), x.cbegin() + n, x1) - x.cbegin()) - 1;
+    const int after = int(std::upper_bound(x.cbegin(), x.cbegin() + n, x1) - x.cbegin());
+    if (before < 0 || after >= n)
+        return std::numeric_limits<double>::quiet_NaN();
+    const double x0 = x.at(before);
+    const double x2 = x.at(after);
+    const double y0 = getYAt(iSens, before);
+    const double y2 = getYAt(iSens, after);
+    return y0 * (x1 - x2) / ((x0 - x1) * (x0 - x2)) + y1 * (2 * x1 - x0 - x2) / ((x1 - x0) * (x1 - x2)) +
+           y2 * (x1 - x0) / ((x2 - x0) * (x2 - x1));
+}
+
+/// The curve between two times with both ends interpolated, in the unit on display.
+QVector<QPointF> ExpData::span(int iSens, double x1, double x2) const
+{
+    const int n = timedSamples(iSens);
+    QVector<QPointF> points{{x1, interpolateY(iSens, x1)}};
+    for (int i = int(std::upper_bound(x.cbegin(), x.cbegin() + n, x1) - x.cbegin()); i < n && x.at(i) < x2;
+         ++i)
+        points.append({x.at(i), getYAt(iSens, i)});
+    points.append({x2, interpolateY(iSens, x2)});
+    return points;
+}
+
+double ExpData::integral(int iSens, double x1, double x2) const
+{
+    const QVector<QPointF> points = span(iSens, x1, x2);
+    double area = 0.0;
+    for (int i = 1; i < points.size(); ++i)
+        area += (points.at(i).x() - points.at(i - 1).x()) * (points.at(i).y() + points.at(i - 1).y()) / 2;
+    return area;
+}
+
+void ExpData::regression(int degree, int iSens, double x1, double x2, double* a, double* b, double* c,
+                         double* r) const
+{
+    fit(degree, span(iSens, x1, x2), a, b, c, r);
+}
+
+void ExpData::regressionXY(int degree, int iSens, double x1, double x2, double y1, double y2, double* a,
+                           double* b, double* c, double* r) const
+{
+    int first = nearestXY(iSens, x1, y1);
+    int last = nearestXY(iSens, x2, y2);
+    if (last < first)
+        std::swap(first, last);
+    QVector<QPointF> points{{x1, y1}};
+    for (int i = qMax(0, first); i <= last; ++i)
+        points.append({getYAt(xySensIndex, i), getYAt(iSens, i)});
+    points.append({x2, y2});
+    fit(degree, points, a, b, c, r);
+}
+
+/// The first of the samples that are nearest to a point of an XY plot, with both axes scaled to their data;
+/// -1 without any.
+int ExpData::nearestXY(int iSens, double px, double py) const
+{
+    const double xRange = getMaxY(xySensIndex) - getMinY(xySensIndex);
+    const double yRange = getMaxY(iSens) - getMinY(iSens);
+    const int n = qMin(getYSize(xySensIndex), getYSize(iSens));
+    int nearest = -1;
+    float smallest = 99999999.0F;
+    for (int i = 0; i < n; ++i) {
+        const double dx = (getYAt(xySensIndex, i) - px) / (xRange > 0 ? xRange : 1.0);
+        const double dy = (getYAt(iSens, i) - py) / (yRange > 0 ? yRange : 1.0);
+        const float distance = float(dx * dx + dy * dy);
+        if (distance < smallest) {
+            smallest = distance;
+            nearest = i;
+        }
+    }
+    return nearest;
+}
+
+void ExpData::linearRegression(const QVector<QPointF>& points, double* a, double* b, double* r)
+{
+    const LineFit line = fitLine(points);
+    *a = line.slope;
+    *b = line.intercept;
+    *r = line.r;
+}
+
+void ExpData::quadRegression(const QVector<QPointF>& points, double* a, double* b, double* c, double* r)
+{
+    const ParabolaFit parabola = fitParabola(points);
+    *a = parabola.a;
+    *b = parabola.b;
+    *c = parabola.c;
+    *r = parabola.r;
+}
+
+void ExpData::photoSpeed(int iSens, double* speed, double* midTime, double* deltaT, double* width) const
+{
+    *speed = *midTime = *deltaT = *width = 0.0;
+    double t0 = 0.0;
+    double t1 = 0.0;
+    const SensorPtr& gate = getSens(iSens);
+    if (!gate || !Sensor::isPhotoGate(gate->ID) || !firstPassage(getYNoConv(iSens), dt, &t0, &t1))
+        return;
+    *width = tembrin ? tembrin->tembrinData->photoObjW : usualCardWidth;
+    *deltaT = t1 - t0;
+    *speed = *width / *deltaT;
+    *midTime = (t0 + t1) / 2;
+}
+
+void ExpData::photoAccel(int iSens1, int iSens2, double* accel, double* deltaV, double* midTime,
+                         double* deltaT) const
+{
+    double speed1 = 0.0;
+    double speed2 = 0.0;
+    double mid1 = 0.0;
+    double mid2 = 0.0;
+    double blocked = 0.0;
+    double width = 0.0;
+    photoSpeed(iSens1, &speed1, &mid1, &blocked, &width);
+    photoSpeed(iSens2, &speed2, &mid2, &blocked, &width);
+    if (speed1 == 0.0 || speed2 == 0.0 || mid1 == mid2)
+        return;
+    *deltaV = mid1 < mid2 ? speed2 - speed1 : speed1 - speed2;
+    *deltaT = std::fabs(mid1 - mid2);
+    *midTime = (mid1 + mid2) / 2;
+    *accel = *deltaV / *deltaT;
+}
+
+void ExpData::calcStat(double* min, double* max, double* avg, double* stdv) const
+{
+    *min = *max = *avg = *stdv = 0.0;
+    const QVector<double> values = getY(iSelectedSensor);
+    if (values.isEmpty())
+        return;
+    const auto range = std::minmax_element(values.cbegin(), values.cend());
+    *min = *range.first;
+    *max = *range.second;
+    double sum = 0.0;
+    for (const double value : values)
+        sum += value;
+    *avg = sum / values.size();
+    double squares = 0.0;
+    for (const double value : values)
+        squares += (value - *avg) * (value - *avg);
+    *stdv = std::sqrt(squares / values.size());
+}
