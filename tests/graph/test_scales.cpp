@@ -1,0 +1,335 @@
+#include <QTest>
+
+#include <qwt_scale_map.h>
+
+#include "app/common/common.h"
+#include "app/common/settings.h"
+#include "data/expdata.h"
+#include "graph/colorscale.h"
+#include "graph/scalemanager.h"
+#include "graph/timescaledraw.h"
+#include "graph/timescaleengine.h"
+#include "tests/common/testsupport.h"
+
+namespace {
+
+struct Channel
+{
+    int id;
+    QVector<double> values;
+};
+
+void fill(ExpData& data, const QVector<Channel>& channels)
+{
+    data.setDataNew(channels.size(), {0, 1}, 1);
+    for (int i = 0; i < channels.size(); ++i) {
+        data.addSensorData(i, channels[i].id, channels[i].values, -1);
+        data.getSens(i)->readSetMinMax = false;
+    }
+}
+
+QVector<double> shown(const scaleManager& scaler, int i)
+{
+    return {scaler.getScaleMin(i), scaler.getScaleMax(i)};
+}
+
+using Range = QVector<double>;
+
+} // namespace
+
+class TestScales : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        guard.reset(new WarningGuard);
+        Settings::mainStore().clear();
+        Common::forgetLocale();
+    }
+
+    void cleanup()
+    {
+        VERIFY_NO_WARNINGS(*guard);
+        guard.reset();
+    }
+
+    void automaticRange_data()
+    {
+        QTest::addColumn<double>("sensRange");
+        QTest::addColumn<Range>("data");
+        QTest::addColumn<Range>("scale");
+        QTest::newRow("flat") << 100.0 << Range{20, 20} << Range{15, 25};
+        QTest::newRow("flat at the lower limit") << 100.0 << Range{2, 2} << Range{0, 7};
+        QTest::newRow("flat below the lower limit") << 100.0 << Range{-20, -20} << Range{0, 5};
+        QTest::newRow("just flat") << 100.0 << Range{20, 27.4} << Range{18.7, 28.7};
+        QTest::newRow("just not flat") << 100.0 << Range{20, 27.5} << Range{19.25, 28.25};
+        QTest::newRow("margins") << 100.0 << Range{10, 60} << Range{5, 65};
+        QTest::newRow("margin at the lower limit") << 100.0 << Range{1, 60} << Range{0, 65.9};
+        QTest::newRow("a large sensor is not flatter") << 100000.0 << Range{20, 20} << Range{15, 25};
+    }
+
+    void automaticRange()
+    {
+        QFETCH(double, sensRange);
+        QFETCH(Range, data);
+        oneScale scale(data[0], data[1], sensRange, 0, 0, QString(), QString());
+        QTEST((Range{scale.scaleFullMin, scale.scaleFullMax}), "scale");
+        scale.setZoomScales(0.5, 1);
+        QCOMPARE(scale.scaleZoomMin, (scale.scaleFullMin + scale.scaleFullMax) / 2);
+    }
+
+    void temperaturesShareOneScale()
+    {
+        ExpData data;
+        fill(
+            data,
+            {{SENSOR_AMB_TEMP_NTC_CALC, {20, 30}}, {SENSOR_HUMIDITY, {40, 60}}, {SENSOR_EXT_TEMP, {60, 80}}});
+        scaleManager scaler;
+        scaler.setScales(&data, false);
+        QCOMPARE(shown(scaler, 0), (Range{19, 82}));
+        QCOMPARE(shown(scaler, 2), (Range{19, 82}));
+        QCOMPARE(shown(scaler, 1), (Range{38, 62}));
+        data.maxY[2] = 100;
+        data.maxY[1] = 90;
+        scaler.updateScales(&data);
+        QCOMPARE(shown(scaler, 0), (Range{19, 104}));
+        QCOMPARE(shown(scaler, 1), (Range{35, 95}));
+    }
+
+    void fixedRangesDoNotFollowTheData()
+    {
+        ExpData data;
+        fill(data, {{SENSOR_HUMIDITY, {40, 60}}, {QUELLMARK_PHOTOGATE, {0, 3}}});
+        data.getSens(0)->readSetMinMax = true;
+        data.getSens(0)->minView = 90;
+        data.getSens(0)->maxView = 10;
+        scaleManager scaler;
+        scaler.setScales(&data, false);
+        data.maxY[0] = 95;
+        scaler.updateScales(&data);
+        QCOMPARE(shown(scaler, 0), (Range{90, 10}));
+        QCOMPARE(shown(scaler, 1), (Range{-1, 7}));
+    }
+
+    void zoomTakesAllAutomaticScalesAlong()
+    {
+        ExpData data;
+        fill(data, {{SENSOR_HUMIDITY, {10, 60}}, {SENSOR_PH, {4, 9}}, {SENSOR_BAROMETER, {900, 1000}}});
+        data.getSens(2)->readSetMinMax = true;
+        data.getSens(2)->minView = 800;
+        data.getSens(2)->maxView = 1100;
+        scaleManager scaler;
+        scaler.setScales(&data, false);
+        QwtScaleMap map;
+        scaler.fixScaleY(&map, 1);
+        QCOMPARE(map.s2(), 9.5);
+        scaler.setZoom(0, 20, 50); // of 5 to 65: a quarter to three quarters
+        QCOMPARE(shown(scaler, 0), (Range{20, 50}));
+        QCOMPARE(shown(scaler, 1), (Range{5, 8}));
+        QCOMPARE(shown(scaler, 2), (Range{800, 1100}));
+        scaler.updateScales(&data);
+        QCOMPARE(shown(scaler, 1), (Range{5, 8}));
+        scaler.setZoom(2, 850, 900);
+        QCOMPARE(shown(scaler, 2), (Range{850, 900}));
+        scaler.setZoomOut();
+        QCOMPARE(shown(scaler, 1), (Range{3.5, 9.5}));
+        QCOMPARE(shown(scaler, 2), (Range{890, 1010}));
+    }
+
+    void zoomOnARangeWithoutWidthChangesNothing()
+    {
+        ExpData data;
+        fill(data, {{SENSOR_HUMIDITY, {10, 60}}, {SENSOR_PH, {4, 9}}});
+        scaleManager scaler;
+        scaler.setScales(&data, false);
+        scaler.scales[0]->setUserScales(30, 30, false);
+        scaler.setZoom(0, 20, 50);
+        QCOMPARE(shown(scaler, 0), (Range{30, 30}));
+        QCOMPARE(shown(scaler, 1), (Range{3.5, 9.5}));
+    }
+
+    void classRangesAreCommon()
+    {
+        ExpData data;
+        fill(data, {{SENSOR_HUMIDITY, {10, 60}}, {SENSOR_HUMIDITY, {30, 90}}, {SENSOR_PH, {4, 9}}});
+        for (int i = 0; i < 2; ++i) {
+            data.getSens(i)->readClassMinMax = true;
+            data.getSens(i)->classMinView = 10;
+            data.getSens(i)->classMaxView = 90;
+        }
+        scaleManager scaler;
+        scaler.setScales(&data, true);
+        QCOMPARE(shown(scaler, 0), (Range{10, 90}));
+        QVERIFY(!scaler.scales[0]->isUserScale());
+        data.getSens(1)->classMaxView = 95;
+        scaler.setZoom(0, 20, 30);
+        scaler.updateClassScales(&data);
+        QCOMPARE(shown(scaler, 1), (Range{10, 95}));
+    }
+
+    void repeatedRunKeepsTheScaleOfTheFirst()
+    {
+        ExpData data;
+        fill(data, {{SENSOR_PH, {4, 9}}});
+        data.setDataAddRepeatExp();
+        data.addSample(0, {7});
+        data.addSample(1, {13});
+        scaleManager scaler;
+        scaler.setScales(&data, false);
+        QCOMPARE(scaler.scales.size(), 2);
+        QCOMPARE(shown(scaler, 0), (Range{3.5, 13.6}));
+        QCOMPARE(shown(scaler, 1), shown(scaler, 0));
+    }
+
+    void coloursRepeatAndSpareTheColorimeter()
+    {
+        QCOMPARE(ColorScale::myColors(12), QColor(Qt::red));
+        QCOMPARE(ColorScale::myColorsForColorimeter(1, 2), QColor(Qt::green));
+        QCOMPARE(ColorScale::myColorsForColorimeter(3, 2), QColor(Qt::darkGreen));
+        QCOMPARE(ColorScale::myColorsForColorimeter(5, 2), QColor(Qt::darkBlue));
+    }
+
+    void unitFollowsTheShownRange_data()
+    {
+        QTest::addColumn<double>("end");
+        QTest::addColumn<double>("res");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<double>("factor");
+        QTest::newRow("seconds") << 99.9 << 0.5 << "s" << 0.5;
+        QTest::newRow("first minutes") << 100.0 << 1.0 << "min" << 1.0 / 60;
+        QTest::newRow("last minutes") << 5999.0 << 60.0 << "min" << 1.0;
+        QTest::newRow("hours") << 6000.0 << 60.0 << "h" << 1.0 / 60;
+        QTest::newRow("manual") << 6000.0 << 0.0 << "" << 1.0;
+    }
+
+    void unitFollowsTheShownRange()
+    {
+        QFETCH(double, end);
+        QFETCH(double, res);
+        TimeScaleDraw axis(false);
+        axis.setUnitByMaxX(end, res);
+        QTEST(axis.getUnitName(), "name");
+        QTEST(axis.getFactor(), "factor");
+    }
+
+    void timeTexts_data()
+    {
+        QTest::addColumn<double>("end");
+        QTest::addColumn<double>("res");
+        QTest::addColumn<double>("time");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char* name, double end, double res, double time, const char* text) {
+            QTest::newRow(name) << end << res << time << text;
+        };
+        row("sample number is cut", 50, 0, 12.7, "12");
+        row("decimals of the step", 50, 0.05, 1.239, "1,24");
+        row("finest decimals", 50, 0.0005, 1, "1,00000");
+        row("minutes and seconds", 200, 1, 125, "2:05");
+        row("a hair below the minute", 200, 0.1, 120 - 1e-9, "2:00");
+        row("clearly below the minute", 200, 0.01, 119.99, "1:59");
+        row("before the start", 200, 1, -65, "-1:05");
+        row("whole minutes", 200, 60, 125, "2");
+        row("hours and minutes", 9000, 1, 3725, "1:02");
+    }
+
+    void timeTexts()
+    {
+        QFETCH(double, end);
+        QFETCH(double, res);
+        QFETCH(double, time);
+        Settings::mainStore().setValue(QLatin1String(Settings::language), "pl");
+        TimeScaleDraw axis(false);
+        axis.setUnitByMaxX(end, res);
+        QTEST(axis.getTimeString(time), "text");
+    }
+
+    void labels_data()
+    {
+        QTest::addColumn<bool>("isBar");
+        QTest::addColumn<QString>("version");
+        QTest::addColumn<double>("end");
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("minutes") << false << "Kormelin" << 200.0 << 90.0 << "1.5";
+        QTest::newRow("whole minutes for juniors") << false << "VestrelJunior" << 200.0 << 90.0 << "1";
+        QTest::newRow("bar before the minute") << true << "Kormelin" << 200.0 << 2.999 << "2:59";
+        QTest::newRow("bar on a sixtieth") << true << "Kormelin" << 200.0 << 2 + 7.0 / 60 << "2:07";
+        QTest::newRow("bar left of the start") << true << "Kormelin" << 200.0 << -0.25 << "-0:15";
+    }
+
+    void labels()
+    {
+        QFETCH(bool, isBar);
+        QFETCH(QString, version);
+        QFETCH(double, end);
+        QFETCH(double, value);
+        Settings::mainStore().setValue(QLatin1String(Settings::version), version);
+        TimeScaleDraw axis(isBar);
+        axis.setUnitByMaxX(end, 1);
+        QTEST(axis.label(value).text(), "text");
+    }
+
+    void ticksAreRoundInTheUnit_data()
+    {
+        QTest::addColumn<bool>("isBar");
+        QTest::addColumn<Range>("span");
+        QTest::addColumn<double>("res");
+        QTest::addColumn<QString>("texts");
+        const auto row = [](const char* name, bool isBar, const Range& span, double res, const char* texts) {
+            QTest::newRow(name) << isBar << span << res << texts;
+        };
+        row("seconds", false, {0, 60}, 1, "0 10 20 30 40 50 60");
+        row("few minutes", false, {0, 200}, 1, "0.0 0.5 1.0 1.5 2.0 2.5 3.0");
+        row("quarters of an hour", false, {0, 5400}, 1, "0.0 15.0 30.0 45.0 60.0 75.0 90.0");
+        row("a zoom into minutes", false, {3000, 3055}, 1, "50.0 50.2 50.4 50.6 50.8");
+        row("a school day", false, {0, 86400}, 1, "0.0 3.0 6.0 9.0 12.0 15.0 18.0 21.0 24.0");
+        row("whole samples only", false, {3, 6}, 0, "3 4 5 6");
+        row("bars by the second", true, {1.3, 2}, 1, "1:20 1:30 1:40 1:50 2:00");
+    }
+
+    void ticksAreRoundInTheUnit()
+    {
+        QFETCH(bool, isBar);
+        QFETCH(Range, span);
+        QFETCH(double, res);
+        TimeScaleDraw draw(isBar);
+        draw.setUnitByMaxX(isBar ? 120 : span[1], res);
+        const TimeScaleEngine engine(&draw);
+        const QwtScaleDiv div = engine.divideScale(span[0], span[1], 8, 5);
+        QCOMPARE((Range{div.lowerBound(), div.upperBound()}), span);
+        QStringList texts;
+        const QList<double> ticks = div.ticks(QwtScaleDiv::MajorTick);
+        for (const double tick : ticks)
+            texts.append(draw.label(tick).text());
+        QTEST(texts.join(QLatin1Char(' ')), "texts");
+    }
+
+    void automaticRangeGrowsInRoundSteps()
+    {
+        TimeScaleDraw draw(false);
+        draw.setUnitByMaxX(1000, 1);
+        const TimeScaleEngine engine(&draw);
+        double from = 0;
+        double to = 1130;
+        double step = 0;
+        engine.autoScale(8, from, to, step);
+        QCOMPARE(step, 300.0);
+        QCOMPARE(from, 0.0);
+        QCOMPARE(to, 1200.0);
+        const double grown = to;
+        to = 1190;
+        engine.autoScale(8, from, to, step);
+        QCOMPARE(to, grown);
+        from = to = 600; // a single sample
+        engine.autoScale(8, from, to, step);
+        QVERIFY(from < 600 && to > 600 && step > 0);
+    }
+
+private:
+    QScopedPointer<WarningGuard> guard;
+};
+
+QTEST_MAIN(TestScales)
+#include "test_scales.moc"
