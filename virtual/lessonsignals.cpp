@@ -113,6 +113,26 @@ constexpr Lesson lessons[] = {
     {VERNIER_SOUND_LEVEL,        Shape::Talk,      57,    94,    7,    0.5},
     {VERNIER_SPIROMETER,         Shape::Pendulum,  -4,    4,     4.1,  0.05},
     {VERNIER_VOLTAGE,            Shape::Charging,  0.1,   5.6,   16,   0.005},
+    {VERNIER_CHARGE100,          Shape::Charging,   2,     71,    16,   0.2},
+    {VERNIER_CO2_100000,         Shape::Exercise,   900,   42000, 72,   90},
+    {VERNIER_CONDUCTIVITY200,    Shape::Steps,      12,    190,   58,   0.4},
+    {VERNIER_CONDUCTIVITY2000,   Shape::Steps,      120,   1900,  58,   4},
+    {VERNIER_CONDUCTIVITY20000,  Shape::Steps,      900,   18500, 58,   40},
+    {VERNIER_CURRENT,            Shape::Pulses,     -0.45, 0.45,  16,   0.001},
+    {VERNIER_ELECTRODE_AMPLIFIER,Shape::Titration,  -180,  420,   62,   1},
+    {VERNIER_FLOW_RATE,          Shape::Talk,       0.2,   2.9,   12,   0.02},
+    {VERNIER_MAGNETIC_FIELD_03,  Shape::Pendulum,   -0.2,  0.2,   3,    0.001},
+    {VERNIER_MAGNETIC_FIELD_64,  Shape::Pendulum,   -5,    5,     3,    0.02},
+    {VERNIER_ORP,                Shape::Titration,  180,   1050,  62,   1},
+    {VERNIER_SALINITY,           Shape::Steps,      4,     36,    58,   0.05},
+    {VERNIER_SOIL_MOISTURE,      Shape::Cooling,    9,     46,    80,   0.2},
+    {VERNIER_UVA,                Shape::Day,        40,    9200,  70,   15},
+    {VERNIER_UVB,                Shape::Day,        4,     480,   70,   1},
+    {SENSOR_VORTA_FORCE50,       Shape::Pump,       -4,    34,    2.2,  0.1},
+    {SENSOR_VORTA_FORCE5,        Shape::Pendulum,   -3.4,  3.4,   1.4,  0.01},
+    {SENSOR_VORTA_ACC_X,         Shape::Pendulum,   -0.8,  0.8,   1.4,  0.01},
+    {SENSOR_VORTA_ACC_Y,         Shape::Pendulum,   -0.6,  0.6,   0.7,  0.01},
+    {SENSOR_VORTA_ACC_Z,         Shape::Pendulum,   0.7,   1.6,   0.7,  0.01},
 };
 // clang-format on
 
@@ -147,7 +167,7 @@ double bump(double x, double centre, double width)
 
 double heart(double x)
 {
-    return 0.24 + 0.1 * bump(x, 0.18, 0.035) - 0.12 * bump(x, 0.275, 0.012) + 0.74 * bump(x, 0.3, 0.016) -
+    return 0.24 + 0.1 * bump(x, 0.18, 0.035) - 0.12 * bump(x, 0.275, 0.012) + 0.74 * bump(x, 0.3, 0.024) -
            0.2 * bump(x, 0.33, 0.014) + 0.2 * bump(x, 0.55, 0.055);
 }
 

@@ -1,0 +1,276 @@
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "tests/common/testsupport.h"
+#include "virtual/models.h"
+#include "virtual/virtualclass.h"
+#include "virtual/virtualcommands.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// The program's end of a line.
+class Partner
+{
+public:
+    explicit Partner(const QString& link)
+        : fd(::open(qPrintable(link), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC))
+    {
+    }
+    ~Partner() { ::close(fd); }
+    Partner(const Partner&) = delete;
+    Partner& operator=(const Partner&) = delete;
+
+    void write(const char* hex)
+    {
+        const QByteArray bytes = QByteArray::fromHex(hex);
+        QCOMPARE(::write(fd, bytes.constData(), size_t(bytes.size())), ssize_t(bytes.size()));
+    }
+    const QByteArray& read()
+    {
+        char buffer[4096];
+        ssize_t count = 0;
+        while ((count = ::read(fd, buffer, sizeof buffer)) > 0)
+            bytes.append(buffer, int(count));
+        isHungUp = isHungUp || count == 0 || errno == EIO;
+        return bytes;
+    }
+    bool hungUp()
+    {
+        read();
+        return isHungUp;
+    }
+    void forget() { bytes.clear(); }
+
+private:
+    int fd;
+    bool isHungUp = false;
+    QByteArray bytes;
+};
+
+LoggerIdentity identityOf(const char* model, const char* name)
+{
+    LoggerIdentity identity;
+    identity.model = LoggerModels::find(QString::fromLatin1(model));
+    identity.mask = identity.model->lessonMask();
+    identity.rate = 5;
+    identity.name = QString::fromLatin1(name);
+    return identity;
+}
+
+constexpr auto askIds = "4714AAFB";
+constexpr auto askStatus = "47141095";
+constexpr auto start = "47142283";
+constexpr auto stop = "47143372";
+
+} // namespace
+
+class TestVirtualPort : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { guard.reset(new WarningGuard); }
+    void cleanup()
+    {
+        VERIFY_NO_WARNINGS(*guard);
+        guard.reset();
+    }
+
+    void bytesPassUnchangedAndNothingIsEchoed()
+    {
+        QTemporaryDir folder;
+        VirtualPort port(folder.filePath("A"));
+        QString error;
+        QVERIFY2(port.open(&error), qPrintable(error));
+        QVERIFY(!port.write("lost"));
+        QByteArray all;
+        for (int byte = 0; byte < 256; ++byte)
+            all += char(byte);
+        QByteArray received;
+        connect(&port, &VirtualPort::received, this,
+                [&received](const QByteArray& bytes) { received += bytes; });
+        Partner partner(port.linkPath());
+        QTRY_VERIFY(port.hasPartner());
+        partner.write(all.toHex());
+        QTRY_COMPARE(received, all);
+        QVERIFY(port.write(all));
+        QTRY_COMPARE(partner.read(), all);
+        QByteArray much(100000, 'x');
+        QVERIFY(port.write(much)); // more than a terminal holds
+        partner.forget();
+        QTRY_COMPARE(partner.read().size(), much.size());
+    }
+
+    void twoLoggersRunAndAreRecorded()
+    {
+        QTemporaryDir folder;
+        const QString record = folder.filePath("record");
+        QByteArray bytes[2];
+        {
+            VirtualClass loggers({identityOf("BIRCH", "A"), identityOf("HEATH_INT", "B")}, folder.path());
+            QString error;
+            QVERIFY2(loggers.open(&error) && loggers.log().openRecord(record, &error), qPrintable(error));
+            Partner first(loggers.port(0).linkPath());
+            Partner second(loggers.port(1).linkPath());
+            first.write(askIds);
+            QTRY_COMPARE(first.read().size(), 21);
+            QCOMPARE(first.read().left(4).toHex(), QByteArray("2e698201"));
+            first.forget();
+            for (Partner* partner : {&first, &second})
+                partner->write(start);
+            QTRY_VERIFY(second.read().size() > 33 + 30 * 15);
+            for (Partner* partner : {&first, &second})
+                partner->write(stop);
+            QTRY_VERIFY(second.read().right(33).startsWith(QByteArray::fromHex("2e698333")));
+            QTRY_VERIFY(first.read().right(33).startsWith(QByteArray::fromHex("2e698333")));
+            bytes[0] = first.read();
+            bytes[1] = second.read();
+        }
+        QFile file(record);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        int sample[2] = {0, 0};
+        qint64 begun[2] = {0, 0};
+        for (const QByteArray& line : file.readAll().trimmed().split('\n')) {
+            const QList<QByteArray> words = line.split(' ');
+            QCOMPARE(words.size(), 5);
+            const int logger = words[0].toInt() - 1;
+            QCOMPARE(words[1], QByteArray("1"));
+            QCOMPARE(words[2].toInt(), sample[logger]);
+            if (sample[logger] == 0)
+                begun[logger] = words[3].toLongLong();
+            // Never early: a sample is due so long after the first one, give or take when that one was
+            // written.
+            QVERIFY(words[3].toLongLong() - begun[logger] > sample[logger] * 10240000LL - 50000000LL);
+            const QByteArray data = QByteArray::fromHex(words[4]);
+            const int at = 33 + sample[logger] * (data.size() + 9);
+            QCOMPARE(bytes[logger].mid(at + 8, data.size()), data);
+            sample[logger] += 1;
+        }
+        for (int logger = 0; logger < 2; ++logger) {
+            const int width = quint8(bytes[logger][33 + 3]);
+            QCOMPARE(bytes[logger].size(), 66 + sample[logger] * width);
+        }
+    }
+
+    void aCableIsPulledAndPutBack()
+    {
+        QTemporaryDir folder;
+        VirtualClass loggers({identityOf("BIRCH", "A"), identityOf("BIRCH", "B")}, folder.path());
+        VirtualCommands commands(loggers);
+        QString error;
+        QVERIFY2(loggers.open(&error), qPrintable(error));
+        Partner first(loggers.port(0).linkPath());
+        Partner second(loggers.port(1).linkPath());
+        first.write(start);
+        QTRY_VERIFY(first.read().size() > 66);
+        QCOMPARE(commands.execute("pull 1"), QString());
+        QVERIFY(first.hungUp());
+        QCOMPARE(QDir(folder.path()).entryList(QDir::System), QStringList{"B"});
+        QVERIFY(commands.execute("status").contains("cable pulled"));
+        second.write(askStatus);
+        QTRY_COMPARE(second.read().size(), 33);
+
+        QCOMPARE(commands.execute("put 1"), QString());
+        Partner again(loggers.port(0).linkPath());
+        again.write(askIds);
+        QTRY_VERIFY(again.read().contains(QByteArray::fromHex("2e6982"))); // the run went on meanwhile
+        again.write(stop);
+        QTRY_VERIFY(again.read().contains(QByteArray::fromHex("2e698333")));
+    }
+
+    void commandsAreCarriedOutOrExplained_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("answer"); // part of it
+        QTest::addColumn<QByteArray>("sent");
+        const auto row = [](const char* command, const char* answer, const char* sent) {
+            QTest::newRow(command) << QString::fromLatin1(command) << QString::fromLatin1(answer)
+                                   << QByteArray::fromHex(sent);
+        };
+        row("plug 1 2 112", "", "2e698500707400");
+        row("unplug all 1", "", "2e6985000000");
+        row("press-start 1", "", "2e698322");
+        row("rate 1 1/Sec", "", "2e698300");
+        row("samples 1 100", "", "2e698300");
+        row("fault 1 late=5 cut=1", "", "");
+        row("fault all off", "", "");
+        row("status 1", "Tembrin Heath (type 136)", "");
+        row("help", "press-start N", "");
+        row("# nothing", "", "");
+        row("plug 1 3 112", "error: sockets", "");
+        row("plug 1", "error: usage: plug N SOCKET ID", "");
+        row("pull 2", "error: usage", "");
+        row("battery 1 low", "error: battery takes empty or good", "");
+        row("fault 1 late", "error: \"late\"", "");
+        row("fault 1 slow=1", "error: no fault", "");
+        row("rate 1 7/Sec", "error: no rate", "");
+        row("samples 1 11", "error: no run", "");
+        row("dance 1", "error: no command", "");
+    }
+
+    void commandsAreCarriedOutOrExplained()
+    {
+        QFETCH(QString, command);
+        QFETCH(QString, answer);
+        QFETCH(QByteArray, sent);
+        QTemporaryDir folder;
+        VirtualClass loggers({identityOf("HEATH_INT", "A")}, folder.path());
+        VirtualCommands commands(loggers);
+        QString error;
+        QVERIFY2(loggers.open(&error), qPrintable(error));
+        Partner partner(loggers.port(0).linkPath());
+        QTRY_VERIFY(loggers.port(0).hasPartner());
+        const QString said = commands.execute(command);
+        QVERIFY2(answer.isEmpty() ? said.isEmpty() : said.contains(answer), qPrintable(said));
+        QTRY_VERIFY(partner.read().startsWith(sent.left(5)));
+    }
+
+    void theProgramCleansUp()
+    {
+        QTemporaryDir folder;
+        QVERIFY(QFile::link("/dev/pts/99999", folder.filePath("Old")));
+        QProcess program;
+        program.start(VIRTUAL_LOGGERS, {"--directory", folder.path(), "--count", "2", "--names", "A,B",
+                                        "--log", folder.filePath("log"), "--at", "0:press-start 1"});
+        QByteArray output;
+        QTRY_VERIFY((output += program.readAllStandardOutput()).contains("ready\n"));
+        QCOMPARE(QDir(folder.path()).entryList(QDir::System), (QStringList{"A", "B"}));
+        {
+            Partner partner(folder.filePath("B"));
+            partner.write(askIds);
+            QTRY_COMPARE(partner.read().size(), 21);
+        }
+        QProcess second;
+        second.start(VIRTUAL_LOGGERS, {"--directory", folder.path()});
+        QVERIFY(second.waitForFinished());
+        QCOMPARE(second.exitCode(), 1);
+        program.terminate();
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::System), QStringList());
+        QFile log(folder.filePath("log"));
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        const QByteArray text = log.readAll();
+        QVERIFY(text.contains("2 B <- 47 14 AA FB | get sensor IDs\n"));
+        QVERIFY(text.contains("| status: run started, not sent: nobody listens\n"));
+
+        second.start(VIRTUAL_LOGGERS, {"--count", "many"});
+        QVERIFY(second.waitForFinished());
+        QCOMPARE(second.exitCode(), 2);
+        QVERIFY(second.readAllStandardError().contains("--count: takes a whole number"));
+    }
+
+private:
+    QScopedPointer<WarningGuard> guard;
+};
+
+QTEST_GUILESS_MAIN(TestVirtualPort)
+
+#include "test_virtualport.moc"
