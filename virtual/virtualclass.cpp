@@ -32,6 +32,8 @@ VirtualClass::VirtualClass(const QVector<LoggerIdentity>& identities, const QStr
 
 VirtualClass::~VirtualClass()
 {
+    for (const auto& place : places)
+        place->port->close(); // while there is a log to note it in
     if (timer >= 0)
         ::close(timer);
 }
