@@ -2,13 +2,13 @@
 
 #include "link/portworker.h"
 
-#include <QDeadlineTimer>
 #include <QEventLoop>
-#include <QMutexLocker>
+
+#include <chrono>
 
 namespace {
-constexpr int openPatience = 15000; // ms; a Bluetooth port may take several seconds
-constexpr int closePatience = 300;  // ms; whoever closes is the GUI thread
+constexpr std::chrono::seconds openPatience(15);        // a Bluetooth port may take several
+constexpr std::chrono::milliseconds closePatience(300); // whoever closes is the GUI thread
 constexpr int compactAt = 64 * 1024;
 } // namespace
 
@@ -20,30 +20,25 @@ PortSession::PortSession(SerialPort* owner, bool signalBytes)
 
 bool PortSession::start(const QString& name, const PortSettings& settings)
 {
-    const QDeadlineTimer deadline(openPatience);
-    QMutexLocker lock(&mutex);
+    std::unique_lock lock(mutex);
     thread = std::thread([self = shared_from_this(), name, settings] { self->run(name, settings); });
-    while (stage == Stage::Opening && changed.wait(&mutex, deadline)) {
-    }
-    if (stage == Stage::Opening)
+    if (!changed.wait_for(lock, openPatience, [this] { return stage != Stage::Opening; }))
         error = QStringLiteral("the device did not answer in time");
     return stage == Stage::Open;
 }
 
 void PortSession::finish(bool flush)
 {
-    const QDeadlineTimer deadline(closePatience);
     std::thread leaving;
     bool gone = false;
     {
-        QMutexLocker lock(&mutex);
+        std::unique_lock lock(mutex);
         stage = Stage::Over;
-        changed.wakeAll();
+        changed.notify_all();
         onWorker([flush](PortWorker* device) { device->close(flush); });
         leaving.swap(thread);
-        while (leaving.joinable() && !ended && changed.wait(&mutex, deadline)) {
-        }
-        gone = ended;
+        if (leaving.joinable())
+            gone = changed.wait_for(lock, closePatience, [this] { return ended; });
     }
     if (leaving.joinable())
         gone ? leaving.join() : leaving.detach();
@@ -55,30 +50,30 @@ void PortSession::run(const QString& name, const PortSettings& settings)
     PortWorker device(this, &loop);
     const bool isOpen = device.open(name, settings);
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         if (stage == Stage::Opening)
             stage = isOpen ? Stage::Open : Stage::Over;
         if (!isOpen)
             error = device.errorString();
         if (stage == Stage::Open)
             worker = &device;
-        changed.wakeAll();
+        changed.notify_all();
     }
     if (worker)
         loop.exec();
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         worker = nullptr;
     }
     device.close(false);
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     ended = true;
-    changed.wakeAll();
+    changed.notify_all();
 }
 
 void PortSession::forgetOwner()
 {
-    const QMutexLocker lock(&ownerMutex);
+    const std::lock_guard lock(ownerMutex);
     owner = nullptr;
 }
 
@@ -91,7 +86,7 @@ void PortSession::onWorker(const std::function<void(PortWorker*)>& call)
 
 void PortSession::tellOwner(const std::function<void(SerialPort*)>& tell)
 {
-    const QMutexLocker lock(&ownerMutex);
+    const std::lock_guard lock(ownerMutex);
     if (owner)
         tell(owner);
 }
@@ -101,7 +96,7 @@ void PortSession::addReceived(const QByteArray& bytes)
     if (bytes.isEmpty())
         return;
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         if (readPosition > compactAt) {
             received.remove(0, readPosition);
             readPosition = 0;
@@ -123,13 +118,13 @@ void PortSession::tellAgain()
 
 void PortSession::apply(const PortSettings& settings)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     onWorker([settings](PortWorker* device) { device->apply(settings); });
 }
 
 qint64 PortSession::write(const QByteArray& bytes)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     if (stage != Stage::Open)
         return -1;
     if (toWrite.isEmpty())
@@ -140,7 +135,7 @@ qint64 PortSession::write(const QByteArray& bytes)
 
 QByteArray PortSession::read(qint64 maxSize)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     told = false;
     const QByteArray bytes = received.mid(readPosition, static_cast<int>(maxSize));
     readPosition += bytes.size();
@@ -153,24 +148,24 @@ QByteArray PortSession::read(qint64 maxSize)
 
 qint64 PortSession::bytesAvailable() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return received.size() - readPosition;
 }
 
 unsigned PortSession::lineStatus() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return stage == Stage::Open ? lines : 0;
 }
 
 bool PortSession::isOpen() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return stage == Stage::Open;
 }
 
 QString PortSession::errorString() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return error;
 }

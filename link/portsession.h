@@ -3,13 +3,13 @@
 #include "link/serialport.h"
 
 #include <QByteArray>
-#include <QMutex>
 #include <QSerialPort>
 #include <QString>
-#include <QWaitCondition>
 
+#include <condition_variable>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <thread>
 
 class PortWorker;
@@ -64,8 +64,8 @@ private:
     void addReceived(const QByteArray& bytes);
     void tellAgain();
 
-    mutable QMutex mutex; // guards what follows, up to the owner
-    QWaitCondition changed;
+    mutable std::mutex mutex; // guards what follows, up to the owner
+    std::condition_variable changed;
     Stage stage = Stage::Opening;
     bool ended = false;
     std::thread thread;
@@ -77,7 +77,7 @@ private:
     unsigned lines = 0;
     QString error;
 
-    QMutex ownerMutex; // held while a signal is sent
+    std::mutex ownerMutex; // held while a signal is sent
     SerialPort* owner;
     const bool signalBytes;
 };

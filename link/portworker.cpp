@@ -2,8 +2,6 @@
 
 #include "link/linklog.h"
 
-#include <QMutexLocker>
-
 namespace {
 
 constexpr int linePollInterval = 250; // ms; the system does not signal modem lines
@@ -56,7 +54,7 @@ void PortWorker::writePending()
 {
     QByteArray bytes;
     {
-        const QMutexLocker lock(&session->mutex);
+        const std::lock_guard lock(session->mutex);
         bytes.swap(session->toWrite);
     }
     if (!lost && !bytes.isEmpty())
@@ -76,7 +74,8 @@ void PortWorker::close(bool flush)
 
 void PortWorker::takeReceived()
 {
-    session->addReceived(port.readAll());
+    if (port.isOpen())
+        session->addReceived(port.readAll());
 }
 
 /// A dead line reports its error again and again until it is closed, and closing must wait until the notifier
@@ -87,7 +86,7 @@ void PortWorker::onError(QSerialPort::SerialPortError error)
         return;
     if (error == QSerialPort::ReadError || error == QSerialPort::ResourceError) {
         lost = true;
-        qCInfo(linkLog) << port.portName() << ": line lost," << port.errorString();
+        qCInfo(linkLog) << port.portName() << ": line lost, code" << error;
         QMetaObject::invokeMethod(
             this, [this] { hangUp(); }, Qt::QueuedConnection);
     }
@@ -97,14 +96,13 @@ void PortWorker::hangUp()
 {
     linePoll.stop();
     takeReceived();
-    const QString reason = port.errorString();
     port.close();
     {
-        const QMutexLocker lock(&session->mutex);
+        const std::lock_guard lock(session->mutex);
         if (session->stage == PortSession::Stage::Over)
             return; // closed meanwhile, the order to end is on its way
         session->stage = PortSession::Stage::Over;
-        session->error = reason;
+        session->error = QStringLiteral("the line was lost");
     }
     if (!endTold)
         tellDsr(false);
@@ -141,7 +139,7 @@ bool PortWorker::readLines()
 
 void PortWorker::publishLines()
 {
-    const QMutexLocker lock(&session->mutex);
+    const std::lock_guard lock(session->mutex);
     session->lines = lines;
 }
 

@@ -3,7 +3,6 @@
 #include "link/portsession.h"
 
 #include <QCoreApplication>
-#include <QMutexLocker>
 
 QtSerialPortAdapter::QtSerialPortAdapter(const QString& portName, QueryMode mode)
     : name(portName)
@@ -42,7 +41,7 @@ bool QtSerialPortAdapter::open(OpenMode)
     const auto fresh = std::make_shared<PortSession>(this, mode == QueryMode::EventDriven);
     PortSettings atStart;
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         session = fresh;
         atStart = *settings;
     }
@@ -81,7 +80,7 @@ bool QtSerialPortAdapter::isOpen() const
 
 template<typename Change> void QtSerialPortAdapter::changeSettings(Change change)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     change(*settings);
     if (session)
         session->apply(*settings);
@@ -160,7 +159,7 @@ QString QtSerialPortAdapter::errorString() const
 
 std::shared_ptr<PortSession> QtSerialPortAdapter::current() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return session;
 }
 

@@ -2,9 +2,8 @@
 
 #include "link/serialport.h"
 
-#include <QMutex>
-
 #include <memory>
+#include <mutex>
 
 class PortSession;
 struct PortSettings;
@@ -49,7 +48,7 @@ private:
     const QString name;
     const QueryMode mode;
     std::unique_ptr<PortSettings> settings;
-    mutable QMutex mutex; // guards the settings and the session
+    mutable std::mutex mutex; // guards the settings and the session
     std::shared_ptr<PortSession> session;
 };
 
