@@ -30,7 +30,7 @@ void FakePort::setStalled(bool stall)
         const QMutexLocker lock(&mutex);
         stalled = stall;
     }
-    if (!stall && bytesAvailable() > 0)
+    if (bytesAvailable() > 0)
         feed({});
 }
 
@@ -67,20 +67,9 @@ QByteArray FakePort::written() const
     return all;
 }
 
-QString FakePort::portName() const
-{
-    return name;
-}
-
-SerialPort::QueryMode FakePort::queryMode() const
-{
-    return mode;
-}
-
 bool FakePort::open(OpenMode)
 {
     const QMutexLocker lock(&mutex);
-    ++openings;
     opened = openFailure.isEmpty();
     return opened;
 }
@@ -93,13 +82,6 @@ void FakePort::close()
     const QMutexLocker lock(&mutex);
     opened = false;
     incoming.clear();
-    ++closings;
-}
-
-void FakePort::closeWithoutFlush()
-{
-    closedWithoutFlush = true;
-    close();
 }
 
 bool FakePort::isOpen() const
@@ -131,17 +113,6 @@ qint64 FakePort::write(const QByteArray& bytes)
     if (onWrite)
         onWrite(bytes);
     return bytes.size();
-}
-
-unsigned FakePort::lineStatus() const
-{
-    return isOpen() ? lines : 0;
-}
-
-QString FakePort::errorString() const
-{
-    const QMutexLocker lock(&mutex);
-    return openFailure;
 }
 
 SerialPortFactory FakePorts::factory()

@@ -6,7 +6,6 @@
 #include <QHash>
 #include <QMutex>
 #include <QPointer>
-#include <QStringList>
 #include <QVector>
 
 /// A port without a line: tests feed it, stall it, make it fail, hang it up, and look at what was written.
@@ -25,7 +24,7 @@ public:
     explicit FakePort(const QString& name = QStringLiteral("fake"), QueryMode mode = QueryMode::EventDriven);
 
     // The test's side.
-    /// Bytes arrive; readyRead() follows if it is not stalled or polled, and the port is open.
+    /// Bytes arrive; readyRead() follows if the port is open and neither stalled nor polled.
     void feed(const QByteArray& bytes);
     /// A stalled port keeps what arrives to itself until the stall ends.
     void setStalled(bool stalled);
@@ -36,22 +35,19 @@ public:
     /// open() fails with this reason until an empty one is given.
     void failOpen(const QString& reason);
 
-    /// Bytes of every write() in order, and all of them together.
+    /// Every write() in order, and the bytes of all of them.
     QVector<Write> writes;
     QByteArray written() const;
     /// Called after each write, for answers.
     std::function<void(const QByteArray&)> onWrite;
     int baud = 0;
-    int openings = 0;
-    int closings = 0;
-    bool closedWithoutFlush = false;
 
     // The program's side.
-    QString portName() const override;
-    QueryMode queryMode() const override;
+    QString portName() const override { return name; }
+    QueryMode queryMode() const override { return mode; }
     bool open(OpenMode mode) override;
     void close() override;
-    void closeWithoutFlush() override;
+    void closeWithoutFlush() override { close(); }
     bool isOpen() const override;
     void setBaudRate(int baudRate) override { baud = baudRate; }
     void setDataBits(int) override {}
@@ -61,13 +57,13 @@ public:
     qint64 bytesAvailable() const override;
     QByteArray read(qint64 maxSize) override;
     qint64 write(const QByteArray& bytes) override;
-    unsigned lineStatus() const override;
-    QString errorString() const override;
+    unsigned lineStatus() const override { return isOpen() ? lines : 0; }
+    QString errorString() const override { return openFailure; }
 
 private:
     const QString name;
     const QueryMode mode;
-    mutable QMutex mutex; // guards what bytesAvailable(), open() and their like share between threads
+    mutable QMutex mutex; // guards what a ConnectThread and a monitor share with the test
     bool opened = false;
     bool stalled = false;
     unsigned lines = LineCts | LineDsr;

@@ -55,7 +55,6 @@ private Q_SLOTS:
         };
         const short mask = static_cast<short>(0x8001);
         row("status", CMD_GET_TEMBRIN_STATUS, {}, "47141095");
-        row("sensors", CMD_GET_ALL_SENSORS_ID, {}, "4714AAFB");
         row("setup: slot 16 in the mask, levels below zero", CMD_TEMBRIN_LOGGING_SETUP,
             {mask, 5, 7, 1, 2, -1, 32, 33, 3, -300}, "4714118001050701 0200FF202103FFD4EE");
         row("setup with an argument missing", CMD_TEMBRIN_LOGGING_SETUP, {1, 5, 7, 1, 2, -1, 32, 33, 3}, "");
@@ -63,17 +62,13 @@ private Q_SLOTS:
         row("configuration", CMD_CONFIGURE_TEMBRIN, {1, 0, 1, 0, 1, 3}, "4714DD1503B0");
         row("default calibration", CMD_CALIBRATE_TEMP, {0}, "4714E0FFFFC7");
         row("calibration at 0.1 degrees", CMD_CALIBRATE_TEMP, {1}, "4714E00001C4");
-        row("calibration at 30 degrees", CMD_CALIBRATE_TEMP, {300}, "4714E0012C98");
-        row("download of run 255", CMD_DOWNLOAD_STORED_DATA, {255}, "471444FF62");
         row("a long command has its own way", CMD_BREVIK_WRITE_STRINGS, {}, "");
         row("no such command", 12, {}, "");
         row("Vorta start", CMD_VORTA_START, {3, 1000}, "6724220303E865");
-        row("Vorta status", CMD_VORTA_GET_STATUS, {}, "67241065");
         row("Vorta loader", CMD_VORTA_BL_RUN, {}, "6726096A");
         row("page", CMD_BL_WRITE_PROG_MEM_PAGE, {}, "571612000123450102FF16");
         row("EEPROM page: the low half of the address", CMD_BL_WRITE_EEPROM_PAGE, {}, "57161723450102FF12");
         row("reading a page takes no data", CMD_BL_READ_PROG_MEM_PAGE, {}, "5716130001234517");
-        row("loader", CMD_BL_RUN, {}, "4716099A");
     }
 
     void framesGoOutByteForByte()
