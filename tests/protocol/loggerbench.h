@@ -2,11 +2,13 @@
 
 #include <QObject>
 #include <QStringList>
+#include <QTest>
 
 #include "app/common/settings.h"
 #include "link/portlistener.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
+#include "tests/common/testsupport.h"
 #include "tests/link/fakeport.h"
 
 inline QByteArray bytes(const char* hex)
@@ -91,7 +93,6 @@ private:
         note(&TembrinData::needNextPacket, "next");
         note(&TembrinData::needLoggerType, "type?");
         note(&TembrinData::gotExperimentInfo, "table");
-        note(&TembrinData::stopTransmission, "stop transmission");
         note(&TembrinData::gotBrevikString, "string");
         note(&TembrinData::loggerTypeChanged, "type changed");
         note(&TembrinData::recognizedVorta, "vorta");
@@ -117,4 +118,30 @@ private:
 
 public:
     QVector<QVector<double>> lastBlock;
+};
+
+/// A test on a bench that is new for each function, and on which nothing warns.
+class BenchTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    QScopedPointer<LoggerBench> bench;
+
+protected Q_SLOTS:
+    void init()
+    {
+        guard.reset(new WarningGuard);
+        bench.reset(new LoggerBench);
+    }
+
+    void cleanup()
+    {
+        bench.reset();
+        VERIFY_NO_WARNINGS(*guard);
+        guard.reset();
+    }
+
+private:
+    QScopedPointer<WarningGuard> guard;
 };

@@ -1,6 +1,3 @@
-#include <QTest>
-
-#include "tests/common/testsupport.h"
 #include "tests/protocol/loggerbench.h"
 
 namespace {
@@ -37,23 +34,15 @@ const QByteArray noneLeft = status({{3, 0x46}});
 
 } // namespace
 
-class TestDownload : public QObject
+class TestDownload : public BenchTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init()
     {
-        guard.reset(new WarningGuard);
-        bench.reset(new LoggerBench);
+        BenchTest::init();
         bench->recognise();
-    }
-
-    void cleanup()
-    {
-        bench.reset();
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
     }
 
     void anExperimentComesThroughLossAndDamage()
@@ -91,23 +80,14 @@ private Q_SLOTS:
         }
     }
 
-    void packetsAreCountedBeforehand_data()
-    {
-        QTest::addColumn<int>("samples");
-        QTest::addColumn<int>("packets");
-        QTest::newRow("none") << 0 << 1;
-        QTest::newRow("one packet") << 100 << 1;
-        QTest::newRow("one packet, full") << 187 << 1;
-        QTest::newRow("one sample more") << 188 << 2;
-        QTest::newRow("six") << 1000 << 6;
-    }
-
     void packetsAreCountedBeforehand()
     {
-        QFETCH(int, samples);
-        QFETCH(int, packets);
-        bench->feed(begun + stored(0, header("0003", 3, samples), {}));
-        QCOMPARE(bench->told.last(), QStringLiteral("packet 1/%1").arg(packets));
+        // Samples of four bytes; the first packet holds 749 bytes of them.
+        const QMap<int, int> packetsOf{{0, 1}, {100, 1}, {187, 1}, {188, 2}, {1000, 6}};
+        for (auto row = packetsOf.begin(); row != packetsOf.end(); ++row) {
+            bench->feed(begun + stored(0, header("0003", 3, row.key()), {}));
+            QCOMPARE(bench->told.last(), QStringLiteral("packet 1/%1").arg(row.value()));
+        }
     }
 
     void aStalledDownloadGivesUp()
@@ -261,10 +241,6 @@ private Q_SLOTS:
         bench->feed(summed("3E7981 0000 0000 F000 0000 0000"));
         QCOMPARE(bench->data.sensors[1]->lastValue.at(0), 0.0);
     }
-
-private:
-    QScopedPointer<WarningGuard> guard;
-    QScopedPointer<LoggerBench> bench;
 };
 
 QTEST_GUILESS_MAIN(TestDownload)

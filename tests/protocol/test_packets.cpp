@@ -1,6 +1,3 @@
-#include <QTest>
-
-#include "tests/common/testsupport.h"
 #include "tests/protocol/loggerbench.h"
 
 namespace {
@@ -60,23 +57,15 @@ void setState(TembrinData* data, int state)
 
 } // namespace
 
-class TestPackets : public QObject
+class TestPackets : public BenchTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init()
     {
-        guard.reset(new WarningGuard);
-        bench.reset(new LoggerBench);
+        BenchTest::init();
         bench->recognise();
-    }
-
-    void cleanup()
-    {
-        bench.reset();
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
     }
 
     void everyPacketIsKnownAtItsEndAndNotBefore()
@@ -188,9 +177,6 @@ private Q_SLOTS:
 
 private:
     double value(int sensor) const { return bench->data.sensors.at(sensor)->lastValue.at(0); }
-
-    QScopedPointer<WarningGuard> guard;
-    QScopedPointer<LoggerBench> bench;
 };
 
 QTEST_GUILESS_MAIN(TestPackets)
