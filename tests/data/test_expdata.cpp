@@ -234,6 +234,7 @@ private Q_SLOTS:
 
     void aClassIsRebuiltFromStoredRuns()
     {
+        Settings::mainStore().setValue(QLatin1String(Settings::unitsCelsius), false);
         ExpData first;
         load(&first, {SENSOR_AMB_TEMP}, {{20, 30}});
         ExpData second;
@@ -248,8 +249,8 @@ private Q_SLOTS:
         QCOMPARE(data.getYNoConv(2), Values({15, 21}));
         QCOMPARE(data.minY, Values({20, 10, 15}));
         for (const SensorPtr& sensor : data.getSensors()) {
-            QCOMPARE(sensor->classMinView, 10.0);
-            QCOMPARE(sensor->classMaxView, 30.0);
+            QCOMPARE(sensor->classMinView, 50.0);
+            QCOMPARE(sensor->classMaxView, 86.0);
         }
     }
 
