@@ -17,9 +17,10 @@ void pump(int ms)
     loop.exec();
 }
 
-void pumpPending()
+void pumpPending(UserEvents userEvents)
 {
-    QCoreApplication::processEvents();
+    QCoreApplication::processEvents(userEvents == UserEvents::Later ? QEventLoop::ExcludeUserInputEvents
+                                                                     : QEventLoop::AllEvents);
 }
 
 } // namespace Waits

@@ -7,7 +7,13 @@ namespace Waits {
 /// Handles events for `ms` milliseconds, asleep while there are none. At most about 5 ms late.
 void pump(int ms);
 
+enum class UserEvents
+{
+    Now,
+    Later ///< keys and mouse stay in the queue
+};
+
 /// Handles what is already waiting, without sleeping.
-void pumpPending();
+void pumpPending(UserEvents userEvents = UserEvents::Now);
 
 } // namespace Waits

@@ -1,0 +1,230 @@
+#pragma once
+
+#include <QColor>
+#include <QElapsedTimer>
+#include <QLoggingCategory>
+#include <QMainWindow>
+#include <QMutex>
+#include <QSet>
+#include <QTimer>
+#include <QVector>
+
+#include <memory>
+#include <vector>
+
+#include "link/commandtype.h"
+
+class ExpData;
+class Indicator;
+class Plot;
+class QComboBox;
+class QGridLayout;
+class QLabel;
+class QSplitter;
+class QToolBar;
+class RefreshClock;
+class TembrinProtocol;
+class UserPrompt;
+class multiConnectionsManager;
+
+/// The window and the flows that run in it.
+Q_DECLARE_LOGGING_CATEGORY(appLog)
+
+/// How the class is laid out; the value is the place in the list of layouts.
+enum layouts
+{
+    LAYOUT_MULTI_WINDOWS,
+    LAYOUT_MULTI_TOGETHER,
+    LAYOUT_MULTI_COMBO
+};
+
+/// The one window of the program. It owns the loggers' sessions, their data and their graphs, and carries out
+/// what the user asks for. Everything runs on the GUI thread.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// `prompt` answers boxes and dialogs and outlives the window; without one the toolkit's are shown. Half
+    /// a second after construction the window begins to connect the loggers in use.
+    explicit MainWindow(UserPrompt* prompt = nullptr, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    // Frame and leaving, in mainwindow.cpp
+
+    /// The file named on the command line.
+    void setArgumentFile(const QString& fname) { argumentFile = fname; }
+    bool isPanelMode() const { return isPanel; }
+    static bool is4K();
+    static QColor getAppBackColor() { return mainBackColor; }
+    static void setAppBackColor(const QColor& color) { mainBackColor = color; }
+
+    /// Shows Run or else Stop.
+    void updateRunStopButton(bool showRun);
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+private Q_SLOTS:
+    void doExit();
+    void doExitFromX();
+    void doExitAfterCtrlS();
+
+private:
+    void readSettings();
+    void createLoggers();
+    void connectLogger(int index);
+    void createTimers();
+    void createShortcuts();
+    void createStatusBar();
+    [[noreturn]] void leave();
+
+    static QColor mainBackColor;
+
+    std::unique_ptr<UserPrompt> ownPrompt;
+    UserPrompt* prompt;
+    multiConnectionsManager* mTembrin = nullptr;
+    std::vector<std::unique_ptr<ExpData>> dataSets; ///< one per logger, then the class's
+    TembrinProtocol* tembrin = nullptr;             ///< of logger 0
+    ExpData* data = nullptr;                        ///< of logger 0
+    Indicator* indicator = nullptr;
+    QString argumentFile;
+    bool isPanel = false;
+    bool isJunior = false;
+
+    // Connection, in mainwindow_connection.cpp
+
+private Q_SLOTS:
+    void tryConnectAll();
+    void tryConnect(int index);
+    void tryConnect(int index, int msDelay);
+    void disconnectAll();
+    void connectionResult(int index);
+    void commEstablished(int index);
+    void handleDisconnection(int index);
+    void loggerTypeChanged();
+    void bootloadReady(bool isVorta, int ver);
+    void deleteFromLogger(int index, bool all);
+
+private:
+    void connectNextLogger();
+    QString nameOf(int index) const;
+    void takeConnected(int index);
+    void retryConnect(int index);
+    void updateIconsConnection(int index);
+    void updateIconsConnection(bool tf);
+    void updateHint();
+
+    QTimer connectTimer;    ///< until the next logger of a series on all
+    int nextToConnect = 0;  ///< which that is
+    QLabel* hint = nullptr; ///< what to press while no logger can be reached
+
+    // Run and live data, in mainwindow_run.cpp
+
+private Q_SLOTS:
+    void doRun();
+    void doStopAll();
+    void doStop(int index, bool user);
+    void doStop(int index, int reason);
+    void commandAccepted(int index, commandType cmd);
+    void stopIgnoreOnline(int index);
+    void onlineReceived(int index, short current, const QVector<QVector<double>>& samplesBlock,
+                        int samplesWaiting);
+    void handleLoggerMode();
+    void showTemperatureChangeWarning(int index);
+    void sendingCommandToAllLoggers(commandType cmd);
+    void sendingCommandToAllLoggers();
+
+private:
+    void startNextLogger();
+    double sampleTime(int index) const;
+    bool startsExperiment(int index, int current) const;
+    void startExperiment(int index, double dt);
+    void startClassExperiment(double dt);
+    void storeSamples(int index, int current, double dt, const QVector<QVector<double>>& samplesBlock);
+    void countSkipped(double dt);
+    void showBusyTitle();
+    void hideBusyTitle();
+    void letOthersIn();
+    void onlineUpdateSafe();
+    void handleOnlyStaticClassMode(bool tf);
+
+    RefreshClock* refreshClock = nullptr;
+    QMutex myMutex; ///< around the refresh of the views
+    QTimer startTimer;
+    int nextToStart = 0;
+    bool isRun = false; ///< samples arrive
+    bool isOnlyStaticClassMode = false;
+    bool isSlowWarning = false;
+    int nestCounter = 0;
+    int howManySkipped = 0;
+    QElapsedTimer sincePump;
+    struct LiveState
+    {
+        bool isNew = false;       ///< has samples that are not marked for painting
+        bool startsClass = false; ///< its next sample starts the class set anew
+    };
+    LiveState live[8];
+    bool isClassNew = false;
+
+    // Toolbars, views and layouts, in mainwindow_views.cpp and mainwindow_toolbars.cpp
+
+private Q_SLOTS:
+    void doZoom();
+    void updateLayout(int view);
+    void updateView(int view);
+    void activePlotChanged(int index);
+
+private:
+    void createActions();
+    void createToolBars();
+    void chooseIconSize();
+    QToolBar* addBar(const QString& name, const QString& title);
+    QComboBox* addIconList(QToolBar* bar, const QString& name, const QString& accessibleName);
+    void fillIconLists();
+    void fitToolBars();
+    /// Enables or disables an action; one whose command does not exist stays disabled.
+    void setActionEnabled(QAction* action, bool tf);
+
+    void setupViews();
+    Plot* createPlot(ExpData* set, int index, const QString& name);
+    void setNGraphs();
+    void setDisplayForNLoggers(int N);
+
+    void updateAll();
+    void updateAll(int index);
+    void updateSens(int index, int iSens);
+    void setSelected(int index, int iSens);
+    void setSensSelect();
+    void updateClassData();
+
+    int iconDim = 72;
+    QAction* openAct = nullptr;
+    QAction* saveAct = nullptr;
+    QAction* printAct = nullptr;
+    QAction* zoomAct = nullptr;
+    QAction* markerAct = nullptr;
+    QAction* annotateAct = nullptr;
+    QAction* cropAct = nullptr;
+    QAction* colabConnectAct = nullptr;
+    QAction* basicSetupAct = nullptr;
+    QAction* runAct = nullptr;
+    QAction* stopAct = nullptr;
+    QAction* downloadAct = nullptr;
+    QAction* advancedSetupAct = nullptr;
+    QAction* exitAct = nullptr;
+    QSet<QAction*> withoutCommand;
+    QToolBar* fileToolBar = nullptr;
+    QToolBar* graphToolBar = nullptr;
+    QToolBar* tembrinToolBar = nullptr;
+    QToolBar* appToolBar = nullptr;
+    QComboBox* exports = nullptr; ///< the lists are null in panel mode
+    QComboBox* regression = nullptr;
+    QComboBox* layouts = nullptr;
+    QComboBox* views = nullptr;
+    QSplitter* mainW = nullptr;
+    QSplitter* graphW = nullptr;
+    QWidget* graphGridW = nullptr;
+    QGridLayout* graphGridL = nullptr;
+    Plot* graph = nullptr; ///< of the class
+};

@@ -1,0 +1,324 @@
+#include "app/mainwindow.h"
+
+#include "app/common/userprompt.h"
+#include "app/common/waits.h"
+#include "app/refreshclock.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
+#include "graph/plot.h"
+#include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDateTime>
+#include <QStatusBar>
+
+namespace {
+
+constexpr int msBetweenStarts = 25;
+constexpr int msOfLatePackets = 1000;
+constexpr int msBetweenPumps = 20;
+constexpr int biggestGap = 3; // sample numbers; more is another run
+
+struct StopReason
+{
+    int reason;
+    const char* title;
+    const char* text;
+};
+
+constexpr StopReason stopReasons[] = {
+    {TERMINATE_BATTERY, QT_TRANSLATE_NOOP("MainWindow", "Low battery power"),
+     QT_TRANSLATE_NOOP("MainWindow", "Can't run requested experiment.\nPlease charge the Tembrin battery.")},
+    {TERMINATE_MEMORY, QT_TRANSLATE_NOOP("MainWindow", "Not enough memory"),
+     QT_TRANSLATE_NOOP("MainWindow",
+                       "Not enough memory for the requested experiment.\nPlease clear Tembrin memory.")},
+    {TERMINATE_MAXEXP, QT_TRANSLATE_NOOP("MainWindow", "Not enough memory"),
+     QT_TRANSLATE_NOOP("MainWindow",
+                       "Not enough memory for the requested experiment.\nPlease clear Tembrin memory.")},
+    {TERMINATE_NOSENS, QT_TRANSLATE_NOOP("MainWindow", "No selected sensors"),
+     QT_TRANSLATE_NOOP("MainWindow",
+                       "Can't run requested experiment.\nPlease select at least one sensor.\n")},
+};
+
+} // namespace
+
+void MainWindow::updateRunStopButton(bool showRun)
+{
+    if (isPanel)
+        return;
+    runAct->setVisible(showRun);
+    stopAct->setVisible(!showRun);
+}
+
+// A run may also be started on a logger's own keys.
+void MainWindow::handleLoggerMode()
+{
+    bool allIdle = true;
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        const TembrinData* state = mTembrin->tembrinDataAt(i);
+        if (mTembrin->isTembrinConnect(i) && state->isLoggerRecognized())
+            allIdle = allIdle && state->isIdle();
+    }
+    updateRunStopButton(allIdle);
+}
+
+void MainWindow::handleOnlyStaticClassMode(bool tf)
+{
+    isOnlyStaticClassMode = tf;
+    if (layouts)
+        layouts->setEnabled(!tf);
+}
+
+// --- Start ---
+
+void MainWindow::doRun()
+{
+    updateRunStopButton(false);
+    handleOnlyStaticClassMode(false);
+    // Before the first start and not after the last: a quick logger has sent samples by then.
+    mTembrin->resetLastOnline();
+    nextToStart = 0;
+    startNextLogger();
+}
+
+void MainWindow::startNextLogger()
+{
+    while (nextToStart < mTembrin->nMaxTembrins() && !mTembrin->isTembrinConnect(nextToStart))
+        ++nextToStart;
+    if (nextToStart >= mTembrin->nMaxTembrins())
+        return;
+    mTembrin->sendCommand(nextToStart, CMD_START_LOGGING);
+    mTembrin->setInRun(nextToStart, true);
+    ++nextToStart;
+    startTimer.start(msBetweenStarts);
+}
+
+// --- Samples ---
+
+double MainWindow::sampleTime(int index) const
+{
+    const TembrinData* state = mTembrin->tembrinDataAt(index);
+    return state->tembrinType == LOGGER_VORTA ? TembrinData::VortaRates[state->Vorta_rate]
+                                              : TembrinData::Rates[state->rate];
+}
+
+void MainWindow::onlineReceived(int index, short current, const QVector<QVector<double>>& samplesBlock,
+                                int samplesWaiting)
+{
+    if (mTembrin->isIgnoreOnlineAfterStop(index) && current > 0)
+        return;
+    if (current < 0) { // the stream is too fast for the program
+        showBusyTitle();
+        return;
+    }
+    ++nestCounter;
+    if (!isRun) {
+        updateRunStopButton(false);
+        isRun = true;
+    }
+    const double dt = sampleTime(index);
+    if (startsExperiment(index, current))
+        startExperiment(index, dt);
+    if (current > 0 && live[index].startsClass) {
+        live[index].startsClass = false;
+        startClassExperiment(dt);
+    }
+    mTembrin->setLastOnline(index, current);
+    storeSamples(index, current, dt, samplesBlock);
+
+    if (nestCounter > 1) {
+        countSkipped(dt);
+    } else {
+        howManySkipped = 0;
+        hideBusyTitle();
+        letOthersIn();
+        const TembrinData* state = mTembrin->tembrinDataAt(index);
+        if (samplesWaiting == 0 && (!state->isVorta() || state->Vorta_drawOnline))
+            onlineUpdateSafe();
+    }
+    --nestCounter;
+}
+
+bool MainWindow::startsExperiment(int index, int current) const
+{
+    const int last = mTembrin->getLastOnline(index);
+    if (current == 0 || current - last > biggestGap || current < last)
+        return true;
+    // The first samples of this run were lost: what stands in the set is not of this run.
+    const ExpData* set = mTembrin->dataAt(index);
+    return last == 0 && (set->finalData || set->getXSize() == 0);
+}
+
+void MainWindow::startExperiment(int index, double dt)
+{
+    TembrinData* state = mTembrin->tembrinDataAt(index);
+    ExpData* set = mTembrin->dataAt(index);
+    data->setXYIndex(-1);
+    set->setXYIndex(-1);
+    mTembrin->setIgnoreOnlineAfterStop(index, false);
+    if (graph->isHidden() && layouts)
+        layouts->setCurrentIndex(LAYOUT_MULTI_WINDOWS);
+    state->keepLastRunParameters();
+    set->setDataNewEmpty(state->getSensors(), dt, mTembrin->groupName(index));
+    live[index].startsClass = true;
+    // The other loggers' graphs follow with their own first samples.
+    updateAll(index);
+    setSelected(index, 0);
+    graph->updateTitle(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm, d-MM-yyyy")));
+}
+
+void MainWindow::startClassExperiment(double dt)
+{
+    ExpData* classSet = mTembrin->dataC();
+    classSet->setDataNewEmpty(mTembrin->getSensorsC(), dt);
+    updateAll(-1);
+    setSelected(-1, 0);
+}
+
+void MainWindow::storeSamples(int index, int current, double dt, const QVector<QVector<double>>& samplesBlock)
+{
+    ExpData* set = mTembrin->dataAt(index);
+    if (samplesBlock.isEmpty()) {
+        set->addSample(short(current));
+    } else {
+        for (int i = 0; i < samplesBlock.size(); ++i)
+            set->addSample(dt * (current * samplesBlock.size() + i), samplesBlock[i]);
+    }
+    live[index].isNew = true;
+    if (current > 0 && index < mTembrin->nDefTembrins()) {
+        mTembrin->dataC()->addSample(index, set);
+        isClassNew = true;
+    }
+}
+
+void MainWindow::countSkipped(double dt)
+{
+    ++howManySkipped;
+    if (dt < 1 && howManySkipped > 1 / dt)
+        showBusyTitle();
+}
+
+void MainWindow::showBusyTitle()
+{
+    if (isSlowWarning)
+        return;
+    isSlowWarning = true;
+    graph->setTempTitle();
+}
+
+void MainWindow::hideBusyTitle()
+{
+    if (!isSlowWarning)
+        return;
+    isSlowWarning = false;
+    graph->restoreTitle();
+}
+
+// In a flood of samples the thread would not come back to its event loop. The user's own events wait until it
+// does: a dialog opened from here would hold up the stream that it was opened in.
+void MainWindow::letOthersIn()
+{
+    if (sincePump.isValid() && sincePump.elapsed() < msBetweenPumps)
+        return;
+    Waits::pumpPending(Waits::UserEvents::Later);
+    sincePump.start();
+}
+
+void MainWindow::onlineUpdateSafe()
+{
+    if (!myMutex.tryLock())
+        return;
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
+        if (live[i].isNew)
+            refreshClock->mark(mTembrin->plotAt(i));
+        live[i].isNew = false;
+    }
+    if (isClassNew)
+        refreshClock->mark(graph);
+    isClassNew = false;
+    myMutex.unlock();
+}
+
+// --- Stop ---
+
+void MainWindow::doStopAll()
+{
+    startTimer.stop();
+    updateRunStopButton(true);
+    mTembrin->sendCmdToAll(CMD_STOP_LOGGING);
+}
+
+void MainWindow::commandAccepted(int index, commandType cmd)
+{
+    if (cmd != CMD_STOP_LOGGING)
+        return;
+    mTembrin->setInRun(index, false);
+    mTembrin->dataAt(index)->finalData = true;
+    // Packets still under way must not start a data set.
+    mTembrin->setIgnoreOnlineAfterStop(index, true);
+    QTimer::singleShot(msOfLatePackets, this, [this, index] { stopIgnoreOnline(index); });
+    refreshClock->mark(mTembrin->plotAt(index));
+}
+
+void MainWindow::stopIgnoreOnline(int index)
+{
+    mTembrin->setIgnoreOnlineAfterStop(index, false);
+}
+
+void MainWindow::doStop(int index, bool)
+{
+    mTembrin->setInRun(index, false);
+    hideBusyTitle();
+    updateRunStopButton(true);
+    isRun = false;
+    mTembrin->dataAt(index)->finalData = true;
+    if (!mTembrin->isAnyRunning())
+        mTembrin->dataC()->setXRange();
+    refreshClock->mark(graph);
+    refreshClock->mark(mTembrin->plotAt(index));
+    if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinDataAt(0)->Vorta_drawOnline)
+        updateAll();
+}
+
+void MainWindow::doStop(int index, int reason)
+{
+    doStop(index, false);
+    qCInfo(appLog, "logger %d: no run, reason %d", index + 1, reason);
+    for (const StopReason& row : stopReasons) {
+        if (row.reason == reason)
+            prompt->warning(this, tr(row.title), tr(row.text));
+    }
+}
+
+void MainWindow::showTemperatureChangeWarning(int index)
+{
+    qCInfo(appLog, "logger %d: its temperature unit is not the program's", index + 1);
+    prompt->information(this, tr("Change of temperature units"),
+                        tr("Temperature units has been changed.\n"
+                           "Please restart Kormelin for the change to take effect."));
+}
+
+// --- One command to all ---
+
+void MainWindow::sendingCommandToAllLoggers(commandType cmd)
+{
+    QString doing = tr("busy");
+    if (cmd == CMD_TEMBRIN_LOGGING_SETUP)
+        doing = tr("being setup");
+    else if (cmd == CMD_STOP_LOGGING)
+        doing = tr("being stopped");
+    else if (cmd == CMD_DOWNLOAD_STORED_DATA)
+        doing = tr("downloading");
+    else if (cmd == CMD_CONFIGURE_TEMBRIN)
+        doing = tr("being cofigurated");
+    statusBar()->showMessage(tr("Please wait while all Tembrin are %1").arg(doing));
+    updateIconsConnection(false);
+}
+
+void MainWindow::sendingCommandToAllLoggers()
+{
+    statusBar()->clearMessage();
+    updateIconsConnection(true);
+}

@@ -1,0 +1,232 @@
+#include "app/mainwindow.h"
+
+#include "app/common/common.h"
+#include "app/icondelegate.h"
+#include "classroom/views.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QScreen>
+#include <QToolBar>
+
+namespace {
+
+constexpr int smallScreen = 1300;  // below it icons are smaller
+constexpr int narrowScreen = 1450; // below it Exit stays off the toolbar
+
+enum exportCode
+{
+    EXPORT_EXCEL = 1,
+    EXPORT_GLOBALLAB = 2,
+    EXPORT_IMAGE = 3
+};
+
+enum regressionCode
+{
+    REG_SLOPE = 1,
+    REG_LIN = 2,
+    REG_QUAD = 3,
+    REG_SMOOTH = 5,
+    REG_DERIVATIVE = 6,
+    REG_INTEGRAL = 7
+};
+
+struct ListItem
+{
+    const char* name;
+    const char* icon;
+    int code;
+};
+
+constexpr ListItem exportItems[] = {
+    {QT_TRANSLATE_NOOP("MainWindow", "Export data to Excel"), ":/icons/2018P2/Excel.png", EXPORT_EXCEL},
+    {QT_TRANSLATE_NOOP("MainWindow", "Export data to GlobalLab"), ":/icons/GlobalLab/Upload.png",
+     EXPORT_GLOBALLAB},
+    {QT_TRANSLATE_NOOP("MainWindow", "Save image"), ":/icons/2018P2/Exporting.png", EXPORT_IMAGE},
+};
+
+constexpr ListItem regressionItems[] = {
+    {QT_TRANSLATE_NOOP("MainWindow", "Slope"), ":/icons/2018P2/Slope.png", REG_SLOPE},
+    {QT_TRANSLATE_NOOP("MainWindow", "Linear regression"), ":/icons/2018P2/LinReg.png", REG_LIN},
+    {QT_TRANSLATE_NOOP("MainWindow", "Quadratic regression"), ":/icons/2018P2/QuadReg.png", REG_QUAD},
+    {QT_TRANSLATE_NOOP("MainWindow", "Smooth"), ":/icons/2018P2/Smooth.png", REG_SMOOTH},
+    {QT_TRANSLATE_NOOP("MainWindow", "Derivative"), ":/icons/2018P2/Derivative.png", REG_DERIVATIVE},
+    {QT_TRANSLATE_NOOP("MainWindow", "Integral"), ":/icons/2018P2/Integral.png", REG_INTEGRAL},
+};
+
+constexpr ListItem layoutItems[] = {
+    {QT_TRANSLATE_NOOP("MainWindow", "Individual view"), ":/icons/2018P2/ViewColabMulti.png",
+     LAYOUT_MULTI_WINDOWS},
+    {QT_TRANSLATE_NOOP("MainWindow", "Combined view"), ":/icons/2018P2/ViewColabClass.png",
+     LAYOUT_MULTI_TOGETHER},
+    {QT_TRANSLATE_NOOP("MainWindow", "View all"), ":/icons/2018P2/ViewColabCombo.png", LAYOUT_MULTI_COMBO},
+};
+
+constexpr ListItem viewItems[] = {
+    {QT_TRANSLATE_NOOP("MainWindow", "Graph view"), ":/icons/2018P2/ViewGraph.png", VIEW_GRAPH},
+};
+
+void addItem(QComboBox* list, const ListItem& item)
+{
+    const QString name = MainWindow::tr(item.name);
+    list->addItem(QIcon(QLatin1String(item.icon)), QString(), item.code);
+    const int at = list->count() - 1;
+    list->setItemData(at, name, Qt::ToolTipRole);
+    list->setItemData(at, name, Qt::AccessibleTextRole);
+}
+
+} // namespace
+
+void MainWindow::createActions()
+{
+    struct Row
+    {
+        QAction* MainWindow::*member;
+        const char* name;
+        const char* text;
+        const char* icon;
+        void (MainWindow::*slot)(); ///< null: the command does not exist
+        const char* statusTip;
+        bool checkable;
+        QList<QKeySequence> keys;
+    };
+    // clang-format off
+    const Row rows[] = {
+        {&MainWindow::openAct, "openAct", QT_TR_NOOP("&Open"), "Open", nullptr, "", false, {}},
+        {&MainWindow::saveAct, "saveAct", QT_TR_NOOP("Save"), "Save", nullptr, QT_TR_NOOP("Save current experiment"), false, {}},
+        {&MainWindow::printAct, "printAct", QT_TR_NOOP("&Print"), "Print", nullptr, QT_TR_NOOP("Print current experiment"), false, {QKeySequence::Print}},
+        {&MainWindow::zoomAct, "zoomAct", QT_TR_NOOP("&Zoom"), "Zoom", &MainWindow::doZoom, QT_TR_NOOP("Zoom to rectangle selected with mouse"), true, {QKeySequence::ZoomIn}},
+        {&MainWindow::markerAct, "markerAct", QT_TR_NOOP("&Marker"), "Marker", nullptr, QT_TR_NOOP("Set/remove up to 2 markers on graph"), true, {}},
+        {&MainWindow::annotateAct, "annotateAct", QT_TR_NOOP("&Annotate"), "Annotate", nullptr, QT_TR_NOOP("Add annotations to graph"), true, {}},
+        {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", nullptr, QT_TR_NOOP("Crop graph"), false, {}},
+        {&MainWindow::colabConnectAct, "colabConnectAct", QT_TR_NOOP("Connect"), "ColabConnect", nullptr, "", false, {}},
+        {&MainWindow::basicSetupAct, "basicSetupAct", QT_TR_NOOP("Setup"), "Setup", nullptr, QT_TR_NOOP("Setup Tembrin"), false, {}},
+        {&MainWindow::runAct, "runAct", QT_TR_NOOP("&Run"), "Run", &MainWindow::doRun, "", false, {Qt::Key_F5}},
+        {&MainWindow::stopAct, "stopAct", QT_TR_NOOP("Stop"), "Stop", &MainWindow::doStopAll, QT_TR_NOOP("Stop Tembrin Run"), false, {Qt::Key_Escape, Qt::SHIFT | Qt::Key_F5}},
+        {&MainWindow::downloadAct, "downloadAct", QT_TR_NOOP("Download"), "Download", nullptr, "", false, {}},
+        {&MainWindow::advancedSetupAct, "advancedSetupAct", QT_TR_NOOP("&Configuration"), "Pref", nullptr, QT_TR_NOOP("Set Tembrin's configuration"), false, {}},
+        {&MainWindow::exitAct, "exitAct", QT_TR_NOOP("&Exit"), "Exit", &MainWindow::doExit, QT_TR_NOOP("Exit software"), false, {}},
+    };
+    // clang-format on
+    for (const Row& row : rows) {
+        const QIcon icon(QStringLiteral(":/icons/2018P2/%1.png").arg(QLatin1String(row.icon)));
+        auto* action = new QAction(icon, tr(row.text), this);
+        action->setObjectName(QLatin1String(row.name));
+        action->setStatusTip(tr(row.statusTip));
+        action->setCheckable(row.checkable);
+        action->setShortcuts(row.keys);
+        if (row.slot)
+            connect(action, &QAction::triggered, this, row.slot);
+        else
+            withoutCommand.insert(action);
+        action->setEnabled(row.slot != nullptr);
+        addAction(action); // so that the keys work without a toolbar too
+        this->*row.member = action;
+    }
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWindow::doExitFromX);
+}
+
+void MainWindow::setActionEnabled(QAction* action, bool tf)
+{
+    if (!withoutCommand.contains(action))
+        action->setEnabled(tf);
+}
+
+void MainWindow::chooseIconSize()
+{
+    const int width = QGuiApplication::primaryScreen()->size().width();
+    if (width < smallScreen)
+        iconDim = iconDim * 3 / 4;
+    if (is4K())
+        iconDim *= 2;
+}
+
+void MainWindow::createToolBars()
+{
+    chooseIconSize();
+    fileToolBar = addBar(QStringLiteral("fileToolBar"), tr("File"));
+    graphToolBar = addBar(QStringLiteral("graphToolBar"), tr("Graph"));
+    tembrinToolBar = addBar(QStringLiteral("tembrinToolBar"), tr("Tembrin"));
+    appToolBar = addBar(QStringLiteral("appToolBar"), tr("Application"));
+
+    fileToolBar->addActions({openAct, saveAct});
+    exports = addIconList(fileToolBar, QStringLiteral("exports"), tr("Export"));
+    fileToolBar->addAction(printAct);
+    graphToolBar->addActions({zoomAct, markerAct, annotateAct, cropAct});
+    regression = addIconList(graphToolBar, QStringLiteral("regression"), tr("Functions"));
+    tembrinToolBar->addActions(
+        {colabConnectAct, basicSetupAct, runAct, stopAct, downloadAct, advancedSetupAct});
+    stopAct->setVisible(false);
+    layouts = addIconList(appToolBar, QStringLiteral("layouts"), tr("Layout"));
+    views = addIconList(appToolBar, QStringLiteral("views"), tr("View"));
+    if (QGuiApplication::primaryScreen()->size().width() >= narrowScreen)
+        appToolBar->addAction(exitAct);
+    fillIconLists();
+}
+
+QToolBar* MainWindow::addBar(const QString& name, const QString& title)
+{
+    QToolBar* bar = addToolBar(title);
+    bar->setObjectName(name);
+    bar->setIconSize(QSize(iconDim, iconDim));
+    bar->setContextMenuPolicy(Qt::PreventContextMenu);
+    return bar;
+}
+
+QComboBox* MainWindow::addIconList(QToolBar* bar, const QString& name, const QString& accessibleName)
+{
+    auto* list = new QComboBox(bar);
+    list->setObjectName(name);
+    list->setAccessibleName(accessibleName);
+    list->setToolTip(accessibleName);
+    list->setIconSize(QSize(iconDim, iconDim));
+    list->setItemDelegate(new IconDelegate(iconDim, list));
+    list->setFocusPolicy(Qt::TabFocus);
+    bar->addWidget(list);
+    return list;
+}
+
+void MainWindow::fillIconLists()
+{
+    for (const ListItem& item : exportItems) {
+        if (item.code != EXPORT_GLOBALLAB || Common::isRussian())
+            addItem(exports, item);
+    }
+    for (const ListItem& item : regressionItems)
+        addItem(regression, item);
+    for (const ListItem& item : layoutItems)
+        addItem(layouts, item);
+    for (const ListItem& item : viewItems)
+        addItem(views, item);
+    exports->setEnabled(false);
+    regression->setEnabled(false);
+    views->setEnabled(false);
+    connect(layouts, qOverload<int>(&QComboBox::currentIndexChanged), this, &MainWindow::updateLayout);
+    connect(views, qOverload<int>(&QComboBox::activated), this, &MainWindow::updateView);
+    for (int i = 0; i < layouts->count(); ++i) {
+        auto* choose = new QAction(layouts->itemData(i, Qt::ToolTipRole).toString(), this);
+        choose->setObjectName(QStringLiteral("layoutAct%1").arg(i + 1));
+        choose->setShortcut(Qt::CTRL | Qt::Key(Qt::Key_1 + i));
+        connect(choose, &QAction::triggered, this, [this, i] {
+            if (layouts->isEnabled())
+                layouts->setCurrentIndex(i);
+        });
+        addAction(choose);
+    }
+}
+
+// On a window too narrow for one row the loggers' and the application's bars go to a second one.
+void MainWindow::fitToolBars()
+{
+    if (!fileToolBar)
+        return;
+    int needed = 0;
+    for (const QToolBar* bar : {fileToolBar, graphToolBar, tembrinToolBar, appToolBar})
+        needed += bar->sizeHint().width();
+    const bool isBroken = toolBarBreak(tembrinToolBar);
+    if (needed > width() && !isBroken)
+        insertToolBarBreak(tembrinToolBar);
+    else if (needed <= width() && isBroken)
+        removeToolBarBreak(tembrinToolBar);
+}

@@ -1,0 +1,182 @@
+#include "app/mainwindow.h"
+
+#include "app/common/settings.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
+#include "graph/plot.h"
+#include "instruments/indicator.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QSplitter>
+
+namespace {
+constexpr int defaultLoggers = 4;
+}
+
+void MainWindow::setupViews()
+{
+    mainW = new QSplitter(Qt::Horizontal);
+    mainW->setObjectName(QStringLiteral("mainW"));
+    graphW = new QSplitter(Qt::Vertical, mainW);
+    graphW->setObjectName(QStringLiteral("graphW"));
+    graphGridW = new QWidget;
+    graphGridW->setObjectName(QStringLiteral("graphGridW"));
+    graphGridL = new QGridLayout(graphGridW);
+    graphGridL->setContentsMargins(0, 0, 0, 0);
+
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
+        Plot* plot = createPlot(mTembrin->dataAt(i), i, QStringLiteral("Curve graph"));
+        plot->setParent(graphGridW);
+        plot->hide();
+        connect(plot, &Plot::changedActivePlot, this, &MainWindow::activePlotChanged);
+        mTembrin->setPlotAt(i, plot);
+    }
+    graph = createPlot(mTembrin->dataC(), -1, QStringLiteral("Class Curve graph"));
+    mTembrin->setPlotC(graph);
+
+    hint = new QLabel(tr("No logger is chosen yet: press Connect to choose the loggers of your class."));
+    hint->setObjectName(QStringLiteral("hint"));
+    hint->setAlignment(Qt::AlignCenter);
+    hint->setWordWrap(true);
+    hint->hide();
+    graphW->addWidget(hint);
+    graphW->addWidget(graph);
+    graphW->addWidget(graphGridW);
+    graphW->setChildrenCollapsible(false);
+
+    updateLayout(LAYOUT_MULTI_WINDOWS);
+    setCentralWidget(mainW);
+    setDisplayForNLoggers(
+        Settings::mainStore().value(QLatin1String(Settings::numDefined), defaultLoggers).toInt());
+}
+
+Plot* MainWindow::createPlot(ExpData* set, int index, const QString& name)
+{
+    auto* plot = new Plot(set, GRAPH_LINE, isJunior, index);
+    plot->setObjectName(name);
+    plot->setAccessibleName(index < 0 ? tr("Graph of the class") : tr("Graph of logger %1").arg(index + 1));
+    plot->setUserPrompt(prompt);
+    connect(plot, &Plot::changedActiveCurve, this, &MainWindow::updateSens);
+    return plot;
+}
+
+void MainWindow::setDisplayForNLoggers(int N)
+{
+    mTembrin->setDefTembrins(N);
+    indicator->setNActive(mTembrin->nDefTembrins());
+    setNGraphs();
+    setSensSelect();
+    updateHint();
+}
+
+void MainWindow::setNGraphs()
+{
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i)
+        mTembrin->plotAt(i)->hide();
+    const int columns = mTembrin->gridColumns();
+    const int rows = columns == 0 ? 0 : (mTembrin->nDefTembrins() + columns - 1) / columns;
+    // Cells of one size, also the empty one of an odd number.
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
+        graphGridL->setColumnStretch(i, i < columns ? 1 : 0);
+        graphGridL->setRowStretch(i, i < rows ? 1 : 0);
+    }
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
+        mTembrin->addWidgetByIndex(graphGridL, VIEW_GRAPH, i);
+    activePlotChanged(-1);
+}
+
+void MainWindow::updateLayout(int view)
+{
+    const QRect before = geometry();
+    graphGridW->setVisible(view != LAYOUT_MULTI_TOGETHER);
+    graph->setVisible(view == LAYOUT_MULTI_TOGETHER || view == LAYOUT_MULTI_COMBO);
+    if (view == LAYOUT_MULTI_TOGETHER)
+        activePlotChanged(-1);
+    setMinimumSize(100, 100);
+    if (geometry() != before)
+        setGeometry(before);
+}
+
+void MainWindow::updateView(int view)
+{
+    mTembrin->addWidget(graphGridL, view);
+}
+
+void MainWindow::activePlotChanged(int index)
+{
+    if (zoomAct->isChecked()) {
+        mTembrin->getActivePlot()->enableZoom(false);
+        if (index >= 0)
+            mTembrin->plotAt(index)->enableZoom(true);
+    }
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
+        mTembrin->plotAt(i)->setActivePlot(index);
+    mTembrin->setActivePlot(index);
+    if (!views)
+        return;
+    views->setCurrentIndex(mTembrin->getCurrentView());
+    views->setEnabled(mTembrin->isActiveGraphSet());
+}
+
+void MainWindow::doZoom()
+{
+    const bool tf = zoomAct->isChecked();
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
+        mTembrin->plotAt(i)->enableZoom(tf);
+    graph->enableZoom(tf);
+}
+
+// --- Bringing the views up to the data ---
+
+void MainWindow::updateAll(int index)
+{
+    Plot* plot = index < 0 ? graph : mTembrin->plotAt(index);
+    plot->setData();
+    plot->Update();
+}
+
+void MainWindow::updateAll()
+{
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i)
+        updateAll(i);
+    updateAll(-1);
+}
+
+void MainWindow::updateSens(int index, int iSens)
+{
+    setSelected(index, iSens);
+    updateClassData();
+}
+
+void MainWindow::setSelected(int index, int iSens)
+{
+    ExpData* set = index < 0 ? mTembrin->dataC() : mTembrin->dataAt(index);
+    set->setSelectedSensor(iSens);
+    if (index < 0)
+        set->makeUniformScales();
+    (index < 0 ? graph : mTembrin->plotAt(index))->updateSens(iSens);
+}
+
+void MainWindow::setSensSelect()
+{
+    for (int i = -1; i < mTembrin->nMaxTembrins(); ++i)
+        setSelected(i, 0);
+    updateClassData();
+}
+
+void MainWindow::updateClassData()
+{
+    if (isOnlyStaticClassMode || !mTembrin->isInitialized())
+        return;
+    ExpData* classSet = mTembrin->dataC();
+    classSet->setDataNewEmpty(mTembrin->getSensorsC(), data->dt);
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
+        classSet->copyValues(i, mTembrin->dataAt(i));
+    classSet->updateMean(true);
+    if (!mTembrin->isAnyRunning())
+        classSet->setXRange();
+    updateAll(-1);
+}

@@ -1,0 +1,79 @@
+#include "app/messageboxprompt.h"
+
+#include <QColorDialog>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QMessageBox>
+
+namespace {
+
+QWidget* widgetOf(QObject* parent)
+{
+    return qobject_cast<QWidget*>(parent);
+}
+
+// Loggers tell of themselves from inside the reading of a port: a box that waited would hold up that logger.
+void tell(QMessageBox::Icon icon, QObject* parent, const QString& title, const QString& text)
+{
+    auto* box = new QMessageBox(icon, title, text, QMessageBox::Ok, widgetOf(parent));
+    box->setObjectName(QStringLiteral("messageBox"));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+} // namespace
+
+void MessageBoxPrompt::information(QObject* parent, const QString& title, const QString& text)
+{
+    tell(QMessageBox::Information, parent, title, text);
+}
+
+void MessageBoxPrompt::warning(QObject* parent, const QString& title, const QString& text)
+{
+    tell(QMessageBox::Warning, parent, title, text);
+}
+
+UserPrompt::Answer MessageBoxPrompt::question(QObject* parent, const QString& title, const QString& text,
+                                              bool withCancel)
+{
+    QMessageBox::StandardButtons buttons = QMessageBox::Yes | QMessageBox::No;
+    if (withCancel)
+        buttons |= QMessageBox::Cancel;
+    const auto answer = QMessageBox::question(widgetOf(parent), title, text, buttons);
+    if (answer == QMessageBox::Yes)
+        return Answer::Yes;
+    return withCancel && answer != QMessageBox::No ? Answer::Cancel : Answer::No;
+}
+
+bool MessageBoxPrompt::confirm(QObject* parent, const QString& title, const QString& text)
+{
+    return QMessageBox::warning(widgetOf(parent), title, text, QMessageBox::Yes | QMessageBox::Cancel) ==
+           QMessageBox::Yes;
+}
+
+std::optional<QString> MessageBoxPrompt::text(QObject* parent, const QString& title, const QString& label,
+                                              const QString& start)
+{
+    bool accepted = false;
+    const QString text =
+        QInputDialog::getText(widgetOf(parent), title, label, QLineEdit::Normal, start, &accepted);
+    return accepted ? std::optional<QString>(text) : std::nullopt;
+}
+
+std::optional<unsigned> MessageBoxPrompt::color(QObject* parent, const QString& title, unsigned start)
+{
+    const QColor color = QColorDialog::getColor(QColor::fromRgba(start), widgetOf(parent), title);
+    return color.isValid() ? std::optional<unsigned>(color.rgba()) : std::nullopt;
+}
+
+QString MessageBoxPrompt::openFile(QObject* parent, const QString& title, const QString& folder,
+                                   const QString& filter)
+{
+    return QFileDialog::getOpenFileName(widgetOf(parent), title, folder, filter);
+}
+
+QString MessageBoxPrompt::saveFile(QObject* parent, const QString& title, const QString& folder,
+                                   const QString& filter, QString* selectedFilter)
+{
+    return QFileDialog::getSaveFileName(widgetOf(parent), title, folder, filter, selectedFilter);
+}

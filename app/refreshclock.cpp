@@ -1,0 +1,86 @@
+#include "app/refreshclock.h"
+
+#include "graph/plot.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QSet>
+
+namespace {
+constexpr int framePeriod = 40;   // 25 a second
+constexpr int longFrame = 25;     // from here on the frames come further apart
+constexpr int gatheringTime = 10; // after a quiet time, for samples of other loggers to join the frame
+} // namespace
+
+RefreshClock::RefreshClock(QObject* parent)
+    : QObject(parent)
+    , wait(framePeriod)
+{
+    timer.setSingleShot(true);
+    timer.setTimerType(Qt::PreciseTimer);
+    connect(&timer, &QTimer::timeout, this, &RefreshClock::paint);
+}
+
+int RefreshClock::period(int frameMs)
+{
+    return frameMs > longFrame ? 2 * frameMs : framePeriod;
+}
+
+RefreshClock::View& RefreshClock::entry(Plot* view)
+{
+    for (View& known : plots) {
+        if (known.plot == view)
+            return known;
+    }
+    view->installEventFilter(this);
+    plots.append({view, false});
+    return plots.last();
+}
+
+void RefreshClock::mark(Plot* view)
+{
+    entry(view).due = true;
+    if (isShown(view))
+        wake();
+}
+
+bool RefreshClock::isShown(const Plot* plot)
+{
+    return plot && plot->isVisible() && !plot->window()->isMinimized();
+}
+
+bool RefreshClock::eventFilter(QObject* object, QEvent* event)
+{
+    if (event->type() == QEvent::Show)
+        wake();
+    return QObject::eventFilter(object, event);
+}
+
+void RefreshClock::wake()
+{
+    if (timer.isActive())
+        return;
+    const qint64 passed = sinceFrame.isValid() ? sinceFrame.elapsed() : wait;
+    timer.start(int(qMax<qint64>(gatheringTime, wait - passed)));
+}
+
+void RefreshClock::paint()
+{
+    sinceFrame.start();
+    QSet<QWidget*> windows;
+    for (View& view : plots) {
+        if (!view.due || !isShown(view.plot))
+            continue;
+        view.due = false;
+        view.plot->Update();
+        windows.insert(view.plot->window());
+    }
+    if (windows.isEmpty())
+        return;
+    // Painted now and not whenever the queue is empty: a stream of samples would keep pushing it back.
+    for (QWidget* window : qAsConst(windows))
+        QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
+    const int ms = int(sinceFrame.elapsed());
+    wait = period(ms);
+    Q_EMIT painted(ms);
+}

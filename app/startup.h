@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class QCoreApplication;
+
+/// The steps that main() takes before there is a window.
+namespace StartUp {
+
+/// Does what the first command-line argument asks for and returns the file it names, or an empty text.
+/// Arguments that mean nothing are ignored.
+QString useArgument(const QStringList& arguments);
+
+/// The locale part of a translation file's name. `language` is the setting, "def" for `systemLocale`.
+QString localeName(const QString& language, const QString& systemLocale);
+
+/// Installs the translations of the program and of the toolkit, as far as there are any.
+void installTranslations(QCoreApplication* application);
+
+/// The style sheet of the application, empty where it can't be read.
+QString styleSheet();
+
+/// Writes the log to "log.txt" in the working directory, and to the standard streams. The file is removed at
+/// each start, wanted or not.
+void startLog();
+
+} // namespace StartUp
