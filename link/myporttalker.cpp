@@ -14,10 +14,8 @@ struct MyPortTalker::Inputs
     QByteArray data;
 };
 
-namespace {
-
 /// One piece of a frame between its three head bytes and its checksum.
-enum class Field
+enum class MyPortTalker::Field
 {
     None,
     LowByte,     // low byte of the next argument
@@ -31,6 +29,9 @@ enum class Field
     Data
 };
 
+namespace {
+
+using Field = MyPortTalker::Field;
 using Fields = std::array<Field, 10>;
 
 struct FrameRow
@@ -252,41 +253,46 @@ void MyPortTalker::sendFrame(commandType cmd, const Inputs& inputs)
     QByteArray frame = headOf(row->head[0], row->head[1], row->head[2]);
     const short* arg = inputs.args.constData();
     for (Field field : row->fields) {
-        switch (field) {
-        case Field::None:
-            break;
-        case Field::LowByte:
-            frame.append(static_cast<char>(*arg));
-            break;
-        case Field::Mask:
-            appendBigEndian(frame, static_cast<quint16>(*arg));
-            break;
-        case Field::SplitWord:
-            appendSplitWord(frame, *arg);
-            break;
-        case Field::FiveFlags:
-            appendFlags(frame, arg);
-            break;
-        case Field::Temperature:
-            appendBigEndian(frame, static_cast<quint16>(*arg > 0 ? *arg : 0xFFFF));
-            break;
-        case Field::Clock:
-            appendClock(frame, utcNow().toUTC());
-            break;
-        case Field::Address16:
-            appendBigEndian(frame, static_cast<quint16>(inputs.address));
-            break;
-        case Field::Address32:
-            appendBigEndian(frame, static_cast<quint32>(inputs.address));
-            break;
-        case Field::Data:
-            frame.append(inputs.data);
-            break;
-        }
+        appendField(&frame, field, arg, inputs);
         arg += argumentsOf(field);
     }
     appendChecksum8(frame);
     write(frame);
+}
+
+void MyPortTalker::appendField(QByteArray* frame, Field field, const short* arg, const Inputs& inputs) const
+{
+    switch (field) {
+    case Field::None:
+        break;
+    case Field::LowByte:
+        frame->append(static_cast<char>(*arg));
+        break;
+    case Field::Mask:
+        appendBigEndian(*frame, static_cast<quint16>(*arg));
+        break;
+    case Field::SplitWord:
+        appendSplitWord(*frame, *arg);
+        break;
+    case Field::FiveFlags:
+        appendFlags(*frame, arg);
+        break;
+    case Field::Temperature:
+        appendBigEndian(*frame, static_cast<quint16>(*arg > 0 ? *arg : 0xFFFF));
+        break;
+    case Field::Clock:
+        appendClock(*frame, utcNow().toUTC());
+        break;
+    case Field::Address16:
+        appendBigEndian(*frame, static_cast<quint16>(inputs.address));
+        break;
+    case Field::Address32:
+        appendBigEndian(*frame, static_cast<quint32>(inputs.address));
+        break;
+    case Field::Data:
+        frame->append(inputs.data);
+        break;
+    }
 }
 
 void MyPortTalker::write(const QByteArray& frame)

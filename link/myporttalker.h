@@ -39,12 +39,15 @@ public:
     /// CMD_BL_WRITE_PROG_MEM_PAGE with 251 bytes or more: the address goes out halved.
     void sendLongPage(commandType cmd, int address, const QByteArray& data);
 
+    enum class Field;
+
     /// Replaces the clock of CMD_SET_DATE_AND_TIME, which gives the time in UTC.
     void setClock(std::function<QDateTime()> utcNow);
 
 private:
     struct Inputs;
     void sendFrame(commandType cmd, const Inputs& inputs);
+    void appendField(QByteArray* frame, Field field, const short* arg, const Inputs& inputs) const;
     void write(const QByteArray& frame);
 
     QPointer<SerialPort> port;
