@@ -117,6 +117,7 @@ void ExpData::describeSpecialCurve(int iSens, const Sensor& origin)
         sensor.maxView = origin.maxView;
         return;
     }
+    sensor.isRate = true;
     sensor.name = origin.name == QLatin1String("Distance") ? tr("Speed") : tr("%1/time").arg(origin.name);
     sensor.unitName = tr("%1/s").arg(origin.unitName);
     sensor.min = getMinY(iSens);

@@ -89,7 +89,7 @@ void scaleManager::setScales(const ExpData* data, bool isClass)
             ScalePtr::create(data->getMinY(i), data->getMaxY(i), sensor->max - sensor->min, sensor->min,
                              firstGroupIndex + i, sensor->groupName, sensor->name);
         scales.append(scale);
-        if (sensor->isTemperature())
+        if (sensor->isTemperature() && !sensor->isRate)
             tempScales.append(scale);
         if (isClass && sensor->readClassMinMax)
             scale->setUserScales(sensor->classMinView, sensor->classMaxView, true);

@@ -133,6 +133,7 @@ public:
     int forceOffset = 0;
     float forceGain = 1;
     int specialType = 0;
+    bool isRate = false; ///< a change per second, which has a unit but no zero point of its own
     int specialOriginIndex = -1;
     int appendIndex = 0;
     QString groupName;
@@ -143,6 +144,8 @@ private:
     void applyAltUnit(const QSettings& store);
     double convertInternal(quint16 word, int forID) const;
     double force(int val) const;
+    /// The ID that decides on the unit: for a derived curve that of the channel it came from.
+    int unitID() const;
     double cutDown(double value) const;
 
     const SensorRow* row = nullptr; ///< null for an ID without one

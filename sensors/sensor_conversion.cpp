@@ -273,9 +273,14 @@ QString Sensor::valueToString(double value) const
     return Common::myToString(cutDown(value), 'f', static_cast<int>(precision));
 }
 
+int Sensor::unitID() const
+{
+    return ID == SENSOR_SPECIAL && row ? row->ID : ID;
+}
+
 bool Sensor::isTemperature() const
 {
-    switch (ID) {
+    switch (unitID()) {
     case SENSOR_IR_TEMP:
     case SENSOR_AMB_TEMP:
     case SENSOR_EXT_TEMP:
@@ -291,22 +296,23 @@ bool Sensor::isTemperature() const
 
 bool Sensor::isDistance() const
 {
-    return ID == SENSOR_DISTANCE;
+    return unitID() == SENSOR_DISTANCE;
 }
 
 bool Sensor::isAirPressure() const
 {
-    return ID == SENSOR_AIRPRESSURE || ID == SENSOR_BAROMETER_KPA || ID == VERNIER_GAS_PRESSURE;
+    const int id = unitID();
+    return id == SENSOR_AIRPRESSURE || id == SENSOR_BAROMETER_KPA || id == VERNIER_GAS_PRESSURE;
 }
 
 bool Sensor::isSpeed() const
 {
-    return ID == SENSOR_GPS_SPEED;
+    return unitID() == SENSOR_GPS_SPEED;
 }
 
 bool Sensor::isBarometer() const
 {
-    return ID == SENSOR_BAROMETER;
+    return unitID() == SENSOR_BAROMETER;
 }
 
 Sensor::AltUnit Sensor::altUnit() const
@@ -314,7 +320,7 @@ Sensor::AltUnit Sensor::altUnit() const
     if (!needAltUnit())
         return {};
     if (isTemperature())
-        return {9.0 / 5, 32};
+        return {9.0 / 5, isRate ? 0.0 : 32.0};
     return {convertToAltUnit(1), 0};
 }
 
@@ -323,7 +329,7 @@ double Sensor::convertToAltUnit(double value) const
     if (!needAltUnit())
         return value;
     if (isTemperature())
-        return C2F(value);
+        return isRate ? value * 9 / 5 : C2F(value);
     if (isDistance())
         return value * feetPerMeter;
     if (isAirPressure())
@@ -338,7 +344,7 @@ double Sensor::convertFromAltUnit(double value) const
     if (!needAltUnit())
         return value;
     if (isTemperature())
-        return (value - 32) * 5 / 9;
+        return (isRate ? value : value - 32) * 5 / 9;
     if (isDistance())
         return value / feetPerMeter;
     if (isAirPressure())

@@ -162,6 +162,20 @@ private Q_SLOTS:
         QCOMPARE(speed->maxView, 4.0);
     }
 
+    void derivedCurvesFollowTheUnit()
+    {
+        Settings::mainStore().setValue(QLatin1String(Settings::unitsCelsius), false);
+        ExpData data;
+        data.setDataNew(1, {0, 1, 2}, 1);
+        data.addSensorData(0, SENSOR_IR_TEMP, {10, 20, 30}, -1);
+        data.setSelectedSensor(0);
+        data.addSpecialCurve(ExpData::CURVE_SMOOTH);
+        data.addSpecialCurve(ExpData::CURVE_DERIV);
+        Settings::mainStore().remove(QLatin1String(Settings::unitsCelsius));
+        QCOMPARE(data.getYAt(1, 1), 68.0); // a temperature
+        QCOMPARE(data.getYAt(2, 1), 18.0); // a difference of ten degrees
+    }
+
     void readsBetweenSamples()
     {
         ExpData data;
