@@ -30,6 +30,7 @@ TembrinProtocol::TembrinProtocol(int index, QObject* parent)
     , loggerKey(Settings::loggerKey(index))
     , groupKey(Settings::groupKey(index))
     , portFactory(systemPortFactory())
+    , discovery(systemPortDiscovery())
 {
     prepare(&sendIDTimer, questionInterval);
     prepare(&blTimer, loaderTimeout);
@@ -46,15 +47,6 @@ TembrinProtocol::TembrinProtocol(int index, QObject* parent)
 TembrinProtocol::~TembrinProtocol()
 {
     endConnection(true);
-}
-
-QString TembrinProtocol::loggerName() const
-{
-    for (const possibleDevice& device : devices) {
-        if (device.portName == portName)
-            return device.name;
-    }
-    return {};
 }
 
 void TembrinProtocol::sendCommand(commandType cmd)

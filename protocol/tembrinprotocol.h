@@ -11,6 +11,7 @@
 
 #include "link/commandtype.h"
 #include "link/connectthread.h"
+#include "link/portdiscovery.h"
 #include "link/possibledevice.h"
 #include "link/serialport.h"
 
@@ -47,7 +48,7 @@ public:
     QString loggerKey; ///< settings keys of this slot
     QString groupKey;
     QString groupName;                ///< shown to the user, read by open()
-    QVector<possibleDevice> devices;  ///< paired devices
+    QVector<possibleDevice> devices;  ///< paired loggers, as the last discovery found them
     SerialPort* port = nullptr;       ///< child of this object while a connection lasts, as are the next two
     PortListener* listener = nullptr; ///< made by init()
     MyPortTalker* talker = nullptr;   ///< made by init()
@@ -59,6 +60,13 @@ public:
 
     /// Replaces the maker of ports; before the first open().
     void setPortFactory(SerialPortFactory factory) { portFactory = std::move(factory); }
+    /// Replaces the way of finding ports that may lead to loggers; before the first open().
+    void setPortDiscovery(PortDiscovery way) { discovery = std::move(way); }
+
+    /// Looks for the paired loggers of this computer, half a second at most, and gives them.
+    QVector<possibleDevice> getPairedDevices();
+    /// The loggers on USB converters, each named after its port.
+    QVector<possibleDevice> getUSBDevices();
 
     /// Opens the port that the settings name for this slot. Blocks, so it runs on a ConnectThread; whatever
     /// it found is taken over on this object's thread, where openDone() follows in every case.
@@ -103,6 +111,12 @@ public Q_SLOTS:
     void test(int code);
     void test();
     void BTChangeStatus(bool tf);
+    /// Looks for the paired loggers and publishes their names.
+    void requestForBTList();
+    /// Lets go of the port and takes that of paired logger `i` instead; below 0 of none.
+    void gotBTMenu(int i);
+    /// Looks for a logger on a USB converter, unless the present one is busy.
+    void checkUSB();
 
 Q_SIGNALS:
     void openDone(int index);
@@ -110,12 +124,14 @@ Q_SIGNALS:
     void foundUSB();
     void tryBT();
     void publishBTList(QStringList list, bool isBT);
+    /// The driver of a USB converter is one that is known to fail.
     void wrongDriver();
 
 private:
     /// What open() brings back from its thread.
     struct Opened
     {
+        QVector<possibleDevice> devices;
         QString portName;
         QString groupName;
         std::unique_ptr<SerialPort> port; ///< null unless its lines are up
@@ -123,6 +139,8 @@ private:
 
     Opened openPort() const;
     void takeOpened(Opened* opened);
+    QString storedPort() const;
+    UsbScan scanUSB();
     void connectPort();
     void watchPort();
     void connectPackets();
@@ -133,6 +151,8 @@ private:
     QVector<short> configuration() const;
 
     SerialPortFactory portFactory;
+    PortDiscovery discovery;
+    std::unique_ptr<QTimer> usbTimer;             ///< asks for checkUSB() while it is there; not made so far
     std::unique_ptr<SerialMonitorThread> monitor; ///< polling mode only, made at first need
     int connection = 0; ///< counts the ports, so that what an old one still has to say is known as such
     QTimer sendIDTimer;

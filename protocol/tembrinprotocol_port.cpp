@@ -56,12 +56,17 @@ int TembrinProtocol::open()
     return 0;
 }
 
+QString TembrinProtocol::storedPort() const
+{
+    return Settings::mainStore().value(loggerKey, QStringLiteral("COMxx")).toString();
+}
+
 TembrinProtocol::Opened TembrinProtocol::openPort() const
 {
     Opened opened;
-    const QSettings store = Settings::mainStore();
-    opened.portName = store.value(loggerKey, QStringLiteral("COMxx")).toString();
-    opened.groupName = store.value(groupKey, tr("Group %1").arg(index)).toString();
+    opened.devices = discovery.pairedDevices();
+    opened.portName = storedPort();
+    opened.groupName = Settings::mainStore().value(groupKey, tr("Group %1").arg(index)).toString();
 
     const bool polling = portMode == Polling;
     opened.port = portFactory(systemName(opened.portName),
@@ -85,6 +90,10 @@ TembrinProtocol::Opened TembrinProtocol::openPort() const
 
 void TembrinProtocol::takeOpened(Opened* opened)
 {
+    // The slot was given another port while this one was being opened: then it is no connection.
+    if (opened->port && opened->portName != storedPort())
+        opened->port.reset();
+    devices = opened->devices;
     portName = opened->portName;
     groupName = opened->groupName;
     isBT = true;
@@ -94,6 +103,7 @@ void TembrinProtocol::takeOpened(Opened* opened)
         port->setParent(this);
         isConnect = true;
         isBootLoader = false;
+        usbTimer.reset();
     }
     Q_EMIT openDone(index);
 }
