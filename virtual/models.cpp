@@ -5,7 +5,7 @@
 namespace {
 
 // clang-format off
-constexpr std::array<LoggerModel, 17> models = {{
+constexpr std::array<LoggerModel, 18> models = {{
     {17, "AMBER_OLD", "Amber", false,
         {SENSOR_GPS, SENSOR_AMB_TEMP_NTC, SENSOR_EXT_TEMP_NTC, SENSOR_LIGHT, SENSOR_SOUND, SENSOR_HEARTRATE, SENSOR_DISTANCE},
         {SENSOR_EXT_TEMP_NTC, SENSOR_LIGHT, SENSOR_HEARTRATE}},
@@ -52,7 +52,10 @@ constexpr std::array<LoggerModel, 17> models = {{
     {170, "HEATH_INT_2", "Heath", false,
         {SENSOR_BAROMETER, SENSOR_PH, SENSOR_UV, SENSOR_EXTERNAL, SENSOR_AMB_TEMP_NTC_CALC, SENSOR_HUMIDITY_ANALOG, SENSOR_SOUND, SENSOR_EXT_TEMP_NTC, SENSOR_COLORIMETER},
         {SENSOR_UV, SENSOR_SOUND, SENSOR_EXT_TEMP_NTC}},
-    {240, "SORREL_BASIC", "Sorrel", true, {}, {}},
+    {LoggerModel::Sorrel, "SORREL_BASIC", "Sorrel", true, {}, {}},
+    {LoggerModel::Vorta, "VORTA", "Vorta", true,
+        {SENSOR_VORTA_FORCE50, SENSOR_VORTA_FORCE5, SENSOR_VORTA_ACC_X, SENSOR_VORTA_ACC_Y, SENSOR_VORTA_ACC_Z},
+        {SENSOR_VORTA_FORCE5}},
 }};
 // clang-format on
 
@@ -61,14 +64,21 @@ bool isCalled(const LoggerModel& model, const QString& text)
     const QString constant = QString::fromLatin1(model.constant);
     const QString name = QString::fromLatin1(model.name);
     const auto equals = [&text](const QString& other) {
-        return !other.isEmpty() && text.compare(other, Qt::CaseInsensitive) == 0;
+        return text.compare(other, Qt::CaseInsensitive) == 0;
     };
     return equals(constant) || equals(QStringLiteral("LOGGER_") + constant) ||
-           (model.isNamesake && !name.isEmpty() &&
-            (equals(name) || equals(QStringLiteral("Tembrin ") + name)));
+           (model.isNamesake && !name.isEmpty() && (equals(name) || equals(model.displayName())));
 }
 
 } // namespace
+
+QString LoggerModel::displayName() const
+{
+    const QString own = QString::fromLatin1(name);
+    if (code == Sorrel || code == Vorta)
+        return own;
+    return QStringLiteral("Tembrin ") + (own.isEmpty() ? QStringLiteral("0x%1").arg(code, 0, 16) : own);
+}
 
 QVector<int> LoggerModel::sensorIds() const
 {

@@ -9,6 +9,9 @@
 /// One model of the logger family: its type code on the wire, and the sensors that it is built with.
 struct LoggerModel
 {
+    static constexpr int Sorrel = 240; ///< the small logger
+    static constexpr int Vorta = 250;  ///< speaks a language of its own
+
     int code;
     const char* constant;
     const char* name;              ///< display name without the family's name, empty where there is none
@@ -16,6 +19,8 @@ struct LoggerModel
     std::array<short, 16> sensors; ///< sensor IDs in slot order, 0 ends the list
     std::array<short, 4> lesson;   ///< the sensors that make a good picture, 0 ends the list
 
+    /// As a person calls it: "Tembrin Birch", "Vorta".
+    QString displayName() const;
     QVector<int> sensorIds() const;
     /// The mask of the slots that hold the lesson's sensors.
     quint16 lessonMask() const;

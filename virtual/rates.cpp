@@ -1,5 +1,7 @@
 #include "virtual/rates.h"
 
+#include "virtual/models.h"
+
 #include <QtGlobal>
 
 namespace {
@@ -23,9 +25,18 @@ constexpr Rate rates[] = {
     {"100000/Sec", 0.0000101745},
 };
 constexpr int lastRate = 9;
+constexpr Rate vortaRates[] = {
+    {"", 1},
+    {"1/Sec", 1},
+    {"10/Sec", 0.1024},
+    {"25/Sec", 0.04096},
+    {"100/Sec", 0.01024},
+    {"500/Sec", 0.002048},
+};
+constexpr int lastVortaRate = 5;
+constexpr int mostVortaSamples = 30000;
 constexpr int counts[] = {10, 100, 1000, 10000, 30000};
 constexpr int typeWithout25 = 17;
-constexpr int typeWithShortRuns = 240;
 
 /// The three ages of the rate table.
 enum class Table
@@ -43,23 +54,31 @@ Table tableOf(int major, int minor)
     return version <= 402 ? Table::Middle : Table::New;
 }
 
-} // namespace
-
-double LoggerRates::period(int rate)
+const Rate& rateOf(int rate, int type)
 {
-    return rates[qBound(0, rate, lastRate)].seconds;
+    return type == LoggerModel::Vorta ? vortaRates[qBound(1, rate, lastVortaRate)]
+                                      : rates[qBound(0, rate, lastRate)];
 }
 
-QString LoggerRates::name(int rate)
+} // namespace
+
+double LoggerRates::period(int rate, int type)
 {
-    return QString::fromLatin1(rates[qBound(0, rate, lastRate)].name);
+    return rateOf(rate, type).seconds;
+}
+
+QString LoggerRates::name(int rate, int type)
+{
+    return QString::fromLatin1(rateOf(rate, type).name);
 }
 
 int LoggerRates::find(const QString& name, int type, int major, int minor)
 {
     for (int rate = 0; rate <= lastRate; ++rate) {
-        const bool isKnown = fromCode(toCode(rate, type, major, minor), type, major, minor) == rate;
-        if (isKnown && name.compare(QLatin1String(rates[rate].name), Qt::CaseInsensitive) == 0)
+        const bool isKnown = type == LoggerModel::Vorta
+                                 ? rate >= 1 && rate <= lastVortaRate
+                                 : fromCode(toCode(rate, type, major, minor), type, major, minor) == rate;
+        if (isKnown && name.compare(LoggerRates::name(rate, type), Qt::CaseInsensitive) == 0)
             return rate;
     }
     return -1;
@@ -70,6 +89,7 @@ QStringList LoggerRates::names()
     QStringList list;
     for (const Rate& rate : rates)
         list.append(QString::fromLatin1(rate.name));
+    list.append(QString::fromLatin1(vortaRates[lastVortaRate].name));
     list.removeDuplicates();
     return list;
 }
@@ -102,7 +122,9 @@ int LoggerRates::toCode(int rate, int type, int major, int minor)
 
 int LoggerRates::sampleCount(int index, int type)
 {
-    if (index == 3 && type == typeWithShortRuns)
+    if (type == LoggerModel::Vorta)
+        return index;
+    if (index == 3 && type == LoggerModel::Sorrel)
         return 3000;
     return counts[qBound(0, index, 4)];
 }
@@ -113,6 +135,8 @@ int LoggerRates::sampleIndex(const QString& text, int type)
     const int number = text.toInt(&isNumber);
     if (!isNumber || number < 0)
         return -1;
+    if (type == LoggerModel::Vorta)
+        return number <= mostVortaSamples ? number : -1;
     for (int index = 0; index <= 4; ++index) {
         if (number == sampleCount(index, type))
             return index;

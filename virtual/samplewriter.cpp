@@ -23,6 +23,9 @@ constexpr WordRange wordRanges[] = {
     {SENSOR_THERMOCOUPLE, true, 0, 0xFFFF},    {SENSOR_ION, true, 0, 0xFFFF},
     {QUELLMARK_THERMOCOUPLE, true, 0, 0xFFFF}, {SENSOR_ACCELERATION_X, true, 0, 0xFFFF},
     {SENSOR_ACCELERATION_Y, true, 0, 0xFFFF},  {SENSOR_ACCELERATION_Z, true, 0, 0xFFFF},
+    {SENSOR_VORTA_ACC_X, true, 0, 0xFFFF},     {SENSOR_VORTA_ACC_Y, true, 0, 0xFFFF},
+    {SENSOR_VORTA_ACC_Z, true, 0, 0xFFFF},     {SENSOR_VORTA_FORCE50, false, 0, 0x0FFF},
+    {SENSOR_VORTA_FORCE5, false, 0, 0x0FFF},
 };
 
 WordRange wordRange(int sensorId)
@@ -56,6 +59,12 @@ Sensor* SampleWriter::catalogue(int sensorId)
 int SampleWriter::width(int sensorId)
 {
     return catalogue(sensorId)->numBytes;
+}
+
+void SampleWriter::setForce(int sensorId, int offset, float gain)
+{
+    catalogue(sensorId)->setOffset(offset);
+    catalogue(sensorId)->setGain(gain);
 }
 
 quint16 SampleWriter::word(int sensorId, double value)

@@ -12,6 +12,8 @@ class SampleWriter
 public:
     /// Bytes of one sample of this sensor; 0 for an ID without a catalogue row.
     int width(int sensorId);
+    /// The calibration of a force channel.
+    void setForce(int sensorId, int offset, float gain);
     /// The raw word whose value lies nearest to `value`, base unit.
     quint16 word(int sensorId, double value);
     /// One sample of a plain sensor or composite at `seconds` of lesson time. `offset` is added to

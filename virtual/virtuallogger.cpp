@@ -22,6 +22,8 @@ VirtualLogger::VirtualLogger(const LoggerIdentity& identity, qint64 now, const Q
     , range(QByteArray::fromHex("FF0000"))
     , flags(flagBluetooth | flagGps)
 {
+    writer.setForce(SENSOR_VORTA_FORCE50, forceOffset50, forceGain * 0.1F);
+    writer.setForce(SENSOR_VORTA_FORCE5, forceOffset5, forceGain);
     storeInitialExperiments(now);
 }
 
@@ -40,10 +42,14 @@ LoggerPackets VirtualLogger::receive(const QByteArray& bytes, qint64 now)
     return out;
 }
 
-/// Commands of the Vorta family and of the firmware loader are heard by everybody on the line; a logger
-/// without them is silent. This is the place where they find their answers.
+/// The questions of both families go out to everybody; each answers its own. Commands of the firmware loader
+/// (47 16, 57 16, 67 26) are cut and logged, and will find their answers here.
 void VirtualLogger::obey(const QByteArray& frame, qint64 now, LoggerPackets& out)
 {
+    if (isVorta()) {
+        obeyVorta(frame, now, out);
+        return;
+    }
     if (quint8(frame[0]) != 0x47 || quint8(frame[1]) != 0x14)
         return;
     const auto code = quint8(frame[2]);
@@ -194,6 +200,8 @@ quint8 VirtualLogger::calibrate(int tenths, qint64 now)
 
 LoggerPacket VirtualLogger::status(quint8 event, qint64 now) const
 {
+    if (isVorta())
+        return vortaStatus(event);
     QByteArray body;
     body += char(event);
     body += char(self.model->code);
@@ -353,12 +361,12 @@ QString VirtualLogger::summary() const
         : run.isArmed
             ? QStringLiteral("waits for the trigger")
             : QStringLiteral("run %1, sample %2 of %3").arg(run.number).arg(run.taken).arg(run.limit);
-    return QStringLiteral("%1 Tembrin %2 (type %3), firmware %4.%5, %6, %7 samples, mask %8, %9 stored, ")
-               .arg(self.name, QLatin1String(self.model->name))
+    return QStringLiteral("%1 %2 (type %3), firmware %4.%5, %6, %7 samples, mask %8, %9 stored, ")
+               .arg(self.name, self.model->displayName())
                .arg(self.model->code)
                .arg(self.firmwareMajor)
                .arg(self.firmwareMinor, 2, 10, QLatin1Char('0'))
-               .arg(LoggerRates::name(self.rate))
+               .arg(LoggerRates::name(self.rate, self.model->code))
                .arg(LoggerRates::sampleCount(self.samplesIndex, self.model->code))
                .arg(self.mask, 4, 16, QLatin1Char('0'))
                .arg(experiments.size()) +

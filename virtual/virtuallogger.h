@@ -135,12 +135,22 @@ private:
 
     // Runs
     void start(qint64 now, LoggerPackets& out);
+    quint8 whyNoRun() const;
     void finish(quint8 event, qint64 now, LoggerPackets& out);
     void lookForTrigger();
     qint64 sampleDue(int sample) const;
     void takeSample(double seconds, qint64 now, LoggerPackets& out);
     QByteArray sampleBytes(const Experiment& experiment, double seconds) const;
     LessonSignals runSignals(int run) const;
+
+    // The Vorta variant
+    bool isVorta() const;
+    void obeyVorta(const QByteArray& frame, qint64 now, LoggerPackets& out);
+    LoggerPacket vortaStatus(quint8 event) const;
+    LoggerPacket vortaSnapshot(qint64 now) const;
+    int blockLength() const;
+    void takeBlock(qint64 now, LoggerPackets& out);
+    QVector<quint16> vortaWords(const LessonSignals& signal, double seconds) const;
 
     // Memory
     void storeInitialExperiments(qint64 now);
@@ -149,6 +159,11 @@ private:
     void sendNextPacket(qint64 now, LoggerPackets& out);
     LoggerPacket dataPacket(int number) const;
     LoggerPacket infoPacket(int number) const;
+
+    // Calibration of the force channels; the gain is in tenths for the first one.
+    static constexpr int forceGain = 285;
+    static constexpr int forceOffset50 = 2051;
+    static constexpr int forceOffset5 = 2043;
 
     LoggerIdentity self;
     Wire::CommandCutter cutter;

@@ -14,7 +14,7 @@ constexpr qint64 lateRequest = 300000000; // the program asks again after 400 ms
 /// Runs of former lessons, one an hour.
 void VirtualLogger::storeInitialExperiments(qint64 now)
 {
-    for (int i = 0; i < self.stored; ++i) {
+    for (int i = 0; i < self.stored && !isVorta(); ++i) {
         Experiment experiment;
         experiment.ids = slotIds();
         experiment.mask = self.model->lessonMask();
@@ -33,7 +33,7 @@ QByteArray VirtualLogger::storedBytes(const Experiment& experiment) const
     if (experiment.isKept)
         return experiment.data;
     QByteArray data;
-    const double period = LoggerRates::period(experiment.rate);
+    const double period = LoggerRates::period(experiment.rate, self.model->code);
     for (int sample = 0; sample < experiment.samples; ++sample)
         data += sampleBytes(experiment, sample * period);
     return data;

@@ -27,11 +27,8 @@ void VirtualLogger::start(qint64 now, LoggerPackets& out)
         out.append(status(Wire::Start, now));
         return;
     }
-    if (self.isBatteryEmpty || self.isMemoryFull || experiments.size() >= mostExperiments || self.mask == 0) {
-        const quint8 event = self.isBatteryEmpty ? Wire::NoBattery
-                             : self.mask == 0    ? Wire::NoSensor
-                                                 : Wire::NoMemory;
-        out.append(status(event, now));
+    if (const quint8 refusal = whyNoRun()) {
+        out.append(status(refusal, now));
         return;
     }
     download.isOn = false;
@@ -58,17 +55,29 @@ void VirtualLogger::start(qint64 now, LoggerPackets& out)
     out += first;
 }
 
+/// The event that says so; 0 if a run can begin. A Vorta logger has no memory and no choice of sensors.
+quint8 VirtualLogger::whyNoRun() const
+{
+    if (self.isBatteryEmpty)
+        return Wire::NoBattery;
+    if (isVorta())
+        return 0;
+    if (self.mask == 0)
+        return Wire::NoSensor;
+    return self.isMemoryFull || experiments.size() >= mostExperiments ? Wire::NoMemory : 0;
+}
+
 /// Ends a run, if there is one, and says so.
 void VirtualLogger::finish(quint8 event, qint64 now, LoggerPackets& out)
 {
     if (run.isOn) {
-        if (!recording.isKept && !run.isArmed) {
-            const double period = LoggerRates::period(run.rate);
+        if (!recording.isKept && !run.isArmed && !isVorta()) {
+            const double period = LoggerRates::period(run.rate, self.model->code);
             run.taken = qMin(run.limit, int(double(now - run.start) / nsPerSecond / period) + 1);
         }
         recording.samples = run.taken;
         run.isOn = false;
-        if (run.taken > 0)
+        if (run.taken > 0 && !isVorta())
             experiments.append(recording);
     }
     out.append(status(event, now));
@@ -101,7 +110,8 @@ LoggerPackets VirtualLogger::pressSample(qint64 now)
 
 qint64 VirtualLogger::sampleDue(int sample) const
 {
-    return run.start + qint64(std::llround(sample * LoggerRates::period(run.rate) * nsPerSecond));
+    return run.start +
+           qint64(std::llround(sample * LoggerRates::period(run.rate, self.model->code) * nsPerSecond));
 }
 
 qint64 VirtualLogger::nextDue() const
@@ -109,6 +119,8 @@ qint64 VirtualLogger::nextDue() const
     qint64 due = -1;
     if (run.isOn && run.isArmed)
         due = run.start;
+    else if (run.isOn && isVorta())
+        due = sampleDue(run.taken + blockLength() - 1);
     else if (run.isOn && run.rate != LoggerRates::Manual)
         due = sampleDue(recording.isKept ? run.taken : run.limit - 1);
     if (tableNext > 0 && (due < 0 || tableDue < due))
@@ -126,9 +138,11 @@ LoggerPackets VirtualLogger::advance(qint64 now)
     }
     while (run.isOn && run.isArmed && run.start <= now)
         lookForTrigger();
-    if (!run.isOn || run.isArmed || run.rate == LoggerRates::Manual)
+    while (isVorta() && run.isOn && sampleDue(run.taken + blockLength() - 1) <= now)
+        takeBlock(now, out);
+    if (isVorta() || !run.isOn || run.isArmed || run.rate == LoggerRates::Manual)
         return out;
-    const double period = LoggerRates::period(run.rate);
+    const double period = LoggerRates::period(run.rate, self.model->code);
     if (recording.isKept) {
         while (run.isOn && sampleDue(run.taken) <= now)
             takeSample(run.taken * period, now, out);
@@ -181,7 +195,8 @@ void VirtualLogger::takeSample(double seconds, qint64 now, LoggerPackets& out)
 QByteArray VirtualLogger::sampleBytes(const Experiment& experiment, double seconds) const
 {
     const LessonSignals signal = runSignals(experiment.run);
-    const double time = LessonSignals::lessonTime(seconds, LoggerRates::period(experiment.rate));
+    const double time =
+        LessonSignals::lessonTime(seconds, LoggerRates::period(experiment.rate, self.model->code));
     QByteArray bytes;
     for (int slot = 0; slot < experiment.ids.size(); ++slot) {
         if (experiment.mask & (1U << slot))

@@ -99,7 +99,8 @@ void addOptions(QCommandLineParser& parser)
     add("sensors", "Sensors that are on at the start: default, all, or sensor IDs by commas.", "LIST",
         QStringLiteral("default"));
     add("seed", "What makes signals, names and faults the same next time.", "S", QStringLiteral("1"));
-    add("name-prefix", "What the names of the loggers begin with.", "TEXT", QStringLiteral("Tembrin_"));
+    add("name-prefix", "What the names of the loggers begin with. Default: Tembrin_, Vorta_ or Sorrel_.",
+        "TEXT");
     add("names", "The names themselves, by commas.", "LIST");
     add("plug", "Plugs the sensor ID (101 to 114) into socket 1 or 2, of all loggers or of one.",
         "[LOGGER:]SOCKET=ID");
@@ -185,12 +186,17 @@ void readSetting(Reader& reader, LoggerIdentity& identity)
 }
 
 /// Names as they are printed on the devices: a prefix and four digits, no two alike.
-QStringList makeNames(Reader& reader, int count, quint32 seed)
+QStringList makeNames(Reader& reader, const QVector<const LoggerModel*>& models, int count, quint32 seed)
 {
     QStringList names = reader.list(QStringLiteral("names"));
     std::mt19937 random(seed);
     while (names.size() < count) {
-        const QString name = reader.text(QStringLiteral("name-prefix")) +
+        const int code = models[names.size() % models.size()]->code;
+        const QString family = code == LoggerModel::Vorta    ? QStringLiteral("Vorta_")
+                               : code == LoggerModel::Sorrel ? QStringLiteral("Sorrel_")
+                                                             : QStringLiteral("Tembrin_");
+        const QString prefix = reader.text(QStringLiteral("name-prefix"));
+        const QString name = (prefix.isEmpty() ? family : prefix) +
                              QStringLiteral("%1").arg(100 + random() % 9900, 4, 10, QLatin1Char('0'));
         if (!names.contains(name))
             names.append(name);
@@ -304,7 +310,7 @@ bool VirtualOptions::read(const QStringList& arguments, QString* error)
     common.resend = resend == QLatin1String("next") ? LoggerIdentity::ResendNext : LoggerIdentity::ResendSame;
 
     const QVector<const LoggerModel*> models = readModels(reader);
-    const QStringList names = reader.isGood() ? makeNames(reader, count, seed) : QStringList();
+    const QStringList names = reader.isGood() ? makeNames(reader, models, count, seed) : QStringList();
     for (int i = 0; reader.isGood() && i < count; ++i) {
         LoggerIdentity identity = common;
         identity.model = models[i % models.size()];

@@ -108,6 +108,33 @@ int longCommandLength(const QByteArray& bytes)
     return 0;
 }
 
+QByteArray withSum(const QByteArray& startBytes, quint8 type, const QByteArray& body)
+{
+    QByteArray frame = startBytes + char(type) + body;
+    quint8 sum = 0;
+    for (const char byte : frame)
+        sum = quint8(sum + quint8(byte));
+    frame += char(-sum);
+    return frame;
+}
+
+QString describeEvent(quint8 code)
+{
+    for (const Meaning& event : events) {
+        if (event.code == code)
+            return QStringLiteral("status: ") + QLatin1String(event.text);
+    }
+    return QStringLiteral("status");
+}
+
+QString describeFromVorta(const QByteArray& frame)
+{
+    if (quint8(frame[2]) == VortaStatusPacket)
+        return describeEvent(quint8(frame[3]));
+    return quint8(frame[2]) == VortaSnapshotPacket ? QStringLiteral("snapshot")
+                                                   : QStringLiteral("block of samples");
+}
+
 QString describeFromLogger(const QByteArray& frame)
 {
     const auto number = [&frame](int at) {
@@ -131,29 +158,22 @@ QString describeFromLogger(const QByteArray& frame)
     case SelfTestPacket:
         return QStringLiteral("self test result");
     case StatusPacket:
-        break;
+        return describeEvent(quint8(frame[3]));
     default:
         return QStringLiteral("unknown");
     }
-    for (const Meaning& event : events) {
-        if (event.code == quint8(frame[3]))
-            return QStringLiteral("status: ") + QLatin1String(event.text);
-    }
-    return QStringLiteral("status");
 }
 
 } // namespace
 
 QByteArray packet(Packet type, const QByteArray& body)
 {
-    QByteArray frame("\x2E\x69", 2);
-    frame += char(type);
-    frame += body;
-    quint8 sum = 0;
-    for (const char byte : frame)
-        sum = quint8(sum + quint8(byte));
-    frame += char(-sum);
-    return frame;
+    return withSum("\x2E\x69", type, body);
+}
+
+QByteArray vortaPacket(VortaPacket type, const QByteArray& body)
+{
+    return withSum("\x3E\x79", type, body);
 }
 
 bool isSumGood(const QByteArray& frame)
@@ -212,9 +232,10 @@ int readSplit(const QByteArray& bytes, int at)
 QString describe(const QByteArray& frame, bool isFromLogger)
 {
     if (isFromLogger) {
-        if (frame.size() < 5 || !frame.startsWith("\x2E\x69"))
+        const bool isVorta = frame.startsWith("\x3E\x79");
+        if (frame.size() < 5 || !(isVorta || frame.startsWith("\x2E\x69")))
             return QStringLiteral("no whole packet");
-        return describeFromLogger(frame) +
+        return (isVorta ? describeFromVorta(frame) : describeFromLogger(frame)) +
                (isSumGood(frame) ? QString() : QStringLiteral(", in part, in a burst or with a wrong sum"));
     }
     const CommandFrame* row = commandFrame(frame);

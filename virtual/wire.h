@@ -51,8 +51,28 @@ enum Packet : quint8
     SelfTestPacket = 0xA8,
 };
 
+/// The same of the Vorta loggers.
+enum VortaCode : quint8
+{
+    VortaGetStatus = 0x10,
+    VortaStart = 0x22,
+    VortaStop = 0x33,
+    VortaSnapshot = 0x55,
+    VortaCalibrate = 0x66,
+};
+enum VortaPacket : quint8
+{
+    VortaSnapshotPacket = 0x81,
+    VortaStatusPacket = 0x84,
+    VortaBlock1 = 0xF0,
+    VortaBlock4 = 0xF1,
+    VortaBlock10 = 0xF2,
+    VortaBlock50 = 0xF3,
+};
+
 /// The packet of the ordinary loggers: start bytes, type, `body`, checksum.
 QByteArray packet(Packet type, const QByteArray& body);
+QByteArray vortaPacket(VortaPacket type, const QByteArray& body);
 bool isSumGood(const QByteArray& frame);
 
 void append16(QByteArray& bytes, int value);

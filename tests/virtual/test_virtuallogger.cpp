@@ -490,6 +490,77 @@ private Q_SLOTS:
         QCOMPARE(joined(bench.tell("471446")).mid(17, 8).toHex(), "311226115901" + first.toHex());
     }
 
+    void aVortaSpeaksItsOwnLanguage()
+    {
+        Bench bench(identityOf("VORTA"));
+        QVERIFY(bench.tell("4714AA").isEmpty());
+        QCOMPARE(joined(bench.tell("672410")).toHex(), QByteArray("3e7984"
+                                                                  "10"
+                                                                  "02"
+                                                                  "45"
+                                                                  "00"
+                                                                  "03"
+                                                                  "0002"
+                                                                  "011d"
+                                                                  "0803"
+                                                                  "07fb"
+                                                                  "00"
+                                                                  "3e"));
+        const QByteArray snapshot = joined(bench.tell("672455"));
+        QCOMPARE(snapshot.size(), 14);
+        QCOMPARE(snapshot.left(3).toHex(), QByteArray("3e7981"));
+        bench.logger.setBatteryEmpty(true, 0);
+        QCOMPARE(quint8(joined(bench.tell("672422010000"))[3]), quint8(0x23));
+    }
+
+    void aVortaPacksItsSamplesInBlocks_data()
+    {
+        QTest::addColumn<QByteArray>("rate");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("size");
+        QTest::addColumn<qint64>("firstDue"); // us
+        QTest::addColumn<int>("blocks");      // of a run of 100 samples
+        QTest::newRow("1/Sec") << QByteArray("01") << 0xF0 << 12 << qint64(0) << 100;
+        QTest::newRow("10/Sec") << QByteArray("02") << 0xF0 << 12 << qint64(0) << 100;
+        QTest::newRow("25/Sec") << QByteArray("03") << 0xF1 << 36 << qint64(3 * 40960) << 25;
+        QTest::newRow("100/Sec") << QByteArray("04") << 0xF2 << 84 << qint64(9 * 10240) << 10;
+        QTest::newRow("500/Sec") << QByteArray("05") << 0xF3 << 254 << qint64(49 * 2048) << 2;
+    }
+
+    void aVortaPacksItsSamplesInBlocks()
+    {
+        QFETCH(QByteArray, rate);
+        QFETCH(int, size);
+        QFETCH(qint64, firstDue);
+        Bench bench(identityOf("VORTA"));
+        LoggerPackets packets = bench.tell("672422" + rate + "0064");
+        QCOMPARE(packets[0].bytes.mid(2, 2).toHex(), QByteArray("8422"));
+        if (firstDue > 0)
+            QCOMPARE(bench.logger.nextDue(), firstDue * 1000);
+        packets += bench.wait(120000);
+        const LoggerPackets samples = samplesOf(packets);
+        QTEST(samples.size(), "blocks");
+        QCOMPARE(packets.last().bytes.mid(2, 2).toHex(), QByteArray("8433"));
+        Sensor force(SENSOR_VORTA_FORCE50);
+        force.setOffset(2051);
+        force.setGain(28.5F);
+        Sensor z(SENSOR_VORTA_ACC_Z);
+        const LessonSignals lesson(7919); // of run 1
+        const double period = LoggerRates::period(rate.toInt(), LoggerModel::Vorta);
+        const int width = size == 254 ? 5 : 8;
+        const int length = (size - 4) / width;
+        for (int i = 0; i < 100; ++i) {
+            const QByteArray& bytes = samples[i / length].bytes;
+            QCOMPARE(bytes.size(), size);
+            QTEST(int(quint8(bytes[2])), "type");
+            const int at = 3 + i % length * width;
+            const double wanted = lesson.value(SENSOR_VORTA_FORCE50, i * period);
+            QVERIFY(qAbs(force.convert(quint16(word(bytes, at) & 0x0FFF)) - wanted) < 0.02);
+            const double up = z.convert(quint16(word(bytes, at + width - 2) * 16));
+            QVERIFY(qAbs(up - lesson.value(SENSOR_VORTA_ACC_Z, i * period)) < 0.003);
+        }
+    }
+
     void framesAreCutFromAnyStream()
     {
         const QByteArray status = command("471410");
