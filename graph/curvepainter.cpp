@@ -183,7 +183,9 @@ void CurvePainter::widen(const Curve& curve, const QwtScaleMap& yMap, int penWid
     penLower.fill(-infinity, count);
     for (int o = 0; o < penWidth; ++o) {
         const double offset = o - (penWidth - 1) / 2.0;
-        const double radius = std::sqrt(penWidth * penWidth / 4.0 - offset * offset);
+        // The middle columns reach the full width, so that a level line is the same everywhere.
+        const double beside = std::abs(offset) <= 0.5 ? 0.0 : offset;
+        const double radius = std::sqrt(penWidth * penWidth / 4.0 - beside * beside);
         const double* const sourceUpper = upper.constData() + margin + penWidth / 2 - o;
         const double* const sourceLower = lower.constData() + margin + penWidth / 2 - o;
         double* const up = penUpper.data();
