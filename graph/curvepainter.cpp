@@ -4,12 +4,16 @@
 #include <cmath>
 #include <limits>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr int margin =
     CurvePainter::maxPenWidth / 2 + 1; // columns beside the canvas that a pen reaches into it
-constexpr int coreColumns = 16;        // columns filled in one piece where they all are covered
+constexpr int coreColumns = 8;         // filled in one piece where they have as many rows in common
 
 struct Line
 {
@@ -26,28 +30,51 @@ Line rowLine(const QwtScaleMap& yMap, const Sensor::AltUnit& unit)
     return {unit.factor * perUnit, yMap.p1() + (unit.offset - yMap.s1()) * perUnit};
 }
 
-// Several independent chains, since each minimum waits for the one before. A comparison with NaN is false and
-// so passes it over.
+// Extends `low` and `high` by the values from `v` to `end`. A comparison with NaN is false and so passes it
+// over, in the vector instructions too if the new value comes first. Two pairs of chains, since each minimum
+// waits for the one before; the compiler must not reorder floating-point minima by itself.
 void findExtremes(const double* v, const double* end, double& low, double& high)
 {
-    double low0 = low, low1 = infinity, low2 = infinity, low3 = infinity;
-    double high0 = high, high1 = -infinity, high2 = -infinity, high3 = -infinity;
+#ifdef __SSE2__
+    __m128d low0 = _mm_set1_pd(low), low1 = low0;
+    __m128d high0 = _mm_set1_pd(high), high1 = high0;
     for (; end - v >= 4; v += 4) {
-        low0 = v[0] < low0 ? v[0] : low0;
-        low1 = v[1] < low1 ? v[1] : low1;
-        low2 = v[2] < low2 ? v[2] : low2;
-        low3 = v[3] < low3 ? v[3] : low3;
-        high0 = v[0] > high0 ? v[0] : high0;
-        high1 = v[1] > high1 ? v[1] : high1;
-        high2 = v[2] > high2 ? v[2] : high2;
-        high3 = v[3] > high3 ? v[3] : high3;
+        const __m128d a = _mm_loadu_pd(v);
+        const __m128d b = _mm_loadu_pd(v + 2);
+        low0 = _mm_min_pd(a, low0);
+        low1 = _mm_min_pd(b, low1);
+        high0 = _mm_max_pd(a, high0);
+        high1 = _mm_max_pd(b, high1);
     }
+    double lows[2];
+    double highs[2];
+    _mm_storeu_pd(lows, _mm_min_pd(low0, low1));
+    _mm_storeu_pd(highs, _mm_max_pd(high0, high1));
+    low = std::min(lows[0], lows[1]);
+    high = std::max(highs[0], highs[1]);
+#endif
     for (; v < end; ++v) {
-        low0 = *v < low0 ? *v : low0;
-        high0 = *v > high0 ? *v : high0;
+        low = *v < low ? *v : low;
+        high = *v > high ? *v : high;
     }
-    low = std::min(std::min(low0, low1), std::min(low2, low3));
-    high = std::max(std::max(high0, high1), std::max(high2, high3));
+}
+
+// The first of the ascending times from `low` on that is not before `time`, probably near `guess`.
+int firstNotBefore(const QVector<double>& x, double time, int low, int guess)
+{
+    int high = guess;
+    int reach = 2;
+    while (high < x.size() && x[high] < time) {
+        low = high + 1;
+        high = std::min(low + reach, x.size());
+        reach *= 4;
+    }
+    while (high - reach > low && x[high - reach] >= time) {
+        high -= reach;
+        reach *= 4;
+    }
+    low = std::max(low, high - reach);
+    return int(std::lower_bound(x.cbegin() + low, x.cbegin() + high, time) - x.cbegin());
 }
 
 int firstFinite(const double* y, int from, int to)
@@ -64,9 +91,11 @@ int lastFinite(const double* y, int from, int to)
     return to > from ? to - 1 : -1;
 }
 
+// The nearest whole row; a cast is cheaper than floor() and cuts the same way above 0.
 int roundRow(double row)
 {
-    return int(std::floor(row + 0.5));
+    constexpr int lift = 1 << 20;
+    return int(row + (lift + 0.5)) - lift;
 }
 
 } // namespace
@@ -97,23 +126,17 @@ void CurvePainter::splitIntoColumns(const QVector<double>& x, const QwtScaleMap&
     starts.resize(columnCount + 1);
     edges.resize(columnCount + 1);
     const double perPixel = (xMap.s2() - xMap.s1()) / (xMap.p2() - xMap.p1());
-    const double* position = x.constData();
-    const double* const end = position + x.size();
-    long step = x.size();
+    const int n = x.size();
+    int position = 0;
+    int step = 0;
     for (int k = 0; k <= columnCount; ++k) {
         edges[k] = xMap.s1() + (firstColumn + k - 0.5 - xMap.p1()) * perPixel;
         // Samples are nearly evenly spaced, so the next start is about as far on as the last one was.
-        const double* low = position;
-        const double* high = low + std::min<long>(step, end - low);
-        while (high < end && *high < edges[k]) {
-            low = high;
-            step = 2 * step + 1;
-            high = low + std::min<long>(step, end - low);
-        }
-        const double* const found = std::lower_bound(low, high, edges[k]);
-        step = k == 0 ? 1 : found - position + 1;
+        const int guess = std::min(position + step, n);
+        const int found = firstNotBefore(x, edges[k], position, guess);
+        step = k == 0 ? 0 : found - position;
         position = found;
-        starts[k] = int(found - x.constData());
+        starts[k] = found;
     }
 }
 
