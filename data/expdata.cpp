@@ -52,7 +52,9 @@ SensorPtr ownChannel(int ID, int inLoggerIndex = -1, int virtualIndex = -1)
 
 ExpData::ExpData()
 {
-    sensors = {ownChannel(SENSOR_VOLTAGE), ownChannel(SENSOR_VOLTAGE)};
+    // GCC 12 warns of uninitialised memory, wrongly, when a list of temporaries is assigned at -O3.
+    sensors.append(ownChannel(SENSOR_VOLTAGE));
+    sensors.append(ownChannel(SENSOR_VOLTAGE));
     emptyChannels(sensors.size());
     setSelectedSensor(0);
 }
