@@ -1,0 +1,186 @@
+#include <QAction>
+#include <QSignalSpy>
+#include <QTest>
+
+#include "app/refreshclock.h"
+#include "tests/app/classbench.h"
+
+class TestLiveRun : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aSampleJoinsTheExperimentOrStartsANewOne_data()
+    {
+        QTest::addColumn<QVector<int>>("earlier");
+        QTest::addColumn<bool>("isStopped");
+        QTest::addColumn<bool>("isRunOrdered");
+        QTest::addColumn<QVector<int>>("numbers");
+        QTest::addColumn<int>("stored");
+        QTest::newRow("from sample 0") << QVector<int>{} << false << true << QVector<int>{0, 1, 2} << 3;
+        QTest::newRow("a small gap") << QVector<int>{0, 1, 2} << false << false << QVector<int>{5, 6} << 5;
+        QTest::newRow("a big gap") << QVector<int>{0, 1, 2} << false << false << QVector<int>{6, 7} << 2;
+        QTest::newRow("sample 0 again") << QVector<int>{0, 1, 2} << false << false << QVector<int>{0, 1} << 2;
+        QTest::newRow("joined late") << QVector<int>{} << false << true << QVector<int>{4, 5} << 2;
+        QTest::newRow("first samples lost, nothing before")
+            << QVector<int>{} << false << true << QVector<int>{2, 3} << 2;
+        QTest::newRow("first samples lost, a run before")
+            << QVector<int>{0, 1, 2, 3} << true << true << QVector<int>{2, 3} << 2;
+        QTest::newRow("numbers fall back")
+            << QVector<int>{0, 1, 2, 3} << false << false << QVector<int>{1} << 1;
+        QTest::newRow("late ones after the stop")
+            << QVector<int>{0, 1, 2} << true << false << QVector<int>{3, 4} << 3;
+        QTest::newRow("a new run right after the stop")
+            << QVector<int>{0, 1, 2} << true << false << QVector<int>{0, 1} << 2;
+        QTest::newRow("numbers beyond their range")
+            << QVector<int>{0, 1} << false << false << QVector<int>{-32768} << 2;
+    }
+
+    void aSampleJoinsTheExperimentOrStartsANewOne()
+    {
+        QFETCH(QVector<int>, earlier);
+        QFETCH(bool, isStopped);
+        QFETCH(bool, isRunOrdered);
+        QFETCH(QVector<int>, numbers);
+        ClassBench bench(1);
+        for (int number : earlier)
+            bench.sample(0, short(number));
+        if (isStopped)
+            confirmStop(bench, 0);
+        if (isRunOrdered) {
+            bench.manager->setIgnoreOnlineAfterStop(0, false); // as a second later
+            bench.action("runAct")->trigger();
+        }
+        for (int number : numbers)
+            bench.sample(0, short(number));
+        QTEST(bench.data(0)->getXSize(), "stored");
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void theClassSetKeepsEveryLoggersSamples()
+    {
+        ClassBench bench(2);
+        bench.sample(0, 0, 10);
+        QCOMPARE(bench.data(-1)->getYSize(0), 0); // begins with the second sample
+        bench.sample(0, 1, 11);
+        bench.sample(0, 2, 12);
+        QCOMPARE(bench.data(-1)->getYNoConv(0), QVector<double>({10, 11, 12}));
+        bench.sample(1, 0, 20);
+        bench.sample(1, 2, 22); // its sample 1 was lost
+        QCOMPARE(bench.data(-1)->getYNoConv(1), QVector<double>({20, 22}));
+        bench.sample(0, 3, 13); // brings back what the new start cleared
+        QCOMPARE(bench.data(-1)->getYNoConv(0), QVector<double>({10, 11, 12, 13}));
+        QCOMPARE(bench.data(-1)->getYNoConv(2), QVector<double>({15, 16.5}));
+        QCOMPARE(bench.data(-1)->getSens(1)->groupName, bench.manager->groupName(1));
+        QCOMPARE(bench.data(-1)->getSens(2)->groupName, QStringLiteral("Average"));
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void aVortaBlockReachesTheClassToo()
+    {
+        ClassBench bench(1);
+        bench.logger(0)->tembrinType = LOGGER_VORTA;
+        const QVector<QVector<double>> block = {{1, 2}, {3, 4}};
+        for (short number : {0, 1})
+            Q_EMIT bench.logger(0)->onlineReceived(0, number, block, 0);
+        const double dt = TembrinData::VortaRates[bench.logger(0)->Vorta_rate];
+        QCOMPARE(bench.data(0)->getX(), QVector<double>({0, dt, 2 * dt, 3 * dt}));
+        QCOMPARE(bench.data(-1)->getYNoConv(0), QVector<double>({1, 3, 1, 3}));
+    }
+
+    void theBusyTitleComesAfterASecondOfSkippedRefreshes()
+    {
+        ClassBench bench(1);
+        bench.logger(0)->rate = 4; // 25/Sec
+        bench.sample(0, 0);
+        QTest::qWait(60);
+        const QString title = bench.manager->plotC()->title().text();
+        QString after24;
+        QString after25;
+        QTimer::singleShot(0, [&] { // runs inside the next sample
+            for (short n = 2; n < 26; ++n)
+                bench.sample(0, n);
+            after24 = bench.manager->plotC()->title().text();
+            bench.sample(0, 26);
+            after25 = bench.manager->plotC()->title().text();
+        });
+        bench.sample(0, 1);
+        QCOMPARE(after24, title);
+        QCOMPARE(after25, QStringLiteral("Kormelin is busy with data collection, please wait"));
+        QCOMPARE(bench.data(0)->getXSize(), 27); // stored all the same
+        bench.sample(0, 27);
+        QCOMPARE(bench.manager->plotC()->title().text(), title);
+        bench.sample(0, -1); // the stream is too fast
+        QCOMPARE(bench.manager->plotC()->title().text(), after25);
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void aRefusedRunIsExplained_data()
+    {
+        QTest::addColumn<int>("reason");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("battery") << int(TERMINATE_BATTERY) << "Low battery power";
+        QTest::newRow("memory") << int(TERMINATE_MEMORY) << "Not enough memory";
+        QTest::newRow("too many experiments") << int(TERMINATE_MAXEXP) << "Not enough memory";
+        QTest::newRow("no sensor") << int(TERMINATE_NOSENS) << "No selected sensors";
+    }
+
+    void aRefusedRunIsExplained()
+    {
+        QFETCH(int, reason);
+        QFETCH(QString, title);
+        ClassBench bench(1);
+        bench.action("runAct")->trigger();
+        Q_EMIT bench.logger(0)->runTerminated(0, reason);
+        QCOMPARE(bench.prompt.asked.size(), 1);
+        QVERIFY(bench.prompt.asked[0].startsWith(title + QLatin1Char('|')));
+        QVERIFY(bench.action("runAct")->isVisible());
+    }
+
+    void samplesArePaintedTogether()
+    {
+        ClassBench bench(4);
+        QVERIFY(QTest::qWaitForWindowExposed(bench.window.data()));
+        for (int i = 0; i < 4; ++i)
+            bench.sample(i, 0);
+        QTest::qWait(100);
+        QSignalSpy frames(bench.window->findChild<RefreshClock*>(), &RefreshClock::painted);
+        QElapsedTimer clock;
+        clock.start();
+        short number = 1;
+        while (clock.elapsed() < 400) {
+            for (int i = 0; i < 4; ++i)
+                bench.sample(i, number);
+            ++number;
+            QTest::qWait(2);
+        }
+        // 25 a second, fewer on a slow machine; four graphs and forty samples a frame do not make it more.
+        QVERIFY2(frames.size() >= 3 && frames.size() <= 12, qPrintable(QString::number(frames.size())));
+        bench.sample(0, number);
+        frames.clear();
+        QVERIFY(frames.wait(1000));
+    }
+
+    void aHiddenGraphIsPaintedWhenItIsShown()
+    {
+        ClassBench bench(1);
+        RefreshClock clock;
+        QSignalSpy frames(&clock, &RefreshClock::painted);
+        Plot* plot = bench.manager->plotC();
+        clock.mark(plot);
+        QVERIFY(!frames.wait(150));
+        plot->show();
+        QVERIFY(frames.wait(1000));
+        QCOMPARE(frames.size(), 1);
+    }
+
+private:
+    static void confirmStop(ClassBench& bench, int i)
+    {
+        Q_EMIT bench.logger(i)->runTerminated(i, false);
+        Q_EMIT bench.logger(i)->commandAccepted(i, CMD_STOP_LOGGING);
+    }
+};
+
+QTEST_MAIN(TestLiveRun)
+#include "test_liverun.moc"

@@ -1,0 +1,185 @@
+#include <QAction>
+#include <QComboBox>
+#include <QLabel>
+#include <QStatusBar>
+#include <QTest>
+
+#include "instruments/indicator.h"
+#include "tests/app/classbench.h"
+#include "tests/protocol/loggerbench.h"
+
+namespace {
+const QByteArray firstQuestions = bytes("4714AAFB 67241065");
+const QByteArray statusQuestion = bytes("47141095");
+const QByteArray startFrame = bytes("47142283");
+} // namespace
+
+class TestMainWindow : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aPortThatCannotBeOpenedIsTriedElevenTimes()
+    {
+        ClassBench bench(1, QStringLiteral("COMxx"));
+        bench.guard.expect(QStringLiteral("open failed"));
+        bench.ports.refuse(QStringLiteral("COMxx"), QStringLiteral("no such port"));
+        auto* hint = bench.window->findChild<QLabel*>(QStringLiteral("hint"));
+        QVERIFY(hint->isVisible());
+        QTRY_COMPARE_WITH_TIMEOUT(bench.ports.made(QStringLiteral("COMxx")), 11, 4000);
+        QTest::qWait(300);
+        QCOMPARE(bench.ports.made(QStringLiteral("COMxx")), 11);
+        QCOMPARE(bench.window->statusBar()->currentMessage(),
+                 QStringLiteral("Not connected (tried BT port COMxx)"));
+
+        clickIcon(bench, 0);
+        clickIcon(bench, 0); // refused while the first attempt runs
+        QTRY_COMPARE_WITH_TIMEOUT(bench.ports.made(QStringLiteral("COMxx")), 22, 4000);
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void aSessionOpensOnTheWire()
+    {
+        ClassBench bench(1);
+        auto* strip = bench.window->findChild<Indicator*>();
+        auto* hint = bench.window->findChild<QLabel*>(QStringLiteral("hint"));
+        QVERIFY(!hint->isVisible());
+        QTRY_VERIFY(bench.port(0) && bench.port(0)->written() == firstQuestions);
+        QCOMPARE(bench.manager->plotAt(0)->title().text(), QStringLiteral("Group A"));
+        QCOMPARE(strip->state(0), Indicator::State::Off);
+        bench.port(0)->feed(bytes(sensorListHex));
+        QTRY_COMPARE(bench.port(0)->written(), firstQuestions + statusQuestion);
+        bench.port(0)->feed(status({{7, 0}}));
+        QTRY_COMPARE(bench.port(0)->writes.size(), 4);
+        QCOMPARE(bench.port(0)->writes[3].bytes.left(3), bytes("4714CC"));
+        QCOMPARE(strip->state(0), Indicator::State::On);
+        QVERIFY(bench.action("runAct")->isVisible());
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void aClickOnAConnectedLoggerOpensItsPortAgain()
+    {
+        ClassBench bench(2);
+        connectAll(bench, 2);
+        QPointer<FakePort> before = bench.port(0);
+        clickIcon(bench, 0);
+        QTRY_VERIFY(!before && bench.port(0));
+        QTRY_COMPARE(bench.port(0)->written(), firstQuestions);
+        QCOMPARE(bench.ports.made(ClassBench::name(1)), 1);
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void aLostLoggerEndsTheRunOnTheScreen()
+    {
+        ClassBench bench(2);
+        connectAll(bench, 2);
+        bench.sample(0, 0);
+        bench.sample(0, 1);
+        QVERIFY(bench.action("stopAct")->isVisible());
+        bench.port(0)->hangUp();
+        QTRY_VERIFY(bench.action("runAct")->isVisible());
+        QVERIFY(bench.data(0)->finalData);
+        QCOMPARE(bench.data(0)->getXSize(), 2);
+        QCOMPARE(bench.window->findChild<Indicator*>()->state(0), Indicator::State::Off);
+        QVERIFY(!bench.logger(0)->isLoggerRecognized());
+        QVERIFY(!bench.data(1)->finalData);
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void startsAreSpread()
+    {
+        ClassBench bench(4);
+        connectAll(bench, 4);
+        bench.port(1)->hangUp();
+        QTRY_VERIFY(!bench.manager->isTembrinConnect(1));
+        QElapsedTimer clock;
+        QVector<QPair<int, qint64>> starts;
+        for (int i : {0, 2, 3}) {
+            bench.port(i)->onWrite = [i, &clock, &starts](const QByteArray& frame) {
+                if (frame == startFrame)
+                    starts.append({i, clock.nsecsElapsed() / 1000});
+            };
+        }
+        clock.start();
+        QTest::keyClick(bench.window.data(), Qt::Key_F5);
+        QTRY_COMPARE(starts.size(), 3);
+        QCOMPARE(starts[1].first, 2);
+        QCOMPARE(starts[2].first, 3);
+        for (int n : {1, 2}) {
+            const qint64 apart = starts[n].second - starts[n - 1].second;
+            QVERIFY2(apart > 24000 && apart < 60000, qPrintable(QString::number(apart)));
+        }
+        QVERIFY(bench.action("stopAct")->isVisible());
+    }
+
+    void aStopIsConfirmedOneLoggerAfterTheOther()
+    {
+        ClassBench bench(2);
+        connectAll(bench, 2);
+        bench.sample(0, 0);
+        bench.port(0)->writes.clear();
+        bench.port(1)->writes.clear();
+        QTest::keyClick(bench.window.data(), Qt::Key_Escape);
+        QCOMPARE(bench.port(0)->written(), bytes("47143372"));
+        QVERIFY(bench.port(1)->writes.isEmpty());
+        QVERIFY(!bench.action("runAct")->isEnabled());
+        QCOMPARE(bench.window->statusBar()->currentMessage(),
+                 QStringLiteral("Please wait while all Tembrin are being stopped"));
+        bench.port(0)->feed(status({{3, 0x33}, {7, 0}}));
+        QTRY_COMPARE(bench.port(1)->written(), bytes("47143372"));
+        QVERIFY(bench.data(0)->finalData);
+        bench.port(1)->feed(status({{3, 0x33}, {7, 0}}));
+        QTRY_VERIFY(bench.action("runAct")->isEnabled());
+        QVERIFY(bench.action("runAct")->isVisible());
+    }
+
+    void whatHasNoCommandStaysDisabled()
+    {
+        ClassBench bench(1);
+        connectAll(bench, 1);
+        for (const char* name : {"openAct", "saveAct", "printAct", "markerAct", "annotateAct", "cropAct",
+                                 "colabConnectAct", "basicSetupAct", "downloadAct", "advancedSetupAct"}) {
+            QVERIFY2(!bench.action(name)->isEnabled(), name);
+            QVERIFY2(!bench.action(name)->icon().isNull(), name);
+        }
+    }
+
+    void keysChooseTheLayout()
+    {
+        ClassBench bench(5);
+        QVERIFY(QTest::qWaitForWindowActive(bench.window.data()));
+        auto* grid = bench.window->findChild<QWidget*>(QStringLiteral("graphGridW"));
+        Plot* classPlot = bench.manager->plotC();
+        const bool expected[][2] = {{true, false}, {false, true}, {true, true}};
+        for (int i : {2, 1, 0}) {
+            QTest::keyClick(bench.window.data(), Qt::Key(Qt::Key_1 + i), Qt::ControlModifier);
+            QCOMPARE(grid->isVisible(), expected[i][0]);
+            QCOMPARE(classPlot->isVisible(), expected[i][1]);
+        }
+        // Five loggers: two rows of three.
+        QTRY_COMPARE(bench.manager->plotAt(3)->x(), bench.manager->plotAt(0)->x());
+        QVERIFY(bench.manager->plotAt(4)->y() > bench.manager->plotAt(2)->y());
+        QVERIFY(bench.manager->plotAt(5)->isHidden());
+    }
+
+private:
+    static void clickIcon(ClassBench& bench, int i)
+    {
+        auto* icon = bench.window->findChild<QLabel*>(QStringLiteral("loggerIcon%1").arg(i + 1));
+        QTest::mouseClick(icon, Qt::LeftButton);
+    }
+
+    static void connectAll(ClassBench& bench, int loggers)
+    {
+        for (int i = 0; i < loggers; ++i) {
+            QTRY_VERIFY(bench.port(i) && bench.port(i)->written().startsWith(firstQuestions));
+            bench.port(i)->feed(bytes(sensorListHex));
+            QTRY_VERIFY(bench.port(i)->written().endsWith(statusQuestion));
+            bench.port(i)->feed(status({{7, 0}}));
+            QTRY_VERIFY(bench.logger(i)->isLoggerRecognized());
+        }
+    }
+};
+
+QTEST_MAIN(TestMainWindow)
+#include "test_mainwindow.moc"
