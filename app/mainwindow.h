@@ -119,6 +119,11 @@ private:
     int nextToConnect = 0;  ///< which that is
     QLabel* hint = nullptr; ///< what to press while no logger can be reached
 
+    // Choice of the loggers, in mainwindow_group.cpp
+
+private Q_SLOTS:
+    void doSelectMLog();
+
     // Run and live data, in mainwindow_run.cpp
 
 private Q_SLOTS:

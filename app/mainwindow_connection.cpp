@@ -41,7 +41,8 @@ void MainWindow::connectNextLogger()
 
 void MainWindow::tryConnect(int index)
 {
-    if (mTembrin->isTryingToConnect(index))
+    // A retry may be due when the class has become smaller.
+    if (index >= mTembrin->nDefTembrins() || mTembrin->isTryingToConnect(index))
         return;
     mTembrin->setTryingToConnect(index, true);
     if (mTembrin->isTembrinConnect(index)) {

@@ -100,7 +100,7 @@ void MainWindow::createActions()
         {&MainWindow::markerAct, "markerAct", QT_TR_NOOP("&Marker"), "Marker", nullptr, QT_TR_NOOP("Set/remove up to 2 markers on graph"), true, {}},
         {&MainWindow::annotateAct, "annotateAct", QT_TR_NOOP("&Annotate"), "Annotate", nullptr, QT_TR_NOOP("Add annotations to graph"), true, {}},
         {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", nullptr, QT_TR_NOOP("Crop graph"), false, {}},
-        {&MainWindow::colabConnectAct, "colabConnectAct", QT_TR_NOOP("Connect"), "ColabConnect", nullptr, "", false, {}},
+        {&MainWindow::colabConnectAct, "colabConnectAct", QT_TR_NOOP("Connect"), "ColabConnect", &MainWindow::doSelectMLog, "", false, {}},
         {&MainWindow::basicSetupAct, "basicSetupAct", QT_TR_NOOP("Setup"), "Setup", nullptr, QT_TR_NOOP("Setup Tembrin"), false, {}},
         {&MainWindow::runAct, "runAct", QT_TR_NOOP("&Run"), "Run", &MainWindow::doRun, "", false, {Qt::Key_F5}},
         {&MainWindow::stopAct, "stopAct", QT_TR_NOOP("Stop"), "Stop", &MainWindow::doStopAll, QT_TR_NOOP("Stop Tembrin Run"), false, {Qt::Key_Escape, Qt::SHIFT | Qt::Key_F5}},

@@ -65,7 +65,7 @@ public:
 
     /// Looks for the paired loggers of this computer, half a second at most, and gives them.
     QVector<possibleDevice> getPairedDevices();
-    /// The loggers on USB converters, each named after its port.
+    /// The loggers on USB converters that are not among `devices`, each named after its port.
     QVector<possibleDevice> getUSBDevices();
 
     /// Opens the port that the settings name for this slot. Blocks, so it runs on a ConnectThread; whatever

@@ -1,12 +1,26 @@
 #include "protocol/tembrinprotocol.h"
 
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
 #include "app/common/settings.h"
 #include "link/serialmonitorthread.h"
 #include "protocol/tembrindata.h"
 
 namespace {
+
 const QString lastPortKey = QStringLiteral("lastBTPortName");
+
+/// What a port is behind all links; its own name where there are no device files.
+QString terminalOf(const QString& portName)
+{
+    const QString terminal = QFileInfo(QDir(QStringLiteral("/dev")).filePath(portName)).canonicalFilePath();
+    return terminal.isEmpty() ? portName : terminal;
 }
+
+} // namespace
 
 QVector<possibleDevice> TembrinProtocol::getPairedDevices()
 {
@@ -18,6 +32,11 @@ QVector<possibleDevice> TembrinProtocol::getUSBDevices()
 {
     QVector<possibleDevice> found;
     for (const QString& name : scanUSB().ports) {
+        const bool isKnown = std::any_of(devices.cbegin(), devices.cend(), [&](const possibleDevice& device) {
+            return terminalOf(device.portName) == terminalOf(name);
+        });
+        if (isKnown)
+            continue;
         possibleDevice device;
         device.portName = name;
         device.name = name;

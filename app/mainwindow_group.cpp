@@ -1,0 +1,24 @@
+#include "app/mainwindow.h"
+
+#include "app/common/settings.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "classroom/selectmanyloggers.h"
+#include "protocol/tembrinprotocol.h"
+
+#include <QPointer>
+
+void MainWindow::doSelectMLog()
+{
+    const QVector<possibleDevice> devices = tembrin->getPairedDevices() + tembrin->getUSBDevices();
+    const QPointer<selectManyLoggers> dialog = new selectManyLoggers(mTembrin, devices, this);
+    dialog->exec();
+    if (!dialog)
+        return;
+    dialog->deleteLater();
+    if (!dialog->saved)
+        return;
+    disconnectAll();
+    Settings::mainStore().setValue(QLatin1String(Settings::numDefined), dialog->nTembrins);
+    setDisplayForNLoggers(dialog->nTembrins);
+    tryConnectAll();
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QAbstractItemDelegate>
+#include <QDialog>
+#include <QVector>
+
+#include "link/possibledevice.h"
+
+class QLabel;
+class QListWidget;
+class QPushButton;
+class multiConnectionsManager;
+
+/// Chooses the loggers of the class among the paired ones and names their groups. What is saved decides which
+/// ports the slots open next; the running connections take no notice.
+class selectManyLoggers : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /// Shows the devices of `devList` whose ports are stored for a slot as used, the others as unused.
+    selectManyLoggers(multiConnectionsManager* mTembrin, const QVector<possibleDevice>& devList,
+                      QWidget* parent = nullptr);
+
+    bool saved = false; ///< the person pressed Connect
+    int nTembrins = 0;  ///< loggers in use, 8 at most
+
+private Q_SLOTS:
+    void on_pushAdd_clicked();
+    void on_pushRemove_clicked();
+    void on_pushButton_Save_clicked();
+    void on_pushButton_Connect_clicked();
+    void on_pushButton_clicked();
+    void ListWidgetEditEnd(QWidget* editor, QAbstractItemDelegate::EndEditHint hint);
+
+private:
+    QListWidget* createList(const QString& name, const QString& title);
+    QPushButton* createButton(const QString& name, const QString& text, void (selectManyLoggers::*slot)());
+    void createLayout();
+    void sortOut(const QVector<possibleDevice>& devList);
+    void refresh();
+    void nameGroups();
+    void updateButtons();
+    QString hintText() const;
+    void move(QListWidget* fromList, QVector<possibleDevice>& from, QListWidget* toList,
+              QVector<possibleDevice>& to, int most);
+
+    multiConnectionsManager* mTembrin;
+    QVector<possibleDevice> unused;
+    QVector<possibleDevice> used; ///< in the order of slots
+    QListWidget* listPaired;
+    QListWidget* listUsed;
+    QPushButton* pushAdd;
+    QPushButton* pushRemove;
+    QPushButton* pushButton_Save;
+    QPushButton* pushButton_Connect;
+    QPushButton* pushButton; ///< Cancel
+    QLabel* hint;            ///< says what can't be seen: why there is nothing, or no more
+};
