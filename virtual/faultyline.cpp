@@ -62,18 +62,20 @@ bool FaultyLine::happens(double percent)
     return percent > 0 && random() % 1000000 < percent * 10000;
 }
 
-void FaultyLine::push(qint64 due, const QByteArray& bytes, const LoggerPackets& completed)
+void FaultyLine::push(qint64 due, const LineWrite& write)
 {
     const qint64 before = pieces.empty() ? due : pieces.back().due;
-    pieces.push_back({qMax(due, before), {bytes, completed}});
+    pieces.push_back({qMax(due, before), write});
 }
 
 void FaultyLine::send(const LoggerPackets& packets, qint64 now)
 {
     for (const LoggerPacket& packet : packets) {
         const bool isAnswer = packet.run == 0;
-        if ((isAnswer && happens(faults.silent)) || happens(faults.lose))
+        if ((isAnswer && happens(faults.silent)) || happens(faults.lose)) {
+            push(now, {packet.bytes, {}, true});
             continue;
+        }
         qint64 due = now + (isAnswer ? qint64(faults.late * nsPerMs) : 0);
         QByteArray bytes = packet.bytes;
         if (happens(faults.badsum))
@@ -82,15 +84,15 @@ void FaultyLine::send(const LoggerPackets& packets, qint64 now)
             QByteArray garbage;
             for (int left = 1 + upTo(mostGarbage - 1); left > 0; --left)
                 garbage += char(upTo(255));
-            push(due, garbage, {});
+            push(due, {garbage});
         }
         if (happens(faults.cut) && bytes.size() > 1) {
             const int at = 1 + upTo(bytes.size() - 2);
-            push(due, bytes.left(at), {});
+            push(due, {bytes.left(at)});
             bytes.remove(0, at);
             due += qint64((1 + upTo(longestPause - 1)) * nsPerMs);
         }
-        push(due, bytes, isAnswer ? LoggerPackets() : LoggerPackets{packet});
+        push(due, {bytes, isAnswer ? LoggerPackets() : LoggerPackets{packet}});
     }
 }
 
@@ -109,7 +111,7 @@ QVector<LineWrite> FaultyLine::take(qint64 now)
     const bool isBurst = faults.burst > 0;
     while (!pieces.empty() && pieces.front().due <= now) {
         const LineWrite& write = pieces.front().write;
-        if (isBurst && !writes.isEmpty()) {
+        if (isBurst && !writes.isEmpty() && writes.last().isLost == write.isLost) {
             writes.last().bytes += write.bytes;
             writes.last().completed += write.completed;
         } else {

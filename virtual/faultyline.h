@@ -25,11 +25,13 @@ struct LineFaults
     static QStringList names();
 };
 
-/// One write on the port. `completed` are the samples whose last byte is in it.
+/// One write on the port. `completed` are the samples whose last byte is in it. What is lost shows up too,
+/// for the log; it is not to be written.
 struct LineWrite
 {
     QByteArray bytes;
-    LoggerPackets completed;
+    LoggerPackets completed = {};
+    bool isLost = false;
 };
 
 /// Carries packets from a logger to its port in order, and does to them what the faults say. Reproducible by
@@ -60,7 +62,7 @@ private:
 
     bool happens(double percent);
     int upTo(int last) { return int(random() % unsigned(last + 1)); }
-    void push(qint64 due, const QByteArray& bytes, const LoggerPackets& completed);
+    void push(qint64 due, const LineWrite& write);
 
     std::mt19937 random;
     std::deque<Piece> pieces;

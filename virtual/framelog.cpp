@@ -6,6 +6,9 @@
 
 namespace {
 
+/// In the order of FrameLog::Fate.
+const char* const fates[] = {"", ", lost on the line", ", not sent: nobody listens"};
+
 bool openFile(QFile& file, const QString& path, QString* error)
 {
     file.setFileName(path);
@@ -41,7 +44,7 @@ bool FrameLog::openRecord(const QString& path, QString* error)
     return openFile(samples, path, error);
 }
 
-void FrameLog::note(int logger, const QString& name, const QByteArray& bytes, bool isFromLogger, bool isSent)
+void FrameLog::note(int logger, const QString& name, const QByteArray& bytes, bool isFromLogger, Fate fate)
 {
     if (!isLogging())
         return;
@@ -49,7 +52,7 @@ void FrameLog::note(int logger, const QString& name, const QByteArray& bytes, bo
          QStringLiteral("%1 %2 | %3%4")
              .arg(isFromLogger ? QStringLiteral("->") : QStringLiteral("<-"),
                   QString::fromLatin1(bytes.toHex(' ')).toUpper(), Wire::describe(bytes, isFromLogger),
-                  isSent ? QString() : QStringLiteral(", not sent: nobody listens")));
+                  QLatin1String(fates[fate])));
 }
 
 void FrameLog::note(int logger, const QString& name, const QString& event)

@@ -19,9 +19,15 @@ public:
     bool openRecord(const QString& path, QString* error);
     bool isLogging() const { return log.isOpen(); }
 
-    /// A frame, or what else went over the line in one piece. `isSent` is false where nobody took it.
-    void note(int logger, const QString& name, const QByteArray& bytes, bool isFromLogger,
-              bool isSent = true);
+    enum Fate
+    {
+        Sent,
+        Lost,   ///< by a fault of the line
+        Unheard ///< nobody had the port open
+    };
+
+    /// A frame, or what else went over the line in one piece.
+    void note(int logger, const QString& name, const QByteArray& bytes, bool isFromLogger, Fate fate);
     void note(int logger, const QString& name, const QString& event);
     /// One line a sample: logger and run (both from 1), sample number, CLOCK_MONOTONIC in ns just before the
     /// write, sample bytes in hexadecimal.

@@ -51,7 +51,8 @@ void watchSignals(QCoreApplication& application)
                      [] { QCoreApplication::exit(ExitGood); });
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         std::signal(number, tellSignal);
-    std::signal(SIGPIPE, SIG_IGN);
+    for (const int number : {SIGPIPE, SIGTTIN})
+        std::signal(number, SIG_IGN);
 }
 
 void execute(VirtualCommands& commands, const QString& line)

@@ -46,7 +46,7 @@ void VirtualClass::addPlace(const LoggerIdentity& identity, const QString& direc
     place->port = std::make_unique<VirtualPort>(QDir(directory).filePath(identity.name));
     place->line = FaultyLine(identity.seed);
     place->logger->setListener([this, index](const QByteArray& frame) {
-        frameLog.note(index, logger(index).identity().name, frame, false);
+        frameLog.note(index, logger(index).identity().name, frame, false, FrameLog::Sent);
     });
     connect(place->port.get(), &VirtualPort::received, this, [this, index](const QByteArray& bytes) {
         act(index, [&bytes](VirtualLogger& logger, qint64 time) { return logger.receive(bytes, time); });
@@ -100,12 +100,16 @@ void VirtualClass::send(int index, const LoggerPackets& packets, qint64 time)
 
 void VirtualClass::write(int index, qint64 time)
 {
+    const QString& name = logger(index).identity().name;
     for (const LineWrite& write : places[size_t(index)]->line.take(time)) {
         const qint64 written = now();
-        const bool isSent = port(index).write(write.bytes);
-        if (isSent)
+        const bool isTaken = !write.isLost && port(index).write(write.bytes);
+        if (isTaken)
             frameLog.record(index, write.completed, written);
-        frameLog.note(index, logger(index).identity().name, write.bytes, true, isSent);
+        frameLog.note(index, name, write.bytes, true,
+                      write.isLost ? FrameLog::Lost
+                      : isTaken    ? FrameLog::Sent
+                                   : FrameLog::Unheard);
     }
 }
 

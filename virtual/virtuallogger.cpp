@@ -276,11 +276,15 @@ LoggerPacket VirtualLogger::externalEvent() const
     return {Wire::packet(Wire::ExternalEvent, body)};
 }
 
-/// The sensors in the slots as they are now, plugged ones and chosen Vernier ones in the sockets' places.
+/// The sensors in the slots as they are now, plugged ones and chosen Vernier ones in the sockets' places. On
+/// old firmware the language says which temperature probe was sold with the logger.
 QVector<int> VirtualLogger::slotIds() const
 {
     QVector<int> ids = self.model->sensorIds();
+    const bool isOld = self.firmwareMajor * 100 + self.firmwareMinor <= 209;
     for (int& id : ids) {
+        if (isOld && (id == SENSOR_EXT_TEMP || id == SENSOR_EXT_TEMP_NTC))
+            id = language == 2 ? SENSOR_EXT_TEMP_NTC : SENSOR_EXT_TEMP;
         if (id != SENSOR_EXTERNAL && id != SENSOR_EXTERNAL_B)
             continue;
         const int socket = id == SENSOR_EXTERNAL ? 0 : 1;

@@ -109,7 +109,7 @@ private:
     struct Download
     {
         bool isOn = false;
-        bool wasRepeated = false;
+        int repeats = 0; ///< of the packet sent last
         Experiment experiment;
         QByteArray data;
         int nextPacket = 0;

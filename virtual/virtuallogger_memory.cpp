@@ -7,7 +7,8 @@
 namespace {
 
 constexpr int packetSize = 767;
-constexpr qint64 lateRequest = 300000000; // the program asks again after 400 ms without a packet
+constexpr int mostRepeats = 3;            // then it was the program that is slow
+constexpr qint64 lateRequest = 350000000; // the program asks again after 400 ms without a packet
 
 } // namespace
 
@@ -53,8 +54,9 @@ void VirtualLogger::beginDownload(int number, qint64 now, LoggerPackets& out)
 void VirtualLogger::sendNextPacket(qint64 now, LoggerPackets& out)
 {
     const bool isLate = download.nextPacket > 0 && now - download.lastSent >= lateRequest;
-    if (download.isOn && isLate && !download.wasRepeated && self.resend == LoggerIdentity::ResendSame) {
-        download.wasRepeated = true;
+    if (download.isOn && isLate && download.repeats < mostRepeats &&
+        self.resend == LoggerIdentity::ResendSame) {
+        download.repeats += 1;
         download.lastSent = now;
         out.append(dataPacket(download.nextPacket - 1));
         return;
@@ -67,7 +69,7 @@ void VirtualLogger::sendNextPacket(qint64 now, LoggerPackets& out)
         out.append(status(Wire::NextPacket, now));
         return;
     }
-    download.wasRepeated = false;
+    download.repeats = 0;
     download.nextPacket += 1;
     download.lastSent = now;
     out.append(packet);

@@ -84,8 +84,8 @@ void VirtualPort::close()
 {
     if (!isOpen())
         return;
-    partnerTimer.stop();
     setPartner(false);
+    partnerTimer.stop();
     readNotifier.reset();
     writeNotifier.reset();
     ::close(master);
@@ -145,7 +145,10 @@ void VirtualPort::setPartner(bool isThere)
         return;
     isPartnerThere = isThere;
     readNotifier->setEnabled(isThere);
-    if (!isThere) {
+    if (isThere) {
+        partnerTimer.stop(); // that it leaves is seen by reading
+    } else {
+        partnerTimer.start();
         waiting.clear();
         writeNotifier->setEnabled(false);
     }

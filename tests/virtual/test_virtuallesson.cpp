@@ -24,6 +24,8 @@ QByteArray drain(FaultyLine& line, QVector<qint64>* times = nullptr, LoggerPacke
     QByteArray bytes;
     for (qint64 due = line.nextDue(); due >= 0; due = line.nextDue()) {
         for (const LineWrite& write : line.take(due)) {
+            if (write.isLost)
+                continue;
             bytes += write.bytes;
             if (times)
                 times->append(due / ms);

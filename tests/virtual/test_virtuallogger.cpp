@@ -328,8 +328,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("mode");
         QTest::addColumn<QVector<int>>("numbers");
-        QTest::newRow("same") << int(LoggerIdentity::ResendSame) << QVector<int>{0, 1, 1, 2, 2};
-        QTest::newRow("next") << int(LoggerIdentity::ResendNext) << QVector<int>{0, 1, 2, 3, 3};
+        QTest::newRow("same") << int(LoggerIdentity::ResendSame) << QVector<int>{0, 1, 1, 1, 1, 2, 2};
+        QTest::newRow("next") << int(LoggerIdentity::ResendNext) << QVector<int>{0, 1, 2, 3, 4, 5, 5};
     }
 
     void aLateRequestMeansALostPacket()
@@ -341,7 +341,7 @@ private Q_SLOTS:
         Bench bench(identity);
         bench.tell("47144402");
         QVector<int> numbers;
-        for (const int delay : {0, 1, 400, 800}) {
+        for (const int delay : {0, 1, 400, 800, 400, 400}) {
             bench.wait(delay);
             numbers.append(word(joined(bench.tell("471446")), 4));
         }
