@@ -1,0 +1,167 @@
+// How the kinds of markers are drawn.
+
+#include "graph/myplotmarker.h"
+
+#include <QPainter>
+#include <QPolygonF>
+
+#include <algorithm>
+#include <cmath>
+
+#include <qwt_text.h>
+
+#include "graph/balloonshape.h"
+
+namespace {
+
+constexpr double textFrame = 3;    // pixels round a text
+constexpr double hatchStep = 5;    // pixels between the lines of an integral
+constexpr double tangentPart = 20; // of the canvas width, half the length of a tangent
+constexpr double farOutside = 1e6;
+
+const QColor boxColor(247, 247, 247);
+
+/// A stretch of time in pixels, cut to what a canvas shows.
+struct PixelSpan
+{
+    double from;
+    double to;
+};
+
+PixelSpan visibleSpan(double x0, double x1, const QwtScaleMap& xMap, const QRectF& canvasRect)
+{
+    const double p0 = xMap.transform(x0);
+    const double p1 = xMap.transform(x1);
+    return {std::max(std::min(p0, p1), canvasRect.left() - hatchStep),
+            std::min(std::max(p0, p1), canvasRect.right() + hatchStep)};
+}
+
+double clamped(double pixel)
+{
+    return std::clamp(pixel, -farOutside, farOutside);
+}
+
+} // namespace
+
+void myPlotMarker::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                        const QRectF& canvasRect) const
+{
+    if (!shown)
+        return;
+    const QwtScaleMap map = ownMap(yMap);
+    const QPointF pos(xMap.transform(xValue()), map.transform(yValue()));
+    painter->save();
+    painter->setPen(QPen(Qt::black, 1));
+    switch (type) {
+    case MARKER_ANNOTATE:
+        if (bubble)
+            drawBalloon(painter, pos);
+        else
+            drawTextBox(painter, pos);
+        break;
+    case MARKER_FLOATING_TEXT:
+        drawPointer(painter, pos, xMap, map);
+        drawTextBox(painter, pos);
+        break;
+    case MARKER_TANGENT:
+        drawTangent(painter, pos, xMap, map, canvasRect);
+        break;
+    case MARKER_INTEGRAL:
+        drawIntegral(painter, xMap, map, canvasRect);
+        break;
+    case MARKER_REGRESSION:
+        drawRegression(painter, xMap, map, canvasRect);
+        break;
+    case MARKER_X:
+    case MARKER_X_GHOST:
+    case MARKER_BUBBLE_TIP:
+    case MARKER_FFT:
+    case MARKER_LAST:
+        break;
+    }
+    painter->restore();
+    QwtPlotMarker::draw(painter, xMap, map, canvasRect);
+}
+
+void myPlotMarker::drawPointer(QPainter* painter, const QPointF& pos, const QwtScaleMap& xMap,
+                               const QwtScaleMap& map) const
+{
+    const double x = connectTo ? connectTo->xValue() : pointToXVal;
+    const double y = connectTo ? connectTo->yValue() : pointToYVal;
+    painter->drawLine(pos, QPointF(clamped(xMap.transform(x)), clamped(map.transform(y))));
+}
+
+void myPlotMarker::drawTextBox(QPainter* painter, const QPointF& pos) const
+{
+    QRectF box(QPointF(), label().textSize());
+    box.moveCenter(pos);
+    painter->setBrush(boxColor);
+    painter->drawRect(box.adjusted(-textFrame, -textFrame, textFrame, textFrame));
+}
+
+void myPlotMarker::drawBalloon(QPainter* painter, const QPointF& pos) const
+{
+    const QRectF box = balloonRect(pos);
+    QPen pen(Qt::black, 2);
+    pen.setCosmetic(true);
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setRenderHint(QPainter::SmoothPixmapTransform);
+    painter->setPen(pen);
+    painter->setBrush(boxColor);
+    painter->drawPath(BalloonShape::outline(box, balloonTip(pos), BUBBLE_MARGIN));
+    if (!bubPic)
+        return;
+    const QSizeF size = pictureSize();
+    const QPointF corner(box.center().x() - size.width() / 2, box.top() + BUBBLE_MARGIN);
+    painter->drawPixmap(QRectF(corner, size), pic, QRectF(pic.rect()));
+}
+
+void myPlotMarker::drawTangent(QPainter* painter, const QPointF& pos, const QwtScaleMap& xMap,
+                               const QwtScaleMap& map, const QRectF& canvasRect) const
+{
+    const QPointF behind(xMap.transform(xValue() - 1), map.transform(yValue() - slope));
+    const QPointF way = pos - behind;
+    const double length = std::hypot(way.x(), way.y());
+    if (!std::isfinite(length) || length == 0)
+        return;
+    const QPointF half = way * (canvasRect.width() / tangentPart / length);
+    painter->setPen(QPen(Qt::black, 3));
+    painter->drawLine(pos - half, pos + half);
+}
+
+void myPlotMarker::drawIntegral(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,
+                                const QRectF& canvasRect) const
+{
+    if (!curve)
+        return;
+    painter->setPen(QPen(curve->getColor(), 1));
+    const double zero = clamped(map.transform(0));
+    const double first = xMap.transform(linX0);
+    const PixelSpan seen = visibleSpan(linX0, linX1, xMap, canvasRect);
+    // The lines stand on the same pixels of the area however much of it is seen.
+    for (double at = first + std::ceil((seen.from - first) / hatchStep) * hatchStep; at <= seen.to;
+         at += hatchStep) {
+        const double top = map.transform(curve->getYForX(xMap.invTransform(at)));
+        if (std::isfinite(top))
+            painter->drawLine(QPointF(at, zero), QPointF(at, clamped(top)));
+    }
+}
+
+void myPlotMarker::drawRegression(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,
+                                  const QRectF& canvasRect) const
+{
+    const PixelSpan seen = visibleSpan(linX0, linX1, xMap, canvasRect);
+    QPolygonF line;
+    const auto addAt = [&](double pixel) {
+        const double row = map.transform(calcRegValue(xMap.invTransform(pixel)));
+        if (std::isfinite(row))
+            line.append(QPointF(pixel, clamped(row)));
+    };
+    for (double pixel = seen.from; pixel < seen.to; ++pixel)
+        addAt(pixel);
+    if (seen.from <= seen.to)
+        addAt(seen.to);
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(QPen(Qt::black, 2));
+    painter->drawPolyline(line);
+}
