@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include <QEvent>
+#include <QFontMetrics>
+#include <QResizeEvent>
 
 #include <qwt_legend.h>
 #include <qwt_picker_machine.h>
@@ -26,6 +27,18 @@
 namespace {
 
 constexpr int axisFontSize = 11;
+constexpr int leastTitleSize = 8;
+constexpr int leastLegendSize = 8;
+constexpr int greatestLegendSize = 13;
+constexpr int pixelsPerLegendPoint = 64; // of the graph's width
+
+// The title font of the language, or the next smaller one whose text has room.
+QFont fitted(QFont font, const QString& text, int room)
+{
+    while (font.pointSize() > leastTitleSize && QFontMetrics(font).horizontalAdvance(text) > room)
+        font.setPointSize(font.pointSize() - 1);
+    return font;
+}
 
 QString busyTitle()
 {
@@ -48,9 +61,11 @@ Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget*
     , type(type)
     , index(index)
     , columnPainter(std::make_unique<CurvePainter>())
+    , titleFont(titleLabel()->font())
+    , axisTitleFont(axisTitle(yLeft).font())
 {
     const QString group = data->getGroupName();
-    setTitle(group.isEmpty() ? tr("New experiment") : group);
+    updateTitle(group.isEmpty() ? tr("New experiment") : group);
     createCanvas();
     createGrid();
     const QSettings store = Settings::mainStore();
@@ -102,6 +117,8 @@ void Plot::createAxes()
     font.setPointSize(axisFontSize);
     setAxisFont(xBottom, font);
     setAxisFont(yLeft, font);
+    for (int axisID : {xBottom, yLeft})
+        axisWidget(axisID)->setMargin(0);
     myTimeScale = new TimeScaleDraw(type == GRAPH_BAR);
     setAxisScaleEngine(xBottom, new TimeScaleEngine(myTimeScale));
     setAxisScaleDraw(xBottom, myTimeScale);
@@ -136,19 +153,37 @@ void Plot::setGrid(bool shown)
 
 void Plot::setAxisTitleAndSize(int axisID, const QString& text, int /*size*/)
 {
-    QwtText title(text);
-    QFont font = axisTitle(axisID).font();
+    QFont font = axisTitleFont;
     if (Common::isLocale(QStringLiteral("he"))) {
         font = QFont(QStringLiteral("Arial"), 16, QFont::Bold);
         font.setLetterSpacing(QFont::AbsoluteSpacing, 1);
     }
-    title.setFont(font);
+    const QSize room = axisWidget(axisID)->size();
+    QwtText title(text);
+    title.setFont(fitted(font, text, axisID == xBottom ? room.width() : room.height()));
     setAxisTitle(axisID, title);
 }
 
 void Plot::updateTitle(const QString& text)
 {
-    setTitle(text);
+    QwtText newTitle(text);
+    newTitle.setFont(fitted(titleFont, text, width()));
+    setTitle(newTitle);
+}
+
+// A cell of a class of eight is small, a graph on the wall is large.
+void Plot::resizeEvent(QResizeEvent* event)
+{
+    QwtPlot::resizeEvent(event);
+    updateTitle(title().text());
+    for (int axisID : {xBottom, yLeft})
+        setAxisTitleAndSize(axisID, axisTitle(axisID).text(), 0);
+    if (legendView) {
+        QFont font = legendView->font();
+        font.setPointSize(qBound(leastLegendSize, width() / pixelsPerLegendPoint, greatestLegendSize));
+        legendView->setFont(font);
+    }
+    axesChanged = true;
 }
 
 void Plot::setTempTitle()
@@ -156,7 +191,7 @@ void Plot::setTempTitle()
     if (title().text() == busyTitle())
         return;
     realTitle = title().text();
-    setTitle(busyTitle());
+    updateTitle(busyTitle());
     Q_EMIT titleChanged(busyTitle());
 }
 
@@ -164,13 +199,13 @@ void Plot::restoreTitle()
 {
     if (title().text() != busyTitle())
         return;
-    setTitle(realTitle);
+    updateTitle(realTitle);
     Q_EMIT titleChanged(realTitle);
 }
 
 void Plot::otherTitleChanged(const QString& text)
 {
-    setTitle(text);
+    updateTitle(text);
 }
 
 void Plot::updateXAxisVisibility(bool shown)

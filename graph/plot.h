@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QFont>
 #include <QMutex>
 #include <QPointer>
 #include <QString>
@@ -126,6 +127,7 @@ Q_SIGNALS:
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void drawItems(QPainter* painter, const QRectF& canvasRect,
                    const QwtScaleMap maps[axisCnt]) const override;
 
@@ -204,6 +206,8 @@ private:
 
     const std::unique_ptr<CurvePainter> columnPainter;
     QVector<myPlotCurve*> curves; ///< one per sensor, in sensor order
+    const QFont titleFont;        ///< the largest that titles take
+    const QFont axisTitleFont;
     QwtPlotGrid* grid = nullptr;
     QwtPlotPicker* zoomer = nullptr;
     TimeScaleDraw* myTimeScale = nullptr; ///< owned by the bottom axis

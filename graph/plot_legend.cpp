@@ -3,9 +3,11 @@
 #include "graph/plot.h"
 
 #include <QColor>
+#include <QLayout>
 #include <QPen>
 
 #include <qwt_legend.h>
+#include <qwt_legend_label.h>
 #include <qwt_symbol.h>
 
 #include "app/common/userprompt.h"
@@ -16,6 +18,8 @@
 namespace {
 
 constexpr int symbolSize = 10;
+constexpr QSize iconSize(22, 10);
+constexpr int itemMargin = 1;
 
 } // namespace
 
@@ -24,15 +28,17 @@ void Plot::createLegend()
     legendView = new QwtLegend(this);
     legendView->setObjectName(QStringLiteral("legend"));
     legendView->setDefaultItemMode(QwtLegendData::Clickable);
+    legendView->contentsWidget()->layout()->setSpacing(0);
     insertLegend(legendView, RightLegend);
     connect(legendView, &QwtLegend::clicked, this, &Plot::handleLegend);
 }
 
 void Plot::watchLegendItem(myPlotCurve* curve)
 {
-    QWidget* const item = legendView->legendWidget(itemToInfo(curve));
+    auto* const item = qobject_cast<QwtLegendLabel*>(legendView->legendWidget(itemToInfo(curve)));
     if (!item)
         return;
+    item->setMargin(itemMargin);
     item->installEventFilter(this);
     legendItems.append(item);
 }
@@ -76,6 +82,7 @@ void Plot::designCurve(int i)
     if (i < 0 || i >= curves.size())
         return;
     myPlotCurve* const curve = curves[i];
+    curve->setLegendIconSize(iconSize);
     const bool isXSensor = data->isXYPlot() && data->getXYIndex() == i;
     const bool isSymbol = curve->isSymbol() && !isXSensor;
     const bool isLine = curve->isLine() && !isXSensor;

@@ -144,7 +144,7 @@ void Plot::changeTitle()
     if (!alive || !answer || answer->isEmpty())
         return;
     data->setNeedSave(true);
-    setTitle(*answer);
+    updateTitle(*answer);
     Q_EMIT titleChanged(*answer);
 }
 

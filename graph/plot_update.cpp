@@ -176,6 +176,7 @@ void Plot::updateXY()
         setAxisRange(yLeft, scaler->getScaleMin(activeSens), scaler->getScaleMax(activeSens));
         setAxisRange(xBottom, scaler->getScaleMin(iX), scaler->getScaleMax(iX));
     }
+    setAxisText(xBottom, sensorTitle(data->getXYIndex()));
     if (myTimeScale->getUnit() != UNIT_SEC) {
         myTimeScale->setUnit(UNIT_SEC);
         renewTicks();
@@ -193,7 +194,6 @@ void Plot::leaveXY()
     setAxisAuto(xBottom);
 }
 
-// The data set's own texts would not tell that the x axis is a sensor's, so the title is set here.
 void Plot::setXYIndex(int sel)
 {
     const int before = data->getXYIndex();
@@ -204,7 +204,6 @@ void Plot::setXYIndex(int sel)
         usingZoom = false;
     }
     data->setXYIndex(sel);
-    setAxisText(xBottom, sel >= 0 ? sensorTitle(sel) : timeTitle());
     for (int i : {sel, before})
         designCurve(i);
     axesChanged = true;
