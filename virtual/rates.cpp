@@ -75,23 +75,32 @@ QString LoggerRates::name(int rate, int type)
 int LoggerRates::find(const QString& name, int type, int major, int minor)
 {
     for (int rate = 0; rate <= lastRate; ++rate) {
-        const bool isKnown = type == LoggerModel::Vorta
-                                 ? rate >= 1 && rate <= lastVortaRate
-                                 : fromCode(toCode(rate, type, major, minor), type, major, minor) == rate;
-        if (isKnown && name.compare(LoggerRates::name(rate, type), Qt::CaseInsensitive) == 0)
+        if (isKnown(rate, type, major, minor) &&
+            name.compare(LoggerRates::name(rate, type), Qt::CaseInsensitive) == 0)
             return rate;
     }
     return -1;
 }
 
-QStringList LoggerRates::names()
+QStringList LoggerRates::names(int type, int major, int minor)
 {
     QStringList list;
-    for (const Rate& rate : rates)
-        list.append(QString::fromLatin1(rate.name));
-    list.append(QString::fromLatin1(vortaRates[lastVortaRate].name));
-    list.removeDuplicates();
+    for (int rate = 0; rate <= lastRate; ++rate) {
+        if (isKnown(rate, type, major, minor))
+            list.append(name(rate, type));
+    }
     return list;
+}
+
+/// Whether a logger of that type and firmware has the rate.
+bool LoggerRates::isKnown(int rate, int type, int major, int minor)
+{
+    if (type == LoggerModel::Vorta)
+        return rate >= 1 && rate <= lastVortaRate;
+    const Table table = tableOf(major, minor);
+    if ((table == Table::Old && rate > 7) || (table == Table::Middle && rate == 8))
+        return false;
+    return fromCode(toCode(rate, type, major, minor), type, major, minor) == rate;
 }
 
 int LoggerRates::fromCode(int code, int type, int major, int minor)

@@ -15,7 +15,7 @@ public:
     static QString name(int rate, int type);
     /// The rate of that name ("10/Sec", "manual") which the firmware has; -1 if there is none.
     static int find(const QString& name, int type, int major, int minor);
-    static QStringList names();
+    static QStringList names(int type, int major, int minor);
 
     /// Between the code of the wire and the rate, for a type and a firmware; a code that leads beyond the
     /// rates gives the fastest one.
@@ -27,4 +27,7 @@ public:
     static int sampleCount(int index, int type);
     /// The index of a count or an index given as text; -1 if it is neither.
     static int sampleIndex(const QString& text, int type);
+
+private:
+    static bool isKnown(int rate, int type, int major, int minor);
 };

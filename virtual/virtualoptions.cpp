@@ -80,7 +80,8 @@ void addOptions(QCommandLineParser& parser)
 {
     const auto add = [&parser](const char* name, const char* text, const char* value,
                                const QString& standard = {}) {
-        parser.addOption({QLatin1String(name), QLatin1String(text), QLatin1String(value), standard});
+        const QString shown = standard.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(standard);
+        parser.addOption({QLatin1String(name), QLatin1String(text) + shown, QLatin1String(value), standard});
     };
     const auto addFlag = [&parser](const char* name, const char* text) {
         parser.addOption({QLatin1String(name), QLatin1String(text)});
@@ -94,7 +95,8 @@ void addOptions(QCommandLineParser& parser)
         "NAME");
     add("firmware", "Firmware version.", "X.YY", QStringLiteral("4.05"));
     add("rate", "Sample rate at the start, such as 10/Sec.", "NAME", QStringLiteral("10/Sec"));
-    add("samples", "Samples of a run at the start: 10, 100, 1000, 10000 or 30000.", "N",
+    add("samples",
+        "Samples of a run at the start: 10, 100, 1000, 10000 or 30000; for a Vorta logger any number.", "N",
         QStringLiteral("1000"));
     add("sensors", "Sensors that are on at the start: default, all, or sensor IDs by commas.", "LIST",
         QStringLiteral("default"));
@@ -178,7 +180,8 @@ void readSetting(Reader& reader, LoggerIdentity& identity)
         reader.complain(QStringLiteral("rate"),
                         QStringLiteral("%1 with this firmware has no rate \"%2\"; the rates are %3")
                             .arg(QLatin1String(identity.model->constant), rate,
-                                 LoggerRates::names().join(QStringLiteral(", "))));
+                                 LoggerRates::names(type, identity.firmwareMajor, identity.firmwareMinor)
+                                     .join(QStringLiteral(", "))));
     identity.samplesIndex = LoggerRates::sampleIndex(reader.text(QStringLiteral("samples")), type);
     if (identity.samplesIndex < 0)
         reader.complain(QStringLiteral("samples"), QStringLiteral("takes 10, 100, 1000, 10000 or 30000"));

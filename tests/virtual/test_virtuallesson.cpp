@@ -239,6 +239,9 @@ private Q_SLOTS:
         row("--model Oak", "no model \"Oak\"");
         row("--firmware 4", "such as 4.05");
         row("--rate 1000/Sec", "no rate \"1000/Sec\"");
+        row("--rate x --firmware 4.02", "10/Sec, 25/Sec, 100/Sec, 1000/Sec, 100000/Sec");
+        row("--rate x --firmware 1.30 --model 17", "1/Sec, 10/Sec, 100/Sec, 1000/Sec, 25000/Sec");
+        row("--rate x --model Vorta", "rates are 1/Sec, 10/Sec, 25/Sec, 100/Sec, 500/Sec");
         row("--samples 55", "30000");
         row("--sensors UV", "sensor ID");
         row("--plug 1=99", "101 to 114");
