@@ -7,6 +7,7 @@
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "instruments/indicator.h"
+#include "link/connectthread.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 
@@ -53,6 +54,8 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
 
 MainWindow::~MainWindow()
 {
+    for (ConnectThread* attempt : findChildren<ConnectThread*>())
+        attempt->wait();
     // The graphs read the data sets, and the sessions report to the window: both go before its members.
     delete takeCentralWidget();
     for (int i = 0; i < mTembrin->nMaxTembrins(); ++i)

@@ -51,7 +51,7 @@ void MainWindow::tryConnect(int index)
     }
     setActionEnabled(advancedSetupAct, false);
     statusBar()->showMessage(tr("Trying to connect to Tembrin, please wait.."));
-    (new ConnectThread(mTembrin->tembrinAt(index)))->start();
+    (new ConnectThread(mTembrin->tembrinAt(index), this))->start();
 }
 
 void MainWindow::tryConnect(int index, int msDelay)

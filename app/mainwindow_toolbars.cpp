@@ -88,33 +88,40 @@ void MainWindow::createActions()
         const char* icon;
         void (MainWindow::*slot)(); ///< null: the command does not exist
         const char* statusTip;
-        bool checkable;
         QList<QKeySequence> keys;
     };
     // clang-format off
     const Row rows[] = {
-        {&MainWindow::openAct, "openAct", QT_TR_NOOP("&Open"), "Open", nullptr, "", false, {}},
-        {&MainWindow::saveAct, "saveAct", QT_TR_NOOP("Save"), "Save", nullptr, QT_TR_NOOP("Save current experiment"), false, {}},
-        {&MainWindow::printAct, "printAct", QT_TR_NOOP("&Print"), "Print", nullptr, QT_TR_NOOP("Print current experiment"), false, {QKeySequence::Print}},
-        {&MainWindow::zoomAct, "zoomAct", QT_TR_NOOP("&Zoom"), "Zoom", &MainWindow::doZoom, QT_TR_NOOP("Zoom to rectangle selected with mouse"), true, {QKeySequence::ZoomIn}},
-        {&MainWindow::markerAct, "markerAct", QT_TR_NOOP("&Marker"), "Marker", nullptr, QT_TR_NOOP("Set/remove up to 2 markers on graph"), true, {}},
-        {&MainWindow::annotateAct, "annotateAct", QT_TR_NOOP("&Annotate"), "Annotate", nullptr, QT_TR_NOOP("Add annotations to graph"), true, {}},
-        {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", nullptr, QT_TR_NOOP("Crop graph"), false, {}},
-        {&MainWindow::colabConnectAct, "colabConnectAct", QT_TR_NOOP("Connect"), "ColabConnect", &MainWindow::doSelectMLog, "", false, {}},
-        {&MainWindow::basicSetupAct, "basicSetupAct", QT_TR_NOOP("Setup"), "Setup", nullptr, QT_TR_NOOP("Setup Tembrin"), false, {}},
-        {&MainWindow::runAct, "runAct", QT_TR_NOOP("&Run"), "Run", &MainWindow::doRun, "", false, {Qt::Key_F5}},
-        {&MainWindow::stopAct, "stopAct", QT_TR_NOOP("Stop"), "Stop", &MainWindow::doStopAll, QT_TR_NOOP("Stop Tembrin Run"), false, {Qt::Key_Escape, Qt::SHIFT | Qt::Key_F5}},
-        {&MainWindow::downloadAct, "downloadAct", QT_TR_NOOP("Download"), "Download", nullptr, "", false, {}},
-        {&MainWindow::advancedSetupAct, "advancedSetupAct", QT_TR_NOOP("&Configuration"), "Pref", nullptr, QT_TR_NOOP("Set Tembrin's configuration"), false, {}},
-        {&MainWindow::exitAct, "exitAct", QT_TR_NOOP("&Exit"), "Exit", &MainWindow::doExit, QT_TR_NOOP("Exit software"), false, {}},
+        {&MainWindow::openAct, "openAct", QT_TR_NOOP("&Open"), "Open", nullptr, "", {}},
+        {&MainWindow::saveAct, "saveAct", QT_TR_NOOP("Save"), "Save", nullptr,
+         QT_TR_NOOP("Save current experiment"), {}},
+        {&MainWindow::printAct, "printAct", QT_TR_NOOP("&Print"), "Print", nullptr,
+         QT_TR_NOOP("Print current experiment"), {QKeySequence::Print}},
+        {&MainWindow::zoomAct, "zoomAct", QT_TR_NOOP("&Zoom"), "Zoom", &MainWindow::doZoom,
+         QT_TR_NOOP("Zoom to rectangle selected with mouse"), {QKeySequence::ZoomIn}},
+        {&MainWindow::markerAct, "markerAct", QT_TR_NOOP("&Marker"), "Marker", nullptr,
+         QT_TR_NOOP("Set/remove up to 2 markers on graph"), {}},
+        {&MainWindow::annotateAct, "annotateAct", QT_TR_NOOP("&Annotate"), "Annotate", nullptr,
+         QT_TR_NOOP("Add annotations to graph"), {}},
+        {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", nullptr, QT_TR_NOOP("Crop graph"), {}},
+        {&MainWindow::colabConnectAct, "colabConnectAct", QT_TR_NOOP("Connect"), "ColabConnect", nullptr, "", {}},
+        {&MainWindow::basicSetupAct, "basicSetupAct", QT_TR_NOOP("Setup"), "Setup", nullptr,
+         QT_TR_NOOP("Setup Tembrin"), {}},
+        {&MainWindow::runAct, "runAct", QT_TR_NOOP("&Run"), "Run", &MainWindow::doRun, "", {Qt::Key_F5}},
+        {&MainWindow::stopAct, "stopAct", QT_TR_NOOP("Stop"), "Stop", &MainWindow::doStopAll,
+         QT_TR_NOOP("Stop Tembrin Run"), {Qt::Key_Escape, Qt::SHIFT | Qt::Key_F5}},
+        {&MainWindow::downloadAct, "downloadAct", QT_TR_NOOP("Download"), "Download", nullptr, "", {}},
+        {&MainWindow::advancedSetupAct, "advancedSetupAct", QT_TR_NOOP("&Configuration"), "Pref", nullptr,
+         QT_TR_NOOP("Set Tembrin's configuration"), {}},
+        {&MainWindow::exitAct, "exitAct", QT_TR_NOOP("&Exit"), "Exit", &MainWindow::doExit,
+         QT_TR_NOOP("Exit software"), {}},
     };
     // clang-format on
     for (const Row& row : rows) {
         const QIcon icon(QStringLiteral(":/icons/2018P2/%1.png").arg(QLatin1String(row.icon)));
         auto* action = new QAction(icon, tr(row.text), this);
         action->setObjectName(QLatin1String(row.name));
-        action->setStatusTip(tr(row.statusTip));
-        action->setCheckable(row.checkable);
+        action->setStatusTip(*row.statusTip ? tr(row.statusTip) : QString());
         action->setShortcuts(row.keys);
         if (row.slot)
             connect(action, &QAction::triggered, this, row.slot);
@@ -124,6 +131,8 @@ void MainWindow::createActions()
         addAction(action); // so that the keys work without a toolbar too
         this->*row.member = action;
     }
+    for (QAction* mode : {zoomAct, markerAct, annotateAct})
+        mode->setCheckable(true);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWindow::doExitFromX);
 }
 

@@ -37,10 +37,12 @@ void MainWindow::setupViews()
     graph = createPlot(mTembrin->dataC(), -1, QStringLiteral("Class Curve graph"));
     mTembrin->setPlotC(graph);
 
-    hint = new QLabel(tr("No logger is chosen yet: press Connect to choose the loggers of your class."));
+    hint = new QLabel(
+        isPanel ? tr("No logger is chosen yet: start Pellandra without panel mode and press Connect.")
+                : tr("No logger is chosen yet: press Connect to choose the loggers of your class."));
     hint->setObjectName(QStringLiteral("hint"));
     hint->setAlignment(Qt::AlignCenter);
-    hint->setWordWrap(true);
+    hint->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Maximum);
     hint->hide();
     graphW->addWidget(hint);
     graphW->addWidget(graph);
@@ -49,6 +51,9 @@ void MainWindow::setupViews()
 
     updateLayout(LAYOUT_MULTI_WINDOWS);
     setCentralWidget(mainW);
+    // Else the first list of the toolbars has it, and the keys of a person who only looks change the layout.
+    mainW->setFocusPolicy(Qt::StrongFocus);
+    mainW->setFocus();
     setDisplayForNLoggers(
         Settings::mainStore().value(QLatin1String(Settings::numDefined), defaultLoggers).toInt());
 }
