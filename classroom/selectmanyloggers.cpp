@@ -5,6 +5,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScreen>
 
 #include <algorithm>
 
@@ -17,7 +18,12 @@ namespace {
 const QString noPort = QStringLiteral("COMxx");
 const QString letters = QStringLiteral("ABCDEFGH");
 const QSize usualSize(549, 271);
-constexpr int listChars = 30; // a group name and a device name in one line
+constexpr double textSize = 1.2; // to the usual one: it is read on a projector, too
+constexpr int listChars = 34;    // a group name and a device name in one line
+constexpr int leastChars = 18;   // on a small screen
+constexpr int leastRows = 4;
+constexpr int itemPadding = 4; // pixels above and below a text
+constexpr int hintLines = 3;   // of the longest one
 
 QString groupWord()
 {
@@ -57,7 +63,8 @@ QString toolTipOf(const possibleDevice& device)
         .arg(address);
 }
 
-void showIn(QListWidgetItem* item, const possibleDevice& device, const QString& text, bool isEditable)
+void showIn(QListWidgetItem* item, const possibleDevice& device, const QString& text, int rowHeight,
+            bool isEditable)
 {
     Qt::ItemFlags flags = Qt::ItemNeverHasChildren;
     if (!device.portName.isEmpty())
@@ -66,8 +73,19 @@ void showIn(QListWidgetItem* item, const possibleDevice& device, const QString& 
         flags |= Qt::ItemIsEditable;
     item->setFlags(flags);
     item->setText(text);
+    item->setSizeHint(QSize(0, rowHeight));
     item->setToolTip(toolTipOf(device));
     item->setData(Qt::AccessibleDescriptionRole, toolTipOf(device));
+}
+
+/// The usual font of dialogs, enlarged, for the dialog and all in it: a style sheet ends the inheritance.
+void enlargeFont(QWidget* dialog)
+{
+    QFont font = dialog->font();
+    font.setPointSizeF(QFontInfo(font).pointSizeF() * textSize);
+    dialog->setFont(font);
+    for (QWidget* child : dialog->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        child->setFont(font);
 }
 
 /// As many rows as there are devices. The rows that stay are kept, and with them an editor on one of them.
@@ -107,6 +125,7 @@ selectManyLoggers::selectManyLoggers(multiConnectionsManager* mTembrin,
     pushButton_Connect->setDefault(true);
     hint->setObjectName(QStringLiteral("hint"));
     hint->setWordWrap(true);
+    enlargeFont(this);
     createLayout();
 
     listPaired->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -127,7 +146,6 @@ QListWidget* selectManyLoggers::createList(const QString& name, const QString& t
     list->setSelectionMode(QAbstractItemView::ExtendedSelection);
     list->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     list->setDragDropMode(QAbstractItemView::NoDragDrop);
-    list->setMinimumWidth(list->fontMetrics().averageCharWidth() * listChars);
     return list;
 }
 
@@ -138,6 +156,13 @@ QPushButton* selectManyLoggers::createButton(const QString& name, const QString&
     button->setObjectName(name);
     connect(button, &QPushButton::clicked, this, slot);
     return button;
+}
+
+/// Of one character in a row of a list.
+QSize selectManyLoggers::rowSize() const
+{
+    const QFontMetrics metrics = listUsed->fontMetrics();
+    return {metrics.averageCharWidth(), metrics.height() + 2 * itemPadding};
 }
 
 void selectManyLoggers::createLayout()
@@ -154,10 +179,16 @@ void selectManyLoggers::createLayout()
         below->addWidget(button);
 
     auto* all = new QGridLayout(this);
+    const QSize row = rowSize();
     int column = 0;
     for (QListWidget* list : {listPaired, listUsed}) {
         auto* title = new QLabel(list->accessibleName(), this);
+        QFont bold = list->font();
+        bold.setBold(true);
+        title->setFont(bold);
         title->setBuddy(list);
+        title->setWordWrap(true);
+        list->setMinimumSize(row.width() * leastChars, row.height() * leastRows);
         all->addWidget(title, 0, column);
         all->addWidget(list, 1, column);
         all->setColumnStretch(column, 1);
@@ -166,12 +197,20 @@ void selectManyLoggers::createLayout()
     all->addLayout(between, 1, 1);
     all->addWidget(hint, 2, 0, 1, 3);
     all->addLayout(below, 3, 0, 1, 3);
+    all->setRowStretch(1, 1);
+
+    // Kept free, so that nothing moves when the text changes.
+    hint->setMinimumHeight(hint->fontMetrics().lineSpacing() * hintLines);
+    hint->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 
     QWidget* order[] = {listPaired,         pushAdd,         pushRemove, listUsed,
                         pushButton_Connect, pushButton_Save, pushButton};
     for (int i = 1; i < int(std::size(order)); ++i)
         setTabOrder(order[i - 1], order[i]);
-    resize(usualSize.expandedTo(sizeHint()));
+    // All that a class can have at one look, where the screen is large enough.
+    const QSize more(2 * row.width() * (listChars - leastChars),
+                     row.height() * (mTembrin->nMaxTembrins() - leastRows));
+    resize(usualSize.expandedTo(minimumSizeHint() + more).boundedTo(screen()->availableSize()));
 }
 
 void selectManyLoggers::sortOut(const QVector<possibleDevice>& devList)
@@ -197,13 +236,12 @@ void selectManyLoggers::refresh()
     nameGroups();
     setRows(listPaired, unused.size());
     for (int i = 0; i < unused.size(); ++i)
-        showIn(listPaired->item(i), unused[i], unused[i].name, false);
+        showIn(listPaired->item(i), unused[i], unused[i].name, rowSize().height(), false);
     setRows(listUsed, used.size());
     for (int i = 0; i < used.size(); ++i)
-        showIn(listUsed->item(i), used[i], displayText(used[i]), true);
+        showIn(listUsed->item(i), used[i], displayText(used[i]), rowSize().height(), true);
     nTembrins = used.size();
     hint->setText(hintText());
-    hint->setVisible(!hint->text().isEmpty());
     updateButtons();
 }
 
@@ -236,7 +274,9 @@ QString selectManyLoggers::hintText() const
     });
     if (hasPortless)
         return tr("A grey logger has no serial port yet. Point at it to see what to do.");
-    return {};
+    if (used.isEmpty())
+        return tr("Choose the loggers of your class on the left and add them.");
+    return tr("Double-click a used logger, or press F2, to name its group.");
 }
 
 void selectManyLoggers::move(QListWidget* fromList, QVector<possibleDevice>& from, QListWidget* toList,

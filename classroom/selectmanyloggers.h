@@ -36,6 +36,7 @@ private Q_SLOTS:
 private:
     QListWidget* createList(const QString& name, const QString& title);
     QPushButton* createButton(const QString& name, const QString& text, void (selectManyLoggers::*slot)());
+    QSize rowSize() const;
     void createLayout();
     void sortOut(const QVector<possibleDevice>& devList);
     void refresh();
@@ -55,5 +56,5 @@ private:
     QPushButton* pushButton_Save;
     QPushButton* pushButton_Connect;
     QPushButton* pushButton; ///< Cancel
-    QLabel* hint;            ///< says what can't be seen: why there is nothing, or no more
+    QLabel* hint;            ///< what to do next, or why something can't be done
 };
