@@ -18,9 +18,9 @@ namespace {
 const QString noPort = QStringLiteral("COMxx");
 const QString letters = QStringLiteral("ABCDEFGH");
 const QSize usualSize(549, 271);
-constexpr double textSize = 1.2; // to the usual one: it is read on a projector, too
-constexpr int listChars = 34;    // a group name and a device name in one line
-constexpr int leastChars = 18;   // on a small screen
+constexpr double textSizes[] = {1.2, 1.0}; // to the usual one, best first: it is read on a projector, too
+constexpr int listChars = 34;              // a group name and a device name in one line
+constexpr int leastChars = 18;             // on a small screen
 constexpr int leastRows = 4;
 constexpr int itemPadding = 4; // pixels above and below a text
 constexpr int hintLines = 3;   // of the longest one
@@ -78,16 +78,6 @@ void showIn(QListWidgetItem* item, const possibleDevice& device, const QString& 
     item->setData(Qt::AccessibleDescriptionRole, toolTipOf(device));
 }
 
-/// The usual font of dialogs, enlarged, for the dialog and all in it: a style sheet ends the inheritance.
-void enlargeFont(QWidget* dialog)
-{
-    QFont font = dialog->font();
-    font.setPointSizeF(QFontInfo(font).pointSizeF() * textSize);
-    dialog->setFont(font);
-    for (QWidget* child : dialog->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
-        child->setFont(font);
-}
-
 /// As many rows as there are devices. The rows that stay are kept, and with them an editor on one of them.
 void setRows(QListWidget* list, int count)
 {
@@ -125,8 +115,9 @@ selectManyLoggers::selectManyLoggers(multiConnectionsManager* mTembrin,
     pushButton_Connect->setDefault(true);
     hint->setObjectName(QStringLiteral("hint"));
     hint->setWordWrap(true);
-    enlargeFont(this);
+    hint->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     createLayout();
+    fitToScreen();
 
     listPaired->setEditTriggers(QAbstractItemView::NoEditTriggers);
     connect(listUsed->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
@@ -179,16 +170,11 @@ void selectManyLoggers::createLayout()
         below->addWidget(button);
 
     auto* all = new QGridLayout(this);
-    const QSize row = rowSize();
     int column = 0;
     for (QListWidget* list : {listPaired, listUsed}) {
         auto* title = new QLabel(list->accessibleName(), this);
-        QFont bold = list->font();
-        bold.setBold(true);
-        title->setFont(bold);
         title->setBuddy(list);
         title->setWordWrap(true);
-        list->setMinimumSize(row.width() * leastChars, row.height() * leastRows);
         all->addWidget(title, 0, column);
         all->addWidget(list, 1, column);
         all->setColumnStretch(column, 1);
@@ -199,18 +185,49 @@ void selectManyLoggers::createLayout()
     all->addLayout(below, 3, 0, 1, 3);
     all->setRowStretch(1, 1);
 
-    // Kept free, so that nothing moves when the text changes.
-    hint->setMinimumHeight(hint->fontMetrics().lineSpacing() * hintLines);
-    hint->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-
     QWidget* order[] = {listPaired,         pushAdd,         pushRemove, listUsed,
                         pushButton_Connect, pushButton_Save, pushButton};
     for (int i = 1; i < int(std::size(order)); ++i)
         setTabOrder(order[i - 1], order[i]);
-    // All that a class can have at one look, where the screen is large enough.
-    const QSize more(2 * row.width() * (listChars - leastChars),
-                     row.height() * (mTembrin->nMaxTembrins() - leastRows));
-    resize(usualSize.expandedTo(minimumSizeHint() + more).boundedTo(screen()->availableSize()));
+}
+
+// The text is large where the screen has room for it.
+void selectManyLoggers::fitToScreen()
+{
+    const QSize most = screen()->availableSize();
+    const QFont usual = font();
+    for (const double textSize : textSizes) {
+        QFont larger = usual;
+        larger.setPointSizeF(QFontInfo(usual).pointSizeF() * textSize);
+        takeFont(larger);
+        // All that a class can have at one look.
+        const QSize row = rowSize();
+        const QSize more(2 * row.width() * (listChars - leastChars),
+                         row.height() * (mTembrin->nMaxTembrins() - leastRows));
+        const QSize wanted = usualSize.expandedTo(minimumSizeHint() + more);
+        resize(wanted.boundedTo(most));
+        if (size() == wanted)
+            break;
+    }
+}
+
+void selectManyLoggers::takeFont(const QFont& font)
+{
+    // Given to each: a style sheet ends the inheritance.
+    for (QWidget* child : findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        child->setFont(font);
+    QFont bold = font;
+    bold.setBold(true);
+    for (QLabel* label : findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (label->buddy())
+            label->setFont(bold);
+    }
+    const QSize row = rowSize();
+    for (QListWidget* list : {listPaired, listUsed})
+        list->setMinimumSize(row.width() * leastChars, row.height() * leastRows);
+    // Kept free, so that nothing moves when the text changes.
+    hint->setMinimumHeight(hint->fontMetrics().lineSpacing() * hintLines);
+    layout()->invalidate();
 }
 
 void selectManyLoggers::sortOut(const QVector<possibleDevice>& devList)

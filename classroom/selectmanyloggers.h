@@ -38,6 +38,8 @@ private:
     QPushButton* createButton(const QString& name, const QString& text, void (selectManyLoggers::*slot)());
     QSize rowSize() const;
     void createLayout();
+    void fitToScreen();
+    void takeFont(const QFont& font);
     void sortOut(const QVector<possibleDevice>& devList);
     void refresh();
     void nameGroups();
