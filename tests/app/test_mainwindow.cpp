@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QStatusBar>
 #include <QTest>
+#include <QToolBar>
 
 #include "instruments/indicator.h"
 #include "tests/app/classbench.h"
@@ -138,9 +139,24 @@ private Q_SLOTS:
         ClassBench bench(1);
         connectAll(bench, 1);
         for (const char* name : {"openAct", "saveAct", "printAct", "markerAct", "annotateAct", "cropAct",
-                                 "colabConnectAct", "basicSetupAct", "downloadAct", "advancedSetupAct"}) {
+                                 "basicSetupAct", "downloadAct", "advancedSetupAct"})
             QVERIFY2(!bench.action(name)->isEnabled(), name);
-            QVERIFY2(!bench.action(name)->icon().isNull(), name);
+        QVERIFY(bench.action("colabConnectAct")->isEnabled());
+    }
+
+    void everyButtonAndListHasItsPicture()
+    {
+        ClassBench bench(1);
+        // A QIcon of a missing file is not null, but it has no sizes.
+        for (const QToolBar* bar : bench.window->findChildren<QToolBar*>()) {
+            for (const QAction* action : bar->actions())
+                QVERIFY2(action->text().isEmpty() || !action->icon().availableSizes().isEmpty(),
+                         qPrintable(action->objectName()));
+            for (const QComboBox* list : bar->findChildren<QComboBox*>()) {
+                QVERIFY2(list->count() > 0, qPrintable(list->objectName()));
+                for (int i = 0; i < list->count(); ++i)
+                    QVERIFY2(!list->itemIcon(i).availableSizes().isEmpty(), qPrintable(list->objectName()));
+            }
         }
     }
 
