@@ -129,6 +129,14 @@ selectManyLoggers::selectManyLoggers(multiConnectionsManager* mTembrin,
     listPaired->setFocus();
 }
 
+selectManyLoggers::~selectManyLoggers()
+{
+    // An open editor reports its end when the lists go, and they go after the members of this class.
+    listUsed->itemDelegate()->disconnect(this);
+    listPaired->disconnect(this);
+    listUsed->disconnect(this);
+}
+
 QListWidget* selectManyLoggers::createList(const QString& name, const QString& title)
 {
     auto* list = new QListWidget(this);

@@ -21,6 +21,7 @@ public:
     /// Shows the devices of `devList` whose ports are stored for a slot as used, the others as unused.
     selectManyLoggers(multiConnectionsManager* mTembrin, const QVector<possibleDevice>& devList,
                       QWidget* parent = nullptr);
+    ~selectManyLoggers() override;
 
     bool saved = false; ///< the person pressed Connect
     int nTembrins = 0;  ///< loggers in use, 8 at most
