@@ -98,6 +98,7 @@ void Plot::createCanvas()
     setCanvas(plain);
     setAutoReplot(false);
     plotLayout()->setAlignCanvasToScales(true);
+    setContentsMargins(3, 3, 8, 3);
 }
 
 void Plot::createGrid()

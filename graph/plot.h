@@ -83,7 +83,7 @@ public:
 
     // Curves and scales, in plot_update.cpp
 
-    /// Rebuilds the curves of a line graph from the data set.
+    /// Rebuilds the curves of a line graph from the data set; other kinds have none.
     void setData();
     /// Brings axes and scales up to the data and repaints; what the live path calls.
     void Update();
@@ -234,8 +234,8 @@ private:
     bool isActive = false;
     QString realTitle;
 
-    bool axesChanged = true; ///< the next refresh() has to lay out the axes too
-    QMutex myMutex;
+    bool axesChanged = true;           ///< the next refresh() has to lay out the axes too
+    QMutex myMutex{QMutex::Recursive}; ///< a layout inside a replot can ask for the next
 
     static QColor majGridColor;
     static QColor minGridColor;

@@ -75,6 +75,7 @@ void Plot::setCurvePen(int i)
         curve->setPen(QPen(Qt::transparent, 0));
     }
     curve->setTitle(title);
+    curve->setLegendIconSize(iconSize); // pen and symbol set a size of their own
 }
 
 void Plot::designCurve(int i)
@@ -82,14 +83,13 @@ void Plot::designCurve(int i)
     if (i < 0 || i >= curves.size())
         return;
     myPlotCurve* const curve = curves[i];
-    curve->setLegendIconSize(iconSize);
     const bool isXSensor = data->isXYPlot() && data->getXYIndex() == i;
     const bool isSymbol = curve->isSymbol() && !isXSensor;
     const bool isLine = curve->isLine() && !isXSensor;
     curve->setVisible(curve->isShown() && !isXSensor);
     curve->setLegendAttribute(QwtPlotCurve::LegendShowSymbol, isSymbol);
     curve->setLegendAttribute(QwtPlotCurve::LegendShowLine, isLine);
-    setCurvePen(i);
+    setCurvePen(i); // gives the symbol its colour
     if (isSymbol) {
         curve->setSymbol(new QwtSymbol(QwtSymbol::Diamond, curve->getColor(), QPen(curve->getColor(), 1),
                                        QSize(symbolSize, symbolSize)));
@@ -99,6 +99,7 @@ void Plot::designCurve(int i)
     }
     if (isLine)
         curve->setStyle(QwtPlotCurve::Lines);
+    curve->setLegendIconSize(iconSize);
     axesChanged = true;
 }
 

@@ -88,7 +88,7 @@ bool Plot::eventFilter(QObject* object, QEvent* event)
         return false;
     }
     if (object == axisWidget(yLeft)) {
-        if (type != GRAPH_FFT && isPress(event, Qt::RightButton))
+        if (type == GRAPH_LINE && isPress(event, Qt::RightButton))
             setScale();
     } else if (object == axisWidget(xBottom)) {
         if (type == GRAPH_LINE && isPress(event, Qt::RightButton))

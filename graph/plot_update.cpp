@@ -47,6 +47,8 @@ void Plot::dropCurves()
 
 void Plot::setData()
 {
+    if (type != GRAPH_LINE)
+        return;
     dropCurves();
     nSens = data->getNSens();
     hasColorimeter = data->hasColorimeter();
@@ -116,8 +118,8 @@ void Plot::updateXRange()
     if (usingZoom)
         return;
     const QVector<double>& x = data->getX();
-    const bool isFixed = data->finalData || data->isRepeatMode1stPhase();
-    if (isFixed) {
+    const bool isWhole = data->finalData || data->isRepeatMode1stPhase();
+    if (isWhole && x.last() > x.first()) {
         shownXMin = x.first();
         shownXMax = x.last();
         setAxisRange(xBottom, shownXMin, shownXMax);
