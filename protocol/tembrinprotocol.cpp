@@ -10,10 +10,11 @@
 
 namespace {
 
-constexpr int questionInterval = 500; // ms; both kinds of logger are asked in turn
-constexpr int loaderTimeout = 1000;   // ms
-constexpr int longCommandTries = 6;   // the first included
-constexpr int longPageSize = 251;     // bytes of data from which a page goes out in the long form
+constexpr int questionInterval = 500;    // ms; both kinds of logger are asked in turn
+constexpr int firstStatusTimeout = 2000; // ms; the answer may have been damaged on the way
+constexpr int loaderTimeout = 1000;      // ms
+constexpr int longCommandTries = 6;      // the first included
+constexpr int longPageSize = 251;        // bytes of data from which a page goes out in the long form
 
 void prepare(QTimer* timer, int ms)
 {
@@ -33,9 +34,12 @@ TembrinProtocol::TembrinProtocol(int index, QObject* parent)
     , discovery(systemPortDiscovery())
 {
     prepare(&sendIDTimer, questionInterval);
+    prepare(&statusTimer, firstStatusTimeout);
     prepare(&blTimer, loaderTimeout);
     prepare(&cmdTimer, 0);
     connect(&sendIDTimer, &QTimer::timeout, this, &TembrinProtocol::sendIDTimeout);
+    connect(&statusTimer, &QTimer::timeout, this, &TembrinProtocol::repeatStatusQuestion);
+    connect(tembrinData, &TembrinData::communicationEstablished, &statusTimer, &QTimer::stop);
     connect(&blTimer, &QTimer::timeout, this, &TembrinProtocol::BLTimeout);
     connect(&cmdTimer, &QTimer::timeout, this, &TembrinProtocol::cmdTimeout);
     connect(tembrinData, &TembrinData::needNextPacket, this, &TembrinProtocol::sendNextPacket);
@@ -173,7 +177,16 @@ void TembrinProtocol::sendNextPacket()
 void TembrinProtocol::requestLoggerType()
 {
     sendIDTimer.stop();
+    statusTimer.start();
     sendCommand(CMD_GET_TEMBRIN_STATUS);
+}
+
+void TembrinProtocol::repeatStatusQuestion()
+{
+    if (!isConnect || tembrinData->isLoggerRecognized())
+        return;
+    qCInfo(lcProtocol) << "logger" << index << "has not sent its first status, asking again";
+    requestLoggerType();
 }
 
 void TembrinProtocol::detectedVorta()

@@ -147,6 +147,7 @@ private:
     /// Closes the port and lets go of it and of what stands on it.
     void endConnection(bool flush);
     void loseConnection();
+    void repeatStatusQuestion();
     QVector<short> loggingSetup() const;
     QVector<short> configuration() const;
 
@@ -156,6 +157,7 @@ private:
     std::unique_ptr<SerialMonitorThread> monitor; ///< polling mode only, made at first need
     int connection = 0; ///< counts the ports, so that what an old one still has to say is known as such
     QTimer sendIDTimer;
+    QTimer statusTimer; ///< from the question for the first status until it came
     QTimer blTimer;
     QTimer cmdTimer;
     int sendIDTries = 0;

@@ -203,6 +203,7 @@ void TembrinProtocol::endConnection(bool flush)
     ++connection;
     isConnect = false;
     sendIDTimer.stop();
+    statusTimer.stop();
     tembrinData->forgetConnection();
     if (monitor)
         monitor->stop();

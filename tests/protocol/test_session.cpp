@@ -31,6 +31,16 @@ private Q_SLOTS:
         QCOMPARE(bench->port().baud, 115200);
     }
 
+    void aFirstStatusThatGotLostIsAskedForAgain()
+    {
+        bench->feed(bytes(sensorListHex));
+        QCOMPARE(written(), bytes("47141095"));
+        QTRY_COMPARE_WITH_TIMEOUT(written(), bytes("47141095 47141095"), 2500);
+        bench->feed(bytes(statusHex));
+        QTest::qWait(2200);
+        QCOMPARE(written(), bytes("47141095 47141095"));
+    }
+
     void aSilentPortIsAskedForBothKindsInTurn()
     {
         bench->protocol.sendCommand(CMD_GET_ALL_SENSORS_ID);
