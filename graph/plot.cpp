@@ -82,9 +82,11 @@ Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget*
         setData();
 }
 
-// The curves draw from members of this class, so they go first.
+// Curves and markers draw from members of this class, so they go first.
 Plot::~Plot()
 {
+    dropDeriv();
+    clearMarkers();
     dropCurves();
 }
 

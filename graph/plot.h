@@ -2,20 +2,23 @@
 
 #include <QColor>
 #include <QFont>
+#include <QList>
 #include <QMutex>
 #include <QPointer>
 #include <QString>
 #include <QVector>
 
-#include <functional>
 #include <memory>
 
 #include <qwt_plot.h>
 
+#include "graph/myplotmarker.h"
+#include "graph/nearcurve.h"
 #include "sensors/sensor.h"
 
 class CurvePainter;
 class ExpData;
+class QMouseEvent;
 class QwtLegend;
 class QwtPlotGrid;
 class QwtPlotPicker;
@@ -108,6 +111,45 @@ public:
     void enableMarker(bool tf);
     void enableSlope(bool tf);
 
+    // What the user places, in plot_markers.cpp
+
+    /// Takes all markers away; the data needs to be saved.
+    void setMarkers();
+    /// Takes the markers of a file in place of those shown, and owns them from now on. `list` is in stored
+    /// order, a cross or regression directly before its text, with y values in the base unit. A cross or
+    /// regression without a text gets a new one; a text without a partner is dropped.
+    void setMarkers(const QList<myPlotMarker*>& list);
+    /// An annotation at a point of the canvas, and the dialog for it.
+    void newAnnotation(const QPointF pos);
+    /// A cross with its text on the curve of a sensor, or on the regression at `iReg` of the markers (-1 for
+    /// none). Refused beyond the second one.
+    void newMarker(int iSens, int iReg, double xVal, double yVal);
+    /// Removes a marker together with its partner.
+    void removeMarker(myPlotMarker* marker);
+    /// The same after a question. Does nothing for the tangent and for a text without a partner.
+    void verifyAndRemoveMarker(int mark);
+    /// Fixes a cross for good: it disappears, its text stays. Does nothing for any other kind.
+    void lockMarker(myPlotMarker* marker, bool needConfirm);
+    static QString markerName(int type, bool translate);
+    /// The translated name in the form that fits into a sentence.
+    static QString markerNameComp(int type);
+    /// -1 for an unknown name.
+    static int markerIndex(const QString& name, bool translate);
+
+    QList<myPlotMarker*> markers;     ///< owned; in order of creation, pairs side by side, graphic first
+    QList<myPlotMarker*> curveMarker; ///< the at most two crosses that can move, in order of creation
+
+    // Analyses between the two crosses, in plot_analysis.cpp; without two they do nothing
+
+    /// After a question cuts the data to the span of the crosses. The views are not updated.
+    void doCrop();
+    /// Degree 1 or 2.
+    void doRegression(int degree);
+    void doIntegral();
+    /// Texts of what passed photogates; nothing where nothing did.
+    void doPhotoSpeed(int iSens);
+    void doPhotoAccel(int iSens1, int iSens2);
+
     const std::unique_ptr<scaleManager> scaler;
 
 public Q_SLOTS:
@@ -124,6 +166,8 @@ Q_SIGNALS:
     void changedActivePlot(int index);
     void titleChanged(const QString& text);
     void colorChanged(int iSens, const QColor& color);
+    /// The distance of the two crosses, as a text.
+    void twoMarkersUpdated(const QString& statusText);
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -135,8 +179,21 @@ private Q_SLOTS:
     void zoomIn(const QRectF& rect);
     void zoomOut();
     void handleLegend(const QVariant& itemInfo, int pos);
+    void changeMarkerText(const QString& text, int index);
+    void changeBubble(bool tf, int index);
+    void setBubbleImage(const QPixmap& pic, int index);
 
 private:
+    /// Where a pointer is nearest to a visible curve or regression line.
+    struct NearPoint
+    {
+        int iSens = -1; ///< -1: none in reach
+        int iReg = -1;  ///< index of the regression among the markers
+        double bestX = 0;
+        double bestY = 0;
+        double dist = 0; ///< pixels
+    };
+
     /// What an axis was last told to show.
     struct AxisRange
     {
@@ -187,17 +244,73 @@ private:
     // plot_mouse.cpp
     void mouseOnTitle(QEvent* event);
     void mouseOnCanvas(QEvent* event);
+    void selectColorAt(const QPointF& pos);
     void toggleChosen();
     void changeTitle();
     void setScale();
     void applyUserScale(const SensorPtr& sensor, double newMin, double newMax);
     void setXYGraph(const QPoint& globalPos);
     void chooseXSensor(int sel);
-    void forEachSegment(int i, double atPixel, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
-                        const std::function<void(QPointF, QPointF)>& visit) const;
-    void forEachXYSegment(int i, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
-                          const std::function<void(QPointF, QPointF)>& visit) const;
-    int nearCurve(const QPointF& pos, double* distance) const;
+
+    // plot_markers.cpp
+    void addMarker(myPlotMarker* marker);
+    void addPair(myPlotMarker* graphic, int xOffset, int yOffset);
+    void dropMarker(myPlotMarker* marker);
+    void clearMarkers();
+    myPlotMarker* subjectOf(myPlotMarker* marker) const;
+    QList<myPlotMarker*> pairedUp(const QList<myPlotMarker*>& list);
+    void takeStored(myPlotMarker* marker);
+    void leanToMiddle(const myPlotMarker* cross, myPlotMarker* text) const;
+    static void setCross(myPlotMarker* marker, markerType kind);
+    void skip2ndMarker(myPlotMarker* cross);
+    void setFloatingMarkerPosition(myPlotMarker* text);
+    void flipTangentText(myPlotMarker* text, double y, const QwtScaleMap& yMap) const;
+    void addValueText(myPlotMarker* text, int xOffset, int yOffset);
+    void placeTexts(bool all);
+    void followCurves();
+    void showMarkersWithCurves();
+    void repaintMarkers();
+
+    // plot_markertexts.cpp
+    void setPartnerText(myPlotMarker* text);
+    void setTexts();
+    void setMarkerText(myPlotMarker* text);
+    void setRegressionText(myPlotMarker* text, double a, double b, double c, double r);
+    void setIntegralText(myPlotMarker* text, double integral);
+    void setPhotoSpeedText(myPlotMarker* text);
+    void setPhotoAccelText(myPlotMarker* text);
+    void setDerivText();
+    QString nameOf(int iSens) const;
+    QString valueText(int iSens, double value) const;
+    QString unitOf(int iSens) const;
+
+    // plot_markermouse.cpp
+    void pressMarker(const QPointF& pos);
+    bool rightPressMarker(const QMouseEvent* event);
+    void doubleClickMarker(const QPointF& pos);
+    void dragMarker(const QPointF& pos);
+    void releaseMarker();
+    void openMarkerMenu(myPlotMarker* marker, const QPoint& globalPos);
+    void moveMarker(int iMark, const QPointF& pos);
+    void moveMarkerX(myPlotMarker* cross, const QPointF& pos);
+    void editMarker(int iMark);
+    int isInMarker(const QPointF pos, bool* isTip) const;
+    NearPoint isNearCurve(const QPointF& pos, bool regression) const;
+    NearPoint isNearCurve(const QPointF& pos, bool regression, int onlyThisSens, double hot) const;
+    NearPoint isNearCurveXY(const QPointF& pos) const;
+    NearPoint pointByAxes(const QPointF& pos) const;
+    static void takeNearer(const std::optional<NearCurve::Hit>& hit, int iSens, int iReg, NearPoint* best);
+    void searchRegressions(const QPointF& pos, double hot, NearPoint* best) const;
+    NearCurve::Maps mapsOf(int iSens) const;
+
+    // plot_analysis.cpp
+    void finishAnalysis(myPlotMarker* result);
+    void addPhotogateTexts();
+    void newDeriv();
+    void dropDeriv();
+    void updateSlope(const QPoint pos);
+    void showSlope();
+    void moveDeriv(int iSens);
 
     ExpData* const data;
     const graphtype type;
@@ -233,6 +346,12 @@ private:
     bool isSlope = false;
     bool isActive = false;
     QString realTitle;
+
+    myPlotMarker* slope = nullptr;                ///< the tangent while slope mode is on; owned
+    static constexpr int slopeTextDistance = 100; ///< pixels of its text from the curve
+    int selectedMarker = -1;                      ///< the marker that is dragged
+    bool balloonTip = false;                      ///< it is dragged by the tip of its balloon
+    bool hasUnplacedTexts = false;                ///< texts wait for the axes to be known
 
     bool axesChanged = true;           ///< the next refresh() has to lay out the axes too
     QMutex myMutex{QMutex::Recursive}; ///< a layout inside a replot can ask for the next

@@ -124,6 +124,7 @@ void Plot::handleLegendRight(int item)
         return;
     curves[item]->rotateMode();
     designCurve(item);
+    showMarkersWithCurves();
     replot();
 }
 

@@ -6,37 +6,23 @@
 #include <QMenu>
 #include <QMouseEvent>
 
-#include <algorithm>
-#include <cmath>
-
 #include <qwt_plot_picker.h>
-#include <qwt_scale_map.h>
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
 #include "app/common/userprompt.h"
 #include "data/expdata.h"
-#include "graph/myplotcurve.h"
 #include "graph/scalemanager.h"
 #include "graph/setrange.h"
 
 namespace {
 
-constexpr int hotPixels = 20; // how near a curve a press counts as on it
+constexpr double hotPixels = 20; // how near a curve a right press picks its colour
 
 bool isPress(const QEvent* event, Qt::MouseButton button)
 {
     return event->type() == QEvent::MouseButtonPress &&
            static_cast<const QMouseEvent*>(event)->button() == button;
-}
-
-double squaredDistance(const QPointF& p, const QPointF& a, const QPointF& b)
-{
-    const QPointF way = b - a;
-    const double length = QPointF::dotProduct(way, way);
-    const double part = length > 0 ? std::clamp(QPointF::dotProduct(p - a, way) / length, 0.0, 1.0) : 0.0;
-    const QPointF off = p - (a + part * way);
-    return QPointF::dotProduct(off, off);
 }
 
 } // namespace
@@ -77,6 +63,10 @@ void Plot::enableSlope(bool tf)
     }
     isSlope = tf;
     canvas()->setMouseTracking(tf);
+    if (tf)
+        newDeriv();
+    else
+        dropDeriv();
 }
 
 bool Plot::eventFilter(QObject* object, QEvent* event)
@@ -117,16 +107,40 @@ void Plot::mouseOnTitle(QEvent* event)
 
 void Plot::mouseOnCanvas(QEvent* event)
 {
-    if (isPress(event, Qt::RightButton)) {
-        const QPoint pos = static_cast<QMouseEvent*>(event)->pos();
-        double distance = 0;
-        if (type == GRAPH_BAR)
-            selectColor(activeSens);
-        else if (const int iSens = nearCurve(pos, &distance); iSens >= 0 && distance < hotPixels)
-            selectColor(iSens);
-    } else if (event->type() == QEvent::MouseButtonRelease &&
-               static_cast<QMouseEvent*>(event)->button() == Qt::RightButton && isZoom) {
-        zoomOut();
+    const auto* mouse = static_cast<const QMouseEvent*>(event);
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+        if (mouse->button() == Qt::LeftButton)
+            pressMarker(mouse->pos());
+        else if (mouse->button() == Qt::RightButton && !rightPressMarker(mouse))
+            selectColorAt(mouse->pos());
+        break;
+    case QEvent::MouseButtonDblClick:
+        doubleClickMarker(mouse->pos());
+        break;
+    case QEvent::MouseMove:
+        dragMarker(mouse->pos());
+        break;
+    case QEvent::MouseButtonRelease:
+        if (mouse->button() == Qt::LeftButton)
+            releaseMarker();
+        else if (mouse->button() == Qt::RightButton && isZoom)
+            zoomOut();
+        break;
+    default:
+        break;
+    }
+}
+
+void Plot::selectColorAt(const QPointF& pos)
+{
+    constexpr int fewSamples = 2;
+    if (type == GRAPH_BAR) {
+        selectColor(activeSens);
+    } else if (data->getXSize() > fewSamples) {
+        const NearPoint near = isNearCurve(pos, false);
+        if (near.iSens >= 0 && near.dist < hotPixels)
+            selectColor(near.iSens);
     }
 }
 
@@ -221,55 +235,4 @@ void Plot::chooseXSensor(int sel)
     if (sel == activeSens)
         Q_EMIT changedActiveCurve(index, sel != 0 ? 0 : 1);
     setXYIndex(sel);
-}
-
-// The visible curve nearest to a point of the canvas, -1 if none passes within the strip beside it.
-int Plot::nearCurve(const QPointF& pos, double* distance) const
-{
-    int nearest = -1;
-    double least = 0;
-    if (data->getXSize() <= 2)
-        return nearest;
-    const QwtScaleMap xMap = canvasMap(xBottom);
-    for (int i = 0; i < curves.size(); ++i) {
-        if (!curves[i]->isVisible())
-            continue;
-        QwtScaleMap yMap = canvasMap(yLeft);
-        scaler->fixScaleY(&yMap, i);
-        const auto consider = [&](const QPointF& a, const QPointF& b) {
-            const double found = squaredDistance(pos, a, b);
-            if (nearest < 0 || found < least) {
-                nearest = i;
-                least = found;
-            }
-        };
-        if (data->isXYPlot())
-            forEachXYSegment(i, xMap, yMap, consider);
-        else
-            forEachSegment(i, pos.x(), xMap, yMap, consider);
-    }
-    *distance = std::sqrt(least);
-    return nearest;
-}
-
-void Plot::forEachSegment(int i, double atPixel, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
-                          const std::function<void(QPointF, QPointF)>& visit) const
-{
-    const int from = int(std::ceil(std::max(atPixel - hotPixels, xMap.transform(data->getX().first()))));
-    const int to = int(std::floor(std::min(atPixel + hotPixels, xMap.transform(data->getLastXForIndex(i)))));
-    const auto at = [&](int pixel) {
-        return QPointF(pixel, yMap.transform(curves[i]->getYForX(xMap.invTransform(pixel))));
-    };
-    for (int pixel = from; pixel < to; ++pixel)
-        visit(at(pixel), at(pixel + 1));
-}
-
-void Plot::forEachXYSegment(int i, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
-                            const std::function<void(QPointF, QPointF)>& visit) const
-{
-    const int n = int(curves[i]->dataSize());
-    for (int k = 1; k < n; ++k) {
-        visit(QwtScaleMap::transform(xMap, yMap, curves[i]->sample(k - 1)),
-              QwtScaleMap::transform(xMap, yMap, curves[i]->sample(k)));
-    }
 }

@@ -62,6 +62,8 @@ void Plot::setData()
     setAxisText(xBottom, timeTitle());
     setAxisText(yLeft, sensorTitle(activeSens));
     setAxisAuto(xBottom);
+    followCurves();
+    addPhotogateTexts();
     replot();
 }
 
@@ -108,6 +110,7 @@ void Plot::updateT()
     if (type != GRAPH_BAR)
         updateScales();
     updateTimeUnit();
+    setTexts();
     refresh();
 }
 
@@ -183,6 +186,7 @@ void Plot::updateXY()
         myTimeScale->setUnit(UNIT_SEC);
         renewTicks();
     }
+    setTexts();
     refresh();
 }
 
@@ -257,7 +261,12 @@ bool Plot::outgrewAutoRange() const
 // Laying out axes and legend costs more than painting the curves, and is left out while the axes stand still.
 void Plot::refresh()
 {
-    if (axesChanged || type != GRAPH_LINE || outgrewAutoRange()) {
+    const bool areAxesDue = axesChanged || type != GRAPH_LINE || outgrewAutoRange();
+    if (hasUnplacedTexts || (areAxesDue && !data->finalData)) {
+        updateAxes();
+        placeTexts(!data->finalData);
+    }
+    if (areAxesDue) {
         replot();
         return;
     }
@@ -286,6 +295,8 @@ void Plot::updateSens(int iSens)
     activeSens = iSens >= 0 && iSens < nSens ? iSens : 0;
     for (int i = 0; i < curves.size(); ++i)
         setCurvePen(i);
+    if (slope)
+        moveDeriv(activeSens);
     setAxisText(yLeft, sensorTitle(activeSens));
     Update();
 }
