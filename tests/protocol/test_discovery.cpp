@@ -1,0 +1,81 @@
+#include <QSignalSpy>
+#include <QTest>
+
+#include "tests/protocol/loggerbench.h"
+
+/// A session on a computer with two paired loggers and some serial ports.
+class TestDiscovery : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        bench.reset(new LoggerBench);
+        bench->protocol.setPortDiscovery({[this] { return paired; }, [this] { return ports; }});
+        ports.clear();
+    }
+
+    void openingLooksForTheNameOfThePort()
+    {
+        QCOMPARE(bench->protocol.loggerName(), QString());
+        bench->protocol.open();
+        QCOMPARE(bench->protocol.loggerName(), QStringLiteral("Tembrin_2"));
+    }
+
+    void aPortThatIsNoLongerTheSlotsIsLetGo()
+    {
+        bench->protocol.release();
+        bench->protocol.setPortDiscovery({[this] { return paired; }, {}});
+        const auto factory = bench->ports.factory();
+        bench->protocol.setPortFactory([&](const QString& name, SerialPort::QueryMode mode) {
+            Settings::mainStore().setValue(Settings::loggerKey(3), QStringLiteral("other"));
+            return factory(name, mode);
+        });
+        bench->protocol.open();
+        QVERIFY(!bench->protocol.isConnect);
+        bench->protocol.open();
+        QVERIFY(bench->protocol.isConnect);
+        QCOMPARE(bench->protocol.portName, QStringLiteral("other"));
+    }
+
+    void aPairedLoggerIsTakenFromTheList()
+    {
+        QSignalSpy list(&bench->protocol, &TembrinProtocol::publishBTList);
+        QSignalSpy taken(&bench->protocol, &TembrinProtocol::tryBT);
+        bench->protocol.requestForBTList();
+        QCOMPARE(list.takeFirst(), QVariantList({QStringList({"Tembrin_1", "Tembrin_2"}), true}));
+        bench->protocol.gotBTMenu(-1);
+        QVERIFY(!bench->protocol.isConnect);
+        QCOMPARE(taken.count(), 0);
+        bench->protocol.gotBTMenu(0);
+        QCOMPARE(taken.count(), 1);
+        QCOMPARE(bench->protocol.portName, QStringLiteral("rfcomm0"));
+        QCOMPARE(Settings::mainStore().value("lastBTPortName").toString(), QStringLiteral("rfcomm0"));
+    }
+
+    void aCableIsNoticedWhileTheLoggerIsIdle()
+    {
+        QSignalSpy found(&bench->protocol, &TembrinProtocol::foundUSB);
+        QSignalSpy wrong(&bench->protocol, &TembrinProtocol::wrongDriver);
+        bench->protocol.checkUSB();
+        QCOMPARE(found.count(), 0);
+        ports = {{"ttyUSB0", "", "CP210x", "", "", ""}, {"ttyUSB1", "", "CP210x", "", "6.3.2", ""}};
+        bench->protocol.checkUSB();
+        QCOMPARE(found.count(), 1);
+        QCOMPARE(wrong.count(), 1);
+        bench->data.runState = 1;
+        bench->protocol.checkUSB();
+        QCOMPARE(found.count(), 1);
+        QCOMPARE(bench->protocol.getUSBDevices().value(0).name, QStringLiteral("ttyUSB0"));
+    }
+
+private:
+    const QVector<possibleDevice> paired{{"rfcomm0", "", "", "Tembrin_1", ""},
+                                         {"fake", "", "", "Tembrin_2", ""}};
+    QVector<SerialPortRecord> ports;
+    QScopedPointer<LoggerBench> bench;
+};
+
+QTEST_GUILESS_MAIN(TestDiscovery)
+#include "test_discovery.moc"
