@@ -1,0 +1,319 @@
+#include "persistence/storedexperiment.h"
+
+#include <QIODevice>
+#include <QMap>
+
+#include <algorithm>
+
+#include "persistence/numbertext.h"
+#include "persistence/xmlscanner.h"
+#include "sensors/sensorsmaster.h"
+
+namespace {
+
+using Marker = StoredExperiment::Marker;
+using Channel = StoredExperiment::Channel;
+
+/// The walk through one document.
+class Walk
+{
+public:
+    Walk(QIODevice* device, StoredExperiment* experiment)
+        : xml(device)
+        , experiment(experiment)
+    {
+    }
+
+    bool readDocument();
+    QString reason() const { return failure.isEmpty() ? xml.reason() : failure; }
+
+private:
+    int integer(const char* key, int missing = 0) const
+    {
+        return NumberText::toInt(xml.attribute(QLatin1String(key)), missing);
+    }
+    double number(const char* key) const { return NumberText::toDouble(xml.attribute(QLatin1String(key))); }
+    // Other programs of the family read these as 32-bit floats; a graph shows the same range in all of them.
+    float shortNumber(const char* key) const;
+    bool flag(const char* key) const { return integer(key) == 1; }
+
+    void readRoot();
+    void readChildren(bool isRoot);
+    void readElement();
+    QVector<double> readValues(const char* key);
+    void readSensor();
+    void readMarker(QVector<Marker>* list);
+    void readMarkerContent(Marker* marker);
+    void readMarkerTitle(Marker* marker);
+    void closeGaps();
+    int newPlace(int place) const;
+    void moveMarkers(QVector<Marker>* list);
+    void tellLeftOut();
+
+    XmlScanner xml;
+    StoredExperiment* const experiment;
+    int numSensors = 0;
+    bool areTimesRead = false;
+    QMap<int, Channel> channels; ///< by their place in the file
+    QVector<Marker> olderMarkers;
+    int lostChannels = 0;
+    int lostMarkers = 0;
+    QString failure;
+};
+
+float Walk::shortNumber(const char* key) const
+{
+    constexpr double limit = 1e30; // beyond it there is no axis
+    return float(std::clamp(number(key), -limit, limit));
+}
+
+bool Walk::readDocument()
+{
+    if (xml.next() != XmlScanner::StartElement)
+        return false;
+    if (xml.name() != QLatin1String("ExpDataRoot")) {
+        failure = ExperimentReader::tr("it holds no experiment");
+        return false;
+    }
+    readRoot();
+    readChildren(true);
+    if (xml.next() != XmlScanner::EndOfDocument)
+        return false;
+    if (channels.isEmpty()) {
+        failure = ExperimentReader::tr("it holds no channel that can be read");
+        return false;
+    }
+    if (experiment->lineMarkers.isEmpty())
+        experiment->lineMarkers = olderMarkers;
+    closeGaps();
+    tellLeftOut();
+    return true;
+}
+
+void Walk::readRoot()
+{
+    numSensors =
+        std::clamp(integer("numSensors", ExperimentReader::maxChannels), 0, ExperimentReader::maxChannels);
+    experiment->rate = number("Rate");
+    experiment->activeSens = integer("activeSens");
+    experiment->xyIndex = integer("XYIndex", -1);
+    experiment->appendIndex = std::max(0, integer("appendIndex"));
+    const QStringView title = xml.attribute(QLatin1String("title"));
+    experiment->isTitled = !title.isNull();
+    experiment->title = title.toString();
+    experiment->view = xml.attribute(QLatin1String("view")).toString();
+}
+
+void Walk::readChildren(bool isRoot)
+{
+    for (bool isFirst = true;; isFirst = false) {
+        switch (xml.next()) {
+        case XmlScanner::StartElement:
+            readElement();
+            break;
+        case XmlScanner::Text:
+            if (isRoot && isFirst) {
+                experiment->title = xml.text().toString();
+                experiment->isTitled = true;
+            }
+            break;
+        case XmlScanner::EndElement:
+        case XmlScanner::EndOfDocument:
+        case XmlScanner::Failed:
+            return;
+        }
+    }
+}
+
+void Walk::readElement()
+{
+    const QStringView name = xml.name();
+    if (name == QLatin1String("Times") && !areTimesRead) {
+        areTimesRead = true;
+        experiment->times = readValues("t");
+    } else if (name == QLatin1String("Sensor")) {
+        readSensor();
+    } else if (name == QLatin1String("LineMarker")) {
+        readMarker(&experiment->lineMarkers);
+    } else if (name == QLatin1String("BarMarker")) {
+        readMarker(&experiment->barMarkers);
+    } else if (name == QLatin1String("Marker")) { // in files of older editions
+        readMarker(&olderMarkers);
+    } else {
+        readChildren(false);
+    }
+}
+
+/// One value per child of the element whose start was read.
+QVector<double> Walk::readValues(const char* key)
+{
+    QVector<double> values;
+    for (;;) {
+        switch (xml.next()) {
+        case XmlScanner::StartElement:
+            values.append(number(key));
+            xml.skipElement();
+            break;
+        case XmlScanner::Text:
+            break;
+        case XmlScanner::EndElement:
+        case XmlScanner::EndOfDocument:
+        case XmlScanner::Failed:
+            values.squeeze();
+            return values;
+        }
+    }
+}
+
+void Walk::readSensor()
+{
+    const int place = integer("DataIndex");
+    Channel channel;
+    channel.sensorID = integer("SensorID");
+    if (place < 0 || place >= numSensors || !sensorRow(channel.sensorID)) {
+        ++lostChannels;
+        xml.skipElement();
+        return;
+    }
+    const QStringView name = xml.attribute(QLatin1String("Name"));
+    channel.isNamed = !name.isNull();
+    channel.name = name.toString();
+    channel.minView = shortNumber("minView");
+    channel.maxView = shortNumber("maxView");
+    channel.barUseScale = flag("barUseScale");
+    channel.barMinView = shortNumber("barMinView");
+    channel.barMaxView = shortNumber("barMaxView");
+    channel.curveMode = integer("curveMode", -1);
+    channel.leftPad = integer("leftPad");
+    for (bool isFirst = true;; isFirst = false) {
+        const XmlScanner::Token token = xml.next();
+        if (token == XmlScanner::StartElement && isFirst)
+            channel.samples = readValues("v");
+        else if (token == XmlScanner::StartElement)
+            xml.skipElement();
+        else if (token != XmlScanner::Text)
+            break;
+    }
+    channel.leftPad = std::clamp(channel.leftPad, 0, channel.samples.size());
+    channels.insert(place, channel);
+}
+
+void Walk::readMarker(QVector<Marker>* list)
+{
+    const QStringView typeName = xml.attribute(QLatin1String("typeName"));
+    int type = 0;
+    while (type < MARKER_LAST && (markerTypeName(type).isEmpty() || markerTypeName(type) != typeName))
+        ++type;
+    if (type == MARKER_LAST || list->size() == ExperimentReader::maxMarkers) {
+        ++lostMarkers;
+        xml.skipElement();
+        return;
+    }
+    Marker marker;
+    marker.type = markerType(type);
+    marker.iSens = integer("iSens");
+    marker.x = shortNumber("X");
+    marker.y = shortNumber("Y");
+    marker.xOffset = integer("xOffset");
+    marker.yOffset = integer("yOffset");
+    marker.linX0 = shortNumber("x0");
+    marker.linX1 = shortNumber("x1");
+    marker.a = shortNumber("a");
+    marker.b = shortNumber("b");
+    marker.c = shortNumber("c");
+    marker.r = shortNumber("r");
+    marker.text = xml.attribute(QLatin1String("Text")).toString();
+    marker.isBubble = flag("bubble");
+    marker.isLocked = flag("locked");
+    marker.isPic = flag("image");
+    marker.isCompressed = flag("isCompressed");
+    readMarkerContent(&marker);
+    list->append(marker);
+}
+
+void Walk::readMarkerContent(Marker* marker)
+{
+    QByteArray lastText;
+    for (bool isFirst = true;; isFirst = false) {
+        const XmlScanner::Token token = xml.next();
+        if (token == XmlScanner::StartElement) {
+            lastText.clear();
+            if (isFirst)
+                readMarkerTitle(marker);
+            else
+                xml.skipElement();
+        } else if (token == XmlScanner::Text) {
+            if (marker->isPic)
+                lastText = xml.text().toLatin1();
+        } else {
+            break;
+        }
+    }
+    if (marker->isPic)
+        marker->picture = QByteArray::fromBase64(lastText);
+}
+
+void Walk::readMarkerTitle(Marker* marker)
+{
+    for (bool isFirst = true;; isFirst = false) {
+        const XmlScanner::Token token = xml.next();
+        if (token == XmlScanner::Text && isFirst)
+            marker->text = xml.text().toString();
+        else if (token == XmlScanner::StartElement)
+            xml.skipElement();
+        else if (token != XmlScanner::Text)
+            break;
+    }
+}
+
+int Walk::newPlace(int place) const
+{
+    const auto found = channels.find(place);
+    return found == channels.end() ? -1 : int(std::distance(channels.begin(), found));
+}
+
+/// A place that no channel could be read for would be an empty slot for everybody; the channels behind it
+/// move up, and what names them by their place with them.
+void Walk::closeGaps()
+{
+    experiment->activeSens = std::max(0, newPlace(experiment->activeSens));
+    experiment->xyIndex = newPlace(experiment->xyIndex);
+    moveMarkers(&experiment->lineMarkers);
+    moveMarkers(&experiment->barMarkers);
+    experiment->channels = channels.values().toVector();
+}
+
+void Walk::moveMarkers(QVector<Marker>* list)
+{
+    QVector<Marker> kept;
+    for (Marker marker : qAsConst(*list)) {
+        marker.iSens = newPlace(marker.iSens);
+        if (marker.iSens < 0)
+            ++lostMarkers;
+        else
+            kept.append(marker);
+    }
+    *list = kept;
+}
+
+void Walk::tellLeftOut()
+{
+    QStringList parts;
+    if (lostChannels > 0)
+        parts << ExperimentReader::tr("channels: %1").arg(lostChannels);
+    if (lostMarkers > 0)
+        parts << ExperimentReader::tr("markers: %1").arg(lostMarkers);
+    if (!parts.isEmpty())
+        experiment->leftOut = parts.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+bool ExperimentReader::read(QIODevice* device, StoredExperiment* experiment, QString* reason)
+{
+    Walk walk(device, experiment);
+    const bool isRead = walk.readDocument();
+    if (!isRead && reason)
+        *reason = walk.reason();
+    return isRead;
+}

@@ -1,0 +1,161 @@
+#include "persistence/readwrite.h"
+
+#include <QDesktopServices>
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QRegularExpression>
+#include <QTextStream>
+#include <QUrl>
+
+#include "app/common/common.h"
+#include "data/expdata.h"
+#include "persistence/numbertext.h"
+#include "persistence/safefile.h"
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcFiles, "pellandra.files", QtInfoMsg)
+
+constexpr int maxColumns = 512;
+constexpr int maxLine = 64 * 1024; // characters
+
+int timeDecimals(double dt)
+{
+    if (dt >= 1 || dt == 0)
+        return 0;
+    if (dt >= 0.1)
+        return 1;
+    if (dt >= 0.01)
+        return 2;
+    return dt >= 0.001 ? 3 : 5;
+}
+
+QString header(const ExpData& data, const QString& timesec, QChar separator)
+{
+    QString line = timesec;
+    for (int j = 0; j < data.getNSens(); ++j) {
+        const SensorPtr& sensor = data.getSens(j);
+        line += separator + (sensor ? sensor->getNameWithUnit(false) : QString());
+    }
+    return line + QLatin1Char('\n');
+}
+
+QString dataLine(const ExpData& data, int i, QChar separator)
+{
+    const int decimals = timeDecimals(data.dt);
+    QString line = Common::myToString(data.getXAt(i), 'f', decimals);
+    if (decimals > 0)
+        line += QLatin1String("00000");
+    for (int j = 0; j < data.getNSens(); ++j) {
+        const SensorPtr& sensor = data.getSens(j);
+        line += separator + QLatin1Char(' ');
+        line += sensor && i < data.getYSize(j)
+                    ? Common::myToString(data.getYAt(j, i), 'f', int(sensor->precision))
+                    : QStringLiteral("---");
+    }
+    return line + QLatin1Char('\n');
+}
+
+/// A spreadsheet's columns.
+struct Columns
+{
+    QStringList names;
+    QStringList units;
+    QVector<double> times;
+    QVector<QVector<double>> values;
+};
+
+/// The cause of the refusal of one line, empty if the line is sound.
+QString readHeader(const QString& line, Columns* columns)
+{
+    static const QRegularExpression brackets(QStringLiteral("[\\[\\]()]"));
+    const QStringList parts = line.split(QLatin1Char(','), Qt::SkipEmptyParts);
+    if (parts.size() < 2)
+        return ReadWrite::tr("a column for the time and one for values, parted by a comma, are needed");
+    if (parts.size() - 1 > maxColumns)
+        return ReadWrite::tr("too many columns");
+    for (int i = 1; i < parts.size(); ++i) {
+        const QStringList pieces = parts[i].split(brackets, Qt::SkipEmptyParts);
+        if (pieces.size() < 2)
+            return ReadWrite::tr("column \"%1\" has no unit in brackets").arg(parts[i].simplified().left(40));
+        columns->names << pieces[0].simplified();
+        columns->units << pieces[1].simplified();
+    }
+    columns->values.resize(columns->names.size());
+    qCDebug(lcFiles) << "sensors=" << columns->names << "units=" << columns->units;
+    return {};
+}
+
+QString readValues(const QString& line, Columns* columns)
+{
+    const QVector<QStringRef> parts = line.splitRef(QLatin1Char(','), Qt::SkipEmptyParts);
+    if (parts.size() != columns->values.size() + 1)
+        return ReadWrite::tr("%1 columns instead of %2").arg(parts.size()).arg(columns->values.size() + 1);
+    columns->times.append(NumberText::toDouble(parts[0]));
+    for (int j = 1; j < parts.size(); ++j)
+        columns->values[j - 1].append(NumberText::toDouble(parts[j]));
+    return {};
+}
+
+/// The cause of the refusal of a table, empty if it is sound.
+QString readTable(QIODevice* device, Columns* columns)
+{
+    QTextStream in(device);
+    in.setCodec("UTF-8");
+    QString line;
+    int number = 0;
+    while (in.readLineInto(&line, maxLine)) {
+        ++number;
+        QString cause = line.size() >= maxLine ? ReadWrite::tr("too long") : QString();
+        if (cause.isEmpty())
+            cause = number == 1 ? readHeader(line, columns) : readValues(line, columns);
+        if (!cause.isEmpty())
+            return ReadWrite::tr("line %1: %2").arg(number).arg(cause);
+    }
+    qCDebug(lcFiles) << "number of lines=" << number;
+    if (columns->times.isEmpty())
+        return ReadWrite::tr("there is no line with values");
+    return {};
+}
+
+} // namespace
+
+bool ReadWrite::exportCSV(const QString& filename, const ExpData* data, bool launch, const QString& timesec,
+                          QString* reason)
+{
+    const bool isSemicolon = Common::isCommaSeparator();
+    const QChar separator = isSemicolon ? u';' : u',';
+    SafeFile file(filename);
+    // A spreadsheet takes "sep=" for a cell when a byte order mark stands before it.
+    file.write(isSemicolon ? QByteArray("sep=;\n") : QByteArray("\xEF\xBB\xBF"));
+    file.write(header(*data, timesec, separator).toUtf8());
+    for (int i = 0; i < data->getXSize(); ++i) {
+        if (!file.write(dataLine(*data, i, separator).toUtf8()))
+            break;
+    }
+    const bool isWritten = file.commit();
+    if (reason)
+        *reason = file.reason();
+    if (isWritten && launch)
+        QDesktopServices::openUrl(QUrl(QStringLiteral("file:///%1").arg(filename), QUrl::TolerantMode));
+    return isWritten;
+}
+
+bool ReadWrite::importCSV(const QString& filename, ExpData* data, QString* reason)
+{
+    QFile file(filename);
+    Columns columns;
+    const QString cause = file.open(QIODevice::ReadOnly) ? readTable(&file, &columns) : file.errorString();
+    if (reason) {
+        const QString name = QFileInfo(filename).fileName();
+        *reason = cause.isEmpty() ? QString() : tr("%1 can't be imported: %2").arg(name, cause);
+    }
+    if (!cause.isEmpty())
+        return false;
+    const double dt = columns.times.size() > 1 ? columns.times[1] - columns.times[0] : 1;
+    data->setDataNew(columns.names.size(), columns.times, dt);
+    for (int i = 0; i < columns.names.size(); ++i)
+        data->addSpecialSensorData(columns.names[i], columns.units[i], i, columns.values[i]);
+    return true;
+}
