@@ -157,5 +157,6 @@ void Indicator::confirmDelete(int index)
 void Indicator::openPairing()
 {
     if (!PairingTool::open())
-        Q_EMIT message(tr("No Bluetooth settings were found on this desktop; pair the Tembrins there first"));
+        Q_EMIT message(
+            tr("No Bluetooth settings were found here: pair the Tembrins with the tool of your system"));
 }
