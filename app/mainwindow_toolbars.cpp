@@ -110,7 +110,7 @@ void MainWindow::createActions()
          QT_TR_NOOP("Setup Tembrin"), {}},
         {&MainWindow::runAct, "runAct", QT_TR_NOOP("&Run"), "Run", &MainWindow::doRun, "", {Qt::Key_F5}},
         {&MainWindow::stopAct, "stopAct", QT_TR_NOOP("Stop"), "Stop", &MainWindow::doStopAll,
-         QT_TR_NOOP("Stop Tembrin Run"), {Qt::Key_Escape, Qt::SHIFT | Qt::Key_F5}},
+         QT_TR_NOOP("Stop Tembrin Run"), {Qt::Key_Escape, QStringLiteral("Shift+F5")}},
         {&MainWindow::downloadAct, "downloadAct", QT_TR_NOOP("Download"), "Download", nullptr, "", {}},
         {&MainWindow::advancedSetupAct, "advancedSetupAct", QT_TR_NOOP("&Configuration"), "Pref", nullptr,
          QT_TR_NOOP("Set Tembrin's configuration"), {}},
@@ -217,7 +217,7 @@ void MainWindow::fillIconLists()
     for (int i = 0; i < layouts->count(); ++i) {
         auto* choose = new QAction(layouts->itemData(i, Qt::ToolTipRole).toString(), this);
         choose->setObjectName(QStringLiteral("layoutAct%1").arg(i + 1));
-        choose->setShortcut(Qt::CTRL | Qt::Key(Qt::Key_1 + i));
+        choose->setShortcut(QStringLiteral("Ctrl+%1").arg(i + 1));
         connect(choose, &QAction::triggered, this, [this, i] {
             if (layouts->isEnabled())
                 layouts->setCurrentIndex(i);
