@@ -58,6 +58,7 @@ private Q_SLOTS:
     {
         QSignalSpy found(&bench->protocol, &TembrinProtocol::foundUSB);
         QSignalSpy wrong(&bench->protocol, &TembrinProtocol::wrongDriver);
+        bench->data.runState = 0;
         bench->protocol.checkUSB();
         QCOMPARE(found.count(), 0);
         ports = {{"ttyUSB0", "", "CP210x", "", "", ""}, {"ttyUSB1", "", "CP210x", "", "6.3.2", ""}};
