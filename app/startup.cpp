@@ -83,7 +83,7 @@ void installTranslation(QCoreApplication* application, const QString& fileName)
 
 QString StartUp::useArgument(const QStringList& arguments)
 {
-    const QString argument = arguments.value(1);
+    QString argument = arguments.value(1);
     if (argument.contains(QLatin1String(".xml"), Qt::CaseInsensitive))
         return argument;
     QSettings store = Settings::mainStore();
