@@ -32,22 +32,21 @@ public:
     ~MockBluez()
     {
         QDBusConnection::disconnectFromBus("mock");
-        for (QProcess* process : {&mock, &bus}) {
-            process->kill();
-            process->waitForFinished();
-        }
+        mock.kill();
+        bus.kill();
+        mock.waitForFinished();
+        bus.waitForFinished();
     }
 
-    void pair(const QString& device, const QString& name)
+    bool pair(const QString& device, const QString& name)
     {
-        QVERIFY(call("/", "AddDevice", {"hci0", device, name}));
-        QVERIFY(call("/", "PairDevice", {"hci0", device, 0}));
+        return call("/", "AddDevice", {"hci0", device, name}) && call("/", "PairDevice", {"hci0", device, 0});
     }
-    void rename(const QString& device, const QString& name)
+    bool rename(const QString& device, const QString& name)
     {
-        const QString path = "/org/bluez/hci0/dev_" + QString(device).replace(':', '_');
-        QVERIFY(call(path, "UpdateProperties", {"org.bluez.Device1", QVariantMap{{"Name", name}}},
-                     "org.freedesktop.DBus.Mock"));
+        const QVariantList arguments{"org.bluez.Device1", QVariantMap{{"Name", name}}};
+        return call("/org/bluez/hci0/dev_" + QString(device).replace(':', '_'), "UpdateProperties", arguments,
+                    "org.freedesktop.DBus.Mock");
     }
 
     bool isReady = false;
@@ -63,7 +62,6 @@ private:
     {
         QDBusMessage message = QDBusMessage::createMethodCall("org.bluez", path, interface, method);
         message.setArguments(arguments);
-        message.setAutoStartService(false);
         return QDBusConnection("mock").call(message).type() == QDBusMessage::ReplyMessage;
     }
 
@@ -92,13 +90,7 @@ private Q_SLOTS:
         qputenv("DBUS_SYSTEM_BUS_ADDRESS", place().toLocal8Bit());
     }
 
-    void init() { guard.reset(new WarningGuard); }
-
-    void cleanup()
-    {
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
-    }
+    void cleanup() { VERIFY_NO_WARNINGS(guard); }
 
     void withoutABusThereAreNone() { QVERIFY(pairedBluezDevices(terminals()).isEmpty()); }
 
@@ -117,14 +109,13 @@ private Q_SLOTS:
         QTRY_VERIFY(!QFile::exists(folder.filePath("bus")));
         MockBluez bluez(place());
         QVERIFY(bluez.isReady);
-        bluez.pair(address, "Tembrin_0421");
-        bluez.pair(second, "Vorta_7");
-        bluez.pair("00:12:F3:A1:B2:C5", "Headphones");
+        QVERIFY(bluez.pair(address, "Tembrin_0421") && bluez.pair(second, "Vorta_7"));
+        QVERIFY(bluez.pair("00:12:F3:A1:B2:C5", "Headphones"));
         bind("rfcomm3", address);
         bind("ttyS0", second); // not a terminal of the radio
         const QString port = "Tembrin_0421 rfcomm3 0012F3A1B2C3";
         QTRY_COMPARE(texts(pairedBluezDevices(terminals())), QStringList({port, "Vorta_7  0012F3A1B2C4"}));
-        bluez.rename(second, "Phone_7");
+        QVERIFY(bluez.rename(second, "Phone_7"));
         QCOMPARE(texts(pairedBluezDevices(terminals())), QStringList(port));
     }
 
@@ -161,7 +152,7 @@ private:
     }
 
     QTemporaryDir folder;
-    QScopedPointer<WarningGuard> guard;
+    WarningGuard guard;
 };
 
 QTEST_GUILESS_MAIN(TestLinuxPorts)

@@ -4,28 +4,25 @@
 #include "link/pairedregistry.h"
 #include "link/usbports.h"
 
-Q_DECLARE_METATYPE(PairedNames)
-
 namespace {
 
-/// A tree written out as "path=value"; a value in hexadecimal after "=0x" is binary.
+/// A tree written out as "path=value"; a value that begins with 0x is binary.
 class WrittenTree : public KeyTree
 {
 public:
     explicit WrittenTree(const QStringList& lines)
     {
         for (const QString& line : lines)
-            values.insert(line.section(QLatin1Char('='), 0, 0), line.section(QLatin1Char('='), 1));
+            values.insert(line.section('=', 0, 0), line.section('=', 1));
     }
-
     QStringList childGroups(const QString& path) const override
     {
         QStringList children;
         for (const QString& key : values.keys()) {
-            const QString rest = key.startsWith(path + '/') ? key.mid(path.size() + 1) : QString();
-            if (rest.contains('/') && !children.contains(rest.section('/', 0, 0)))
-                children.append(rest.section('/', 0, 0));
+            if (key.startsWith(path + '/') && key.mid(path.size() + 1).contains('/'))
+                children << key.mid(path.size() + 1).section('/', 0, 0);
         }
+        children.removeDuplicates();
         return children;
     }
     QVariant value(const QString& path) const override
@@ -34,41 +31,62 @@ public:
     }
     QByteArray bytes(const QString& path) const override
     {
-        const QString text = values.value(path);
-        return text.startsWith("0x") ? QByteArray::fromHex(text.mid(2).toLatin1()) : QByteArray();
+        const QByteArray text = values.value(path).toLatin1();
+        return text.startsWith("0x") ? QByteArray::fromHex(text.mid(2)) : QByteArray();
     }
 
 private:
     QMap<QString, QString> values;
 };
 
-const QString bluetooth = QStringLiteral("SYSTEM/CurrentControlSet/Enum/BTHENUM/");
-const QString lowEnergy = QStringLiteral("SYSTEM/CurrentControlSet/Enum/BTHLEDevice/");
-const QString services =
-    QStringLiteral("SYSTEM/CurrentControlSet/services/BTHPORT/Parameters/LocalServices/{1101}/0/");
-
-QStringList port(const QString& service, const QString& address, const QString& name,
-                 const QString& root = bluetooth)
+struct Row
 {
-    const QString key = root + service + "/7&1a&0&" + address + "_C0/";
-    return {key + "Driver=x", key + "Device Parameters/PortName=" + name};
-}
+    const char* what;
+    const char* tree; // lines by blanks; ENUM, LE and SERVICES stand for their keys
+    const char* expected;
+};
 
-QStringList name(const QString& address, const QString& text)
+// clang-format off
+constexpr const char* port = "ENUM/{11}_LOCALMFG&0a/7&0012F3A1B2C3_C0/Driver=x "
+                             "ENUM/{11}_LOCALMFG&0a/7&0012F3A1B2C3_C0/Device_Parameters/PortName=COM12 ";
+constexpr const char* named = "ENUM/Dev_0012F3A1B2C3/7&2b/FriendlyName=Tembrin_77 ";
+constexpr Row deviceKeys[] = { // added to a port and its name
+    {"as paired", "", "Tembrin_77 COM12 0012F3A1B2C3 {11}"},
+    {"another maker's", "ENUM/{11}_VID&1/7&0012F3A1B2C3_C0/Driver=x", "Tembrin_77 COM12 0012F3A1B2C3 {11}"},
+    {"the computer's own", "ENUM/{11}_LOCALMFG&0a/7&000000000000_C0/Driver=x ENUM/Dev_000000000000/1/FriendlyName=Vorta_1", "Tembrin_77 COM12 0012F3A1B2C3 {11}"},
+    {"lower case, low energy, no driver", "ENUM/{11}_LOCALMFG&0a/7&0012f3a1b2c4_C0/Driver=x LE/S/7&0012F3A1B2C5_C0/Driver=x ENUM/S/7&0012F3A1B2C6_C0/Other=x "
+        "ENUM/Dev_0012f3a1b2c4/1/FriendlyName=sorr_4 ENUM/Dev_0012F3A1B2C5/1/FriendlyName=sorr_5 ENUM/Dev_0012F3A1B2C6/1/FriendlyName=sorr_6", "Tembrin_77 COM12 0012F3A1B2C3 {11}"},
+    {"the last of two services", "ENUM/{12}_LOCALMFG&0a/7&0012F3A1B2C3_C0/Driver=x", "Tembrin_77  0012F3A1B2C3 {12}"},
+    {"a service without a mark", "ENUM/Serial/7&0012F3A1B2C7_C0/Driver=x ENUM/Dev_0012F3A1B2C7/1/FriendlyName=My-VORTA_2", "My-VORTA_2  0012F3A1B2C7 Serial,Tembrin_77 COM12 0012F3A1B2C3 {11}"},
+    {"a telephone", "ENUM/Dev_0012F3A1B2C3/7&2b/FriendlyName=Tembrin-phone", ""},
+    {"a sibling brand", "ENUM/Dev_0012F3A1B2C3/7&2b/FriendlyName=LARCHET_1", "LARCHET_1 COM12 0012F3A1B2C3 {11}"},
+    {"the small logger", "ENUM/Dev_0012F3A1B2C3/7&2b/FriendlyName=Sorrel_3", "Sorrel_3 COM12 0012F3A1B2C3 {11}"},
+    {"its short form", "ENUM/Dev_0012F3A1B2C3/7&2b/FriendlyName=sorr_4", "sorr_4 COM12 0012F3A1B2C3 {11}"},
+};
+constexpr const char* service = "SERVICES/{11}/0/AssocBdAddr=0xC3B2A1F31200 SERVICES/{11}/0/enabled=1 SERVICES/{11}/0/ServiceName=Logger7 ";
+constexpr Row localServices[] = { // added to a port and its service
+    {"any name", "", "Logger7 COM12 0012F3A1B2C3 {11}"},
+    {"another partner", "SERVICES/{11}/0/AssocBdAddr=0xC4B2A1F31200", ""},
+    {"not binary", "SERVICES/{11}/0/AssocBdAddr=0012F3A1B2C3", ""},
+    {"switched off", "SERVICES/{11}/0/enabled=0", ""},
+    {"the stack's own", "SERVICES/{11}/0/ServiceName=BT-serial", ""},
+};
+// clang-format on
+
+void check(const Row& row, const char* base, PairedNames names)
 {
-    return {bluetooth + "Dev_" + address + "/7&2b/FriendlyName=" + text};
+    QString lines = QLatin1String(port) + QLatin1String(base) + QLatin1String(row.tree);
+    lines.replace("ENUM", "SYSTEM/CurrentControlSet/Enum/BTHENUM");
+    lines.replace("LE/", "SYSTEM/CurrentControlSet/Enum/BTHLEDevice/");
+    lines.replace("SERVICES", "SYSTEM/CurrentControlSet/services/BTHPORT/Parameters/LocalServices");
+    QStringList tree = lines.split(' ', Qt::SkipEmptyParts);
+    tree.replaceInStrings("Device_P", "Device P");
+    QStringList devices;
+    for (const possibleDevice& device : readPairedRegistry(WrittenTree(tree), names))
+        devices << QStringList{device.name, device.portName, device.address, device.service}.join(' ');
+    QVERIFY2(devices.join(',') == QLatin1String(row.expected),
+             qPrintable(QLatin1String(row.what) + ": " + devices.join(',')));
 }
-
-QStringList localService(const QString& partner, const QString& enabled, const QString& text)
-{
-    return {services + "AssocBdAddr=" + partner, services + "enabled=" + enabled,
-            services + "ServiceName=" + text};
-}
-
-const QString local = QStringLiteral("{1101}_LOCALMFG&000a");
-const QString first = QStringLiteral("0012F3A1B2C3");
-const QString second = QStringLiteral("0012F3A1B2C4");
-const QString firstBytes = QStringLiteral("0xC3B2A1F31200");
 
 } // namespace
 
@@ -77,62 +95,13 @@ class TestPairedRegistry : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyLoggersWithAPortAreListed_data()
-    {
-        QTest::addColumn<PairedNames>("names");
-        QTest::addColumn<QStringList>("tree");
-        QTest::addColumn<QStringList>("expected"); // name, port, address, service
-
-        const auto now = [](const char* title) -> QTestData& {
-            return QTest::newRow(title) << PairedNames::DeviceKeys;
-        };
-        const QStringList logger = port(local, first, "COM12") + name(first, "Tembrin_77");
-        const QStringList found{"Tembrin_77 COM12 0012F3A1B2C3 {1101}"};
-        now("as paired") << logger << found;
-        now("nothing paired") << QStringList() << QStringList();
-        now("a service of another maker")
-            << port("{1101}_VID&0001", first, "COM12") + name(first, "Tembrin_77") << QStringList();
-        now("a service without a mark") << port("Serial", first, "COM5") + name(first, "Tembrin_77")
-                                        << QStringList{"Tembrin_77 COM5 0012F3A1B2C3 Serial"};
-        now("the computer's own") << logger + port(local, "000000000000", "COM3") +
-                                         name("000000000000", "Tembrin_00")
-                                  << found;
-        now("an address in lower case")
-            << port(local, first.toLower(), "COM12") + name(first, "Tembrin_77") << QStringList();
-        now("no driver") << QStringList(logger.mid(1)) << QStringList();
-        now("two services") << logger + port("{1102}_LOCALMFG&000a", first, "COM13")
-                            << QStringList{"Tembrin_77 COM13 0012F3A1B2C3 {1102}"};
-        now("a telephone") << logger + port(local, second, "COM14") + name(second, "Tembrin phone") << found;
-        now("low energy only") << port(local, first, "COM12", lowEnergy) + name(first, "Tembrin_77")
-                               << QStringList();
-        for (const char* text : {"LARCHET_1", "My vorta_2", "Sorrel_3", "sorr_4"})
-            now(text) << port(local, first, "COM1") + name(first, text)
-                      << QStringList{QLatin1String(text) + QLatin1String(" COM1 0012F3A1B2C3 {1101}")};
-
-        const auto before = [](const char* title) -> QTestData& {
-            return QTest::newRow(title) << PairedNames::LocalServices;
-        };
-        const QStringList device = port(local, first, "COM12");
-        before("earlier: any name") << device + localService(firstBytes, "1", "Logger 77")
-                                    << QStringList{"Logger 77 COM12 0012F3A1B2C3 {1101}"};
-        before("earlier: another partner")
-            << device + localService("0xC4B2A1F31200", "1", "Logger 77") << QStringList();
-        before("earlier: not binary") << device + localService(first, "1", "Logger 77") << QStringList();
-        before("earlier: switched off")
-            << device + localService(firstBytes, "0", "Logger 77") << QStringList();
-        before("earlier: the stack's own")
-            << device + localService(firstBytes, "1", "BT serial") << QStringList();
-    }
-
     void onlyLoggersWithAPortAreListed()
     {
-        QFETCH(PairedNames, names);
-        QFETCH(QStringList, tree);
-        QFETCH(QStringList, expected);
-        QStringList devices;
-        for (const possibleDevice& device : readPairedRegistry(WrittenTree(tree), names))
-            devices << QStringList{device.name, device.portName, device.address, device.service}.join(' ');
-        QCOMPARE(devices, expected);
+        for (const Row& row : deviceKeys)
+            check(row, named, PairedNames::DeviceKeys);
+        for (const Row& row : localServices)
+            check(row, service, PairedNames::LocalServices);
+        QVERIFY(readPairedRegistry(WrittenTree({}), PairedNames::DeviceKeys).isEmpty());
     }
 
     void aConverterIsTakenUpToABadDriver()
