@@ -1,12 +1,8 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
-#include <QLineEdit>
-#include <QListWidget>
 #include <QProcess>
-#include <QPushButton>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include "app/common/settings.h"
 #include "app/mainwindow.h"
@@ -14,22 +10,9 @@
 #include "classroom/selectmanyloggers.h"
 #include "protocol/tembrindata.h"
 #include "resources/resources.h"
+#include "tests/classroom/dialoghand.h"
 #include "tests/common/fakeprompt.h"
 #include "tests/common/testsupport.h"
-
-namespace {
-
-template<typename Widget> Widget* part(const QWidget* window, const char* name)
-{
-    return window->findChild<Widget*>(QLatin1String(name));
-}
-
-void click(QListWidget* list, int row, Qt::KeyboardModifiers keys = Qt::NoModifier)
-{
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, keys, list->visualItemRect(list->item(row)).center());
-}
-
-} // namespace
 
 class TestGroup : public QObject
 {
@@ -105,23 +88,14 @@ private:
 
     void chooseThreeOfFive()
     {
-        QWidget* dialog = QApplication::activeModalWidget();
-        auto* unused = part<QListWidget>(dialog, "listPaired");
-        auto* used = part<QListWidget>(dialog, "listUsed");
-        click(unused, 0);
-        click(unused, 2, Qt::ControlModifier);
-        click(unused, 3, Qt::ControlModifier);
-        QTest::mouseClick(part<QPushButton>(dialog, "pushAdd"), Qt::LeftButton);
-        click(used, 2);
-        QTest::keyClick(used, Qt::Key_F2);
-        auto* editor = used->findChild<QLineEdit*>();
-        QTest::keyClicks(editor, "Physics table");
-        QTest::keyClick(editor, Qt::Key_Return);
-        QTRY_COMPARE(used->item(2)->text(), QStringLiteral("Physics table (Tembrin_0004)"));
-        click(used, 0);
-        QTest::mouseClick(part<QPushButton>(dialog, "pushRemove"), Qt::LeftButton);
-        QTest::mouseClick(part<QPushButton>(dialog, "pushButton_Save"), Qt::LeftButton);
-        QTest::mouseClick(part<QPushButton>(dialog, "pushButton_Connect"), Qt::LeftButton);
+        DialogHand hand(QApplication::activeModalWidget());
+        hand.choose("listPaired", {0, 2, 3});
+        hand.press("pushAdd");
+        hand.rename("listUsed", 2, "Physics table");
+        hand.choose("listUsed", {0});
+        hand.press("pushRemove");
+        hand.press("pushButton_Save");
+        hand.press("pushButton_Connect");
     }
 
     QTemporaryDir runtime;

@@ -1,13 +1,9 @@
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QPushButton>
-#include <QTest>
-
 #include "app/common/settings.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "classroom/selectmanyloggers.h"
+#include "tests/classroom/dialoghand.h"
 #include "tests/common/testsupport.h"
+#include <QLabel>
 
 namespace {
 
@@ -19,53 +15,18 @@ QVector<possibleDevice> paired(int count)
     return devices;
 }
 
-/// The dialog and a person with a keyboard and a mouse.
-class DialogBench
+class DialogBench : public DialogHand
 {
 public:
     explicit DialogBench(const QVector<possibleDevice>& devices)
-        : dialog(&manager, devices)
+        : DialogHand(&dialog)
+        , dialog(&manager, devices)
     {
         dialog.show();
         if (!QTest::qWaitForWindowActive(&dialog))
             qCritical("the dialog does not come up");
     }
-
-    template<typename Widget> Widget* part(const char* name) const
-    {
-        return dialog.findChild<Widget*>(QLatin1String(name));
-    }
-    void press(const char* button) { QTest::mouseClick(part<QPushButton>(button), Qt::LeftButton); }
-    void choose(const char* name, std::initializer_list<int> rows)
-    {
-        auto* list = part<QListWidget>(name);
-        Qt::KeyboardModifiers keys = Qt::NoModifier;
-        for (const int row : rows) {
-            QTest::mouseClick(list->viewport(), Qt::LeftButton, keys,
-                              list->visualItemRect(list->item(row)).center());
-            keys = Qt::ControlModifier;
-        }
-    }
-    /// Types over the whole line of a used logger.
-    void rename(int row, const QString& text, Qt::Key end = Qt::Key_Return)
-    {
-        auto* list = part<QListWidget>("listUsed");
-        choose("listUsed", {row});
-        QTest::keyClick(list, Qt::Key_F2);
-        auto* editor = list->findChild<QLineEdit*>();
-        QVERIFY(editor);
-        QTest::keyClicks(editor, text);
-        QTest::keyClick(editor, end);
-        QTRY_VERIFY(list->findChild<QLineEdit*>() != editor);
-    }
-    QStringList lines(const char* name) const
-    {
-        QStringList all;
-        for (int i = 0; i < part<QListWidget>(name)->count(); ++i)
-            all << part<QListWidget>(name)->item(i)->text();
-        return all;
-    }
-    QString hint() const { return part<QLabel>("hint")->text(); }
+    QString hint() const { return dialog.findChild<QLabel*>("hint")->text(); }
 
     multiConnectionsManager manager;
     selectManyLoggers dialog;
@@ -109,7 +70,7 @@ private Q_SLOTS:
         bench.choose("listPaired", {0, 1});
         bench.press("pushAdd");
         const auto typed = [&](const QString& text, Qt::Key end = Qt::Key_Return) {
-            bench.rename(1, text, end);
+            bench.rename("listUsed", 1, text, end);
             return bench.lines("listUsed")[1];
         };
         QCOMPARE(typed("T 1", Qt::Key_Escape), QStringLiteral("Group B (Tembrin_0002)"));
@@ -137,23 +98,23 @@ private Q_SLOTS:
     void aClassEndsAtEight()
     {
         DialogBench bench(paired(9));
-        QTest::keyClick(bench.part<QListWidget>("listPaired"), Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(bench.part<QPushButton>("pushAdd"), Qt::Key_Space);
+        QTest::keyClick(bench.list("listPaired"), Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(bench.button("pushAdd"), Qt::Key_Space);
         QCOMPARE(bench.dialog.nTembrins, 8);
         QVERIFY(bench.hint().contains("the most"));
         bench.choose("listPaired", {0});
-        QVERIFY(!bench.part<QPushButton>("pushAdd")->isEnabled());
+        QVERIFY(!bench.button("pushAdd")->isEnabled());
         bench.choose("listUsed", {0});
         bench.press("pushRemove");
         bench.choose("listPaired", {0});
-        QVERIFY(bench.part<QPushButton>("pushAdd")->isEnabled());
+        QVERIFY(bench.button("pushAdd")->isEnabled());
         QVERIFY(!bench.hint().contains("the most"));
     }
 
     void whatCannotBeOpenedSaysSo()
     {
         DialogBench bench({{"", "0012F3A1B2C3", "", "Tembrin_1", ""}, {"COM5", "", "", "Tembrin_2", ""}});
-        auto* list = bench.part<QListWidget>("listPaired");
+        auto* list = bench.list("listPaired");
         QVERIFY(list->item(0)->toolTip().contains("rfcomm0 00:12:F3:A1:B2:C3"));
         QVERIFY(list->item(1)->toolTip().contains("COM5"));
         bench.choose("listPaired", {0, 1});

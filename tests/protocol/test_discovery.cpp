@@ -12,8 +12,8 @@ private Q_SLOTS:
     void init()
     {
         bench.reset(new LoggerBench);
-        bench->protocol.setPortDiscovery({[this] { return paired; }, [this] { return ports; }});
-        ports.clear();
+        bench->protocol.setPortDiscovery(
+            {[this] { return paired; }, [] { return QVector<SerialPortRecord>(); }});
     }
 
     void aPortThatIsNoLongerTheSlotsIsLetGo()
@@ -46,27 +46,9 @@ private Q_SLOTS:
         QCOMPARE(Settings::mainStore().value("lastBTPortName").toString(), QStringLiteral("rfcomm0"));
     }
 
-    void aCableIsNoticedWhileTheLoggerIsIdle()
-    {
-        QSignalSpy found(&bench->protocol, &TembrinProtocol::foundUSB);
-        QSignalSpy wrong(&bench->protocol, &TembrinProtocol::wrongDriver);
-        bench->data.runState = 0;
-        bench->protocol.checkUSB();
-        QCOMPARE(found.count(), 0);
-        ports = {{"ttyUSB0", "", "CP210x", "", "", ""}, {"ttyUSB1", "", "CP210x", "", "6.3.2", ""}};
-        bench->protocol.checkUSB();
-        QCOMPARE(found.count(), 1);
-        QCOMPARE(wrong.count(), 1);
-        bench->data.runState = 1;
-        bench->protocol.checkUSB();
-        QCOMPARE(found.count(), 1);
-        QCOMPARE(bench->protocol.getUSBDevices().value(0).name, QStringLiteral("ttyUSB0"));
-    }
-
 private:
     const QVector<possibleDevice> paired{{"rfcomm0", "", "", "Tembrin_1", ""},
                                          {"other", "", "", "Tembrin_2", ""}};
-    QVector<SerialPortRecord> ports;
     QScopedPointer<LoggerBench> bench;
 };
 
