@@ -5,6 +5,7 @@
 #include <QLoggingCategory>
 #include <QMainWindow>
 #include <QMutex>
+#include <QPointer>
 #include <QSet>
 #include <QTimer>
 #include <QVector>
@@ -25,6 +26,7 @@ class QToolBar;
 class RefreshClock;
 class TembrinProtocol;
 class UserPrompt;
+class loggerBasicSetup;
 class multiConnectionsManager;
 
 /// The window and the flows that run in it.
@@ -118,6 +120,14 @@ private:
     QTimer connectTimer;    ///< until the next logger of a series on all
     int nextToConnect = 0;  ///< which that is
     QLabel* hint = nullptr; ///< what to press while no logger can be reached
+
+    // Setup of the loggers, in mainwindow_setup.cpp
+
+private Q_SLOTS:
+    void doBasicSetup();
+
+private:
+    QPointer<loggerBasicSetup> basicSetupDlg; ///< null unless it is open
 
     // Choice of the loggers, in mainwindow_group.cpp
 

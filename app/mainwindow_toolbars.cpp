@@ -106,7 +106,7 @@ void MainWindow::createActions()
         {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", nullptr, QT_TR_NOOP("Crop graph"), {}},
         {&MainWindow::colabConnectAct, "colabConnectAct", QT_TR_NOOP("Connect"), "ColabConnect",
          &MainWindow::doSelectMLog, "", {}},
-        {&MainWindow::basicSetupAct, "basicSetupAct", QT_TR_NOOP("Setup"), "Setup", nullptr,
+        {&MainWindow::basicSetupAct, "basicSetupAct", QT_TR_NOOP("Setup"), "Setup", &MainWindow::doBasicSetup,
          QT_TR_NOOP("Setup Tembrin"), {}},
         {&MainWindow::runAct, "runAct", QT_TR_NOOP("&Run"), "Run", &MainWindow::doRun, "", {Qt::Key_F5}},
         {&MainWindow::stopAct, "stopAct", QT_TR_NOOP("Stop"), "Stop", &MainWindow::doStopAll,

@@ -139,7 +139,7 @@ private Q_SLOTS:
         ClassBench bench(1);
         connectAll(bench, 1);
         for (const char* name : {"openAct", "saveAct", "printAct", "markerAct", "annotateAct", "cropAct",
-                                 "basicSetupAct", "downloadAct", "advancedSetupAct"})
+                                 "downloadAct", "advancedSetupAct"})
             QVERIFY2(!bench.action(name)->isEnabled(), name);
         QVERIFY(bench.action("colabConnectAct")->isEnabled());
     }

@@ -1,0 +1,55 @@
+#include "setup/dialogtools.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QScreen>
+
+#include <cmath>
+
+namespace {
+
+constexpr double usualPoints = 12; ///< the desktop's text up to this size is no large text
+
+// The main window's sheet gives every list below it the toolbars' look, and the nearer sheet wins.
+const QString look = QStringLiteral(R"(
+QComboBox {
+    color: #1b2733; background-color: #ffffff; border: 1px solid #8b959f; border-radius: 6px; padding: 4px 8px;
+}
+QComboBox:hover { background-color: #e4eef9; border-color: #1f6fc4; }
+QComboBox:focus { background-color: #ffffff; border: 2px solid #1f6fc4; padding: 3px 7px; }
+QComboBox:disabled { color: #7b858f; background-color: #e4e7ea; border-color: #b4bcc4; }
+QComboBox::drop-down { border: 0px; padding: 0px; width: 28px; }
+QComboBox::down-arrow { image: url(:/icons/resources/down-arrow.png); left: 0px; }
+QComboBox QAbstractItemView { color: #1b2733; background-color: #ffffff; }
+QAbstractItemView::item:selected { color: #1b2733; background-color: #cfe0f4; }
+QScrollArea, QScrollArea > QWidget > QWidget { background: transparent; border: 0px; }
+QLineEdit[isWrong="true"] { border: 2px solid #b3261e; background-color: #fdeceb; padding: 3px 5px; }
+QLabel[isWarning="true"] { color: #b3261e; }
+)");
+
+} // namespace
+
+QFont DialogTools::sized(QFont font, int points)
+{
+    font.setPointSizeF(points * qMax(1.0, QFontInfo(QApplication::font()).pointSizeF() / usualPoints));
+    return font;
+}
+
+void DialogTools::applyLook(QDialog* dialog)
+{
+    dialog->setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+    dialog->setStyleSheet(look);
+}
+
+void DialogTools::fitToScreen(QDialog* dialog, const QSize& usual)
+{
+    const QSize most = dialog->screen()->availableSize();
+    dialog->resize(usual.expandedTo(dialog->sizeHint()).boundedTo(most));
+}
+
+double DialogTools::typedNumber(const QString& text, bool* ok)
+{
+    const double number = QString(text).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(ok);
+    *ok = *ok && std::isfinite(number);
+    return *ok ? number : 0;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QFont>
+#include <QSize>
+#include <QString>
+
+class QDialog;
+
+/// What the setup dialogs share: names, fonts, look and the way to the screen.
+namespace DialogTools {
+
+/// Gives a control the name by which scripts find it and, where it shows no text, the name it is read out by.
+template<typename Control>
+Control* named(Control* control, const char* name, const QString& spoken = QString())
+{
+    control->setObjectName(QLatin1String(name));
+    if (!spoken.isEmpty())
+        control->setAccessibleName(spoken);
+    return control;
+}
+
+/// `font` at so many points, or at more where the desktop's own text is large.
+QFont sized(QFont font, int points);
+
+/// Sets lists and fields apart from the dialog's ground, whatever the main window's colours are.
+void applyLook(QDialog* dialog);
+
+/// At least `usual`, at least what the contents ask for, at most the screen.
+void fitToScreen(QDialog* dialog, const QSize& usual);
+
+/// The number that a person typed, with a point or a comma; nothing finite gives false in `ok`.
+double typedNumber(const QString& text, bool* ok);
+
+} // namespace DialogTools

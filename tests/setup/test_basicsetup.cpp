@@ -1,0 +1,279 @@
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include "setup/loggerbasicsetup.h"
+#include "tests/setup/setupbench.h"
+
+namespace {
+
+const QByteArray idle = status({{7, 0}});
+const QByteArray idleVorta = summed("3E7983 10 11 12 00 03 0064 0000 0000 00");
+constexpr const char* fewSensorsHex = "2E6982 02 05 0000000000000000000000000000 00 00"; // pH and light
+
+/// A setup frame with this mask, rate code, count and sensors in the sockets; the rest as the loggers report
+/// it.
+QByteArray setupFrame(int mask, int code, int samples, const char* sockets)
+{
+    QByteArray frame = bytes("47141100");
+    for (const int value : {mask, code, samples})
+        frame += char(value);
+    return summed(frame + bytes("01 02 012C") + bytes(sockets) + bytes("FF 0032"));
+}
+
+QStringList entries(const QComboBox& list)
+{
+    QStringList texts;
+    for (int i = 0; i < list.count(); ++i)
+        texts << list.itemText(i);
+    return texts;
+}
+
+} // namespace
+
+/// The dialog on real sessions over fake ports.
+class TestBasicSetup : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { bench.reset(new SetupBench(2)); }
+
+    void cleanup()
+    {
+        dialog.reset();
+        VERIFY_NO_WARNINGS(bench->guard);
+    }
+
+    void aChangeReachesTheFirstLoggerAtOnceAndTheOthersAtTheEnd()
+    {
+        bench->introduce(0, idle);
+        bench->introduce(1, status({{7, 0}, {9, 0}, {10, 2}}), fewSensorsHex);
+        bench->manager.setPacing(5000, 1);
+        open();
+        QCOMPARE(bench->written(0), QByteArray());
+        box(1)->click();
+        QCOMPARE(bench->written(0), setupFrame(0x07, 3, 2, "2626"));
+        box(0)->click();
+        rate()->setCurrentIndex(rate()->findText(QStringLiteral("25/Sec")));
+        samples()->setCurrentIndex(3);
+        QVERIFY(bench->written(0).endsWith(setupFrame(0x06, 4, 3, "2626")));
+        QCOMPARE(find<QLabel>("runLength")->text(), QStringLiteral("The run takes 6 min 50 s."));
+        QCOMPARE(bench->written(1), QByteArray());
+
+        dialog->close();
+        QCOMPARE(bench->written(0), setupFrame(0x06, 4, 3, "2626"));
+        bench->port(0).feed(status({{3, 0x11}, {7, 0}}));
+        // pH is the first sensor of the second logger; its light sensor, which the first one lacks, goes off.
+        QTRY_COMPARE(bench->port(1).written(), setupFrame(0x01, 4, 3, "0000"));
+    }
+
+    void theRateShownIsTheRateSentAndTheRateOfTheRun_data()
+    {
+        const QString slow = QStringLiteral("Manual 0 0, 1/Min 1 60, 1/Sec 2 1, 10/Sec 3 0.1024, ");
+        const QString usual = slow + QStringLiteral("25/Sec 4 0.04096, 100/Sec 5 0.01024");
+        const QString latest = usual + QStringLiteral(", 25000/Sec 6 0.00003944, 100000/Sec 7 0.0000101745");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("firmware");
+        QTest::addColumn<int>("small");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("3.99") << 35 << 3 << 0x99 << usual + ", 1000/Sec 6 0.001024, 25000/Sec 7 0.000042";
+        const QString middle = usual + QStringLiteral(", 1000/Sec 6 0.001024, 100000/Sec 7 0.0000101745");
+        QTest::newRow("4.00") << 35 << 4 << 0x00 << middle;
+        QTest::newRow("4.02") << 35 << 4 << 0x02 << middle;
+        QTest::newRow("4.03") << 35 << 4 << 0x03 << latest;
+        QTest::newRow("4.12") << 68 << 4 << 0x12 << latest;
+        QTest::newRow("type 17") << 17 << 1 << 0x30 << slow + "100/Sec 4 0.01024";
+        QTest::newRow("type 17, late firmware") << 17 << 4 << 0x05 << slow + "100/Sec 4 0.01024";
+        QTest::newRow("type 18") << 18 << 4 << 0x05 << usual;
+    }
+
+    void theRateShownIsTheRateSentAndTheRateOfTheRun()
+    {
+        QFETCH(int, type);
+        QFETCH(int, firmware);
+        QFETCH(int, small);
+        QFETCH(QString, expected);
+        bench->introduce(0, status({{4, type}, {5, firmware}, {6, small}, {7, 0}}));
+        open();
+        TembrinData& logger = bench->logger(0);
+        QStringList seen;
+        for (int i = 0; i < rate()->count(); ++i) {
+            const QString name = rate()->itemText(i);
+            bench->written(0);
+            rate()->setCurrentIndex(i);
+            const int code = bench->written(0).at(5);
+            bench->port(0).feed(status(
+                {{3, 0x11}, {4, type}, {5, firmware}, {6, small}, {7, 0}, {11, code}, {25, 38}, {26, 38}}));
+            QCOMPARE(rate()->currentText(), name);
+            QCOMPARE(logger.RateNames[logger.rate], name);
+            seen << QStringLiteral("%1 %2 %3")
+                        .arg(name)
+                        .arg(code)
+                        .arg(QString::number(logger.Rates[logger.rate], 'f', QLocale::FloatingPointShortest));
+        }
+        QCOMPARE(seen.join(QStringLiteral(", ")), expected);
+        QCOMPARE(bench->written(0), QByteArray()); // what a logger reports is not sent back
+    }
+
+    void anotherLoggerGetsTheNearestRateThatItHas()
+    {
+        bench->introduce(0, idle);
+        bench->introduce(1, status({{5, 3}, {7, 0}}));
+        open();
+        rate()->setCurrentText(QStringLiteral("25000/Sec"));
+        QCOMPARE(bench->logger(0).rate, short(8));
+        QCOMPARE(bench->logger(1).rate, short(7)); // of the same name in its firmware
+        rate()->setCurrentText(QStringLiteral("100000/Sec"));
+        QCOMPARE(bench->logger(1).rate, short(7));
+    }
+
+    void aRunInProgressIsNotDisturbed_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<bool>("opens");
+        QTest::newRow("with the settings of the dialog's start") << 2 << true;
+        QTest::newRow("with others") << 3 << false;
+    }
+
+    void aRunInProgressIsNotDisturbed()
+    {
+        QFETCH(int, code);
+        QFETCH(bool, opens);
+        const QString warning =
+            QStringLiteral("Can't perform setup|Please stop logging before changing the logger SETUP.");
+        bench->introduce(0, status({{7, 5}, {11, code}, {12, 1}}));
+        open();
+        QCOMPARE(dialog->dontOpenFlag, !opens);
+        QCOMPARE(bench->prompt.asked, opens ? QStringList() : QStringList(warning));
+        bench->prompt.asked.clear();
+        box(1)->click();
+        rate()->setCurrentIndex(0);
+        QCOMPARE(bench->prompt.asked, QStringList({warning, warning}));
+        QVERIFY(!box(1)->isChecked());
+        QCOMPARE(rate()->currentText(), bench->logger(0).RateNames[code]);
+        dialog->close();
+        QCOMPARE(bench->written(0), QByteArray());
+    }
+
+    void theDialogFollowsTheLogger()
+    {
+        bench->introduce(0, idle);
+        open();
+        bench->port(0).feed(status({{3, 0}, {4, 240}, {7, 0}, {10, 3}, {11, 6}, {12, 3}}));
+        QVERIFY(box(1)->isChecked() && !box(2)->isChecked());
+        QCOMPARE(rate()->currentText(), QStringLiteral("25000/Sec"));
+        QCOMPARE(samples()->currentText(), QStringLiteral("3000"));
+        bench->port(0).feed(bytes(fewSensorsHex));
+        bench->port(0).feed(status({{3, 0x10}, {5, 3}, {7, 0}, {11, 6}}));
+        QCOMPARE(box(1)->text(), bench->logger(0).sensors[1]->name);
+        QCOMPARE(rate()->currentText(), QStringLiteral("1000/Sec"));
+        dialog->close();
+        QCOMPARE(bench->written(0), bytes("47141095")); // the session's own question
+    }
+
+    void aSocketTakesTheSensorChosen()
+    {
+        bench->introduce(0, idle);
+        open();
+        auto* second = find<QComboBox>("socketList2");
+        QVERIFY(second->isVisibleTo(dialog.data()) && box(4)->text().isEmpty());
+        second->setCurrentIndex(VERNIER_PH - VERNIER_FIRST);
+        QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "261C"));
+        bench->port(0).feed(summed("2E6985 6700")); // a current sensor that names itself
+        QCOMPARE(box(4)->text(), bench->logger(0).sensors[4]->name);
+        QVERIFY(!find<QComboBox>("socketList1")->isVisibleTo(dialog.data()));
+        bench->port(0).feed(summed("2E6985 0000"));
+        QVERIFY(find<QComboBox>("socketList1")->isVisibleTo(dialog.data()) && box(4)->text().isEmpty());
+        QCOMPARE(bench->written(0), QByteArray());
+    }
+
+    void aGateAndItsCard()
+    {
+        bench->introduce(0, idle);
+        open();
+        TembrinData& logger = bench->logger(0);
+        auto* group = find<QGroupBox>("photogateGroupBox");
+        auto* width = find<QLineEdit>("cardWidthLineEdit");
+        QVERIFY(group->isHidden());
+        bench->port(0).feed(summed("2E6985 6A00"));
+        QVERIFY(!group->isHidden() && !logger.photogateEnabled);
+        QTest::keyClick(group, Qt::Key_Space);
+        QVERIFY(logger.photogateEnabled);
+        QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "7100"));
+        for (const char* bad : {"", "wide", "0", "-0.2", "inf"}) {
+            width->setText(QLatin1String(bad));
+            QCOMPARE(logger.photoObjW, 0.05);
+            QVERIFY(!find<QLabel>("cardWidthHint")->isHidden());
+        }
+        width->setText(QStringLiteral("0,12"));
+        QCOMPARE(logger.photoObjW, 0.12);
+        QVERIFY(find<QLabel>("cardWidthHint")->isHidden());
+        bench->port(0).feed(summed("2E6985 7000"));
+        QVERIFY(!group->isCheckable() && logger.photogateEnabled);
+        bench->port(0).feed(summed("2E6985 6A00"));
+        QVERIFY(group->isCheckable() && !logger.photogateEnabled);
+    }
+
+    void aVortaLoggerKeepsASensorAndHasFewerAtItsFastest()
+    {
+        bench->port(0).feed(idleVorta);
+        bench->port(0).writes.clear();
+        open();
+        QCOMPARE(entries(*rate()).join(' '), QStringLiteral("1/Sec 10/Sec 25/Sec 100/Sec 500/Sec"));
+        QCOMPARE(samples()->currentText(), QStringLiteral("100"));
+        QCOMPARE(ticked(), QStringLiteral("1"));
+        box(1)->click();
+        QCOMPARE(ticked(), QStringLiteral("1"));
+        box(3)->click();
+        rate()->setCurrentIndex(4);
+        QCOMPARE(ticked(), QStringLiteral("0"));
+        box(4)->click();
+        box(3)->click();
+        samples()->setCurrentIndex(4);
+        QCOMPARE(ticked(), QStringLiteral("0 4"));
+        QCOMPARE(find<QLabel>("runLength")->text(), QStringLiteral("The run takes 1 min 1 s."));
+        QCOMPARE(bench->logger(0).Vorta_rate, short(5));
+        QCOMPARE(bench->logger(0).Vorta_samples, short(30000));
+        dialog->close();
+        QCOMPARE(bench->written(0), QByteArray());
+    }
+
+private:
+    void open()
+    {
+        dialog.reset(new loggerBasicSetup(&bench->prompt));
+        dialog->createAll(&bench->manager);
+        connect(&bench->logger(0), &TembrinData::statusReceived, dialog.data(),
+                &loggerBasicSetup::updateStatus);
+        dialog->show();
+    }
+
+    template<typename Control> Control* find(const char* name) { return control<Control>(*dialog, name); }
+    QComboBox* rate() { return find<QComboBox>("comboRate"); }
+    QComboBox* samples() { return find<QComboBox>("comboSamples"); }
+    QCheckBox* box(int i)
+    {
+        // A row that was replaced lives until the next turn of the event loop.
+        const auto all = dialog->findChildren<QCheckBox*>(QStringLiteral("sensBox%1").arg(i + 1));
+        return all.last();
+    }
+    QString ticked()
+    {
+        QStringList places;
+        for (int i = 0; i < bench->logger(0).sensors.size(); ++i) {
+            if (box(i)->isChecked())
+                places << QString::number(i);
+        }
+        return places.join(' ');
+    }
+
+    QScopedPointer<SetupBench> bench;
+    QScopedPointer<loggerBasicSetup> dialog;
+};
+
+QTEST_MAIN(TestBasicSetup)
+#include "test_basicsetup.moc"
