@@ -260,16 +260,21 @@ private:
     myPlotMarker* subjectOf(myPlotMarker* marker) const;
     QList<myPlotMarker*> pairedUp(const QList<myPlotMarker*>& list);
     void takeStored(myPlotMarker* marker);
-    void leanToMiddle(const myPlotMarker* cross, myPlotMarker* text) const;
     static void setCross(myPlotMarker* marker, markerType kind);
     void skip2ndMarker(myPlotMarker* cross);
-    void setFloatingMarkerPosition(myPlotMarker* text);
-    void flipTangentText(myPlotMarker* text, double y, const QwtScaleMap& yMap) const;
-    void addValueText(myPlotMarker* text, int xOffset, int yOffset);
-    void placeTexts(bool all);
     void followCurves();
     void showMarkersWithCurves();
     void repaintMarkers();
+
+    // plot_textplaces.cpp
+    void leanToMiddle(const myPlotMarker* cross, myPlotMarker* text) const;
+    QPointF basePixel(const myPlotMarker& text) const;
+    QRectF boxAt(const myPlotMarker& text, const QPointF& base, const QPoint& offset) const;
+    void findRoom(myPlotMarker* text) const;
+    void setFloatingMarkerPosition(myPlotMarker* text);
+    void flipTangentText(myPlotMarker* text, double y) const;
+    void placeTexts(bool all);
+    void addValueText(myPlotMarker* text, int xOffset, int yOffset);
 
     // plot_markertexts.cpp
     void setPartnerText(myPlotMarker* text);

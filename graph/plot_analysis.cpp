@@ -100,6 +100,7 @@ void Plot::finishAnalysis(myPlotMarker* result)
 {
     addPair(result, textDistance, -textDistance);
     setPartnerText(result->connectTo);
+    findRoom(result->connectTo);
     setFloatingMarkerPosition(result->connectTo);
     repaintMarkers();
 }

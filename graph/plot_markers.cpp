@@ -26,11 +26,6 @@ constexpr int maxCrosses = 2;
 constexpr int textDistance = 50; // pixels of a text from what it tells about
 constexpr double notPlaced = std::numeric_limits<double>::quiet_NaN();
 
-bool isUnplaced(const myPlotMarker& text)
-{
-    return std::isnan(text.xValue());
-}
-
 bool hasPartnerText(int type)
 {
     return type == MARKER_X || type == MARKER_REGRESSION || type == MARKER_INTEGRAL;
@@ -140,7 +135,7 @@ void Plot::takeStored(myPlotMarker* marker)
     } else if (marker->type == MARKER_INTEGRAL) {
         marker->curve = getCurve(marker->iSens);
     } else if (marker->type == MARKER_FLOATING_TEXT) {
-        const bool isNew = isUnplaced(*marker);
+        const bool isNew = std::isnan(marker->xValue());
         if (marker->connectTo->type == MARKER_X || isNew)
             setPartnerText(marker);
         if (isNew) {
@@ -200,6 +195,7 @@ void Plot::newMarker(int iSens, int iReg, double xVal, double yVal)
     curveMarker.append(cross);
     leanToMiddle(cross, cross->connectTo);
     setPartnerText(cross->connectTo);
+    findRoom(cross->connectTo);
     setFloatingMarkerPosition(cross->connectTo);
     skip2ndMarker(cross);
     // The distance of the two goes by where the second one has been brought.
@@ -216,14 +212,6 @@ void Plot::setCross(myPlotMarker* marker, markerType kind)
     const QColor color = kind == MARKER_X ? Qt::black : Qt::gray;
     marker->type = kind;
     marker->setSymbol(new QwtSymbol(QwtSymbol::XCross, color, QPen(color, penWidth), QSize(size, size)));
-}
-
-void Plot::leanToMiddle(const myPlotMarker* cross, myPlotMarker* text) const
-{
-    const QPointF middle = QRectF(canvas()->contentsRect()).center();
-    const QPointF pos = cross->pixelPos();
-    text->xOffset = pos.x() > middle.x() ? -textDistance : textDistance;
-    text->yOffset = pos.y() < middle.y() || type == GRAPH_FFT ? textDistance : -textDistance;
 }
 
 // Analyses go from one cross to the other, so both lie on one curve.
@@ -248,60 +236,6 @@ void Plot::skip2ndMarker(myPlotMarker* cross)
     other->connectTo->iSens = cross->iSens;
     setFloatingMarkerPosition(other->connectTo);
     setPartnerText(other->connectTo);
-}
-
-/// Puts a text at its distance in pixels from its partner or the value that it points at, and shows it.
-void Plot::setFloatingMarkerPosition(myPlotMarker* text)
-{
-    const QwtScaleMap xMap = canvasMap(xBottom);
-    const QwtScaleMap yMap = text->ownMap(canvasMap(yLeft));
-    const myPlotMarker* const partner = text->connectTo;
-    const double x = std::trunc(xMap.transform(partner ? partner->xValue() : text->pointToXVal));
-    const double y = std::trunc(yMap.transform(partner ? partner->yValue() : text->pointToYVal));
-    if (partner && partner->type == MARKER_TANGENT)
-        flipTangentText(text, y, yMap);
-    text->setValue(xMap.invTransform(x + text->xOffset), yMap.invTransform(y + text->yOffset));
-    text->setShown(true);
-}
-
-// On a canvas too low for either side the text goes to the wider one, as far off as it can.
-void Plot::flipTangentText(myPlotMarker* text, double y, const QwtScaleMap& yMap) const
-{
-    const double half = text->label().textSize().height() / 2;
-    const double above = y - std::min(yMap.p1(), yMap.p2()) - half;
-    const double below = std::max(yMap.p1(), yMap.p2()) - y - half;
-    const bool isAbove = text->yOffset < 0;
-    const double room = isAbove ? above : below;
-    const double other = isAbove ? below : above;
-    const bool isFlipped = room <= slopeTextDistance && other > room;
-    const int distance = int(std::max(half, std::min<double>(slopeTextDistance, isFlipped ? other : room)));
-    text->yOffset = isAbove != isFlipped ? -distance : distance;
-}
-
-/// Places the texts that had to wait for the axes, or all that are shown.
-void Plot::placeTexts(bool all)
-{
-    for (myPlotMarker* text : qAsConst(markers)) {
-        if (text->type != MARKER_FLOATING_TEXT)
-            continue;
-        const bool isNew = isUnplaced(*text);
-        if (isNew && text->connectTo && text->connectTo->type == MARKER_X)
-            leanToMiddle(text->connectTo, text);
-        if (isNew || (all && text->isShown()))
-            setFloatingMarkerPosition(text);
-    }
-    hasUnplacedTexts = false;
-}
-
-/// For a text that has no partner, which is placed as soon as the axes are known.
-void Plot::addValueText(myPlotMarker* text, int xOffset, int yOffset)
-{
-    text->xOffset = xOffset;
-    text->yOffset = yOffset;
-    text->setXValue(notPlaced);
-    text->setShown(false);
-    hasUnplacedTexts = true;
-    addMarker(text);
 }
 
 /// After the curves were made anew.

@@ -262,7 +262,7 @@ bool Plot::outgrewAutoRange() const
 void Plot::refresh()
 {
     const bool areAxesDue = axesChanged || type != GRAPH_LINE || outgrewAutoRange();
-    if (hasUnplacedTexts || (areAxesDue && !data->finalData)) {
+    if (hasUnplacedTexts || (areAxesDue && !data->finalData && !markers.isEmpty())) {
         updateAxes();
         placeTexts(!data->finalData);
     }
