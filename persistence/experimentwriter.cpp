@@ -3,6 +3,8 @@
 #include <QBuffer>
 #include <QPixmap>
 
+#include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "data/expdata.h"
@@ -146,9 +148,21 @@ bool isStored(const myPlotMarker& marker)
     return false;
 }
 
+/// To the unit on display and back costs the last digits. Ranges and places are 32-bit floats from a file or
+/// short decimals, so that whichever lies that near is what it was.
+double withoutNoise(double value)
+{
+    const double noise = (std::fabs(value) + 100) * 1e-15;
+    for (const double candidate : {double(float(value)), QString::number(value, 'g', 12).toDouble()}) {
+        if (std::fabs(candidate - value) <= noise)
+            return candidate;
+    }
+    return value;
+}
+
 double inBaseUnit(const SensorPtr& sensor, double shown)
 {
-    return sensor ? sensor->convertFromAltUnit(shown) : shown;
+    return sensor && sensor->needAltUnit() ? withoutNoise(sensor->convertFromAltUnit(shown)) : shown;
 }
 
 void writeRootStart(Utf16Xml& xml, const ExperimentToWrite& experiment)

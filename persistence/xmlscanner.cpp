@@ -86,18 +86,21 @@ bool XmlScanner::fill()
         fail(tr("a part of it is too long"));
         return false;
     }
-    const QByteArray bytes = device->read(chunkSize);
-    if (bytes.isEmpty()) {
-        isAtEnd = true;
-        return false;
-    }
-    if (!decoder && !chooseCodec(bytes))
-        return false;
-    decoder->toUnicode(&piece, bytes.constData(), bytes.size());
-    if (decoder->hasFailure()) {
-        fail(tr("its characters are not in the encoding that it names"));
-        return false;
-    }
+    do { // half a character gives no text yet
+        const QByteArray bytes = device->read(chunkSize);
+        if (bytes.isEmpty()) {
+            isAtEnd = true;
+            return false;
+        }
+        if (!decoder && !chooseCodec(bytes))
+            return false;
+        piece.resize(0); // some codecs append
+        decoder->toUnicode(&piece, bytes.constData(), bytes.size());
+        if (decoder->hasFailure()) {
+            fail(tr("its characters are not in the encoding that it names"));
+            return false;
+        }
+    } while (piece.isEmpty());
     // A long token is not moved for each piece of it.
     if (begin >= buffer.size() / 2) {
         buffer.remove(0, begin);

@@ -1,0 +1,530 @@
+#include <QBuffer>
+#include <QDomDocument>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QSaveFile>
+#include <QTextCodec>
+#include <QtTest>
+
+#include <cmath>
+
+#include "graph/myplotmarker.h"
+#include "graph/plot.h"
+#include "graph/scalemanager.h"
+#include "persistence/experimentwriter.h"
+#include "persistence/numbertext.h"
+#include "persistence/readwrite.h"
+#include "persistence/safefile.h"
+#include "persistence/storedexperiment.h"
+#include "tests/common/testsupport.h"
+#include "tests/persistence/testexperiment.h"
+
+namespace {
+
+/// The same elements as a tree, in the words of the format's description.
+class DomWriter
+{
+public:
+    QString text(const QString& title, const ExpData& data, const Plot& graph, const Plot& bar)
+    {
+        QDomElement root = child(document, QStringLiteral("ExpDataRoot"));
+        root.setAttribute("numSensors", data.getNSens());
+        root.setAttribute("numSamples", data.getXSize());
+        root.setAttribute("Rate", data.dt);
+        root.setAttribute("title", title);
+        root.setAttribute("view", "Line");
+        root.setAttribute("activeSens", data.getSelectedSensor());
+        root.setAttribute("XYIndex", data.getXYIndex());
+        root.setAttribute("appendIndex", data.getAppendIndex());
+        root.appendChild(document.createTextNode(title));
+        list(child(root, "Times"), "T", "t", data.getX(), data.dt < 0.1 ? 6 : 1);
+        for (int i = 0; i < data.getNSens(); ++i)
+            sensor(child(root, "Sensor"), data, *graph.scaler->scales[i], i);
+        markers(child(root, "LineMarkers"), "LineMarker", graph.markers, data);
+        markers(child(root, "BarMarkers"), "BarMarker", bar.markers, data);
+        return document.toString();
+    }
+
+private:
+    QDomElement child(QDomNode parent, const QString& tag)
+    {
+        return parent.appendChild(document.createElement(tag)).toElement();
+    }
+
+    void list(QDomElement parent, const QString& tag, const QString& key, const QVector<double>& v,
+              int decimals)
+    {
+        for (double value : v)
+            child(parent, tag).setAttribute(key, QString("%1").arg(value, 0, 'f', decimals));
+    }
+
+    void sensor(QDomElement element, const ExpData& data, const oneScale& scale, int i)
+    {
+        const Sensor& s = *data.getSens(i);
+        element.setAttribute("DataIndex", i);
+        element.setAttribute("SensorID", s.ID);
+        element.setAttribute("Name", s.nameForLegend(true));
+        element.setAttribute("minView", s.convertFromAltUnit(scale.scaleFullMin));
+        element.setAttribute("maxView", s.convertFromAltUnit(scale.scaleFullMax));
+        element.setAttribute("barUseScale", int(s.barUserScale));
+        element.setAttribute("barMinView", s.convertFromAltUnit(s.barUserScale ? s.barUserMin : s.minView));
+        element.setAttribute("barMaxView", s.convertFromAltUnit(s.barUserScale ? s.barUserMax : s.maxView));
+        element.setAttribute("curveMode", data.curveModeHint[i]);
+        element.setAttribute("leftPad", data.getLeftPad(i));
+        list(child(element, "Samples"), "V", "v", data.getYNoConv(i), int(s.precision) + 1);
+    }
+
+    void markers(QDomElement parent, const QString& tag, const QList<myPlotMarker*>& list,
+                 const ExpData& data)
+    {
+        for (const myPlotMarker* m : list) {
+            if (m->type == MARKER_INTEGRAL || (m->connectTo && m->connectTo->type == MARKER_INTEGRAL))
+                continue;
+            QDomElement element = child(parent, tag);
+            element.setAttribute("typeName", m->typeName);
+            element.setAttribute("iSens", m->iSens);
+            element.setAttribute("X", m->xValue());
+            element.setAttribute("Y", data.getSens(m->iSens)->convertFromAltUnit(m->yValue()));
+            element.setAttribute("xOffset", m->xOffset);
+            element.setAttribute("yOffset", m->yOffset);
+            element.setAttribute("x0", m->linX0);
+            element.setAttribute("x1", m->linX1);
+            element.setAttribute("a", m->a);
+            element.setAttribute("b", m->b);
+            element.setAttribute("c", m->c);
+            element.setAttribute("Text", m->label().text());
+            element.setAttribute("bubble", int(m->isBubble()));
+            element.setAttribute("image", int(m->isPic()));
+            element.setAttribute("isCompressed", 1);
+            element.setAttribute("locked", int(m->isLocked()));
+            child(element, "markerTitle").appendChild(document.createTextNode(m->label().text()));
+            if (m->isPic()) {
+                QBuffer buffer;
+                m->getPic().save(&buffer, "JPG");
+                element.appendChild(document.createTextNode(QString::fromLatin1(buffer.data().toBase64())));
+            }
+        }
+    }
+
+    QDomDocument document{"ExpData"};
+};
+
+/// The order of attributes says nothing, and QDomDocument changes it from run to run.
+QString sortedAttributes(const QString& xml)
+{
+    static const QRegularExpression tag("<\\w+( \\w+=\"[^\"]*\")+"), one(" \\w+=\"[^\"]*\"");
+    QString result = xml;
+    for (auto i = tag.globalMatch(xml); i.hasNext();) {
+        const QRegularExpressionMatch match = i.next();
+        QStringList parts;
+        for (auto k = one.globalMatch(match.captured()); k.hasNext();)
+            parts << k.next().captured();
+        const int name = match.captured().indexOf(' ');
+        parts.sort();
+        result.replace(match.capturedStart() + name, match.capturedLength() - name, parts.join(QString()));
+    }
+    return result;
+}
+
+/// Fails from write number `failAt` on, as a disk does that gets full: with an error or by a short write.
+class FailingFile : public QSaveFile
+{
+public:
+    FailingFile(const QString& name, int failAt, bool isShort)
+        : QSaveFile(name)
+        , left(failAt)
+        , isShort(isShort)
+    {
+    }
+
+protected:
+    qint64 writeData(const char* data, qint64 n) override
+    {
+        if (--left > 0)
+            return QSaveFile::writeData(data, n);
+        return isShort ? QSaveFile::writeData(data, n / 2) : -1;
+    }
+
+private:
+    int left;
+    const bool isShort;
+};
+
+QByteArray utf16(const QString& text)
+{
+    return QTextCodec::codecForName("UTF-16")->fromUnicode(text);
+}
+
+const QString head = QStringLiteral("<!DOCTYPE ExpData>\n<ExpDataRoot numSensors=\"2\" Rate=\"1\">Title"
+                                    "<Times><T t=\"0.0\"/><T t=\"1.0\"/></Times>");
+const QString ph =
+    QStringLiteral("<Sensor DataIndex=\"0\" SensorID=\"%1\" Name=\"one\"><Samples><V v=\"7.5\"/>"
+                   "</Samples></Sensor>")
+        .arg(SENSOR_PH);
+const QString second = QString(ph).replace("=\"0\"", "=\"1\"").replace("one", "two");
+const QString tail = QStringLiteral("</ExpDataRoot>\n");
+const QString cross = QStringLiteral("<LineMarker typeName=\"marker\" iSens=\"0\" X=\"0.5\" Y=\"7.2\"/>");
+
+} // namespace
+
+class TestExperimentFiles : public QObject
+{
+    Q_OBJECT
+
+private:
+    /// Writes with the scales and markers of two graphs.
+    bool write(const QString& title = QStringLiteral("T"), QString* reason = nullptr)
+    {
+        graph->keepCurveModesInData();
+        return ReadWrite::write(name, title, data.get(), graph->scaler->scales, graph->markers, bar->markers,
+                                QStringLiteral("Line"), reason);
+    }
+
+    void renew()
+    {
+        graph.reset();
+        bar.reset();
+        data = std::make_unique<ExpData>();
+        graph = std::make_unique<Plot>(data.get(), GRAPH_LINE, false, 0);
+        bar = std::make_unique<Plot>(data.get(), GRAPH_BAR, false, 0);
+    }
+
+    void makeExperiment(double dt = 0.5)
+    {
+        fillExperiment(data.get(), dt);
+        graph->setData();
+        QPixmap picture(30, 20);
+        picture.fill(Qt::red);
+        auto* balloon = new myPlotMarker(0, MARKER_ANNOTATE);
+        balloon->setPic(picture);
+        balloon->setBubble(true);
+        auto* fit = new myPlotMarker(1, MARKER_REGRESSION);
+        fit->a = 1.0 / 3;
+        fit->linX1 = 2;
+        auto* locked = new myPlotMarker(1, MARKER_X);
+        locked->lock();
+        QList<myPlotMarker*> list{balloon, new myPlotMarker(1, MARKER_X),        nullptr, fit,
+                                  nullptr, new myPlotMarker(0, MARKER_INTEGRAL), nullptr, locked,
+                                  nullptr};
+        for (int i = 0; i < list.size(); ++i) {
+            if (!list[i])
+                list[i] = new myPlotMarker(list[i - 1]->iSens, MARKER_FLOATING_TEXT);
+            list[i]->setValue(0.1 * i, 20.5 + i);
+            list[i]->setText(QString::fromUtf8("Знак %1\n\"<>&\"").arg(i));
+        }
+        graph->setMarkers(list);
+        bar->setMarkers({new myPlotMarker(0, MARKER_ANNOTATE)});
+    }
+
+    QTemporaryDir folder;
+    const QString name = folder.filePath(QStringLiteral("class.xml"));
+    std::unique_ptr<ExpData> data;
+    std::unique_ptr<Plot> graph;
+    std::unique_ptr<Plot> bar;
+    std::unique_ptr<WarningGuard> guard;
+
+private Q_SLOTS:
+    void init()
+    {
+        guard = std::make_unique<WarningGuard>();
+        renew();
+    }
+
+    void cleanup()
+    {
+        SafeFile::setFactory(nullptr);
+        Settings::mainStore().remove(Settings::unitsCelsius);
+        VERIFY_NO_WARNINGS(*guard);
+    }
+
+    void sameBytesAsTree_data()
+    {
+        QTest::addColumn<double>("dt");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("plain") << 0.5 << "New experiment";
+        QTest::newRow("limit of the decimals") << 0.1 << " blanks  ";
+        QTest::newRow("fast, awkward title")
+            << 0.05 << QString::fromUtf8("<b>&\"Опыт\"'\r\n\t]]> \U0001F600");
+        QTest::newRow("by hand, no title") << 0.0 << "";
+    }
+
+    void sameBytesAsTree()
+    {
+        QFETCH(double, dt);
+        QFETCH(QString, title);
+        makeExperiment(dt);
+        QVERIFY(write(title));
+        const QByteArray bytes = bytesOf(name);
+        QCOMPARE(bytes.left(2), QByteArray("\xFF\xFE"));
+        const QString written = QTextCodec::codecForName("UTF-16")->toUnicode(bytes);
+        QCOMPARE(sortedAttributes(written), sortedAttributes(DomWriter().text(title, *data, *graph, *bar)));
+    }
+
+    void comesBack()
+    {
+        makeExperiment();
+        const QVector<QVector<double>> samples = data->getData();
+        QVERIFY(write(QString::fromUtf8("Опыт")));
+        // In another unit the file shows other numbers and is written the same.
+        Settings::mainStore().setValue(Settings::unitsCelsius, false);
+        renew();
+        QString reason;
+        QCOMPARE(ReadWrite::read(name, data.get(), graph.get(), bar.get(), false, &reason), QString("Line"));
+        QCOMPARE(reason, QString());
+        graph->setData();
+        QCOMPARE(graph->title().text(), QString::fromUtf8("Опыт"));
+        QCOMPARE(data->getSens(0)->name, QString::fromUtf8("Группа 1 - ") + Sensor(SENSOR_AMB_TEMP_NTC).name);
+        QCOMPARE(data->getYAt(0, 1), qRound(samples[0][1] * 100) / 100.0 * 1.8 + 32);
+        QCOMPARE(data->getYSize(1), 3);
+        QCOMPARE(data->getLeftPad(1), 2);
+        QCOMPARE(data->getSelectedSensor(), 1);
+        QCOMPARE(graph->scaler->scales[0]->scaleFullMax, double(float(31.7)) * 1.8 + 32);
+        QCOMPARE(graph->markers.size(), 7);
+        QCOMPARE(graph->markers[0]->getPic().size(), QSize(30, 20));
+        QCOMPARE(graph->markers[4]->connectTo, graph->markers[3]);
+        QCOMPARE(graph->markers[3]->a, double(float(1.0 / 3)));
+        QVERIFY(graph->markers[5]->isLocked());
+        QCOMPARE(bar->markers.size(), 1);
+        QCOMPARE(graph->markers[1]->yValue(), 21.5 /* pH has one unit */);
+        QVERIFY(write(QString::fromUtf8("Опыт")));
+        const QByteArray inFahrenheit = bytesOf(name);
+        Settings::mainStore().setValue(Settings::unitsCelsius, true);
+        renew();
+        ReadWrite::read(name, data.get(), graph.get(), bar.get());
+        graph->setData();
+        QVERIFY(write(QString::fromUtf8("Опыт")));
+        QVERIFY(bytesOf(name) == inFahrenheit);
+    }
+
+    void brokenFile_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("names"); // of the channels after reading; empty if the data stays
+        QTest::addColumn<QString>("reason");
+        const QString whole = head + ph + second + tail;
+        QTest::newRow("whole") << utf16(whole) << "one,two"
+                               << "";
+        QTest::newRow("UTF-8 without a mark") << whole.toUtf8() << "one,two"
+                                              << "";
+        QTest::newRow("UTF-16 without a mark") << utf16(whole).mid(2) << "one,two"
+                                               << "";
+        QTest::newRow("declared encoding")
+            << "<?xml version='1.0' encoding='windows-1251'?>" + whole.toLatin1() << "one,two"
+            << "";
+        QTest::newRow("unknown encoding") << QByteArray("<?xml encoding=\"x-none\"?><a/>") << ""
+                                          << "encoding";
+        QTest::newRow("not UTF-8") << whole.toUtf8().replace("Title", "T\xE4\xF6") << ""
+                                   << "encoding";
+        QTest::newRow("empty") << QByteArray() << ""
+                               << "no XML";
+        QTest::newRow("no XML") << QByteArray("Time,pH\n1,7\n") << ""
+                                << "no XML";
+        QTest::newRow("other XML") << QByteArray("<html><body/></html>") << ""
+                                   << "no experiment";
+        QTest::newRow("wrong end tag") << utf16(head + ph + "</Sensor>" + tail) << ""
+                                       << "well-formed";
+        QTest::newRow("two roots") << utf16(whole + "<a/>") << ""
+                                   << "well-formed";
+        QTest::newRow("unknown entity")
+            << utf16(whole).replace(utf16("Title").mid(2), utf16("&a;").mid(2)) << ""
+            << "well-formed";
+        QTest::newRow("bomb of entities")
+            << utf16("<!DOCTYPE a [<!ENTITY b \"bbbb\"><!ENTITY c \"&b;&b;\">]>" + whole) << ""
+            << "entities";
+        QTest::newRow("deep") << utf16(head + QString("<a>").repeated(100000)) << ""
+                              << "deep";
+        QTest::newRow("attribute twice") << utf16(head + "<T t=\"1\" t=\"2\"/>" + tail) << ""
+                                         << "well-formed";
+        QTest::newRow("unknown sensor")
+            << utf16(head + QString(ph).replace(QString::number(SENSOR_PH), "999999") + second + tail)
+            << "two"
+            << "channels: 1";
+        QTest::newRow("index out of range") << utf16(head + ph + QString(second).replace("=\"1\"", "=\"2\"") +
+                                                     QString(ph).replace("=\"0\"", "=\"-1\"") + tail)
+                                            << "one"
+                                            << "channels: 2";
+        QTest::newRow("no channel left") << utf16(head + tail) << ""
+                                         << "no channel";
+        QTest::newRow("nothing said of it")
+            << utf16("<ExpDataRoot><Sensor SensorID=\"2\"/></ExpDataRoot>") << "*"
+            << "";
+        QTest::newRow("marker of an unknown kind")
+            << utf16(head + ph + "<LineMarker typeName=\"x\"/>" + tail) << "one"
+            << "markers: 1";
+        QTest::newRow("picture that is none")
+            << utf16(head + ph + "<LineMarker typeName=\"annotation\" image=\"1\">AAAA</LineMarker>" + tail)
+            << "one"
+            << "pictures: 1";
+    }
+
+    void brokenFile()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, names);
+        QFETCH(QString, reason);
+        makeExperiment();
+        const auto allNames = [this] {
+            QStringList list;
+            for (const SensorPtr& sensor : data->getSensors())
+                list << (sensor ? sensor->name : QStringLiteral("none"));
+            return list.join(',');
+        };
+        const QString before = allNames();
+        const int markers = graph->markers.size();
+        writeBytes(name, bytes);
+        QString told;
+        const QString view = ReadWrite::read(name, data.get(), graph.get(), bar.get(), false, &told);
+        QVERIFY2(reason.isEmpty() ? told.isEmpty() : told.contains(reason), qPrintable(told));
+        QCOMPARE(view, names.isEmpty() ? QString() : QString("Line"));
+        QVERIFY(names == "*" || allNames() == (names.isEmpty() ? before : names));
+        if (names.isEmpty())
+            QCOMPARE(graph->markers.size(), markers);
+    }
+
+    void cutAnywhere()
+    {
+        const QByteArray whole =
+            utf16(head + ph + second + "<LineMarkers>" + cross + "</LineMarkers>" + tail);
+        for (int n = 0; n < whole.size(); ++n) {
+            QBuffer buffer;
+            buffer.setData(whole.left(n));
+            buffer.open(QIODevice::ReadOnly);
+            StoredExperiment stored;
+            QString reason;
+            // Without the last line feed, whole or half, nothing is missing.
+            QCOMPARE(ExperimentReader::read(&buffer, &stored, &reason), n >= whole.size() - 2);
+            QCOMPARE(reason.isEmpty(), n >= whole.size() - 2);
+        }
+    }
+
+    void markersOfOtherEditions()
+    {
+        QByteArray png;
+        QBuffer buffer(&png);
+        QImage(3, 4, QImage::Format_RGB32).save(&buffer, "PNG");
+        const QString old = QString(
+            "<Marker typeName=\"annotation\" image=\"1\" Text=\"a\"><markerTitle>b</markerTitle>%1</Marker>");
+        writeBytes(name, utf16(head + ph + old.arg(QString(png.toBase64())) + cross + tail)
+                             .replace(utf16("LineM").mid(2), utf16("M").mid(2)));
+        ReadWrite::read(name, data.get(), graph.get(), bar.get());
+        QCOMPARE(graph->markers.size(), 3); // the cross without its text gets one
+        QCOMPARE(graph->markers[0]->getPic().size(), QSize(3, 4));
+        QCOMPARE(graph->markers[0]->label().text(), QString("b"));
+        QCOMPARE(graph->markers[1]->yValue(), double(7.2f));
+    }
+
+    // One channel is lost, so the places of the others and of what names them move.
+    void placesMoveTogether()
+    {
+        writeBytes(name, utf16(QString(head).replace("Rate", "activeSens=\"1\" XYIndex=\"1\" Rate") + second +
+                               cross + QString(cross).replace("iSens=\"0\"", "iSens=\"1\"") + tail));
+        ReadWrite::read(name, data.get(), graph.get(), bar.get());
+        QCOMPARE(data->getNSens(), 1);
+        QCOMPARE(data->getSelectedSensor(), 0);
+        QCOMPARE(data->getXYIndex(), 0);
+        QCOMPARE(graph->markers.size(), 2);
+        QCOMPARE(graph->markers[0]->iSens, 0);
+    }
+
+    void appends()
+    {
+        makeExperiment();
+        QVERIFY(write());
+        QCOMPARE(ReadWrite::read(name, data.get(), graph.get(), bar.get(), true), QString("Line"));
+        QCOMPARE(data->getNSens(), 6);
+        QCOMPARE(data->getSens(3)->appendIndex, 1);
+        QCOMPARE(data->getSens(3)->name, data->getSens(0)->nameForLegend(true));
+        writeBytes(name, utf16(head + ph + tail));
+        QString reason;
+        QCOMPARE(ReadWrite::read(name, data.get(), graph.get(), bar.get(), true, &reason), QString("ERR1"));
+        QVERIFY(reason.contains("rate"));
+        QCOMPARE(data->getNSens(), 6);
+    }
+
+    void failedWriteKeepsOldFile_data()
+    {
+        QTest::addColumn<bool>("isShort");
+        QTest::newRow("error") << false;
+        QTest::newRow("short") << true;
+    }
+
+    void failedWriteKeepsOldFile()
+    {
+        QFETCH(bool, isShort);
+        fillExperiment(data.get(), 0.5, 4000);
+        graph->setData();
+        const QByteArray old("old");
+        writeBytes(name, old);
+        int failAt = 1;
+        SafeFile::setFactory(
+            [&](const QString& file) { return std::make_unique<FailingFile>(file, failAt, isShort); });
+        QString reason;
+        while (!write(QStringLiteral("T"), &reason)) {
+            QCOMPARE(bytesOf(name), old);
+            QVERIFY(reason.contains("class.xml"));
+            QVERIFY(++failAt < 100);
+        }
+        QVERIFY(failAt > 5);
+        QCOMPARE(ReadWrite::read(name, data.get(), nullptr, nullptr), QString("Line"));
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList("class.xml"));
+    }
+
+    void fullDisk()
+    {
+        const QTemporaryDir mount;
+        if (QProcess::execute("mount", {"-t", "tmpfs", "-o", "size=256k", "tmpfs", mount.path()}) != 0)
+            QSKIP("needs the right to mount");
+        const QString full = mount.filePath("class.xml");
+        writeBytes(full, "old");
+        fillExperiment(data.get(), 0.5, 8000);
+        QString reason;
+        const bool isWritten = ReadWrite::write(full, "T", data.get(), {}, {}, {}, "Line", &reason);
+        const QByteArray left = bytesOf(full);
+        QProcess::execute("umount", {mount.path()});
+        QVERIFY(!isWritten);
+        QCOMPARE(left, QByteArray("old"));
+        QVERIFY2(reason.contains("space"), qPrintable(reason));
+    }
+
+    void tenMillionElements()
+    {
+        QByteArray bytes = "<ExpDataRoot><Times>" + QByteArray("<T/>").repeated(10000000);
+        const qint64 size = bytes.size();
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        const auto peak = [] {
+            const QByteArray status = bytesOf("/proc/self/status");
+            return status.mid(status.indexOf("VmHWM:") + 6, 20).trimmed().split(' ').first().toLongLong() *
+                   1024;
+        };
+        writeBytes("/proc/self/clear_refs", "5"); // the peak starts anew
+        const qint64 before = peak();
+        StoredExperiment stored;
+        QString reason;
+        QVERIFY(!ExperimentReader::read(&buffer, &stored, &reason));
+        QVERIFY2(reason.contains("ends"), qPrintable(reason));
+        QVERIFY2(peak() - before < 10 * size, qPrintable(QString::number(peak() - before)));
+    }
+
+    void numbersAreExact()
+    {
+        QRandomGenerator random(7);
+        for (int i = 0; i < 200000; ++i) {
+            const int decimals = random.bounded(7);
+            double value = (random.generateDouble() - 0.5) * std::pow(10.0, random.bounded(14));
+            if (i % 4 == 0) // on and beside ties
+                value = std::round(value * 1000) / 1000 + (i % 8 == 0 ? 0.0 : 1e-12);
+            char16_t text[NumberText::maxFixed];
+            const QString fixed = QString::fromUtf16(text, NumberText::fixed(value, decimals, text));
+            QCOMPARE(fixed, QString("%1").arg(value, 0, 'f', decimals));
+            QCOMPARE(NumberText::toDouble(fixed), fixed.toDouble());
+        }
+        QCOMPARE(NumberText::toDouble(QStringLiteral(" 1e-3 ")), 0.001);
+        for (const char* text : {"nan", "inf", "1e999", "-", ".", "1.2.3", "1,5", "abc"})
+            QCOMPARE(NumberText::toDouble(QString(text)), 0.0);
+    }
+};
+
+QTEST_MAIN(TestExperimentFiles)
+#include "test_experimentfiles.moc"
