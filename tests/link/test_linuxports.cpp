@@ -14,8 +14,8 @@
 
 namespace {
 
-const QString address = QStringLiteral("00:12:F3:A1:B2:C3");
-const QString second = QStringLiteral("00:12:F3:A1:B2:C4");
+const QString address = "00:12:F3:A1:B2:C3";
+const QString second = "00:12:F3:A1:B2:C4";
 
 /// BlueZ as a mock on a bus of the test's own, which stands at a given place.
 class MockBluez
@@ -24,7 +24,11 @@ public:
     explicit MockBluez(const QString& place)
     {
         bus.start("dbus-daemon", {"--session", "--nofork", "--address=" + place});
-        if (!QTest::qWaitFor([&] { return connect(place); }))
+        const auto isUp = [&] {
+            QDBusConnection::disconnectFromBus("mock");
+            return QDBusConnection::connectToBus(place, "mock").isConnected();
+        };
+        if (!QTest::qWaitFor(isUp))
             return;
         mock.start("/usr/bin/python3", {"-m", "dbusmock", "--system", "--template", "bluez5"});
         isReady = QTest::qWaitFor([&] { return call("/", "AddAdapter", {"hci0", "class"}); }, 15000);
@@ -38,25 +42,6 @@ public:
         bus.waitForFinished();
     }
 
-    bool pair(const QString& device, const QString& name)
-    {
-        return call("/", "AddDevice", {"hci0", device, name}) && call("/", "PairDevice", {"hci0", device, 0});
-    }
-    bool rename(const QString& device, const QString& name)
-    {
-        const QVariantList arguments{"org.bluez.Device1", QVariantMap{{"Name", name}}};
-        return call("/org/bluez/hci0/dev_" + QString(device).replace(':', '_'), "UpdateProperties", arguments,
-                    "org.freedesktop.DBus.Mock");
-    }
-
-    bool isReady = false;
-
-private:
-    bool connect(const QString& place)
-    {
-        QDBusConnection::disconnectFromBus("mock");
-        return QDBusConnection::connectToBus(place, "mock").isConnected();
-    }
     bool call(const QString& path, const QString& method, const QVariantList& arguments,
               const QString& interface = "org.bluez.Mock")
     {
@@ -64,7 +49,14 @@ private:
         message.setArguments(arguments);
         return QDBusConnection("mock").call(message).type() == QDBusMessage::ReplyMessage;
     }
+    bool pair(const QString& device, const QString& name)
+    {
+        return call("/", "AddDevice", {"hci0", device, name}) && call("/", "PairDevice", {"hci0", device, 0});
+    }
 
+    bool isReady = false;
+
+private:
     QProcess bus;
     QProcess mock;
 };
@@ -115,7 +107,9 @@ private Q_SLOTS:
         bind("ttyS0", second); // not a terminal of the radio
         const QString port = "Tembrin_0421 rfcomm3 0012F3A1B2C3";
         QTRY_COMPARE(texts(pairedBluezDevices(terminals())), QStringList({port, "Vorta_7  0012F3A1B2C4"}));
-        QVERIFY(bluez.rename(second, "Phone_7"));
+        QVERIFY(bluez.call("/org/bluez/hci0/dev_00_12_F3_A1_B2_C4", "UpdateProperties",
+                           {"org.bluez.Device1", QVariantMap{{"Name", "Phone_7"}}},
+                           "org.freedesktop.DBus.Mock"));
         QCOMPARE(texts(pairedBluezDevices(terminals())), QStringList(port));
     }
 

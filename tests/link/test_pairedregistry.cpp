@@ -110,12 +110,10 @@ private Q_SLOTS:
         const SerialPortRecord cable{"COM4", "", "Silicon cp210X bridge (COM41)", "", "6.7.0", ""};
         const SerialPortRecord bad{"COM5", "", "CP210x (COM5)", "", "6.3.1.2", ""};
         const SerialPortRecord elsewhere{"ttyUSB0", "", "CP210x", "", "", ""};
-        const UsbScan good = scanForUsb({fixed, cable, elsewhere});
-        QCOMPARE(good.ports, QStringList({"COM41", "ttyUSB0"}));
-        QVERIFY(!good.isWrongDriver);
-        const UsbScan ended = scanForUsb({cable, bad, elsewhere});
-        QCOMPARE(ended.ports, QStringList("COM41"));
-        QVERIFY(ended.isWrongDriver);
+        QCOMPARE(scanForUsb({fixed, cable, elsewhere}).ports, QStringList({"COM41", "ttyUSB0"}));
+        QVERIFY(!scanForUsb({fixed, cable}).isWrongDriver);
+        QCOMPARE(scanForUsb({cable, bad, elsewhere}).ports, QStringList("COM41"));
+        QVERIFY(scanForUsb({bad}).isWrongDriver);
     }
 };
 
