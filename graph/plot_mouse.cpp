@@ -107,7 +107,10 @@ void Plot::mouseOnTitle(QEvent* event)
 
 void Plot::mouseOnCanvas(QEvent* event)
 {
-    const auto* mouse = static_cast<const QMouseEvent*>(event);
+    // Events of every kind pass here; only those of the mouse have a place and a button.
+    const auto* mouse = dynamic_cast<const QMouseEvent*>(event);
+    if (!mouse)
+        return;
     switch (event->type()) {
     case QEvent::MouseButtonPress:
         if (mouse->button() == Qt::LeftButton)
