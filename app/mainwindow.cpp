@@ -85,8 +85,13 @@ void MainWindow::createLoggers()
             qOverload<commandType>(&MainWindow::sendingCommandToAllLoggers));
     connect(mTembrin, &multiConnectionsManager::doneSendCommandToAll, this,
             qOverload<>(&MainWindow::sendingCommandToAllLoggers));
+    connect(mTembrin, &multiConnectionsManager::passedOver, this, [this](int index) {
+        if (mTembrin->isSending(CMD_DOWNLOAD_STORED_DATA))
+            passedOver.append(index);
+    });
     for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
         connectLogger(i);
+        connectDownload(i);
         dataSets.push_back(std::make_unique<ExpData>(mTembrin->tembrinAt(i)));
         mTembrin->setDataAt(i, dataSets.back().get());
     }

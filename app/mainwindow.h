@@ -152,6 +152,7 @@ private Q_SLOTS:
 
 private:
     void startNextLogger();
+    void endRun(int index);
     double sampleTime(int index) const;
     bool startsExperiment(int index, int current) const;
     void startExperiment(int index, double dt);
@@ -181,6 +182,24 @@ private:
     };
     LiveState live[8];
     bool isClassNew = false;
+
+    // Download, in mainwindow_download.cpp
+
+private Q_SLOTS:
+    void doDownload2018();
+    void doDownload();
+    void useDownload(int index, bool isOK);
+    void showDownloadProgress(int index, int packets, int expected);
+
+private:
+    void connectDownload(int index);
+    void downloadWhenAllStopped();
+    QString passedOverText() const;
+
+    bool isFastRunEnded = false; ///< what a run at a high rate left is not fetched yet
+    quint8 delivered = 0;        ///< a bit for each logger, in the present download
+    quint8 classMembers = 0xFF;  ///< a bit for each logger that the class set may hold
+    QVector<int> passedOver;     ///< by the last download
 
     // Toolbars, views and layouts, in mainwindow_views.cpp and mainwindow_toolbars.cpp
 
@@ -212,6 +231,8 @@ private:
     void setSelected(int index, int iSens);
     void setSensSelect();
     void updateClassData();
+    /// Of the first logger that the class set may hold and that has samples.
+    double classSampleTime() const;
 
     int iconDim = 72;
     QAction* openAct = nullptr;

@@ -131,12 +131,14 @@ void MainWindow::commEstablished(int index)
 
 void MainWindow::handleDisconnection(int index)
 {
-    statusBar()->clearMessage();
+    statusBar()->showMessage(passedOverText());
     mTembrin->tembrinDataAt(index)->setLoggerRecognized(false);
     mTembrin->tembrinDataAt(index)->setGotSensorList(false);
     indicator->setToolTipsMsg(index, tr("Not connected"));
-    if (isRun)
+    if (mTembrin->isInRun(index))
         doStop(index, false);
+    else if (isRun)
+        endRun(index);
     updateIconsConnection(index);
 }
 

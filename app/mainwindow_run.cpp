@@ -79,6 +79,7 @@ void MainWindow::doRun()
     handleOnlyStaticClassMode(false);
     // Before the first start and not after the last: a quick logger has sent samples by then.
     mTembrin->resetLastOnline();
+    isFastRunEnded = false;
     nextToStart = 0;
     startNextLogger();
 }
@@ -87,8 +88,10 @@ void MainWindow::startNextLogger()
 {
     while (nextToStart < mTembrin->nMaxTembrins() && !mTembrin->isTembrinConnect(nextToStart))
         ++nextToStart;
-    if (nextToStart >= mTembrin->nMaxTembrins())
+    if (nextToStart >= mTembrin->nMaxTembrins()) {
+        downloadWhenAllStopped();
         return;
+    }
     mTembrin->sendCommand(nextToStart, CMD_START_LOGGING);
     mTembrin->setInRun(nextToStart, true);
     ++nextToStart;
@@ -162,6 +165,7 @@ void MainWindow::startExperiment(int index, double dt)
         layouts->setCurrentIndex(LAYOUT_MULTI_WINDOWS);
     state->keepLastRunParameters();
     set->setDataNewEmpty(state->getSensors(), dt, mTembrin->groupName(index));
+    classMembers |= 1U << index;
     live[index].startsClass = true;
     // The other loggers' graphs follow with their own first samples.
     updateAll(index);
@@ -269,6 +273,14 @@ void MainWindow::stopIgnoreOnline(int index)
 
 void MainWindow::doStop(int index, bool)
 {
+    endRun(index);
+    const TembrinData* state = mTembrin->tembrinDataAt(index);
+    isFastRunEnded = isFastRunEnded || (!state->isVorta() && state->isFastRate());
+    downloadWhenAllStopped();
+}
+
+void MainWindow::endRun(int index)
+{
     mTembrin->setInRun(index, false);
     hideBusyTitle();
     updateRunStopButton(true);
@@ -284,7 +296,8 @@ void MainWindow::doStop(int index, bool)
 
 void MainWindow::doStop(int index, int reason)
 {
-    doStop(index, false);
+    endRun(index);
+    downloadWhenAllStopped(); // what the others measured
     qCInfo(appLog, "logger %d: no run, reason %d", index + 1, reason);
     for (const StopReason& row : stopReasons) {
         if (row.reason == reason)
@@ -315,10 +328,11 @@ void MainWindow::sendingCommandToAllLoggers(commandType cmd)
         doing = tr("being cofigurated");
     statusBar()->showMessage(tr("Please wait while all Tembrin are %1").arg(doing));
     updateIconsConnection(false);
+    passedOver.clear();
 }
 
 void MainWindow::sendingCommandToAllLoggers()
 {
-    statusBar()->clearMessage();
+    statusBar()->showMessage(passedOverText());
     updateIconsConnection(true);
 }

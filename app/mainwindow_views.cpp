@@ -172,14 +172,25 @@ void MainWindow::setSensSelect()
     updateClassData();
 }
 
+double MainWindow::classSampleTime() const
+{
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        if (classMembers >> i & 1 && mTembrin->dataAt(i)->getXSize() > 0)
+            return mTembrin->dataAt(i)->dt;
+    }
+    return data->dt;
+}
+
 void MainWindow::updateClassData()
 {
     if (isOnlyStaticClassMode || !mTembrin->isInitialized())
         return;
     ExpData* classSet = mTembrin->dataC();
-    classSet->setDataNewEmpty(mTembrin->getSensorsC(), data->dt);
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
-        classSet->copyValues(i, mTembrin->dataAt(i));
+    classSet->setDataNewEmpty(mTembrin->getSensorsC(), classSampleTime());
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        if (classMembers >> i & 1)
+            classSet->copyValues(i, mTembrin->dataAt(i));
+    }
     classSet->updateMean(true);
     if (!mTembrin->isAnyRunning())
         classSet->setXRange();

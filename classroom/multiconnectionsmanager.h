@@ -87,6 +87,7 @@ public:
     void setTryingToConnect(int i, bool tf) { loggers[i].tryingToConnect = tf; }
     int nTries(int i) const { return loggers[i].nTries; }
     void setNTries(int i, int n) { loggers[i].nTries = n; }
+    bool isInRun(int i) const { return loggers[i].inRun; }
     void setInRun(int i, bool tf) { loggers[i].inRun = tf; }
     /// A connected logger in use was told to run and has not been seen to stop.
     bool isAnyRunning() const;
@@ -104,7 +105,14 @@ public:
     /// Sends to the connected loggers in use one at a time, the next when the one before has confirmed. A
     /// logger that does not confirm gets the command again; one that is lost is passed over. With nobody
     /// connected nothing happens. A new command takes over from one under way.
+    ///
+    /// A download goes to those that have something stored. One that fails is asked for again twice, then the
+    /// logger is passed over.
     void sendCmdToAll(commandType cmd);
+    /// The same way to one stored experiment of one logger, `number` from 1.
+    void downloadFrom(int index, int number);
+    /// `cmd` is on its way through the loggers.
+    bool isSending(commandType cmd) const { return commandIndex != idle && command == cmd; }
     /// Milliseconds before an unconfirmed command is repeated, and between two loggers or before a repeat.
     void setPacing(int repeatMs, int pauseMs);
 
@@ -117,6 +125,8 @@ Q_SIGNALS:
     /// Logger `index` has, or no longer has, the current command.
     void setBTComm(int index, bool tf);
     void startSendCommandToAll(commandType cmd);
+    /// Logger `index` was lost, or failed too often, before it had carried out the current command.
+    void passedOver(int index);
     void doneSendCommandToAll();
 
 private:
@@ -134,8 +144,14 @@ private:
     };
 
     int nextConnected(int from) const;
+    int nextServed(int from) const;
+    bool isServed(int i) const;
+    void begin(commandType cmd, int from, int end);
     void passOn();
+    void passOver();
     void handleLoss(int index);
+    void takeDownload(int index, bool success);
+    void repeatDownload();
 
     Logger loggers[8];
     int nDef = 0;
@@ -145,8 +161,13 @@ private:
     int downloaded = 0;
 
     static constexpr int idle = -1;
+    static constexpr int newest = 0;
     commandType command = CMD_GET_TEMBRIN_STATUS;
     int commandIndex = idle; ///< the logger that the command waits for
+    int commandEnd = 0;      ///< the first one that it is not for
+    int experiment = newest; ///< to download
+    bool isDownloadBad = false;
+    int badDownloads = 0; ///< of the present logger
     int pauseMs = 100;
     QTimer repeatTimer;
     QTimer pauseTimer;

@@ -5,12 +5,34 @@
 
 Q_LOGGING_CATEGORY(classLog, "pellandra.class", QtInfoMsg)
 
+namespace {
+constexpr int mostBadDownloads = 3;
+}
+
 int multiConnectionsManager::nextConnected(int from) const
 {
     int i = from;
     while (i < nDef && !isTembrinConnect(i))
         ++i;
     return i;
+}
+
+bool multiConnectionsManager::isServed(int i) const
+{
+    if (!isTembrinConnect(i))
+        return false;
+    // A Vorta logger has no memory.
+    const TembrinData* state = tembrinDataAt(i);
+    return command != CMD_DOWNLOAD_STORED_DATA || (!state->isVorta() && state->numExperiments > 0);
+}
+
+int multiConnectionsManager::nextServed(int from) const
+{
+    const int end = qMin(nDef, commandEnd);
+    int i = from;
+    while (i < end && !isServed(i))
+        ++i;
+    return i < end ? i : idle;
 }
 
 void multiConnectionsManager::setPacing(int repeatMs, int pause)
@@ -21,20 +43,35 @@ void multiConnectionsManager::setPacing(int repeatMs, int pause)
 
 void multiConnectionsManager::sendCmdToAll(commandType cmd)
 {
+    experiment = newest;
+    begin(cmd, 0, nMaxTembrins());
+}
+
+void multiConnectionsManager::downloadFrom(int index, int number)
+{
+    experiment = number;
+    begin(CMD_DOWNLOAD_STORED_DATA, index, index + 1);
+}
+
+void multiConnectionsManager::begin(commandType cmd, int from, int end)
+{
     repeatTimer.stop();
     pauseTimer.stop();
-    if (commandIndex != idle)
-        Q_EMIT setBTComm(commandIndex, false);
+    const int before = commandIndex;
     command = cmd;
-    const int first = nextConnected(0);
-    if (first >= nDef) {
-        commandIndex = idle;
-        qCInfo(classLog, "command %d to all: no logger is connected", int(cmd));
+    commandEnd = end;
+    commandIndex = nextServed(from);
+    badDownloads = 0;
+    if (before != idle)
+        Q_EMIT setBTComm(before, false);
+    if (commandIndex == idle) {
+        qCInfo(classLog, "command %d to all: there is no logger for it", int(cmd));
+        if (before != idle)
+            Q_EMIT doneSendCommandToAll();
         return;
     }
-    commandIndex = first;
     sendCommandNow();
-    Q_EMIT setBTComm(first, true);
+    Q_EMIT setBTComm(commandIndex, true);
     Q_EMIT startSendCommandToAll(cmd);
 }
 
@@ -45,8 +82,11 @@ void multiConnectionsManager::sendCommandNow()
     TembrinProtocol* logger = tembrinAt(commandIndex);
     switch (command) {
     case CMD_DOWNLOAD_STORED_DATA:
-        // The newest experiment is the last one; the logger tells the end of the download by itself.
-        logger->sendCommand(command, logger->tembrinData->numExperiments);
+        // The newest experiment is the last one.
+        isDownloadBad = false;
+        logger->sendCommand(command,
+                            experiment == newest ? logger->tembrinData->numExperiments : short(experiment));
+        repeatTimer.start();
         break;
     case CMD_TEMBRIN_LOGGING_SETUP:
     case CMD_STOP_LOGGING:
@@ -61,8 +101,29 @@ void multiConnectionsManager::sendCommandNow()
 
 void multiConnectionsManager::commandAccepted(int index, commandType cmd)
 {
-    if (cmd == command && index == commandIndex)
+    if (cmd != command || index != commandIndex)
+        return;
+    if (cmd == CMD_DOWNLOAD_STORED_DATA && isDownloadBad)
+        repeatDownload();
+    else
         passOn();
+}
+
+void multiConnectionsManager::takeDownload(int index, bool success)
+{
+    if (index == commandIndex)
+        isDownloadBad = !success;
+}
+
+void multiConnectionsManager::repeatDownload()
+{
+    repeatTimer.stop();
+    ++badDownloads;
+    qCInfo(classLog, "logger %d: download %d failed", commandIndex + 1, badDownloads);
+    if (badDownloads < mostBadDownloads)
+        pauseTimer.start(pauseMs);
+    else
+        passOver();
 }
 
 void multiConnectionsManager::passOn()
@@ -70,8 +131,9 @@ void multiConnectionsManager::passOn()
     repeatTimer.stop();
     pauseTimer.stop();
     const int served = commandIndex;
-    const int next = nextConnected(served + 1);
-    commandIndex = next < nDef ? next : idle;
+    const int next = nextServed(served + 1);
+    commandIndex = next;
+    badDownloads = 0;
     Q_EMIT setBTComm(served, false);
     if (commandIndex == idle) {
         Q_EMIT doneSendCommandToAll();
@@ -85,13 +147,26 @@ void multiConnectionsManager::handleLoss(int index)
 {
     if (index != commandIndex)
         return;
-    qCInfo(classLog, "logger %d was lost during command %d to all and is passed over", index + 1,
-           int(command));
+    passOver();
+}
+
+void multiConnectionsManager::passOver()
+{
+    qCInfo(classLog, "logger %d is passed over in command %d to all", commandIndex + 1, int(command));
+    Q_EMIT passedOver(commandIndex);
     passOn();
 }
 
 void multiConnectionsManager::cmdTimeoutTriggered()
 {
+    if (command == CMD_DOWNLOAD_STORED_DATA) {
+        // A download that has begun ends by itself; the answer to a request may be lost.
+        if (tembrinDataAt(commandIndex)->isDownloading())
+            repeatTimer.start();
+        else
+            repeatDownload();
+        return;
+    }
     qCInfo(classLog, "logger %d did not confirm command %d; it is sent again", commandIndex + 1,
            int(command));
     pauseTimer.start(pauseMs);

@@ -116,7 +116,47 @@ private Q_SLOTS:
         QCOMPARE(trace.last(), QStringLiteral("done"));
     }
 
+    void aBadDownloadIsAskedForThreeTimes()
+    {
+        for (int i : {0, 1, 2})
+            connectLogger(i);
+        manager->setPacing(60, 5);
+        connect(manager.data(), &multiConnectionsManager::passedOver, this,
+                [this](int index) { trace << QStringLiteral("over %1").arg(index); });
+        manager->sendCmdToAll(CMD_DOWNLOAD_STORED_DATA);
+        QCOMPARE(trace, QStringList()); // nobody has anything stored
+        for (int i : {0, 1, 2})
+            manager->tembrinDataAt(i)->numExperiments = short(i + 1);
+        manager->tembrinDataAt(1)->setVorta(true);
+        manager->sendCmdToAll(CMD_DOWNLOAD_STORED_DATA);
+        for (int requests = 1; requests <= 3; ++requests) {
+            QTRY_COMPARE(written(0), downloadFrame(1).repeated(requests));
+            if (requests != 2) // the second request gets no answer at all
+                endDownload(0, false);
+        }
+        QTRY_COMPARE(written(2), downloadFrame(3));
+        endDownload(2, true);
+        QCOMPARE(trace.join(QLatin1Char(' ')), QStringLiteral("+0 start 5 over 0 -0 +2 -2 done"));
+        QCOMPARE(written(1), QByteArray());
+
+        trace.clear();
+        manager->downloadFrom(2, 2);
+        QVERIFY(written(2).endsWith(downloadFrame(2)));
+        endDownload(2, true);
+        QCOMPARE(trace.last(), QStringLiteral("done"));
+    }
+
 private:
+    static QByteArray downloadFrame(int number)
+    {
+        return QByteArray::fromHex("471444").append(char(number)).append(char(256 - 0x9F - number));
+    }
+    void endDownload(int i, bool success)
+    {
+        TembrinData* state = manager->tembrinDataAt(i);
+        Q_EMIT state->downloadComplete(i, success);
+        Q_EMIT state->commandAccepted(i, CMD_DOWNLOAD_STORED_DATA);
+    }
     static QString name(int i) { return QStringLiteral("port%1").arg(i); }
     QByteArray written(int i) const { return ports->port(name(i))->written(); }
     void accept(int i) { Q_EMIT manager->tembrinDataAt(i)->commandAccepted(i, CMD_STOP_LOGGING); }

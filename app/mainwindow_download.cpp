@@ -1,0 +1,74 @@
+#include "app/mainwindow.h"
+
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
+#include "graph/plot.h"
+#include "protocol/tembrindata.h"
+
+#include <QStatusBar>
+
+void MainWindow::connectDownload(int index)
+{
+    const TembrinData* state = mTembrin->tembrinDataAt(index);
+    connect(state, &TembrinData::downloadComplete, this, &MainWindow::useDownload);
+    connect(state, &TembrinData::donePacket, this,
+            [this, index](int packets, int expected) { showDownloadProgress(index, packets, expected); });
+}
+
+void MainWindow::doDownload2018()
+{
+    doDownload();
+}
+
+void MainWindow::doDownload()
+{
+    isFastRunEnded = false;
+    delivered = 0;
+    mTembrin->resetDownloaded();
+    handleOnlyStaticClassMode(false);
+    mTembrin->sendCmdToAll(CMD_DOWNLOAD_STORED_DATA);
+    if (!mTembrin->isSending(CMD_DOWNLOAD_STORED_DATA))
+        statusBar()->showMessage(tr("No connected logger has a stored experiment."));
+}
+
+void MainWindow::downloadWhenAllStopped()
+{
+    if (isFastRunEnded && !startTimer.isActive() && !mTembrin->isAnyRunning())
+        doDownload();
+}
+
+void MainWindow::useDownload(int index, bool isOK)
+{
+    Plot* plot = mTembrin->plotAt(index);
+    if (isOK) {
+        mTembrin->dataAt(index)->getLoggerExperiment();
+        plot->setMarkers();
+        updateAll(index);
+        mTembrin->incDownloaded();
+        // What an earlier download or run left with a logger that does not deliver stays out of the class.
+        delivered |= 1U << index;
+        classMembers = delivered;
+    }
+    updateSens(-1, 0);
+    if (isOK)
+        mTembrin->dataC()->setNeedSave(true);
+    plot->forceDefaultSetScale();
+}
+
+void MainWindow::showDownloadProgress(int index, int packets, int expected)
+{
+    if (!mTembrin->isSending(CMD_DOWNLOAD_STORED_DATA) || expected <= 0)
+        return;
+    statusBar()->showMessage(tr("Please wait while all Tembrin are %1").arg(tr("downloading")) +
+                             tr(": %1, %2 %").arg(mTembrin->groupName(index)).arg(100 * packets / expected));
+}
+
+QString MainWindow::passedOverText() const
+{
+    if (passedOver.isEmpty())
+        return QString();
+    QStringList names;
+    for (int index : passedOver)
+        names.append(QStringLiteral("%1 (%2)").arg(nameOf(index), mTembrin->groupName(index)));
+    return tr("No experiment could be fetched from %1.").arg(names.join(QStringLiteral(", ")));
+}

@@ -1,0 +1,180 @@
+#pragma once
+
+#include <QAction>
+#include <QApplication>
+#include <QFile>
+#include <QLabel>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "app/common/settings.h"
+#include "app/mainwindow.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
+#include "protocol/tembrindata.h"
+#include "resources/resources.h"
+#include "tests/common/fakeprompt.h"
+#include "tests/common/testsupport.h"
+
+/// The real window on virtual loggers, which record what they sent.
+class VirtualClassBench : public QObject
+{
+public:
+    static inline QString virtualLoggers; ///< the program
+
+    /// The first argument is the program of the virtual loggers, the others are the test's.
+    template<class Test> static int exec(int argc, char** argv)
+    {
+        virtualLoggers = QString::fromLocal8Bit(argv[1]);
+        argv[1] = argv[0];
+        QApplication application(--argc, ++argv);
+        initPellandraResources();
+        Test test;
+        return QTest::qExec(&test, argc, argv);
+    }
+
+protected:
+    void setUp()
+    {
+        guard.reset(new WarningGuard);
+        folder.reset(new QTemporaryDir);
+        QVERIFY(folder->isValid());
+    }
+
+    void tearDown()
+    {
+        window.reset();
+        loggers.kill();
+        loggers.waitForFinished();
+        const QStringList failures = guard->failures();
+        guard.reset();
+        QCOMPARE(failures, QStringList());
+    }
+
+    void start(int count, const QStringList& options)
+    {
+        recordFile = folder->filePath(QStringLiteral("record"));
+        const QString links = folder->filePath(QStringLiteral("loggers"));
+        loggers.start(virtualLoggers,
+                      QStringList{QStringLiteral("--count"), QString::number(count),
+                                  QStringLiteral("--directory"), links, QStringLiteral("--rate"),
+                                  QStringLiteral("100/Sec"), QStringLiteral("--record"), recordFile} +
+                          options);
+        ports.clear();
+        isReady = false;
+        QTRY_VERIFY(readPorts());
+        QCOMPARE(ports.size(), count);
+
+        QSettings store = Settings::mainStore();
+        store.clear();
+        store.setValue(QLatin1String(Settings::numDefined), count);
+        for (int i = 0; i < count; ++i) {
+            store.setValue(Settings::loggerKey(i), port(i));
+            store.setValue(Settings::groupKey(i), QStringLiteral("Group %1").arg(i + 1));
+        }
+        store.sync();
+        prompt = FakePrompt();
+        window.reset(new MainWindow(&prompt));
+        manager = window->findChild<multiConnectionsManager*>();
+        window->resize(1280, 800);
+        window->show();
+    }
+
+    bool readPorts()
+    {
+        while (!isReady && loggers.canReadLine()) {
+            const QList<QByteArray> words = loggers.readLine().trimmed().split(' ');
+            isReady = words.first() == "ready";
+            if (!isReady)
+                ports.append(QString::fromLocal8Bit(words.value(1)));
+        }
+        return isReady;
+    }
+
+    void tell(const QByteArray& command) { loggers.write(command + '\n'); }
+    QString port(int i) const { return ports.value(i); }
+    ExpData* data(int i) const { return manager->dataAt(i); }
+    ExpData* classData() const { return manager->dataC(); }
+
+    void connectAll(int count)
+    {
+        for (int i = 0; i < count; ++i)
+            QTRY_VERIFY_WITH_TIMEOUT(manager->tembrinDataAt(i)->isLoggerRecognized(), 8000);
+    }
+
+    void run(int count, int samples)
+    {
+        window->findChild<QAction*>(QStringLiteral("runAct"))->trigger();
+        for (int i = 0; i < count; ++i)
+            QTRY_VERIFY_WITH_TIMEOUT(data(i)->getXSize() >= samples, 8000);
+    }
+
+    void stop(int count)
+    {
+        window->findChild<QAction*>(QStringLiteral("stopAct"))->trigger();
+        for (int i = 0; i < count; ++i)
+            QTRY_VERIFY_WITH_TIMEOUT(data(i)->finalData, 8000);
+    }
+
+    void readRecord()
+    {
+        tell("quit");
+        QVERIFY(loggers.waitForFinished());
+        for (auto& samples : record)
+            samples.clear();
+        QFile file(recordFile);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        for (const QByteArray& line : file.readAll().split('\n')) {
+            const QList<QByteArray> words = line.split(' ');
+            if (words.size() == 5)
+                record[words[0].toInt() - 1][words[2].toInt()] = QByteArray::fromHex(words[4]);
+        }
+    }
+
+    int samplesSent(int i) const { return record[i].size(); }
+
+    /// What the bytes of a sample say, read sensor by sensor without the program's decoder.
+    QVector<double> values(int i, const QByteArray& bytes) const
+    {
+        QVector<double> row;
+        int offset = 0;
+        for (const SensorPtr& active : manager->tembrinDataAt(i)->getSensors()) {
+            if (!active->active)
+                continue;
+            Sensor sensor(active->ID);
+            const QByteArray block = bytes.mid(offset, sensor.numBytes);
+            sensor.setLastValue(reinterpret_cast<const unsigned char*>(block.constData()), block.size());
+            row += sensor.lastValue;
+            offset += sensor.numBytes;
+        }
+        return row;
+    }
+
+    /// The stored samples of a logger that are not what it sent under their number.
+    QStringList wrongRows(int i) const
+    {
+        QStringList wrong;
+        const ExpData* set = data(i);
+        for (int k = 0; k < set->getXSize(); ++k) {
+            const int number = qRound(set->getXAt(k) / set->dt);
+            QVector<double> stored;
+            for (int channel = 0; channel < set->getNSens(); ++channel)
+                stored.append(set->getYNoConvAt(channel, k));
+            if (stored != values(i, record[i].value(number)))
+                wrong.append(QStringLiteral("logger %1 sample %2").arg(i + 1).arg(number));
+        }
+        return wrong;
+    }
+
+    QProcess loggers;
+    QScopedPointer<QTemporaryDir> folder;
+    QScopedPointer<WarningGuard> guard;
+    FakePrompt prompt;
+    QScopedPointer<MainWindow> window;
+    multiConnectionsManager* manager = nullptr;
+    QStringList ports;
+    bool isReady = false;
+    QString recordFile;
+    QHash<int, QByteArray> record[8]; ///< bytes by sample number
+};
