@@ -62,6 +62,8 @@ void Plot::setData()
     setAxisText(xBottom, timeTitle());
     setAxisText(yLeft, sensorTitle(activeSens));
     setAxisAuto(xBottom);
+    if (data->getXSize() == 0) // the window that a run begins with
+        setAxisRange(xBottom, 0, (data->dt > 0 ? data->dt : 1) * minXSamp);
     followCurves();
     addPhotogateTexts();
     replot();
