@@ -1,0 +1,333 @@
+#include <QImage>
+#include <QPrinter>
+#include <QProcess>
+#include <QSaveFile>
+#include <QStandardPaths>
+#include <QXmlStreamReader>
+#include <QtTest>
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include "app/common/common.h"
+#include "graph/myplotmarker.h"
+#include "graph/plot.h"
+#include "persistence/readwrite.h"
+#include "persistence/safefile.h"
+#include "tests/common/fakeprompt.h"
+#include "tests/common/testsupport.h"
+#include "tests/persistence/testexperiment.h"
+
+namespace {
+
+struct Entry
+{
+    QByteArray name;
+    QByteArray bytes;
+    QByteArray linkTo;
+};
+
+void makeArchive(const QString& filename, const QVector<Entry>& entries)
+{
+    archive* out = archive_write_new();
+    if (filename.endsWith(".7z"))
+        archive_write_set_format_7zip(out);
+    else
+        archive_write_set_format_pax_restricted(out);
+    archive_write_open_filename(out, filename.toUtf8());
+    for (const Entry& from : entries) {
+        archive_entry* entry = archive_entry_new();
+        archive_entry_set_pathname_utf8(entry, from.name);
+        archive_entry_set_filetype(entry, from.linkTo.isEmpty() ? AE_IFREG : AE_IFLNK);
+        if (!from.linkTo.isEmpty())
+            archive_entry_set_symlink(entry, from.linkTo);
+        archive_entry_set_perm(entry, 0644);
+        archive_entry_set_size(entry, from.bytes.size());
+        archive_write_header(out, entry);
+        archive_write_data(out, from.bytes, size_t(from.bytes.size()));
+        archive_entry_free(entry);
+    }
+    archive_write_free(out);
+}
+
+/// The program's output, empty if it failed.
+QByteArray outputOf(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    return process.waitForFinished() && process.exitCode() == 0 ? process.readAllStandardOutput() + ' '
+                                                                : QByteArray();
+}
+
+int count(const QImage& image, QRgb color)
+{
+    int n = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            n += (image.pixel(x, y) & 0xFFFFFF) == (color & 0xFFFFFF) ? 1 : 0;
+    return n;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Entry)
+
+class TestReports : public QObject
+{
+    Q_OBJECT
+
+private:
+    QStringList listed() const
+    {
+        QDir dir(folder->path());
+        QStringList names;
+        for (QDirIterator i(dir.path(), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                            QDirIterator::Subdirectories);
+             i.hasNext();)
+            names << dir.relativeFilePath(i.next());
+        names.sort();
+        return names;
+    }
+
+    std::unique_ptr<QTemporaryDir> folder;
+    QString csv;
+    ExpData data;
+    std::unique_ptr<WarningGuard> guard;
+
+private Q_SLOTS:
+    void init()
+    {
+        guard = std::make_unique<WarningGuard>();
+        folder = std::make_unique<QTemporaryDir>();
+        csv = folder->filePath("table.csv");
+        fillExperiment(&data);
+    }
+
+    void cleanup()
+    {
+        Settings::mainStore().remove(Settings::language);
+        Common::forgetLocale();
+        VERIFY_NO_WARNINGS(*guard);
+    }
+
+    void exportsTable_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<double>("dt");
+        QTest::addColumn<QByteArray>("start");
+        QTest::addColumn<QByteArray>("lastLine");
+        QTest::newRow("English")
+            << "en_US" << 0.5
+            << QByteArray("\xEF\xBB\xBF"
+                          "t,Amb. Temperature [°C],pH [pH],Сила <\"&'> [N]\n0.000000, 20.0, 7.00, 20.0\n")
+            << QByteArray("2.000000, -0.4, ---, -0.4\n");
+        QTest::newRow("whole seconds")
+            << "en_US" << 1.0 << QByteArray("\xEF\xBB\xBFt,") << QByteArray("\n4, -0.4, ---, -0.4\n");
+        QTest::newRow("Polish") << "pl_PL" << 0.05 << QByteArray("sep=;\nt;Amb. Temperature [°C];pH [pH];")
+                                << QByteArray("0,2000000; -0,4; ---; -0,4\n");
+        QTest::newRow("Azeri") << "az_AZ" << 0.0 << QByteArray("\xEF\xBB\xBFt,")
+                               << QByteArray("\n4, -0,4, ---, -0,4\n");
+    }
+
+    void exportsTable()
+    {
+        QFETCH(QString, language);
+        QFETCH(double, dt);
+        QFETCH(QByteArray, start);
+        QFETCH(QByteArray, lastLine);
+        Settings::mainStore().setValue(Settings::language, language);
+        Common::forgetLocale();
+        fillExperiment(&data, dt);
+        QVERIFY(ReadWrite::exportCSV(csv, &data, false, "t"));
+        QCOMPARE(bytesOf(csv).left(start.size()), start);
+        QCOMPARE(bytesOf(csv).right(lastLine.size()), lastLine);
+    }
+
+    void importsTable_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("reason"); // empty if it is read as a and b, the latter with 3 in line 1
+        QTest::newRow("square and round brackets")
+            << QByteArray("t, a [m] (x),b(kg)\n0,1,3\n0.5,---,x\n") << "";
+        QTest::newRow("byte order mark, line ends")
+            << QByteArray("\xEF\xBB\xBFt,a[m],b[s]\r\n0,1, 3 \r\n0.5,2,4\r\n") << "";
+        QTest::newRow("empty") << QByteArray() << "no line";
+        QTest::newRow("header only") << QByteArray("t,a[m],b[kg]\n") << "no line";
+        QTest::newRow("semicolons") << QByteArray("sep=;\nt;a [m]\n0;1\n") << "line 1: ";
+        QTest::newRow("no unit") << QByteArray("t,a[m],b\n0,1,2\n") << "line 1: column \"b\"";
+        QTest::newRow("empty cell") << QByteArray("t,a[m],b[kg]\n0,1,2\n1,,2\n")
+                                    << "line 3: 2 columns instead of 3";
+        QTest::newRow("endless line") << QByteArray("t,a[m]") + QByteArray(200000, 'x') << "line 1: too long";
+        QTest::newRow("too many columns")
+            << QByteArray("t") + QByteArray(",a[m]").repeated(600) << "line 1: too many";
+    }
+
+    void importsTable()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, reason);
+        writeBytes(csv, bytes);
+        QString told;
+        QCOMPARE(ReadWrite::importCSV(csv, &data, &told), reason.isEmpty());
+        QVERIFY2(reason.isEmpty() ? told.isEmpty() : told.contains(reason), qPrintable(told));
+        QCOMPARE(data.getNSens(), reason.isEmpty() ? 2 : 3);
+        if (reason.isEmpty()) {
+            QCOMPARE(data.getSens(0)->getNameWithUnit(false), QString("a [m]"));
+            QCOMPARE(data.getYAt(1, 0), 3.0);
+            QCOMPARE(data.dt, 0.5);
+        }
+    }
+
+    void singleLineHasARate()
+    {
+        writeBytes(csv, "t,a[m]\n7,1\n");
+        QVERIFY(ReadWrite::importCSV(csv, &data));
+        QCOMPARE(data.dt, 1.0);
+    }
+
+    void exportsDocuments()
+    {
+        data.setLeftPad(1, 0);
+        Plot graph(&data, GRAPH_LINE, false, -1);
+        graph.updateSens(1);
+        auto* note = new myPlotMarker(1, MARKER_ANNOTATE);
+        note->setText("Look");
+        note->setValue(1, 6.8);
+        QPixmap picture(40, 40);
+        picture.fill(QColor(255, 0, 255));
+        note->setPic(picture);
+        note->setBubble(true);
+        graph.setMarkers({note});
+        FakePrompt prompt;
+        QString reason;
+        for (const QString suffix : {"pdf", "svg", "ps", "png", "JPG"}) {
+            prompt.file = folder->filePath("graph." + suffix);
+            QVERIFY2(ReadWrite::exportDocument(&graph, &prompt, &reason), qPrintable(reason));
+        }
+        const QImage png(folder->filePath("graph.png"));
+        QCOMPARE(png.size(), QSize(1004, 669));
+        QCOMPARE(png.dotsPerMeterX(), 3346);
+        QCOMPARE(png.pixel(0, 0), QColor(Qt::white).rgb());
+        QVERIFY(count(png, graph.getCurvePen(1).color().rgb()) > 1000); // its curve, the wide one
+        QVERIFY(count(png, qRgb(255, 0, 255)) > 5000);                  // the picture of the balloon
+
+        QXmlStreamReader svg(bytesOf(folder->filePath("graph.svg")));
+        QString texts;
+        while (!svg.atEnd()) {
+            svg.readNext();
+            texts += svg.text();
+        }
+        QVERIFY(!svg.hasError());
+        for (const QString text : {"pH", "7.2", "Look", "Amb. Temperature", "Time [s]"})
+            QVERIFY2(texts.contains(text), qPrintable(text));
+
+        const QByteArray pdf = outputOf("pdftotext", {folder->filePath("graph.pdf"), "-"});
+        QVERIFY(pdf.contains("Look") && pdf.contains("Amb. Temperature"));
+        QVERIFY(outputOf("pdfinfo", {folder->filePath("graph.pdf")}).contains("850 x 567 pts"));
+        QVERIFY(bytesOf(folder->filePath("graph.ps")).startsWith("%!PS-Adobe"));
+        if (QStandardPaths::findExecutable("gs").isEmpty())
+            QSKIP("Ghostscript is not installed");
+        const QString drawn = folder->filePath("ps.png");
+        QVERIFY(!outputOf("gs", {"-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=png16m", "-r85", "-o", drawn,
+                                 folder->filePath("graph.ps")})
+                     .isEmpty());
+        const QImage ps(drawn);
+        QVERIFY(qAbs(ps.width() - 1004) < 3 && qAbs(ps.height() - 669) < 3);
+        QVERIFY(count(ps, graph.getCurvePen(1).color().rgb()) > 1000);
+    }
+
+    void failedExportKeepsOldFile_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("no such format") << "graph.xyz"
+                                        << "graph.xyz";
+        QTest::newRow("no such folder") << "none/graph.pdf"
+                                        << "No such file";
+    }
+
+    void failedExportKeepsOldFile()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, reason);
+        Plot graph(&data, GRAPH_LINE, false, -1);
+        QString told;
+        writeBytes(folder->filePath("graph.xyz"), "old");
+        QVERIFY(!ReadWrite::exportDocument(&graph, folder->filePath(name), &told));
+        QVERIFY2(told.contains(reason), qPrintable(told));
+        QCOMPARE(bytesOf(folder->filePath("graph.xyz")), QByteArray("old"));
+    }
+
+    void printsOnAChosenPrinter()
+    {
+        Plot graph(&data, GRAPH_LINE, false, 0);
+        graph.updateTitle("Two\nlines");
+        const QString file = folder->filePath("print.pdf");
+        QVERIFY(ReadWrite::print(&graph, [&](QPrinter* printer) {
+            printer->setOutputFormat(QPrinter::PdfFormat);
+            printer->setOutputFileName(file);
+            return true;
+        }));
+        QVERIFY(outputOf("pdfinfo", {file}).contains("Two -- lines"));
+        QVERIFY(QFile::remove(file));
+        QVERIFY(ReadWrite::print(&graph, [](QPrinter*) { return false; }));
+        QVERIFY(!QFile::exists(file));
+    }
+
+    void remembersTheFolder()
+    {
+        ReadWrite::setDefaultDataPath("/somewhere/else/file.xml");
+        QCOMPARE(ReadWrite::getDataPath(QString()), QString("/somewhere/else"));
+        FakePrompt prompt;
+        QVERIFY(ReadWrite::exportDocument(static_cast<Plot*>(nullptr), &prompt)); // cancelled
+        QCOMPARE(prompt.asked, QStringList("Export File Name|"));
+    }
+
+    void unpacks_data()
+    {
+        QTest::addColumn<QString>("archiveName");
+        QTest::addColumn<QVector<Entry>>("entries");
+        QTest::addColumn<QStringList>("after");
+        QTest::addColumn<QString>("reason");
+        const Entry pdf{"a.pdf", "pdf", {}}, inside{"sub/b.xml", "xml", {}};
+        QTest::newRow("tar") << "x.tar" << QVector<Entry>{pdf, inside}
+                             << QStringList{"a.pdf", "sub", "sub/b.xml"} << "";
+        QTest::newRow("7z") << "x.7z" << QVector<Entry>{pdf, inside} << QStringList{"a.pdf", "b.xml"} << "";
+        QTest::newRow("links") << "x.tar" << QVector<Entry>{{"out", {}, "/tmp"}, {"out/c.pdf", "c", {}}}
+                               << QStringList{"out", "out/c.pdf"} << "";
+        QTest::newRow("upwards") << "x.tar" << QVector<Entry>{pdf, {"d/../../e.pdf", "e", {}}}
+                                 << QStringList{"x.tar.failed"} << "outside";
+        QTest::newRow("absolute") << "x.tar" << QVector<Entry>{pdf, {"/tmp/pellandra-e.pdf", "e", {}}}
+                                  << QStringList{"x.tar.failed"} << "outside";
+        QTest::newRow("name taken") << "x.tar" << QVector<Entry>{{"x.tar", "e", {}}, pdf}
+                                    << QStringList{"x.tar.failed"} << "exists";
+        QTest::newRow("damaged") << "x.7z" << QVector<Entry>{} << QStringList{"x.7z.failed"} << "x.7z";
+    }
+
+    void unpacks()
+    {
+        QFETCH(QString, archiveName);
+        QFETCH(QVector<Entry>, entries);
+        QFETCH(QStringList, after);
+        QFETCH(QString, reason);
+        const QString archive = folder->filePath(archiveName);
+        if (entries.isEmpty())
+            writeBytes(archive, "no archive");
+        else
+            makeArchive(archive, entries);
+        writeBytes(folder->filePath("known.pdf"), "worksheet");
+        QVERIFY(!ReadWrite::unpackIfNeeded(folder->path()));
+        QCOMPARE(listed(), QStringList({"known.pdf", archiveName}));
+        QVERIFY(QFile::remove(folder->filePath("known.pdf")));
+        if (!reason.isEmpty())
+            guard->expect("can't be unpacked");
+        QString told;
+        QCOMPARE(ReadWrite::unpackIfNeeded(folder->path(), &told), reason.isEmpty());
+        QVERIFY2(told.contains(reason), qPrintable(told));
+        QCOMPARE(listed(), after);
+        QVERIFY(!QFileInfo(folder->filePath("out")).isSymLink());
+    }
+};
+
+QTEST_MAIN(TestReports)
+#include "test_reports.moc"
