@@ -12,6 +12,7 @@
 #include "protocol/tembrinprotocol.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
@@ -154,6 +155,11 @@ bool MainWindow::eventFilter(QObject* object, QEvent* event)
 {
     if (object == this && event->type() == QEvent::Resize)
         fitToolBars();
+    if (regression && object == static_cast<QObject*>(regression) && isPressOnIcon(event)) {
+        if (event->type() == QEvent::MouseButtonPress)
+            doFunctions(regression->currentIndex());
+        return true;
+    }
     return QMainWindow::eventFilter(object, event);
 }
 

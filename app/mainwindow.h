@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -201,10 +202,29 @@ private:
     quint8 classMembers = 0xFF;  ///< a bit for each logger that the class set may hold
     QVector<int> passedOver;     ///< by the last download
 
-    // Toolbars, views and layouts, in mainwindow_views.cpp and mainwindow_toolbars.cpp
+    // Mouse modes and analyses, in mainwindow_analysis.cpp
 
 private Q_SLOTS:
     void doZoom();
+    void doMarker();
+    void doAnnotate();
+    void doCrop();
+    void doSlope();
+    void doLinRegression();
+    void doQuadRegression();
+    /// Carries out an item of the list `regression`.
+    void doFunctions(int select);
+
+private:
+    void forEachPlot(const std::function<void(Plot*)>& visit);
+    void leaveOtherModes(const QAction* mode);
+    bool isPressOnIcon(const QEvent* event) const;
+
+    bool slopeMode = false; ///< the active graph shows a tangent at the pointer
+
+    // Toolbars, views and layouts, in mainwindow_views.cpp and mainwindow_toolbars.cpp
+
+private Q_SLOTS:
     void updateLayout(int view);
     void updateView(int view);
     void activePlotChanged(int index);

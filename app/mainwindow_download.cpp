@@ -43,6 +43,7 @@ void MainWindow::useDownload(int index, bool isOK)
     if (isOK) {
         mTembrin->dataAt(index)->getLoggerExperiment();
         plot->setMarkers();
+        graph->setMarkers();
         updateAll(index);
         mTembrin->incDownloaded();
         // What an earlier download or run left with a logger that does not deliver stays out of the class.

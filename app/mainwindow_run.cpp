@@ -166,6 +166,7 @@ void MainWindow::startExperiment(int index, double dt)
     state->keepLastRunParameters();
     set->setDataNewEmpty(state->getSensors(), dt, mTembrin->groupName(index));
     classMembers |= 1U << index;
+    mTembrin->plotAt(index)->setMarkers();
     live[index].startsClass = true;
     // The other loggers' graphs follow with their own first samples.
     updateAll(index);
@@ -177,6 +178,7 @@ void MainWindow::startClassExperiment(double dt)
 {
     ExpData* classSet = mTembrin->dataC();
     classSet->setDataNewEmpty(mTembrin->getSensorsC(), dt);
+    graph->setMarkers();
     updateAll(-1);
     setSelected(-1, 0);
 }

@@ -2,6 +2,7 @@
 
 #include "app/common/common.h"
 #include "app/icondelegate.h"
+#include "app/iconlists.h"
 #include "classroom/views.h"
 
 #include <QAction>
@@ -14,23 +15,6 @@ namespace {
 
 constexpr int smallScreen = 1300;  // below it icons are smaller
 constexpr int narrowScreen = 1450; // below it Exit stays off the toolbar
-
-enum exportCode
-{
-    EXPORT_EXCEL = 1,
-    EXPORT_GLOBALLAB = 2,
-    EXPORT_IMAGE = 3
-};
-
-enum regressionCode
-{
-    REG_SLOPE = 1,
-    REG_LIN = 2,
-    REG_QUAD = 3,
-    REG_SMOOTH = 5,
-    REG_DERIVATIVE = 6,
-    REG_INTEGRAL = 7
-};
 
 struct ListItem
 {
@@ -99,11 +83,14 @@ void MainWindow::createActions()
          QT_TR_NOOP("Print current experiment"), {QKeySequence::Print}},
         {&MainWindow::zoomAct, "zoomAct", QT_TR_NOOP("&Zoom"), "Zoom", &MainWindow::doZoom,
          QT_TR_NOOP("Zoom to rectangle selected with mouse"), {QKeySequence::ZoomIn}},
-        {&MainWindow::markerAct, "markerAct", QT_TR_NOOP("&Marker"), "Marker", nullptr,
+        {&MainWindow::markerAct, "markerAct", QT_TR_NOOP("&Marker"), "Marker",
+         &MainWindow::doMarker,
          QT_TR_NOOP("Set/remove up to 2 markers on graph"), {}},
-        {&MainWindow::annotateAct, "annotateAct", QT_TR_NOOP("&Annotate"), "Annotate", nullptr,
+        {&MainWindow::annotateAct, "annotateAct", QT_TR_NOOP("&Annotate"), "Annotate",
+         &MainWindow::doAnnotate,
          QT_TR_NOOP("Add annotations to graph"), {}},
-        {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", nullptr, QT_TR_NOOP("Crop graph"), {}},
+        {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", &MainWindow::doCrop,
+         QT_TR_NOOP("Crop graph"), {}},
         {&MainWindow::colabConnectAct, "colabConnectAct", QT_TR_NOOP("Connect"), "ColabConnect",
          &MainWindow::doSelectMLog, "", {}},
         {&MainWindow::basicSetupAct, "basicSetupAct", QT_TR_NOOP("Setup"), "Setup", &MainWindow::doBasicSetup,
@@ -211,9 +198,10 @@ void MainWindow::fillIconLists()
     for (const ListItem& item : viewItems)
         addItem(views, item);
     exports->setEnabled(false);
-    regression->setEnabled(false);
     views->setEnabled(false);
     connect(layouts, qOverload<int>(&QComboBox::currentIndexChanged), this, &MainWindow::updateLayout);
+    connect(regression, qOverload<int>(&QComboBox::activated), this, &MainWindow::doFunctions);
+    regression->installEventFilter(this);
     connect(views, qOverload<int>(&QComboBox::activated), this, &MainWindow::updateView);
     for (int i = 0; i < layouts->count(); ++i) {
         auto* choose = new QAction(layouts->itemData(i, Qt::ToolTipRole).toString(), this);

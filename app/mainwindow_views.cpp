@@ -117,21 +117,17 @@ void MainWindow::activePlotChanged(int index)
         if (index >= 0)
             mTembrin->plotAt(index)->enableZoom(true);
     }
+    if (slopeMode)
+        mTembrin->getActivePlot()->enableSlope(false);
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
         mTembrin->plotAt(i)->setActivePlot(index);
     mTembrin->setActivePlot(index);
+    if (slopeMode)
+        mTembrin->getActivePlot()->enableSlope(true);
     if (!views)
         return;
     views->setCurrentIndex(mTembrin->getCurrentView());
     views->setEnabled(mTembrin->isActiveGraphSet());
-}
-
-void MainWindow::doZoom()
-{
-    const bool tf = zoomAct->isChecked();
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
-        mTembrin->plotAt(i)->enableZoom(tf);
-    graph->enableZoom(tf);
 }
 
 // --- Bringing the views up to the data ---

@@ -1,0 +1,20 @@
+#pragma once
+
+/// Codes of the items in the list of exports.
+enum exportCode
+{
+    EXPORT_EXCEL = 1,
+    EXPORT_GLOBALLAB = 2,
+    EXPORT_IMAGE = 3
+};
+
+/// Codes of the items in the list of functions.
+enum regressionCode
+{
+    REG_SLOPE = 1,
+    REG_LIN = 2,
+    REG_QUAD = 3,
+    REG_SMOOTH = 5,
+    REG_DERIVATIVE = 6,
+    REG_INTEGRAL = 7
+};

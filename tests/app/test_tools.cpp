@@ -1,0 +1,162 @@
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QMouseEvent>
+#include <QTest>
+
+#include <qwt_text.h>
+
+#include "graph/myplotmarker.h"
+#include "tests/app/classbench.h"
+
+namespace {
+
+// A straight line of 50 samples on both channels of logger 0, which becomes the chosen one.
+void fill(ClassBench& bench)
+{
+    for (int i = 0; i < 50; ++i)
+        bench.sample(0, short(i), i * 0.1);
+    Q_EMIT bench.manager->plotAt(0)->changedActivePlot(0);
+    QCoreApplication::processEvents();
+}
+
+void placeCrosses(Plot* plot)
+{
+    plot->newMarker(0, -1, 10, 1);
+    plot->newMarker(0, -1, 20, 2);
+}
+
+QComboBox* functions(const ClassBench& bench)
+{
+    return bench.window->findChild<QComboBox*>(QStringLiteral("regression"));
+}
+
+} // namespace
+
+class TestTools : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void mouseModesExcludeEachOther()
+    {
+        ClassBench bench(2);
+        fill(bench);
+        Plot* const plot = bench.manager->plotAt(0);
+        QAction* const modes[] = {bench.action("zoomAct"), bench.action("markerAct"),
+                                  bench.action("annotateAct")};
+        for (QAction* mode : modes) {
+            Q_EMIT functions(bench)->activated(0);
+            QCOMPARE(plot->markers.size(), 1); // the tangent's text
+            for (const QAction* other : modes)
+                QVERIFY(!other->isChecked());
+            mode->trigger();
+            QVERIFY2(plot->markers.isEmpty(), qPrintable(mode->objectName()));
+            for (const QAction* other : modes)
+                QCOMPARE(other->isChecked(), other == mode);
+        }
+        modes[1]->trigger();
+        QTest::mouseClick(plot->canvas(), Qt::LeftButton);
+        QTest::mouseClick(plot->canvas(), Qt::LeftButton, {}, QPoint(20, 20));
+        QCOMPARE(plot->markers.size(), 4);
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void slopeGoesWithTheChosenGraph()
+    {
+        ClassBench bench(2);
+        Q_EMIT functions(bench)->activated(0);
+        QVERIFY2(bench.manager->plotC()->markers.isEmpty(), "too few samples");
+        fill(bench);
+        Q_EMIT functions(bench)->activated(0);
+        Q_EMIT bench.manager->plotAt(1)->changedActivePlot(1);
+        QVERIFY(bench.manager->plotAt(0)->markers.isEmpty());
+        QCOMPARE(bench.manager->plotAt(1)->markers.size(), 1);
+        Q_EMIT functions(bench)->activated(0);
+        QVERIFY(bench.manager->plotAt(1)->markers.isEmpty());
+    }
+
+    void functionsWorkOnTheChosenGraph_data()
+    {
+        QTest::addColumn<int>("item");
+        QTest::addColumn<bool>("isStopped");
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("line") << 1 << false << 0 << QString() << " = 0.10t + 0.0\nr = 1.00";
+        QTest::newRow("parabola") << 2 << false << 0 << QString() << "t² ";
+        QTest::newRow("smooth in a run") << 3 << false << 0 << QString() << QString();
+        QTest::newRow("smooth") << 3 << true << 0 << " (smooth)" << QString();
+        QTest::newRow("derivative") << 4 << false << 1 << "/time" << QString();
+        QTest::newRow("integral") << 5 << false << 0 << QString() << "Integral = 15 ";
+    }
+
+    void functionsWorkOnTheChosenGraph()
+    {
+        QFETCH(int, item);
+        QFETCH(bool, isStopped);
+        QFETCH(int, channels);
+        QFETCH(QString, name);
+        QFETCH(QString, text);
+        ClassBench bench(1);
+        fill(bench);
+        Plot* const plot = bench.manager->plotAt(0);
+        placeCrosses(plot);
+        const int before = bench.data(0)->getNSens();
+        if (isStopped)
+            Q_EMIT bench.logger(0)->runTerminated(0, false);
+        Q_EMIT functions(bench)->activated(item);
+        QCOMPARE(bench.data(0)->getNSens(), before + channels);
+        QCOMPARE(plot->getCurve(before + channels) == nullptr, true);
+        const QString last = bench.data(0)->getSens(channels ? before : 0)->name;
+        QVERIFY2(name.isEmpty() ? !last.contains('(') : last.endsWith(name), qPrintable(last));
+        QCOMPARE(plot->markers.size(), text.isEmpty() ? 4 : 6);
+        if (!text.isEmpty())
+            QVERIFY2(plot->markers[5]->label().text().contains(text),
+                     qPrintable(plot->markers[5]->label().text()));
+    }
+
+    void iconOfTheListRepeatsItsItem()
+    {
+        ClassBench bench(1);
+        fill(bench);
+        Plot* const plot = bench.manager->plotAt(0);
+        placeCrosses(plot);
+        QComboBox* const list = functions(bench);
+        QVERIFY(list->isEnabled());
+        list->setCurrentIndex(5);
+        const int middle = list->iconSize().width() / 2;
+        QTest::mouseClick(list, Qt::LeftButton, {}, QPoint(middle, list->height() / 2));
+        QCOMPARE(plot->markers.size(), 6);
+        QTest::mouseClick(list, Qt::LeftButton, {}, QPoint(list->width() - 4, list->height() / 2));
+        QCOMPARE(plot->markers.size(), 6);
+    }
+
+    void cropCutsTheChosenGraphAfterAQuestion()
+    {
+        ClassBench bench(1);
+        fill(bench);
+        bench.prompt.answer = UserPrompt::Answer::Yes;
+        bench.action("cropAct")->trigger();
+        QCOMPARE(bench.data(0)->getXSize(), 50);
+        placeCrosses(bench.manager->plotAt(0));
+        bench.action("cropAct")->trigger();
+        QCOMPARE(bench.data(0)->getXSize(), 10);
+        QCOMPARE(bench.data(0)->getXAt(0), 10.0);
+    }
+
+    void markersGoWithTheData()
+    {
+        ClassBench bench(1);
+        fill(bench);
+        placeCrosses(bench.manager->plotAt(0));
+        placeCrosses(bench.manager->plotC());
+        bench.sample(0, 0);
+        QVERIFY(bench.manager->plotAt(0)->markers.isEmpty());
+        bench.sample(0, 1);
+        QVERIFY(bench.manager->plotC()->markers.isEmpty());
+    }
+};
+
+QTEST_MAIN(TestTools)
+#include "test_tools.moc"
