@@ -189,11 +189,13 @@ private:
 private Q_SLOTS:
     void doDownload2018();
     void doDownload();
+    void doSelectExperiment();
     void useDownload(int index, bool isOK);
     void showDownloadProgress(int index, int packets, int expected);
 
 private:
     void connectDownload(int index);
+    void addDownloadChoice();
     void downloadWhenAllStopped();
     QString passedOverText() const;
 

@@ -5,7 +5,13 @@
 #include "graph/plot.h"
 #include "protocol/tembrindata.h"
 
+#include "setup/experimentinfo.h"
+
+#include <QAction>
+#include <QMenu>
 #include <QStatusBar>
+#include <QToolBar>
+#include <QToolButton>
 
 void MainWindow::connectDownload(int index)
 {
@@ -13,6 +19,19 @@ void MainWindow::connectDownload(int index)
     connect(state, &TembrinData::downloadComplete, this, &MainWindow::useDownload);
     connect(state, &TembrinData::donePacket, this,
             [this, index](int packets, int expected) { showDownloadProgress(index, packets, expected); });
+}
+
+/// A small arrow on the button leads to the choice of an experiment.
+void MainWindow::addDownloadChoice()
+{
+    auto* button = qobject_cast<QToolButton*>(tembrinToolBar->widgetForAction(downloadAct));
+    auto* menu = new QMenu(button);
+    menu->setObjectName(QStringLiteral("downloadMenu"));
+    QAction* select = menu->addAction(tr("Select experiment"), this, &MainWindow::doSelectExperiment);
+    select->setObjectName(QStringLiteral("selectExperimentAct"));
+    button->setObjectName(QStringLiteral("downloadButton"));
+    button->setMenu(menu);
+    button->setPopupMode(QToolButton::MenuButtonPopup);
 }
 
 void MainWindow::doDownload2018()
@@ -37,10 +56,26 @@ void MainWindow::downloadWhenAllStopped()
         doDownload();
 }
 
+void MainWindow::doSelectExperiment()
+{
+    constexpr int first = 0;
+    const TembrinData* state = mTembrin->tembrinDataAt(first);
+    if (!mTembrin->isTembrinConnect(first) || state->isVorta()) {
+        statusBar()->showMessage(tr("The first logger is not connected, or it has no memory."));
+        return;
+    }
+    delivered = classMembers; // the others stay in the class
+    const QPointer<experimentInfo> dialog = new experimentInfo(mTembrin, first, this);
+    dialog->exec();
+    if (dialog)
+        dialog->deleteLater();
+}
+
 void MainWindow::useDownload(int index, bool isOK)
 {
     Plot* plot = mTembrin->plotAt(index);
     if (isOK) {
+        handleOnlyStaticClassMode(false);
         mTembrin->dataAt(index)->getLoggerExperiment();
         plot->setMarkers();
         graph->setMarkers();

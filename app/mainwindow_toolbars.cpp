@@ -156,6 +156,7 @@ void MainWindow::createToolBars()
     tembrinToolBar->addActions(
         {colabConnectAct, basicSetupAct, runAct, stopAct, downloadAct, advancedSetupAct});
     stopAct->setVisible(false);
+    addDownloadChoice();
     layouts = addIconList(appToolBar, QStringLiteral("layouts"), tr("Layout"));
     views = addIconList(appToolBar, QStringLiteral("views"), tr("View"));
     if (QGuiApplication::primaryScreen()->size().width() >= narrowScreen)

@@ -111,6 +111,8 @@ public:
     void sendCmdToAll(commandType cmd);
     /// The same way to one stored experiment of one logger, `number` from 1.
     void downloadFrom(int index, int number);
+    /// Ends a download under way; what has arrived of it is dropped.
+    void cancelDownload();
     /// `cmd` is on its way through the loggers.
     bool isSending(commandType cmd) const { return commandIndex != idle && command == cmd; }
     /// Milliseconds before an unconfirmed command is repeated, and between two loggers or before a repeat.

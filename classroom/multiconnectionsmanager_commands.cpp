@@ -53,6 +53,15 @@ void multiConnectionsManager::downloadFrom(int index, int number)
     begin(CMD_DOWNLOAD_STORED_DATA, index, index + 1);
 }
 
+void multiConnectionsManager::cancelDownload()
+{
+    if (!isSending(CMD_DOWNLOAD_STORED_DATA))
+        return;
+    tembrinDataAt(commandIndex)->cancelDownload();
+    commandEnd = 0;
+    passOn();
+}
+
 void multiConnectionsManager::begin(commandType cmd, int from, int end)
 {
     repeatTimer.stop();

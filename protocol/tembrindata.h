@@ -200,6 +200,8 @@ public:
     SampleBlock getSamplesVector();
     /// A download was begun and has not ended.
     bool isDownloading() const { return downloadOpen; }
+    /// Ends a download without a result, and the logger's part in it too.
+    void cancelDownload();
 
 public Q_SLOTS:
     void handleStatus(unsigned char* udata, int len);

@@ -121,6 +121,13 @@ void TembrinData::endDownload(bool success)
     Q_EMIT commandAccepted(index, CMD_DOWNLOAD_STORED_DATA);
 }
 
+void TembrinData::cancelDownload()
+{
+    downloadOpen = false;
+    packetTimer.stop();
+    Q_EMIT stopTransmission();
+}
+
 int TembrinData::storedSampleSize() const
 {
     return storedBytesPerSample + (actRate == 0 ? manualHeader : 0);

@@ -1,4 +1,8 @@
+#include <QProgressBar>
+#include <QPushButton>
 #include <QStatusBar>
+#include <QTableWidget>
+#include <QTimer>
 
 #include "graph/plot.h"
 #include "tests/e2e/virtualclassbench.h"
@@ -40,6 +44,44 @@ private Q_SLOTS:
         checkValues({0, 1});
     }
 
+    void aPersonChoosesAnOlderExperiment()
+    {
+        startWithLog(2, {QStringLiteral("--model"), QStringLiteral("Birch,Dune")});
+        download();
+        atDialog([this](QWidget* dialog) {
+            auto* table = dialog->findChild<QTableWidget*>();
+            auto* start = dialog->findChild<QPushButton*>(QStringLiteral("pushDownload"));
+            auto* progress = dialog->findChild<QProgressBar*>();
+            QTRY_COMPARE(table->rowCount(), 2);
+            QCOMPARE(table->currentRow(), 1);
+            QCOMPARE(table->item(0, 2)->text(), QStringLiteral("100/Sec"));
+            QCOMPARE(table->item(0, 3)->text(), QStringLiteral("100"));
+            const expInfo& first = manager->tembrinDataAt(0)->expList[0];
+            QCOMPARE(table->item(0, 4)->toolTip(), first.sensNames);
+            QCOMPARE(table->item(0, 4)->icon().availableSizes().first().width(), 37 * first.iconNames.size());
+
+            table->selectRow(0);
+            QTest::mouseClick(start, Qt::LeftButton);
+            QVERIFY(!start->isEnabled());
+            QTRY_COMPARE(data(0)->getXSize(), 100);
+            QCOMPARE(progress->value(), 100);
+            QTRY_VERIFY(start->isEnabled());
+
+            // Cancel ends a download that goes wrong for good.
+            tell("fault 1 silent=100");
+            QTest::keyClick(table, Qt::Key_Down);
+            QTest::mouseClick(start, Qt::LeftButton);
+            QVERIFY(!window->findChild<QAction*>(QStringLiteral("runAct"))->isEnabled());
+            QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("pushCancel")), Qt::LeftButton);
+        });
+        QVERIFY(window->findChild<QAction*>(QStringLiteral("runAct"))->isEnabled());
+        QVERIFY(!manager->isSending(CMD_DOWNLOAD_STORED_DATA));
+        QCOMPARE(data(1)->getXSize(), 1000);
+        QCOMPARE(classData()->getYNoConv(0).size(), 100);
+        QCOMPARE(classData()->getYNoConv(1).size(), 1000);
+        checkValues({0, 1});
+    }
+
     void aPulledLoggerIsPassedOver()
     {
         startWithLog(3, {QStringLiteral("--names"), QStringLiteral("first,second,third")});
@@ -74,6 +116,21 @@ private:
         waitForDownload();
     }
 
+    /// Opens the dialog from the arrow of the button and lets `hand` work in it.
+    void atDialog(const std::function<void(QWidget*)>& hand)
+    {
+        bool isDone = false;
+        QTimer::singleShot(0, this, [&] {
+            QTRY_VERIFY(QApplication::activeModalWidget());
+            QWidget* dialog = QApplication::activeModalWidget();
+            hand(dialog);
+            isDone = true;
+            dialog->close();
+        });
+        window->findChild<QAction*>(QStringLiteral("selectExperimentAct"))->trigger();
+        QVERIFY(isDone);
+    }
+
     void waitForDownload()
     {
         const QAction* action = window->findChild<QAction*>(QStringLiteral("downloadAct"));
@@ -101,9 +158,8 @@ private:
     {
         tell("quit");
         QVERIFY(loggers.waitForFinished());
-        for (int i : members) {
+        for (int i : members)
             QCOMPARE(data(i)->getData(), sent(i));
-        }
     }
 
     /// The channels that a logger's stored packets hold, read sensor by sensor.
