@@ -46,10 +46,10 @@ double clamped(double pixel)
 void myPlotMarker::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
                         const QRectF& canvasRect) const
 {
-    if (!shown)
-        return;
     const QwtScaleMap map = ownMap(yMap);
     const QPointF pos(xMap.transform(xValue()), map.transform(yValue()));
+    if (!shown || !std::isfinite(pos.x()) || !std::isfinite(pos.y()))
+        return;
     painter->save();
     painter->setPen(QPen(Qt::black, 1));
     switch (type) {
