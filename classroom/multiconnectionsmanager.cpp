@@ -84,14 +84,32 @@ void multiConnectionsManager::sendCommandToFirstLogger(commandType cmd)
         sendCommand(first, cmd);
 }
 
+QWidget* multiConnectionsManager::widgetOf(int i, int view) const
+{
+    switch (view) {
+    case VIEW_GRAPH:
+        return plotAt(i);
+    case VIEW_BAR:
+        return barAt(i);
+    default:
+        return nullptr;
+    }
+}
+
 void multiConnectionsManager::addWidgetByIndex(QGridLayout* layout, int view, int i)
 {
     loggers[i].currentView = view;
-    if (view != VIEW_GRAPH)
+    QWidget* const chosen = widgetOf(i, view);
+    if (!chosen)
         return;
+    for (int other : {VIEW_GRAPH, VIEW_BAR}) {
+        QWidget* const widget = widgetOf(i, other);
+        if (widget && widget != chosen)
+            widget->hide();
+    }
     const int columns = gridColumns();
-    layout->addWidget(plotAt(i), i / columns, i % columns);
-    plotAt(i)->show();
+    layout->addWidget(chosen, i / columns, i % columns);
+    chosen->show();
 }
 
 void multiConnectionsManager::addWidget(QGridLayout* layout, int view)

@@ -59,6 +59,8 @@ public:
     void setDataC(ExpData* data) { classData = data; }
     Plot* plotAt(int i) const { return loggers[i].plot; }
     void setPlotAt(int i, Plot* plot) { loggers[i].plot = plot; }
+    Plot* barAt(int i) const { return loggers[i].bar; }
+    void setBarAt(int i, Plot* bar) { loggers[i].bar = bar; }
     Plot* plotC() const { return classPlot; }
     void setPlotC(Plot* plot) { classPlot = plot; }
 
@@ -67,10 +69,12 @@ public:
     bool isActive(int i) const { return activeIndex == i; }
     bool isActiveGraphSet() const { return activeIndex >= 0; }
     Plot* getActivePlot() const { return isActiveGraphSet() ? plotAt(activeIndex) : classPlot; }
+    /// Of the first logger with none active.
+    Plot* getActiveBar() const { return barAt(qMax(0, activeIndex)); }
     ExpData* getActiveData() const { return isActiveGraphSet() ? dataAt(activeIndex) : classData; }
     /// What the active logger's cell shows, a value of `views`; 0 with none active.
     int getCurrentView() const { return isActiveGraphSet() ? loggers[activeIndex].currentView : 0; }
-    /// Puts what `view` names into logger i's cell of the grid.
+    /// Puts what `view` names into logger i's cell of the grid; a view that is not for cells leaves the cell.
     void addWidgetByIndex(QGridLayout* layout, int view, int i);
     /// The same for the active logger; with none, nothing.
     void addWidget(QGridLayout* layout, int view);
@@ -137,6 +141,7 @@ private:
         TembrinProtocol* protocol = nullptr;
         ExpData* data = nullptr;
         Plot* plot = nullptr;
+        Plot* bar = nullptr;
         bool tryingToConnect = false;
         bool inRun = false;
         bool ignoreOnlineAfterStop = false;
@@ -149,6 +154,7 @@ private:
     int nextServed(int from) const;
     bool isServed(int i) const;
     void begin(commandType cmd, int from, int end);
+    QWidget* widgetOf(int i, int view) const;
     void passOn();
     void passOver();
     void handleLoss(int index);

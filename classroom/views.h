@@ -1,7 +1,7 @@
 #pragma once
 
-/// What a logger's cell shows. Only the first acts on a cell so far; the others are values that a stored file
-/// may name.
+/// What a logger's cell shows. Only the first two act on a cell so far; the others are values that a stored
+/// file may name.
 enum views
 {
     VIEW_GRAPH,

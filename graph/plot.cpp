@@ -20,6 +20,7 @@
 #include "data/expdata.h"
 #include "graph/curvepainter.h"
 #include "graph/myplotcurve.h"
+#include "graph/myplothistogram.h"
 #include "graph/scalemanager.h"
 #include "graph/timescaledraw.h"
 #include "graph/timescaleengine.h"
@@ -80,6 +81,8 @@ Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget*
     applyDesign();
     if (type == GRAPH_LINE)
         setData();
+    else if (type == GRAPH_BAR)
+        setBarData();
 }
 
 // Curves and markers draw from members of this class, so they go first.

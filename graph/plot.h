@@ -9,6 +9,7 @@
 #include <QVector>
 
 #include <memory>
+#include <optional>
 
 #include <qwt_plot.h>
 
@@ -19,12 +20,15 @@
 class CurvePainter;
 class ExpData;
 class QMouseEvent;
+class QwtInterval;
 class QwtLegend;
 class QwtPlotGrid;
 class QwtPlotPicker;
+class ScrollZoomer;
 class TimeScaleDraw;
 class UserPrompt;
 class myPlotCurve;
+class myPlotHistogram;
 class scaleManager;
 
 enum graphtype
@@ -103,6 +107,18 @@ public:
     /// The active sensor's view range becomes its scale.
     void forceDefaultSetScale();
     int getIndex() const { return index; }
+
+    // Bars, in plot_bar.cpp; for graphs of that type
+
+    /// Makes the legend entries anew from the data set. Colours that the user gave stay.
+    void setBarData();
+    /// The bars take the active sensor's colour.
+    void setBarColor();
+    /// Brings the bars up to the data. During a run the window ends at the newest bar, else it begins at the
+    /// first; it stays where the user scrolled it to.
+    void updateBarData(bool isRun);
+    /// Makes `iSens` the shown sensor.
+    void updateBarSens(int iSens, bool isRun);
 
     // Mouse modes, in plot_mouse.cpp
 
@@ -232,6 +248,17 @@ private:
     QString sensorTitle(int iSens) const;
     void setXYIndex(int sel);
 
+    // plot_bar.cpp
+    void createBars();
+    void addBarEntry(int i, const QColor& color);
+    void setBarEntryPen(int i);
+    int barCount() const;
+    double barX(int i) const;
+    QPair<double, double> barRange() const;
+    void moveBarWindow(const QwtInterval& whole, const QwtInterval& shown);
+    void buildBars();
+    void barsScrolled(const QRectF& shown);
+
     // plot_legend.cpp
     void watchLegendItem(myPlotCurve* curve);
     void setCurvePen(int i);
@@ -357,6 +384,14 @@ private:
     int selectedMarker = -1;                      ///< the marker that is dragged
     bool balloonTip = false;                      ///< it is dragged by the tip of its balloon
     bool hasUnplacedTexts = false;                ///< texts wait for the axes to be known
+
+    std::unique_ptr<myPlotHistogram> hist; ///< of a bar graph, as all in this group
+    ScrollZoomer* barZoomer = nullptr;
+    double barWidth = 0;
+    double barTStep = 1;            ///< distance of two samples in units of the axis
+    std::optional<double> barPlace; ///< left edge that the user scrolled to, seconds or sample numbers
+    int barsKnown = 0;              ///< samples at the last update
+    bool isBarWindowMoving = false;
 
     bool axesChanged = true;           ///< the next refresh() has to lay out the axes too
     QMutex myMutex{QMutex::Recursive}; ///< a layout inside a replot can ask for the next

@@ -39,6 +39,8 @@ void Plot::watchLegendItem(myPlotCurve* curve)
     if (!item)
         return;
     item->setMargin(itemMargin);
+    if (type != GRAPH_LINE)
+        return;
     item->installEventFilter(this);
     legendItems.append(item);
 }
@@ -149,6 +151,11 @@ void Plot::otherColorChanged(int iSens, const QColor& color)
     if (iSens < 0 || iSens >= curves.size())
         return;
     curves[iSens]->setColor(color);
-    designCurve(iSens);
+    if (type == GRAPH_BAR) {
+        setBarEntryPen(iSens);
+        setBarColor();
+    } else {
+        designCurve(iSens);
+    }
     replot();
 }

@@ -78,7 +78,7 @@ bool Plot::eventFilter(QObject* object, QEvent* event)
         return false;
     }
     if (object == axisWidget(yLeft)) {
-        if (type == GRAPH_LINE && isPress(event, Qt::RightButton))
+        if (type != GRAPH_FFT && isPress(event, Qt::RightButton))
             setScale();
     } else if (object == axisWidget(xBottom)) {
         if (type == GRAPH_LINE && isPress(event, Qt::RightButton))
@@ -188,7 +188,11 @@ void Plot::setScale()
 // On the graph of the class the range goes to all sensors of the kind.
 void Plot::applyUserScale(const SensorPtr& sensor, double newMin, double newMax)
 {
-    if (index >= 0) {
+    if (type == GRAPH_BAR) {
+        sensor->barUserMin = newMin;
+        sensor->barUserMax = newMax;
+        sensor->barUserScale = true;
+    } else if (index >= 0) {
         const int i = data->getSensors().indexOf(sensor);
         if (i < 0 || i >= scaler->scales.size())
             return;

@@ -97,7 +97,9 @@ bool Plot::isHiddenAtFirst(int i) const
 
 void Plot::Update()
 {
-    if (type == GRAPH_FFT || data->getXSize() == 0)
+    if (type == GRAPH_BAR)
+        updateBarData(!data->finalData);
+    else if (type == GRAPH_FFT || data->getXSize() == 0)
         replot();
     else if (data->isXYPlot())
         updateXY();
@@ -109,8 +111,7 @@ void Plot::updateT()
 {
     leaveXY();
     updateXRange();
-    if (type != GRAPH_BAR)
-        updateScales();
+    updateScales();
     updateTimeUnit();
     setTexts();
     refresh();
@@ -263,7 +264,7 @@ bool Plot::outgrewAutoRange() const
 // Laying out axes and legend costs more than painting the curves, and is left out while the axes stand still.
 void Plot::refresh()
 {
-    const bool areAxesDue = axesChanged || type != GRAPH_LINE || outgrewAutoRange();
+    const bool areAxesDue = axesChanged || type == GRAPH_FFT || (type == GRAPH_LINE && outgrewAutoRange());
     if (hasUnplacedTexts || (areAxesDue && !data->finalData && !markers.isEmpty())) {
         updateAxes();
         placeTexts(!data->finalData);
@@ -278,6 +279,10 @@ void Plot::refresh()
 
 void Plot::replot()
 {
+    if (isBarWindowMoving) {
+        updateAxes();
+        return;
+    }
     const QMutexLocker lock(&myMutex);
     axesChanged = false;
     QwtPlot::replot();
@@ -293,6 +298,10 @@ void Plot::drawItems(QPainter* painter, const QRectF& canvasRect, const QwtScale
 
 void Plot::updateSens(int iSens)
 {
+    if (type == GRAPH_BAR) {
+        updateBarSens(iSens, !data->finalData);
+        return;
+    }
     nSens = data->getNSens();
     activeSens = iSens >= 0 && iSens < nSens ? iSens : 0;
     for (int i = 0; i < curves.size(); ++i)

@@ -181,10 +181,19 @@ void ScrollZoomer::layoutScrollBars(const QRect& area)
 bool ScrollZoomer::eventFilter(QObject* object, QEvent* event)
 {
     if (object == canvas()) {
-        if (event->type() == QEvent::MouseButtonPress)
-            return false; // the graph sees it, the zoomer starts no rectangle
-        if (event->type() == QEvent::Resize)
+        switch (event->type()) {
+        case QEvent::MouseButtonPress: // the graph sees them; they neither start nor end a zoom
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+            return false;
+        case QEvent::Resize:
             layoutScrollBars(canvas()->contentsRect());
+            break;
+        default:
+            break;
+        }
     }
     return QwtPlotZoomer::eventFilter(object, event);
 }

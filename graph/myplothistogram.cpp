@@ -1,0 +1,38 @@
+#include "graph/myplothistogram.h"
+
+#include <QPainter>
+#include <QPalette>
+
+#include <qwt_column_symbol.h>
+
+namespace {
+constexpr int frameWidth = 2;
+constexpr double leastRaisedWidth = 6 * frameWidth; // of a narrower box the frame would leave no colour
+} // namespace
+
+myPlotHistogram::myPlotHistogram()
+{
+    setPen(Qt::black);
+    setStyle(Columns);
+    setItemAttribute(Legend, false);
+}
+
+void myPlotHistogram::setColor(const QColor& color)
+{
+    setBrush(color);
+    auto* box = new QwtColumnSymbol(QwtColumnSymbol::Box);
+    box->setFrameStyle(QwtColumnSymbol::Raised);
+    box->setLineWidth(frameWidth);
+    box->setPalette(QPalette(color));
+    setSymbol(box);
+}
+
+void myPlotHistogram::drawColumn(QPainter* painter, const QwtColumnRect& rect,
+                                 const QwtIntervalSample& sample) const
+{
+    const QRectF box = rect.toRect();
+    if (box.width() < leastRaisedWidth)
+        painter->fillRect(box, brush());
+    else
+        QwtPlotHistogram::drawColumn(painter, rect, sample);
+}
