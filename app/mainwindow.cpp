@@ -75,6 +75,7 @@ void MainWindow::readSettings()
     const QString version =
         store.value(QLatin1String(Settings::version), QStringLiteral("Kormelin")).toString();
     isPanel = store.value(QLatin1String(Settings::vestrelPanel), false).toBool();
+    isSimulEnabled = store.value(QLatin1String(Settings::simulations), false).toBool();
     qCInfo(appLog, "edition %s, panel mode %s", qPrintable(version), isPanel ? "on" : "off");
     ScreenFlags::set4K(QGuiApplication::primaryScreen()->size().width() > wideScreen);
 }
@@ -155,9 +156,10 @@ bool MainWindow::eventFilter(QObject* object, QEvent* event)
 {
     if (object == this && event->type() == QEvent::Resize)
         fitToolBars();
-    if (regression && object == static_cast<QObject*>(regression) && isPressOnIcon(event)) {
+    auto* list = qobject_cast<QComboBox*>(object);
+    if (list && list->isEnabled() && isPressOnIcon(event)) {
         if (event->type() == QEvent::MouseButtonPress)
-            doFunctions(regression->currentIndex());
+            Q_EMIT list->activated(list->currentIndex());
         return true;
     }
     return QMainWindow::eventFilter(object, event);

@@ -14,11 +14,11 @@
 #include <memory>
 #include <vector>
 
+#include "graph/plot.h"
 #include "link/commandtype.h"
 
 class ExpData;
 class Indicator;
-class Plot;
 class QComboBox;
 class QGridLayout;
 class QLabel;
@@ -94,6 +94,7 @@ private:
     QString argumentFile;
     bool isPanel = false;
     bool isJunior = false;
+    bool isSimulEnabled = false;
 
     // Connection, in mainwindow_connection.cpp
 
@@ -227,9 +228,11 @@ private:
     // Toolbars, views and layouts, in mainwindow_views.cpp and mainwindow_toolbars.cpp
 
 private Q_SLOTS:
+    /// Numbers that are no layout show the class.
     void updateLayout(int view);
     void updateView(int view);
     void activePlotChanged(int index);
+    void doSimul(QAction* theAct);
 
 private:
     void createActions();
@@ -238,17 +241,23 @@ private:
     QToolBar* addBar(const QString& name, const QString& title);
     QComboBox* addIconList(QToolBar* bar, const QString& name, const QString& accessibleName);
     void fillIconLists();
+    QWidget* createSimulationButton();
     void fitToolBars();
     /// Enables or disables an action; one whose command does not exist stays disabled.
     void setActionEnabled(QAction* action, bool tf);
 
     void setupViews();
-    Plot* createPlot(ExpData* set, int index, const QString& name);
+    void createCells();
+    void createHint();
+    Plot* createPlot(ExpData* set, graphtype type, int index);
     void setNGraphs();
     void setDisplayForNLoggers(int N);
 
     void updateAll();
     void updateAll(int index);
+    void updateBars();
+    /// The graphs of a logger have new data.
+    void markViews(int index);
     void updateSens(int index, int iSens);
     void setSelected(int index, int iSens);
     void setSensSelect();

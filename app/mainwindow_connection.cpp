@@ -104,7 +104,8 @@ void MainWindow::takeConnected(int index)
     logger->tembrinData->setVorta(false);
     logger->sendCommand(CMD_GET_ALL_SENSORS_ID);
     logger->sendVortaCommand(CMD_VORTA_GET_STATUS);
-    mTembrin->plotAt(index)->updateTitle(logger->getGroupName());
+    for (Plot* plot : {mTembrin->plotAt(index), mTembrin->barAt(index)})
+        plot->updateTitle(logger->getGroupName());
 }
 
 void MainWindow::retryConnect(int index)

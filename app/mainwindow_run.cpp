@@ -238,7 +238,7 @@ void MainWindow::onlineUpdateSafe()
         return;
     for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
         if (live[i].isNew)
-            refreshClock->mark(mTembrin->plotAt(i));
+            markViews(i);
         live[i].isNew = false;
     }
     if (isClassNew)
@@ -265,7 +265,7 @@ void MainWindow::commandAccepted(int index, commandType cmd)
     // Packets still under way must not start a data set.
     mTembrin->setIgnoreOnlineAfterStop(index, true);
     QTimer::singleShot(msOfLatePackets, this, [this, index] { stopIgnoreOnline(index); });
-    refreshClock->mark(mTembrin->plotAt(index));
+    markViews(index);
 }
 
 void MainWindow::stopIgnoreOnline(int index)
@@ -291,7 +291,7 @@ void MainWindow::endRun(int index)
     if (!mTembrin->isAnyRunning())
         mTembrin->dataC()->setXRange();
     refreshClock->mark(graph);
-    refreshClock->mark(mTembrin->plotAt(index));
+    markViews(index);
     if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinDataAt(0)->Vorta_drawOnline)
         updateAll();
 }

@@ -6,10 +6,13 @@
 #include "classroom/views.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QApplication>
 #include <QComboBox>
+#include <QMenu>
 #include <QScreen>
 #include <QToolBar>
+#include <QToolButton>
 
 namespace {
 
@@ -49,7 +52,22 @@ constexpr ListItem layoutItems[] = {
 
 constexpr ListItem viewItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Graph view"), ":/icons/2018P2/ViewGraph.png", VIEW_GRAPH},
+    {QT_TRANSLATE_NOOP("MainWindow", "Bar view"), ":/icons/2018P2/ViewBar.png", VIEW_BAR},
 };
+
+// The place in the menu is an action's number; the second place is the separator.
+constexpr const char* simulationNames[] = {
+    QT_TRANSLATE_NOOP("MainWindow", "None"),
+    nullptr,
+    QT_TRANSLATE_NOOP("MainWindow", "Free fall"),
+    QT_TRANSLATE_NOOP("MainWindow", "Pendulum"),
+    QT_TRANSLATE_NOOP("MainWindow", "Volume-Pressure relationship"),
+    QT_TRANSLATE_NOOP("MainWindow", "Pressure Equilibrium"),
+    QT_TRANSLATE_NOOP("MainWindow", "Molecular View of a Liquid"),
+    QT_TRANSLATE_NOOP("MainWindow", "Diffusion of a Drop"),
+    QT_TRANSLATE_NOOP("MainWindow", "Hydrogen Bonds"),
+};
+constexpr int firstSimulation = 2;
 
 void addItem(QComboBox* list, const ListItem& item)
 {
@@ -149,6 +167,8 @@ void MainWindow::createToolBars()
     appToolBar = addBar(QStringLiteral("appToolBar"), tr("Application"));
 
     fileToolBar->addActions({openAct, saveAct});
+    if (isSimulEnabled)
+        fileToolBar->addWidget(createSimulationButton());
     exports = addIconList(fileToolBar, QStringLiteral("exports"), tr("Export"));
     fileToolBar->addAction(printAct);
     graphToolBar->addActions({zoomAct, markerAct, annotateAct, cropAct});
@@ -200,9 +220,10 @@ void MainWindow::fillIconLists()
         addItem(views, item);
     exports->setEnabled(false);
     views->setEnabled(false);
+    for (QComboBox* list : {exports, regression}) // a press on the picture carries out what it shows
+        list->installEventFilter(this);
     connect(layouts, qOverload<int>(&QComboBox::currentIndexChanged), this, &MainWindow::updateLayout);
     connect(regression, qOverload<int>(&QComboBox::activated), this, &MainWindow::doFunctions);
-    regression->installEventFilter(this);
     connect(views, qOverload<int>(&QComboBox::activated), this, &MainWindow::updateView);
     for (int i = 0; i < layouts->count(); ++i) {
         auto* choose = new QAction(layouts->itemData(i, Qt::ToolTipRole).toString(), this);
@@ -214,6 +235,39 @@ void MainWindow::fillIconLists()
         });
         addAction(choose);
     }
+}
+
+QWidget* MainWindow::createSimulationButton()
+{
+    auto* button = new QToolButton;
+    button->setObjectName(QStringLiteral("simulationButton"));
+    button->setAccessibleName(tr("Simulations"));
+    button->setToolTip(tr("Simulations"));
+    button->setIcon(QIcon(QStringLiteral(":/icons/2018P2/Simulation.png")));
+    button->setPopupMode(QToolButton::InstantPopup);
+    auto* menu = new QMenu(button);
+    auto* choice = new QActionGroup(menu);
+    int number = 0;
+    for (const char* name : simulationNames) {
+        QAction* action = name ? menu->addAction(tr(name)) : menu->addSeparator();
+        action->setData(number);
+        action->setCheckable(name != nullptr);
+        action->setChecked(number == 0);
+        action->setEnabled(number < firstSimulation);
+        if (name)
+            choice->addAction(action);
+        ++number;
+    }
+    connect(menu, &QMenu::triggered, this, &MainWindow::doSimul);
+    button->setMenu(menu);
+    return button;
+}
+
+void MainWindow::doSimul(QAction* theAct)
+{
+    theAct->setChecked(true);
+    if (theAct->data().toInt() < firstSimulation)
+        updateLayout(LAYOUT_MULTI_WINDOWS);
 }
 
 // On a window too narrow for one row the loggers' and the application's bars go to a second one.

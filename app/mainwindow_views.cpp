@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/common/settings.h"
+#include "app/refreshclock.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
@@ -10,6 +11,7 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
+#include <QSignalBlocker>
 #include <QSplitter>
 
 namespace {
@@ -27,23 +29,10 @@ void MainWindow::setupViews()
     graphGridL = new QGridLayout(graphGridW);
     graphGridL->setContentsMargins(0, 0, 0, 0);
 
-    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
-        Plot* plot = createPlot(mTembrin->dataAt(i), i, QStringLiteral("Curve graph"));
-        plot->setParent(graphGridW);
-        plot->hide();
-        connect(plot, &Plot::changedActivePlot, this, &MainWindow::activePlotChanged);
-        mTembrin->setPlotAt(i, plot);
-    }
-    graph = createPlot(mTembrin->dataC(), -1, QStringLiteral("Class Curve graph"));
+    createCells();
+    graph = createPlot(mTembrin->dataC(), GRAPH_LINE, -1);
     mTembrin->setPlotC(graph);
-
-    hint = new QLabel(
-        isPanel ? tr("No logger is chosen yet: start Pellandra without panel mode and press Connect.")
-                : tr("No logger is chosen yet: press Connect to choose the loggers of your class."));
-    hint->setObjectName(QStringLiteral("hint"));
-    hint->setAlignment(Qt::AlignCenter);
-    hint->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Maximum);
-    hint->hide();
+    createHint();
     graphW->addWidget(hint);
     graphW->addWidget(graph);
     graphW->addWidget(graphGridW);
@@ -58,11 +47,49 @@ void MainWindow::setupViews()
         Settings::mainStore().value(QLatin1String(Settings::numDefined), defaultLoggers).toInt());
 }
 
-Plot* MainWindow::createPlot(ExpData* set, int index, const QString& name)
+void MainWindow::createCells()
 {
-    auto* plot = new Plot(set, GRAPH_LINE, isJunior, index);
-    plot->setObjectName(name);
-    plot->setAccessibleName(index < 0 ? tr("Graph of the class") : tr("Graph of logger %1").arg(index + 1));
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
+        mTembrin->setPlotAt(i, createPlot(mTembrin->dataAt(i), GRAPH_LINE, i));
+        mTembrin->setBarAt(i, createPlot(mTembrin->dataAt(i), GRAPH_BAR, i));
+        for (Plot* plot : {mTembrin->plotAt(i), mTembrin->barAt(i)}) {
+            plot->setParent(graphGridW);
+            plot->hide();
+            connect(plot, &Plot::changedActivePlot, this, &MainWindow::activePlotChanged);
+        }
+        connect(mTembrin->barAt(i), &Plot::titleChanged, this,
+                [this](const QString& text) { graph->otherTitleChanged(text); });
+        // A logger has one curve on the graph of the class.
+        connect(mTembrin->barAt(i), &Plot::colorChanged, this,
+                [this, i](int, const QColor& color) { graph->otherColorChanged(i, color); });
+    }
+}
+
+void MainWindow::createHint()
+{
+    hint = new QLabel(
+        isPanel ? tr("No logger is chosen yet: start Pellandra without panel mode and press Connect.")
+                : tr("No logger is chosen yet: press Connect to choose the loggers of your class."));
+    hint->setObjectName(QStringLiteral("hint"));
+    hint->setAlignment(Qt::AlignCenter);
+    hint->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Maximum);
+    hint->setWordWrap(true);
+    hint->hide();
+}
+
+Plot* MainWindow::createPlot(ExpData* set, graphtype type, int index)
+{
+    auto* plot = new Plot(set, type, isJunior, index);
+    if (index < 0) {
+        plot->setObjectName(QStringLiteral("Class Curve graph"));
+        plot->setAccessibleName(tr("Graph of the class"));
+    } else if (type == GRAPH_BAR) {
+        plot->setObjectName(QStringLiteral("Bar graph"));
+        plot->setAccessibleName(tr("Bar graph of logger %1").arg(index + 1));
+    } else {
+        plot->setObjectName(QStringLiteral("Curve graph"));
+        plot->setAccessibleName(tr("Graph of logger %1").arg(index + 1));
+    }
     plot->setUserPrompt(prompt);
     connect(plot, &Plot::changedActiveCurve, this, &MainWindow::updateSens);
     return plot;
@@ -79,8 +106,10 @@ void MainWindow::setDisplayForNLoggers(int N)
 
 void MainWindow::setNGraphs()
 {
-    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i)
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
         mTembrin->plotAt(i)->hide();
+        mTembrin->barAt(i)->hide();
+    }
     const int columns = mTembrin->gridColumns();
     const int rows = columns == 0 ? 0 : (mTembrin->nDefTembrins() + columns - 1) / columns;
     // Cells of one size, also the empty one of an odd number.
@@ -93,12 +122,18 @@ void MainWindow::setNGraphs()
     activePlotChanged(-1);
 }
 
+// Files name views that are no layout; those show the class.
 void MainWindow::updateLayout(int view)
 {
+    const int layout = view >= 0 && view <= LAYOUT_MULTI_COMBO ? view : int(LAYOUT_MULTI_TOGETHER);
+    if (layouts) {
+        const QSignalBlocker blocker(layouts);
+        layouts->setCurrentIndex(layout);
+    }
     const QRect before = geometry();
-    graphGridW->setVisible(view != LAYOUT_MULTI_TOGETHER);
-    graph->setVisible(view == LAYOUT_MULTI_TOGETHER || view == LAYOUT_MULTI_COMBO);
-    if (view == LAYOUT_MULTI_TOGETHER)
+    graphGridW->setVisible(layout != LAYOUT_MULTI_TOGETHER);
+    graph->setVisible(layout != LAYOUT_MULTI_WINDOWS);
+    if (layout == LAYOUT_MULTI_TOGETHER)
         activePlotChanged(-1);
     setMinimumSize(100, 100);
     if (geometry() != before)
@@ -107,7 +142,11 @@ void MainWindow::updateLayout(int view)
 
 void MainWindow::updateView(int view)
 {
+    if (!mTembrin->isActiveGraphSet())
+        return;
     mTembrin->addWidget(graphGridL, view);
+    if (view == VIEW_BAR)
+        mTembrin->getActiveBar()->doActivePlotIndicator();
 }
 
 void MainWindow::activePlotChanged(int index)
@@ -119,8 +158,10 @@ void MainWindow::activePlotChanged(int index)
     }
     if (slopeMode)
         mTembrin->getActivePlot()->enableSlope(false);
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
         mTembrin->plotAt(i)->setActivePlot(index);
+        mTembrin->barAt(i)->setActivePlot(index);
+    }
     mTembrin->setActivePlot(index);
     if (slopeMode)
         mTembrin->getActivePlot()->enableSlope(true);
@@ -137,6 +178,10 @@ void MainWindow::updateAll(int index)
     Plot* plot = index < 0 ? graph : mTembrin->plotAt(index);
     plot->setData();
     plot->Update();
+    if (index < 0)
+        return;
+    mTembrin->barAt(index)->setBarData();
+    mTembrin->barAt(index)->updateBarSens(0, !mTembrin->dataAt(index)->finalData);
 }
 
 void MainWindow::updateAll()
@@ -144,6 +189,20 @@ void MainWindow::updateAll()
     for (int i = 0; i < mTembrin->nMaxTembrins(); ++i)
         updateAll(i);
     updateAll(-1);
+}
+
+void MainWindow::updateBars()
+{
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        mTembrin->barAt(i)->setBarData();
+        refreshClock->mark(mTembrin->barAt(i));
+    }
+}
+
+void MainWindow::markViews(int index)
+{
+    refreshClock->mark(mTembrin->plotAt(index));
+    refreshClock->mark(mTembrin->barAt(index));
 }
 
 void MainWindow::updateSens(int index, int iSens)
@@ -159,6 +218,8 @@ void MainWindow::setSelected(int index, int iSens)
     if (index < 0)
         set->makeUniformScales();
     (index < 0 ? graph : mTembrin->plotAt(index))->updateSens(iSens);
+    if (index >= 0)
+        mTembrin->barAt(index)->updateSens(iSens);
 }
 
 void MainWindow::setSensSelect()
@@ -191,4 +252,5 @@ void MainWindow::updateClassData()
     if (!mTembrin->isAnyRunning())
         classSet->setXRange();
     updateAll(-1);
+    updateBars();
 }
