@@ -10,6 +10,7 @@
 
 class ExpData;
 class Plot;
+class QIODevice;
 class QPrinter;
 class QWidget;
 class UserPrompt;
@@ -48,6 +49,8 @@ public:
                           QString* reason = nullptr);
     /// Reads comma-separated columns as curves of their own. False changes nothing.
     static bool importCSV(const QString& filename, ExpData* data, QString* reason = nullptr);
+    /// The same from an open device; `cause` is not null.
+    static bool importCSV(QIODevice* device, ExpData* data, QString* cause);
 
     // Documents and printing, in readwrite_document.cpp
 

@@ -183,6 +183,8 @@ private:
 QString ReadWrite::getDataPath(const QString& file)
 {
     const QString folder = getActivityPath();
+    if (folder.isEmpty()) // a separator would lead to the root
+        return file;
     return file.isEmpty() ? folder : folder + QDir::separator() + file;
 }
 

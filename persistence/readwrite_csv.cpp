@@ -145,13 +145,23 @@ bool ReadWrite::exportCSV(const QString& filename, const ExpData* data, bool lau
 bool ReadWrite::importCSV(const QString& filename, ExpData* data, QString* reason)
 {
     QFile file(filename);
-    Columns columns;
-    const QString cause = file.open(QIODevice::ReadOnly) ? readTable(&file, &columns) : file.errorString();
+    QString cause;
+    const bool isOpen = file.open(QIODevice::ReadOnly);
+    const bool isRead = isOpen && importCSV(&file, data, &cause);
+    if (!isOpen)
+        cause = file.errorString();
     if (reason) {
         const QString name = QFileInfo(filename).fileName();
-        *reason = cause.isEmpty() ? QString() : tr("%1 can't be imported: %2").arg(name, cause);
+        *reason = isRead ? QString() : tr("%1 can't be imported: %2").arg(name, cause);
     }
-    if (!cause.isEmpty())
+    return isRead;
+}
+
+bool ReadWrite::importCSV(QIODevice* device, ExpData* data, QString* cause)
+{
+    Columns columns;
+    *cause = readTable(device, &columns);
+    if (!cause->isEmpty())
         return false;
     const double dt = columns.times.size() > 1 ? columns.times[1] - columns.times[0] : 1;
     data->setDataNew(columns.names.size(), columns.times, dt);

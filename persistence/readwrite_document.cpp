@@ -154,12 +154,14 @@ bool save(const QString& filename, QString* reason,
 
 template<class Source> bool exportAsked(Source* source, bool extra, UserPrompt* prompt, QString* reason)
 {
-    const QString filename = ReadWrite::getImageSaveFileName(extra, prompt);
+    QString filename = ReadWrite::getImageSaveFileName(extra, prompt);
     if (filename.isEmpty()) {
         if (reason)
             reason->clear();
         return true;
     }
+    if (QFileInfo(filename).suffix().isEmpty())
+        filename += extra ? QStringLiteral(".pdf") : QStringLiteral(".png");
     return ReadWrite::exportDocument(source, filename, reason);
 }
 

@@ -28,15 +28,10 @@ class DomWriter
 public:
     QString text(const QString& title, const ExpData& data, const Plot& graph, const Plot& bar)
     {
-        QDomElement root = child(document, QStringLiteral("ExpDataRoot"));
-        root.setAttribute("numSensors", data.getNSens());
-        root.setAttribute("numSamples", data.getXSize());
-        root.setAttribute("Rate", data.dt);
-        root.setAttribute("title", title);
-        root.setAttribute("view", "Line");
-        root.setAttribute("activeSens", data.getSelectedSensor());
-        root.setAttribute("XYIndex", data.getXYIndex());
-        root.setAttribute("appendIndex", data.getAppendIndex());
+        QDomElement root = child(document, "ExpDataRoot");
+        set(root, "numSensors", data.getNSens(), "numSamples", data.getXSize(), "Rate", data.dt, "title",
+            title, "view", "Line", "activeSens", data.getSelectedSensor(), "XYIndex", data.getXYIndex(),
+            "appendIndex", data.getAppendIndex());
         root.appendChild(document.createTextNode(title));
         list(child(root, "Times"), "T", "t", data.getX(), data.dt < 0.1 ? 6 : 1);
         for (int i = 0; i < data.getNSens(); ++i)
@@ -47,6 +42,14 @@ public:
     }
 
 private:
+    template<class Value, class... Rest>
+    static void set(QDomElement element, const char* key, Value value, Rest... rest)
+    {
+        element.setAttribute(key, value);
+        if constexpr (sizeof...(rest) > 0)
+            set(element, rest...);
+    }
+
     QDomElement child(QDomNode parent, const QString& tag)
     {
         return parent.appendChild(document.createElement(tag)).toElement();
@@ -62,16 +65,13 @@ private:
     void sensor(QDomElement element, const ExpData& data, const oneScale& scale, int i)
     {
         const Sensor& s = *data.getSens(i);
-        element.setAttribute("DataIndex", i);
-        element.setAttribute("SensorID", s.ID);
-        element.setAttribute("Name", s.nameForLegend(true));
-        element.setAttribute("minView", s.convertFromAltUnit(scale.scaleFullMin));
-        element.setAttribute("maxView", s.convertFromAltUnit(scale.scaleFullMax));
-        element.setAttribute("barUseScale", int(s.barUserScale));
-        element.setAttribute("barMinView", s.convertFromAltUnit(s.barUserScale ? s.barUserMin : s.minView));
-        element.setAttribute("barMaxView", s.convertFromAltUnit(s.barUserScale ? s.barUserMax : s.maxView));
-        element.setAttribute("curveMode", data.curveModeHint[i]);
-        element.setAttribute("leftPad", data.getLeftPad(i));
+        const bool isBar = s.barUserScale;
+        const auto base = [&s](double shown) { return s.convertFromAltUnit(shown); };
+        set(element, "DataIndex", i, "SensorID", s.ID, "Name", s.nameForLegend(true), "minView",
+            base(scale.scaleFullMin), "maxView", base(scale.scaleFullMax), "barUseScale", int(isBar),
+            "barMinView", base(isBar ? s.barUserMin : s.minView), "barMaxView",
+            base(isBar ? s.barUserMax : s.maxView), "curveMode", data.curveModeHint[i], "leftPad",
+            data.getLeftPad(i));
         list(child(element, "Samples"), "V", "v", data.getYNoConv(i), int(s.precision) + 1);
     }
 
@@ -82,22 +82,11 @@ private:
             if (m->type == MARKER_INTEGRAL || (m->connectTo && m->connectTo->type == MARKER_INTEGRAL))
                 continue;
             QDomElement element = child(parent, tag);
-            element.setAttribute("typeName", m->typeName);
-            element.setAttribute("iSens", m->iSens);
-            element.setAttribute("X", m->xValue());
-            element.setAttribute("Y", data.getSens(m->iSens)->convertFromAltUnit(m->yValue()));
-            element.setAttribute("xOffset", m->xOffset);
-            element.setAttribute("yOffset", m->yOffset);
-            element.setAttribute("x0", m->linX0);
-            element.setAttribute("x1", m->linX1);
-            element.setAttribute("a", m->a);
-            element.setAttribute("b", m->b);
-            element.setAttribute("c", m->c);
-            element.setAttribute("Text", m->label().text());
-            element.setAttribute("bubble", int(m->isBubble()));
-            element.setAttribute("image", int(m->isPic()));
-            element.setAttribute("isCompressed", 1);
-            element.setAttribute("locked", int(m->isLocked()));
+            set(element, "typeName", m->typeName, "iSens", m->iSens, "X", m->xValue(), "Y",
+                data.getSens(m->iSens)->convertFromAltUnit(m->yValue()), "xOffset", m->xOffset, "yOffset",
+                m->yOffset, "x0", m->linX0, "x1", m->linX1, "a", m->a, "b", m->b, "c", m->c, "Text",
+                m->label().text(), "bubble", int(m->isBubble()), "image", int(m->isPic()), "isCompressed", 1,
+                "locked", int(m->isLocked()));
             child(element, "markerTitle").appendChild(document.createTextNode(m->label().text()));
             if (m->isPic()) {
                 QBuffer buffer;
@@ -302,60 +291,35 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("names"); // of the channels after reading; empty if the data stays
         QTest::addColumn<QString>("reason");
+        const auto row = [](const char* title, const QByteArray& bytes, const char* names,
+                            const char* reason) { QTest::newRow(title) << bytes << names << reason; };
+        const auto inside = [](const QString& markup) { return utf16(head + markup + tail); };
         const QString whole = head + ph + second + tail;
-        QTest::newRow("whole") << utf16(whole) << "one,two"
-                               << "";
-        QTest::newRow("UTF-8 without a mark") << whole.toUtf8() << "one,two"
-                                              << "";
-        QTest::newRow("UTF-16 without a mark") << utf16(whole).mid(2) << "one,two"
-                                               << "";
-        QTest::newRow("declared encoding")
-            << "<?xml version='1.0' encoding='windows-1251'?>" + whole.toLatin1() << "one,two"
-            << "";
-        QTest::newRow("unknown encoding") << QByteArray("<?xml encoding=\"x-none\"?><a/>") << ""
-                                          << "encoding";
-        QTest::newRow("not UTF-8") << whole.toUtf8().replace("Title", "T\xE4\xF6") << ""
-                                   << "encoding";
-        QTest::newRow("empty") << QByteArray() << ""
-                               << "no XML";
-        QTest::newRow("no XML") << QByteArray("Time,pH\n1,7\n") << ""
-                                << "no XML";
-        QTest::newRow("other XML") << QByteArray("<html><body/></html>") << ""
-                                   << "no experiment";
-        QTest::newRow("wrong end tag") << utf16(head + ph + "</Sensor>" + tail) << ""
-                                       << "well-formed";
-        QTest::newRow("two roots") << utf16(whole + "<a/>") << ""
-                                   << "well-formed";
-        QTest::newRow("unknown entity")
-            << utf16(whole).replace(utf16("Title").mid(2), utf16("&a;").mid(2)) << ""
-            << "well-formed";
-        QTest::newRow("bomb of entities")
-            << utf16("<!DOCTYPE a [<!ENTITY b \"bbbb\"><!ENTITY c \"&b;&b;\">]>" + whole) << ""
-            << "entities";
-        QTest::newRow("deep") << utf16(head + QString("<a>").repeated(100000)) << ""
-                              << "deep";
-        QTest::newRow("attribute twice") << utf16(head + "<T t=\"1\" t=\"2\"/>" + tail) << ""
-                                         << "well-formed";
-        QTest::newRow("unknown sensor")
-            << utf16(head + QString(ph).replace(QString::number(SENSOR_PH), "999999") + second + tail)
-            << "two"
-            << "channels: 1";
-        QTest::newRow("index out of range") << utf16(head + ph + QString(second).replace("=\"1\"", "=\"2\"") +
-                                                     QString(ph).replace("=\"0\"", "=\"-1\"") + tail)
-                                            << "one"
-                                            << "channels: 2";
-        QTest::newRow("no channel left") << utf16(head + tail) << ""
-                                         << "no channel";
-        QTest::newRow("nothing said of it")
-            << utf16("<ExpDataRoot><Sensor SensorID=\"2\"/></ExpDataRoot>") << "*"
-            << "";
-        QTest::newRow("marker of an unknown kind")
-            << utf16(head + ph + "<LineMarker typeName=\"x\"/>" + tail) << "one"
-            << "markers: 1";
-        QTest::newRow("picture that is none")
-            << utf16(head + ph + "<LineMarker typeName=\"annotation\" image=\"1\">AAAA</LineMarker>" + tail)
-            << "one"
-            << "pictures: 1";
+        const QString marker = "<LineMarker typeName=\"%1\" image=\"1\">AAAA</LineMarker>";
+        const QString bomb = "<!DOCTYPE a [<!ENTITY b \"bbbb\"><!ENTITY c \"&b;&b;\">]>";
+        row("whole", utf16(whole), "one,two", "");
+        row("UTF-8 without a mark", whole.toUtf8(), "one,two", "");
+        row("UTF-16 without a mark", utf16(whole).mid(2), "one,two", "");
+        row("declared", "<?xml version='1.0' encoding='koi8-r'?>" + whole.toLatin1(), "one,two", "");
+        row("unknown encoding", "<?xml encoding=\"x-none\"?><a/>", "", "encoding");
+        row("not UTF-8", whole.toUtf8().replace("Title", "T\xE4\xF6"), "", "encoding");
+        row("empty", "", "", "no XML");
+        row("no XML", "Time,pH\n1,7\n", "", "no XML");
+        row("other XML", "<html><body/></html>", "", "no experiment");
+        row("wrong end tag", inside(ph + "</Sensor>"), "", "well-formed");
+        row("two roots", utf16(whole + "<a/>"), "", "well-formed");
+        row("unknown entity", inside("&a;"), "", "well-formed");
+        row("bomb of entities", utf16(bomb + whole), "", "entities");
+        row("deep", inside(QString("<a>").repeated(100000)), "", "deep");
+        row("attribute twice", inside("<T t=\"1\" t=\"2\"/>"), "", "well-formed");
+        row("unknown sensor", inside(QString(ph).replace("ID=\"", "ID=\"9999") + second), "two",
+            "channels: 1");
+        row("high index", inside(ph + QString(second).replace("=\"1\"", "=\"2\"")), "one", "channels: 1");
+        row("low index", inside(ph + QString(second).replace("=\"1\"", "=\"-1\"")), "one", "channels: 1");
+        row("no channel left", inside(""), "", "no channel");
+        row("no attributes", "<ExpDataRoot><Sensor SensorID=\"2\"/></ExpDataRoot>", "*", "");
+        row("unknown marker", inside(ph + marker.arg("x")), "one", "markers: 1");
+        row("picture that is none", inside(ph + marker.arg("annotation")), "one", "pictures: 1");
     }
 
     void brokenFile()
@@ -442,32 +406,25 @@ private Q_SLOTS:
         QCOMPARE(data->getNSens(), 6);
     }
 
-    void failedWriteKeepsOldFile_data()
-    {
-        QTest::addColumn<bool>("isShort");
-        QTest::newRow("error") << false;
-        QTest::newRow("short") << true;
-    }
-
     void failedWriteKeepsOldFile()
     {
-        QFETCH(bool, isShort);
         fillExperiment(data.get(), 0.5, 4000);
         graph->setData();
-        const QByteArray old("old");
-        writeBytes(name, old);
-        int failAt = 1;
-        SafeFile::setFactory(
-            [&](const QString& file) { return std::make_unique<FailingFile>(file, failAt, isShort); });
-        QString reason;
-        while (!write(QStringLiteral("T"), &reason)) {
-            QCOMPARE(bytesOf(name), old);
-            QVERIFY(reason.contains("class.xml"));
-            QVERIFY(++failAt < 100);
+        for (const bool isShort : {false, true}) {
+            writeBytes(name, "old");
+            int failAt = 1;
+            SafeFile::setFactory(
+                [&](const QString& n) { return std::make_unique<FailingFile>(n, failAt, isShort); });
+            QString reason;
+            while (!write("T", &reason)) {
+                QCOMPARE(bytesOf(name), QByteArray("old"));
+                QVERIFY(reason.contains("class.xml"));
+                QVERIFY(++failAt < 100);
+            }
+            QVERIFY(failAt > 5);
+            QCOMPARE(ReadWrite::read(name, data.get(), nullptr, nullptr), QString("Line"));
+            QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList("class.xml"));
         }
-        QVERIFY(failAt > 5);
-        QCOMPARE(ReadWrite::read(name, data.get(), nullptr, nullptr), QString("Line"));
-        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList("class.xml"));
     }
 
     void fullDisk()
@@ -490,7 +447,6 @@ private Q_SLOTS:
     void tenMillionElements()
     {
         QByteArray bytes = "<ExpDataRoot><Times>" + QByteArray("<T/>").repeated(10000000);
-        const qint64 size = bytes.size();
         QBuffer buffer(&bytes);
         buffer.open(QIODevice::ReadOnly);
         const auto peak = [] {
@@ -499,12 +455,14 @@ private Q_SLOTS:
                    1024;
         };
         writeBytes("/proc/self/clear_refs", "5"); // the peak starts anew
-        const qint64 before = peak();
+        [[maybe_unused]] const qint64 before = peak();
         StoredExperiment stored;
         QString reason;
         QVERIFY(!ExperimentReader::read(&buffer, &stored, &reason));
         QVERIFY2(reason.contains("ends"), qPrintable(reason));
-        QVERIFY2(peak() - before < 10 * size, qPrintable(QString::number(peak() - before)));
+#ifndef __SANITIZE_ADDRESS__ // which keeps what was freed
+        QVERIFY2(peak() - before < 10 * bytes.size(), qPrintable(QString::number(peak() - before)));
+#endif
     }
 
     void numbersAreExact()
