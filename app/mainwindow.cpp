@@ -23,8 +23,6 @@
 
 Q_LOGGING_CATEGORY(appLog, "pellandra.app", QtInfoMsg)
 
-QColor MainWindow::mainBackColor;
-
 namespace {
 constexpr int msBeforeConnecting = 500;
 constexpr int wideScreen = 3000; // above it icons double
@@ -38,6 +36,7 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
 {
     setObjectName(QStringLiteral("mainWindow"));
     readSettings();
+    getDesignSettings();
     setWindowTitle(QStringLiteral("Pellandra %1").arg(QLatin1String(PELLANDRA_VERSION)));
     createLoggers();
     createTimers();
@@ -49,6 +48,7 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
         createToolBars();
     createStatusBar();
     setupViews();
+    setBackground();
     installEventFilter(this);
     QTimer::singleShot(msBeforeConnecting, this, &MainWindow::tryConnectAll);
 }

@@ -29,6 +29,7 @@ class TembrinProtocol;
 class UserPrompt;
 class loggerBasicSetup;
 class multiConnectionsManager;
+class setupLogger;
 
 /// The window and the flows that run in it.
 Q_DECLARE_LOGGING_CATEGORY(appLog)
@@ -59,8 +60,8 @@ public:
     void setArgumentFile(const QString& fname) { argumentFile = fname; }
     bool isPanelMode() const { return isPanel; }
     static bool is4K();
-    static QColor getAppBackColor() { return mainBackColor; }
-    static void setAppBackColor(const QColor& color) { mainBackColor = color; }
+    static QColor getAppBackColor();
+    static void setAppBackColor(const QColor& color);
 
     /// Shows Run or else Stop.
     void updateRunStopButton(bool showRun);
@@ -81,8 +82,6 @@ private:
     void createShortcuts();
     void createStatusBar();
     [[noreturn]] void leave();
-
-    static QColor mainBackColor;
 
     std::unique_ptr<UserPrompt> ownPrompt;
     UserPrompt* prompt;
@@ -127,9 +126,23 @@ private:
 
 private Q_SLOTS:
     void doBasicSetup();
+    void doSetup();
 
 private:
+    void connectSetupDialog(setupLogger* dialog);
+
     QPointer<loggerBasicSetup> basicSetupDlg; ///< null unless it is open
+    QPointer<setupLogger> advancedSetupDlg;   ///< the same
+
+    // Look, in mainwindow_look.cpp
+
+private Q_SLOTS:
+    void useMainDesignValues();
+
+private:
+    void getDesignSettings();
+    void setBackground();
+    void setMainWindowStyle();
 
     // Choice of the loggers, in mainwindow_group.cpp
 

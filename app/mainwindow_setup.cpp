@@ -1,8 +1,10 @@
 #include "app/mainwindow.h"
 
 #include "classroom/multiconnectionsmanager.h"
+#include "graph/plot.h"
 #include "protocol/tembrindata.h"
 #include "setup/loggerbasicsetup.h"
+#include "setup/setuplogger.h"
 
 void MainWindow::doBasicSetup()
 {
@@ -20,4 +22,34 @@ void MainWindow::doBasicSetup()
     basicSetupDlg = nullptr;
     if (dialog)
         dialog->deleteLater();
+}
+
+void MainWindow::doSetup()
+{
+    if (advancedSetupDlg)
+        return;
+    mTembrin->sendCommand(0, CMD_GET_TEMBRIN_STATUS);
+    const QPointer<setupLogger> dialog = new setupLogger(prompt, this);
+    advancedSetupDlg = dialog;
+    dialog->createAll(mTembrin);
+    connectSetupDialog(dialog);
+    dialog->exec();
+    advancedSetupDlg = nullptr;
+    if (dialog)
+        dialog->deleteLater();
+}
+
+void MainWindow::connectSetupDialog(setupLogger* dialog)
+{
+    const TembrinData* state = mTembrin->tembrinDataAt(0);
+    connect(state, &TembrinData::statusReceived, dialog, &setupLogger::updateStatus);
+    connect(state, &TembrinData::calibrationResult, dialog, &setupLogger::calib_result);
+    connect(state, &TembrinData::testDataReceived, dialog, &setupLogger::test_data_result);
+    connect(state, &TembrinData::newSnapReceived, dialog, &setupLogger::test_vorta_show_results);
+    connect(dialog, &setupLogger::useGraphDesignValues, mTembrin->plotC(), &Plot::doUseDesignValues);
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
+        for (Plot* plot : {mTembrin->plotAt(i), mTembrin->barAt(i)})
+            connect(dialog, &setupLogger::useGraphDesignValues, plot, &Plot::doUseDesignValues);
+    }
+    connect(dialog, &setupLogger::useMainDesignValues, this, &MainWindow::useMainDesignValues);
 }

@@ -118,7 +118,7 @@ void MainWindow::createActions()
          QT_TR_NOOP("Stop Tembrin Run"), {Qt::Key_Escape, QStringLiteral("Shift+F5")}},
         {&MainWindow::downloadAct, "downloadAct", QT_TR_NOOP("Download"), "Download",
          &MainWindow::doDownload2018, "", {}},
-        {&MainWindow::advancedSetupAct, "advancedSetupAct", QT_TR_NOOP("&Configuration"), "Pref", nullptr,
+        {&MainWindow::advancedSetupAct, "advancedSetupAct", QT_TR_NOOP("&Configuration"), "Pref", &MainWindow::doSetup,
          QT_TR_NOOP("Set Tembrin's configuration"), {}},
         {&MainWindow::exitAct, "exitAct", QT_TR_NOOP("&Exit"), "Exit", &MainWindow::doExit,
          QT_TR_NOOP("Exit software"), {}},

@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QDialog>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 
 #include <cmath>
 
@@ -22,7 +24,6 @@ QComboBox::drop-down { border: 0px; padding: 0px; width: 28px; }
 QComboBox::down-arrow { image: url(:/icons/resources/down-arrow.png); left: 0px; }
 QComboBox QAbstractItemView { color: #1b2733; background-color: #ffffff; }
 QAbstractItemView::item:selected { color: #1b2733; background-color: #cfe0f4; }
-QScrollArea, QScrollArea > QWidget > QWidget { background: transparent; border: 0px; }
 QLineEdit[isWrong="true"] { border: 2px solid #b3261e; background-color: #fdeceb; padding: 3px 5px; }
 QLabel[isWarning="true"] { color: #b3261e; }
 )");
@@ -41,10 +42,32 @@ void DialogTools::applyLook(QDialog* dialog)
     dialog->setStyleSheet(look);
 }
 
-void DialogTools::fitToScreen(QDialog* dialog, const QSize& usual)
+QScrollArea* DialogTools::scrolled(QWidget* content)
 {
+    auto* area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setWidgetResizable(true);
+    area->setWidget(content);
+    area->viewport()->setAutoFillBackground(false);
+    content->setAutoFillBackground(false);
+    return area;
+}
+
+void DialogTools::fitToScreen(QDialog* dialog, const QSize& usual, const QVector<QScrollArea*>& areas)
+{
+    for (QWidget* child : dialog->findChildren<QWidget*>())
+        child->ensurePolished(); // the style sheet decides on sizes
+    int hidden = 0;
+    for (QScrollArea* area : areas) {
+        const QSize content = area->widget()->sizeHint();
+        area->setMinimumWidth(content.width() + area->verticalScrollBar()->sizeHint().width());
+        hidden = qMax(hidden, content.height() - area->sizeHint().height());
+    }
     const QSize most = dialog->screen()->availableSize();
-    dialog->resize(usual.expandedTo(dialog->sizeHint()).boundedTo(most));
+    const QSize whole = dialog->sizeHint() + QSize(0, hidden);
+    dialog->resize(usual.expandedTo(whole).boundedTo(most));
 }
 
 double DialogTools::typedNumber(const QString& text, bool* ok)

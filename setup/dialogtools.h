@@ -3,8 +3,11 @@
 #include <QFont>
 #include <QSize>
 #include <QString>
+#include <QVector>
 
 class QDialog;
+class QScrollArea;
+class QWidget;
 
 /// What the setup dialogs share: names, fonts, look and the way to the screen.
 namespace DialogTools {
@@ -25,8 +28,11 @@ QFont sized(QFont font, int points);
 /// Sets lists and fields apart from the dialog's ground, whatever the main window's colours are.
 void applyLook(QDialog* dialog);
 
-/// At least `usual`, at least what the contents ask for, at most the screen.
-void fitToScreen(QDialog* dialog, const QSize& usual);
+/// `content` in an area that scrolls up and down where it has no room.
+QScrollArea* scrolled(QWidget* content);
+
+/// At least `usual`, as much as shows the contents of `areas` whole, at most the screen.
+void fitToScreen(QDialog* dialog, const QSize& usual, const QVector<QScrollArea*>& areas);
 
 /// The number that a person typed, with a point or a comma; nothing finite gives false in `ok`.
 double typedNumber(const QString& text, bool* ok);

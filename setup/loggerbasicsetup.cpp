@@ -7,9 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QScreen>
 #include <QScrollArea>
-#include <QScrollBar>
 #include <QSplitter>
 
 #include "app/common/common.h"
@@ -60,15 +58,11 @@ loggerBasicSetup::loggerBasicSetup(UserPrompt* prompt, QWidget* parent)
 void loggerBasicSetup::createWidgets()
 {
     groupBoxSensors = named(new QGroupBox(tr("Select Sensors")), "groupBoxSensors");
-    sensorArea = named(new QScrollArea, "sensorArea");
-    sensorArea->setWidgetResizable(true);
-    sensorArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    sensorArea->setFocusPolicy(Qt::NoFocus);
     auto* rows = new QWidget;
     vboxSensors = new QVBoxLayout(rows);
     vboxSensors->setObjectName(QStringLiteral("vboxSensors"));
     vboxSensors->setContentsMargins(0, 0, 0, 0);
-    sensorArea->setWidget(rows);
+    sensorArea = named(DialogTools::scrolled(rows), "sensorArea");
 
     labelRate = named(new QLabel(tr("Rate")), "labelRate");
     comboRate = named(new QComboBox, "comboRate", tr("Rate"));
@@ -155,8 +149,7 @@ void loggerBasicSetup::createAll(multiConnectionsManager* manager)
         refuse();
     isReady = true;
     setTitleFonts();
-    fitSensors();
-    DialogTools::fitToScreen(this, usualSize);
+    DialogTools::fitToScreen(this, usualSize, {sensorArea});
 }
 
 void loggerBasicSetup::connectControls()
@@ -263,15 +256,4 @@ void loggerBasicSetup::setTitleFonts()
           static_cast<QWidget*>(cardWidthLineEdit), static_cast<QWidget*>(cardWidthUnit),
           static_cast<QWidget*>(cardWidthHint), static_cast<QWidget*>(hint), static_cast<QWidget*>(Exit)})
         value->setFont(values);
-}
-
-/// All sensors at one look where the screen has room; what is too long is scrolled.
-void loggerBasicSetup::fitSensors()
-{
-    const QSize rows = sensorArea->widget()->sizeHint();
-    sensorArea->setMinimumWidth(rows.width() + sensorArea->verticalScrollBar()->sizeHint().width());
-    const int more = rows.height() - sensorArea->sizeHint().height();
-    const int room = screen()->availableSize().height() - sizeHint().height();
-    if (more > 0 && room > 0)
-        sensorArea->setMinimumHeight(sensorArea->sizeHint().height() + qMin(more, room));
 }

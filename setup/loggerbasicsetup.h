@@ -67,7 +67,6 @@ private:
     QComboBox* createSocketList(int i);
     void fillLists();
     void setTitleFonts();
-    void fitSensors();
 
     // Between the dialog and the loggers, in loggerbasicsetup_sync.cpp
     bool isBusy() const;

@@ -138,7 +138,7 @@ private Q_SLOTS:
     {
         ClassBench bench(1);
         connectAll(bench, 1);
-        for (const char* name : {"openAct", "saveAct", "printAct", "advancedSetupAct"})
+        for (const char* name : {"openAct", "saveAct", "printAct"})
             QVERIFY2(!bench.action(name)->isEnabled(), name);
         QVERIFY(bench.action("colabConnectAct")->isEnabled());
     }

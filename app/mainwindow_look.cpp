@@ -1,0 +1,74 @@
+#include "app/mainwindow.h"
+
+#include "setup/designvalues.h"
+
+namespace {
+
+const QColor highlight(0xdc, 0xdc, 0xdc); ///< of toolbar buttons under the mouse and checked
+
+QString rgb(const QColor& color)
+{
+    return QStringLiteral("rgb(%1,%2,%3)").arg(color.red()).arg(color.green()).arg(color.blue());
+}
+
+} // namespace
+
+QColor MainWindow::getAppBackColor()
+{
+    return DesignValues::appBackground();
+}
+
+void MainWindow::setAppBackColor(const QColor& color)
+{
+    DesignValues::setAppBackground(color);
+}
+
+/// Before the graphs are built, which take their colours then.
+void MainWindow::getDesignSettings()
+{
+    DesignValues::load();
+}
+
+void MainWindow::useMainDesignValues()
+{
+    setBackground();
+}
+
+void MainWindow::setBackground()
+{
+    setMainWindowStyle();
+}
+
+void MainWindow::setMainWindowStyle()
+{
+    const QString back = rgb(getAppBackColor());
+    const QString over = rgb(highlight);
+    const QString arrow =
+        QStringLiteral("image: url(:/icons/resources/%1);")
+            .arg(is4K() ? QLatin1String("down-arrow-2x.png") : QLatin1String("down-arrow.png"));
+    const struct
+    {
+        const char* selector;
+        QString rule;
+    } rules[] = {
+        {"QMainWindow", QStringLiteral("background: %1;").arg(back)},
+        {"QToolBar", QStringLiteral("border: 0px;")},
+        {"QToolButton", QStringLiteral("margin: 0px;")},
+        {"QToolButton:hover", QStringLiteral("background-color: %1; border: none;").arg(over)},
+        {"QToolButton:checked", QStringLiteral("background-color: %1; border: 1px solid %1;").arg(over)},
+        {"QToolBar::handle", QStringLiteral("image: none;")},
+        {"QComboBox", QStringLiteral("background: %1; border: none;").arg(back)},
+        {"QComboBox QAbstractItemView", QStringLiteral("background: %1;").arg(back)},
+        {"QAbstractItemView::item:selected", QStringLiteral("background-color: %1; border: none;").arg(over)},
+        {"QComboBox::drop-down", QStringLiteral("border: 0px; padding: 16px;")},
+        {"QComboBox::down-arrow", arrow + QStringLiteral(" left: -%1px;").arg(iconDim / 4)},
+        {"QToolButton::menu-indicator",
+         arrow + QStringLiteral(" subcontrol-origin: padding; subcontrol-position: center right;")},
+        // The rule for all lists stands before it and would hide where the mouse and the keys are.
+        {"QToolBar QComboBox:hover, QToolBar QComboBox:focus", QStringLiteral("background: %1;").arg(over)},
+    };
+    QString sheet;
+    for (const auto& rule : rules)
+        sheet += QStringLiteral("%1 { %2 }\n").arg(QLatin1String(rule.selector), rule.rule);
+    setStyleSheet(sheet);
+}

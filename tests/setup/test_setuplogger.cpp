@@ -1,0 +1,293 @@
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QTabWidget>
+
+#include "graph/plot.h"
+#include "setup/designvalues.h"
+#include "setup/setuplogger.h"
+#include "tests/setup/setupbench.h"
+
+namespace {
+
+/// A logging setup with what the usual status says, but for these bytes.
+QByteArray setupFrame(int code, int samples, int trigger, int rangeSens, const char* sockets = "2626")
+{
+    return summed(bytes("47141100 05") + char(code) + char(samples) + char(trigger) + bytes("02 012C") +
+                  bytes(sockets) + char(rangeSens) + bytes("0032"));
+}
+
+} // namespace
+
+class TestSetupLogger : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        bench.reset(new SetupBench(2));
+        bench->manager.setPacing(5000, 1);
+        bench->introduce(0, status({}));
+        bench->introduce(1, status({{11, 4}, {30, 0x08}, {31, 0}}));
+    }
+
+    void cleanup()
+    {
+        dialog.reset();
+        VERIFY_NO_WARNINGS(bench->guard);
+    }
+
+    void aConfigurationReachesTheFirstLoggerAtOnceAndTheOthersAtTheEnd()
+    {
+        open();
+        QCOMPARE(find<QLabel>("labelVersions")->text(), QStringLiteral("Tembrin Birch, firmware 4.05"));
+        find<QCheckBox>("boxGPS")->click();
+        QCOMPARE(bench->written(0), summed("4714DD 0D 02"));
+        find<QComboBox>("comboLanguage")->setCurrentIndex(3);
+        QCOMPARE(bench->written(0), summed("4714DD 0D 03"));
+        bench->port(0).feed(status({{30, 0x01}, {31, 1}})); // changed on the logger, so shown and not sent
+        QCOMPARE(find<QComboBox>("comboLanguage")->currentText(), QStringLiteral("Spanish"));
+        QVERIFY(!find<QCheckBox>("boxGPS")->isChecked());
+        QCOMPARE(bench->written(0) + bench->written(1), QByteArray());
+        dialog->close();
+        QCOMPARE(bench->written(0), summed("4714DD 01 01"));
+        bench->port(0).feed(status({{3, 0xDD}}));
+        QTRY_COMPARE(bench->port(1).written(), summed("4714DD 09 03"));
+        QCOMPARE(bench->prompt.asked, QStringList());
+    }
+
+    void unitsAreStoredAndTheLoggersOwnAreSent_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("keys"); // celsius, hPa, kPa, metre, km/h, mph
+        QTest::addColumn<QByteArray>("frame");
+        QTest::addColumn<int>("sensor");
+        QTest::addColumn<QString>("unit");
+        const QByteArray none;
+        QTest::newRow("F") << "unitsFahrenheit"
+                           << "0-----" << summed("4714DD 07 02") << int(SENSOR_AMB_TEMP) << "°F";
+        QTest::newRow("hPa") << "unitsBaro_hPa"
+                             << "111110" << summed("4714DD 15 02") << int(SENSOR_BAROMETER) << "hPa";
+        QTest::newRow("PSI") << "unitsPSI"
+                             << "100110" << none << int(SENSOR_AIRPRESSURE) << "PSI";
+        QTest::newRow("feet") << "unitsFeet"
+                              << "101010" << none << int(SENSOR_DISTANCE) << "ft";
+        QTest::newRow("mph") << "unitsMPH"
+                             << "101101" << none << int(SENSOR_GPS_SPEED) << "mph";
+        QTest::newRow("m/s") << "unitsMS"
+                             << "101100" << none << int(SENSOR_GPS_SPEED) << "m/s";
+        QTest::newRow("what it was") << "unitsKPA"
+                                     << "101110" << none << int(SENSOR_AIRPRESSURE) << "kPa";
+    }
+
+    void unitsAreStoredAndTheLoggersOwnAreSent()
+    {
+        QFETCH(QString, button);
+        QFETCH(QString, keys);
+        QFETCH(QByteArray, frame);
+        open();
+        dialog->findChild<QRadioButton*>(button)->click();
+        QCOMPARE(bench->written(0), frame);
+        const QSettings store = Settings::mainStore();
+        QString stored;
+        for (const char* key : {Settings::unitsCelsius, Settings::unitsBaroHpa, Settings::unitsAirKpa,
+                                Settings::unitsMeter, Settings::unitsKmh, Settings::unitsMph})
+            stored +=
+                store.contains(key) ? QString::number(int(store.value(key).toBool())) : QStringLiteral("-");
+        QCOMPARE(stored, keys);
+        QFETCH(int, sensor);
+        QTEST(Sensor(sensor).unitName, "unit");
+    }
+
+    void theWindowTellsOfANewUnitAfterClosing()
+    {
+        open();
+        find<QRadioButton>("unitsFeet")->click();
+        dialog->close();
+        QCOMPARE(bench->prompt.asked,
+                 QStringList("Change of units|Please restart Kormelin for the change to take effect."));
+    }
+
+    void aCalibrationTemperature_data()
+    {
+        QTest::addColumn<bool>("celsius");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QByteArray>("frame");
+        QTest::newRow("rounded") << true << "20.25" << summed("4714E0 00CB");
+        QTest::newRow("comma") << true << "20,3" << summed("4714E0 00CB");
+        QTest::newRow("Fahrenheit") << false << "68" << summed("4714E0 00C8");
+        for (const char* bad : {"", "warm", "0", "-5", "0.04", "1e9", "inf"})
+            QTest::newRow(bad) << true << bad << QByteArray();
+        QTest::newRow("frost") << false << "31" << QByteArray();
+    }
+
+    void aCalibrationTemperature()
+    {
+        QFETCH(bool, celsius);
+        QFETCH(QString, typed);
+        QFETCH(QByteArray, frame);
+        Settings::mainStore().setValue(Settings::unitsCelsius, celsius);
+        open();
+        find<QLineEdit>("currentTemperatureLineEdit")->setText(typed);
+        find<QPushButton>("buttonCalibTemp")->click();
+        QCOMPARE(bench->written(0), frame);
+        const QString text = find<QLabel>("calibrationResultText")->text();
+        QCOMPARE(text.contains(celsius ? "between 0°C and 40°C" : "between 32°F and 104°F"), frame.isEmpty());
+        find<QPushButton>("buttonTempBackDef")->click();
+        QCOMPARE(bench->written(0), summed("4714E0 FFFF"));
+    }
+
+    void answersOfTheLoggerAreShown()
+    {
+        open();
+        connect(&bench->logger(0), &TembrinData::calibrationResult, dialog.data(),
+                &setupLogger::calib_result);
+        connect(&bench->logger(0), &TembrinData::testDataReceived, dialog.data(),
+                &setupLogger::test_data_result);
+        bench->port(0).feed(status({{3, 0xE4}}));
+        QCOMPARE(find<QLabel>("calibrationResultText")->text(),
+                 QStringLiteral("Calibration aborted\nTembrin is not idle"));
+        find<QPushButton>("buttonGetTestDataq")->click();
+        QCOMPARE(bench->written(0), summed("4714A8"));
+        bench->port(0).feed(summed("2E69A8 0D 00000000000000"));
+        QCOMPARE(find<QLabel>("testResult")->text(),
+                 QStringLiteral("RAM\tPASS\nGPS\tFAIL\namb. temp\tPASS\next. temp\tPASS\nsound\tFAIL\n"));
+    }
+
+    void smoothingGoesToAllLoggersWithTheRateThatEachHas()
+    {
+        open();
+        auto* kernel = find<QSpinBox>("smootSpinBox");
+        kernel->setValue(6); // typed
+        QCOMPARE(kernel->value(), 7);
+        QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF));
+        QCOMPARE(bench->manager.dataAt(1)->smoothKernel, 7);
+        bench->port(0).feed(status({{3, 0x11}}));
+        QTRY_COMPARE(bench->port(1).written(), setupFrame(4, 2, 1, 0xFF));
+    }
+
+    void aTriggerSetOnTheFirstLoggerIsSharedUnchanged()
+    {
+        open();
+        bench->port(0).feed(status({{3, 0}, {21, 2}}));
+        QCOMPARE(bench->written(0), setupFrame(3, 2, 2, 0xFF));
+        bench->port(0).feed(status({{3, 0x11}, {21, 2}, {27, 0xFF}}));
+        QTRY_COMPARE(bench->port(1).written(), setupFrame(4, 2, 2, 0xFF));
+        QCOMPARE(bench->written(0), QByteArray());
+    }
+
+    void socketsTakeSensorsOfTheFamily()
+    {
+        open();
+        auto* first = find<QComboBox>("comboBox");
+        QCOMPARE(first->count(), 15);
+        first->setCurrentIndex(first->findData(int(QUELLMARK_PHOTOGATE)));
+        QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "7026"));
+        find<QComboBox>("comboBox_2")->setCurrentIndex(1);
+        QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "7065"));
+        QVERIFY(bench->logger(0).hasPhotogate);
+        first->setCurrentIndex(0);
+        QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "0065"));
+    }
+
+    void pagesAndControlsThatAreShown()
+    {
+        Settings::mainStore().setValue(Settings::selfTest, true);
+        open();
+        QCOMPARE(tabs(), QStringLiteral("Configuraton, Design"));
+        bench->port(0).feed(status({{4, 240}}));
+        QVERIFY(find<QCheckBox>("boxSound")->isHidden() && find<QCheckBox>("boxGPS")->isHidden());
+        Settings::mainStore().setValue(Settings::advanced, true);
+        open();
+        QCOMPARE(tabs(), QStringLiteral("Advanced setup, Configuraton, Debug, Design, Calibration"));
+        QVERIFY(!find<QGroupBox>("groupSeltTest")->isHidden());
+    }
+
+    void everyControlHasItsNames()
+    {
+        open();
+        for (const QWidget* widget : dialog->findChildren<QWidget*>()) {
+            const auto* button = qobject_cast<const QAbstractButton*>(widget);
+            const bool isField = widget->inherits("QComboBox") || widget->inherits("QAbstractSpinBox") ||
+                                 widget->inherits("QLineEdit") || (button && button->text().isEmpty());
+            if (widget->objectName().startsWith(QLatin1String("qt_")) || !(isField || button))
+                continue;
+            QVERIFY2(!widget->objectName().isEmpty() || widget->inherits("QToolButton"),
+                     widget->metaObject()->className());
+            QVERIFY2(!isField || !widget->accessibleName().isEmpty() || widget->inherits("QToolButton"),
+                     qPrintable(widget->objectName()));
+        }
+    }
+
+    void aDesignShowsAtOnceAndIsKeptWhenSaved()
+    {
+        QSettings store = Settings::mainStore();
+        store.setValue(QStringLiteral("design/graph/background"), QStringLiteral("no colour"));
+        store.setValue(QStringLiteral("design/graph/max_grid/width"), QStringLiteral("thick"));
+        store.setValue(QStringLiteral("design/graph/activeplot"), QStringLiteral("#102030"));
+        DesignValues::load();
+        QCOMPARE(Plot::getBackgroundColor(), QColor(0xf0, 0xf0, 0xf0));
+        QCOMPARE(Plot::getMajGridW(), 0.8);
+        QCOMPARE(Plot::getActivePlotColor(), QColor(0x10, 0x20, 0x30));
+
+        open();
+        QSignalSpy graph(dialog.data(), &setupLogger::useGraphDesignValues);
+        QSignalSpy table(dialog.data(), &setupLogger::useTableDesignValues);
+        QSignalSpy window(dialog.data(), &setupLogger::useMainDesignValues);
+        find<QPushButton>("minGridButton")->click(); // and cancelled
+        QCOMPARE(graph.count(), 0);
+        bench->prompt.picked = 0xff123456;
+        find<QPushButton>("minGridButton")->click();
+        find<QPushButton>("titleButton")->click();
+        find<QDoubleSpinBox>("majGridWidth")->setValue(1.5);
+        QCOMPARE(bench->prompt.asked.last(), QStringLiteral("Select color for title|"));
+        QCOMPARE(Plot::getMinGridColor(), QColor(0x12, 0x34, 0x56));
+        QCOMPARE(Plot::getMajGridW(), 1.5);
+        QCOMPARE(QVector<int>({graph.count(), table.count(), window.count()}), QVector<int>({2, 1, 0}));
+        QVERIFY(find<QPushButton>("minGridButton")->styleSheet().contains(QLatin1String("rgb(18,52,86)")));
+        QVERIFY(!store.contains(QStringLiteral("design/table/title_color")));
+
+        find<QPushButton>("saveButton")->click();
+        find<QPushButton>("defaultButton")->click();
+        QCOMPARE(Plot::getMinGridColor(), QColor(0xd0, 0xd0, 0xd0));
+        QCOMPARE(QVector<int>({graph.count(), table.count(), window.count()}), QVector<int>({3, 2, 1}));
+        DesignValues::load(); // as the next start does
+        QCOMPARE(Plot::getMinGridColor(), QColor(0x12, 0x34, 0x56));
+        QCOMPARE(store.value(QStringLiteral("design/graph/background")).toString(),
+                 QStringLiteral("#f0f0f0"));
+        QCOMPARE(Plot::getMajGridW(), 1.5);
+    }
+
+private:
+    void open()
+    {
+        dialog.reset(new setupLogger(&bench->prompt));
+        dialog->createAll(&bench->manager);
+        connect(&bench->logger(0), &TembrinData::statusReceived, dialog.data(), &setupLogger::updateStatus);
+        dialog->show();
+    }
+
+    QString tabs()
+    {
+        const auto* pages = find<QTabWidget>("tabs");
+        QStringList texts;
+        for (int i = 0; i < pages->count(); ++i)
+            texts << pages->tabText(i);
+        return texts.join(QStringLiteral(", "));
+    }
+
+    template<typename Control> Control* find(const char* name) { return control<Control>(*dialog, name); }
+
+    QScopedPointer<SetupBench> bench;
+    QScopedPointer<setupLogger> dialog;
+};
+
+QTEST_MAIN(TestSetupLogger)
+#include "test_setuplogger.moc"
