@@ -145,6 +145,13 @@ QByteArray utf16(const QString& text)
     return QTextCodec::codecForName("UTF-16")->fromUnicode(text);
 }
 
+QString base64Png(int size)
+{
+    QBuffer buffer;
+    QImage(size, size, QImage::Format_Mono).save(&buffer, "PNG");
+    return buffer.data().toBase64();
+}
+
 const QString head = QStringLiteral("<!DOCTYPE ExpData>\n<ExpDataRoot numSensors=\"2\" Rate=\"1\">Title"
                                     "<Times><T t=\"0.0\"/><T t=\"1.0\"/></Times>");
 const QString ph =
@@ -319,6 +326,9 @@ private Q_SLOTS:
         row("no channel left", inside(""), "", "no channel");
         row("no attributes", "<ExpDataRoot><Sensor SensorID=\"2\"/></ExpDataRoot>", "*", "");
         row("unknown marker", inside(ph + marker.arg("x")), "one", "markers: 1");
+        row("picture of too many pixels",
+            inside(ph + QString(marker.arg("annotation")).replace("AAAA", base64Png(3000))), "one",
+            "pictures: 1");
         row("picture that is none", inside(ph + marker.arg("annotation")), "one", "pictures: 1");
     }
 
@@ -364,16 +374,13 @@ private Q_SLOTS:
 
     void markersOfOtherEditions()
     {
-        QByteArray png;
-        QBuffer buffer(&png);
-        QImage(3, 4, QImage::Format_RGB32).save(&buffer, "PNG");
         const QString old = QString(
             "<Marker typeName=\"annotation\" image=\"1\" Text=\"a\"><markerTitle>b</markerTitle>%1</Marker>");
-        writeBytes(name, utf16(head + ph + old.arg(QString(png.toBase64())) + cross + tail)
+        writeBytes(name, utf16(head + ph + old.arg(base64Png(3)) + cross + tail)
                              .replace(utf16("LineM").mid(2), utf16("M").mid(2)));
         ReadWrite::read(name, data.get(), graph.get(), bar.get());
         QCOMPARE(graph->markers.size(), 3); // the cross without its text gets one
-        QCOMPARE(graph->markers[0]->getPic().size(), QSize(3, 4));
+        QCOMPARE(graph->markers[0]->getPic().size(), QSize(3, 3));
         QCOMPARE(graph->markers[0]->label().text(), QString("b"));
         QCOMPARE(graph->markers[1]->yValue(), double(7.2f));
     }
