@@ -32,7 +32,7 @@ void applyLook(QDialog* dialog);
 QScrollArea* scrolled(QWidget* content);
 
 /// At least `usual`, as much as shows the contents of `areas` whole, at most the screen.
-void fitToScreen(QDialog* dialog, const QSize& usual, const QVector<QScrollArea*>& areas);
+void fitToScreen(QDialog* dialog, const QSize& usual, const QVector<QScrollArea*>& areas = {});
 
 /// The number that a person typed, with a point or a comma; nothing finite gives false in `ok`.
 double typedNumber(const QString& text, bool* ok);
