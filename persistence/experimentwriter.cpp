@@ -65,7 +65,7 @@ public:
     }
     bool flush()
     {
-        const bool isWritten = file->write(reinterpret_cast<const char*>(units.get()), size * 2);
+        const bool isWritten = file->write(reinterpret_cast<const char*>(units.get()), qint64(size) * 2);
         size = 0;
         return isWritten;
     }

@@ -22,7 +22,7 @@ Q_LOGGING_CATEGORY(lcActivities, "pellandra.activities", QtInfoMsg)
 const QString folderKey = QStringLiteral("paths/Activities");
 constexpr qint64 maxUnpacked = Q_INT64_C(2) << 30; // bytes
 constexpr int maxEntries = 10000;
-constexpr size_t blockSize = 64 * 1024;
+constexpr size_t blockSize = 65536;
 
 /// Unpacks one archive into an empty folder.
 class Unpacker

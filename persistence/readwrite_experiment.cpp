@@ -27,7 +27,7 @@ public:
     QPixmap read(const StoredExperiment::Marker& marker);
 
 private:
-    static constexpr qint64 minPixels = 4 * 1024 * 1024;
+    static constexpr qint64 minPixels = 4 << 20;
     qint64 pixelsLeft;
 };
 
