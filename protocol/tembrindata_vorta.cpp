@@ -1,5 +1,6 @@
 #include "protocol/tembrindata.h"
 
+#include "protocol/eventcodes.h"
 #include "protocol/packets.h"
 
 #include <algorithm>
@@ -22,12 +23,6 @@ constexpr int vortaHeader = 3;
 constexpr int fastSamples = 50; ///< in a packet; the slow types have 1, 4 or 10
 constexpr int typeFourSamples = 0xF1;
 constexpr int typeTenSamples = 0xF2;
-
-constexpr int eventUser = 0x00;
-constexpr int eventStatus = 0x10;
-constexpr int eventStarted = 0x22;
-constexpr int eventNoBattery = 0x23;
-constexpr int eventStopped = 0x33;
 
 // Standing upright, the logger's own weight pulls at its force sensor.
 constexpr double uprightAcc = 0.9;       ///< g

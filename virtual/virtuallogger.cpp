@@ -8,7 +8,7 @@ namespace {
 
 constexpr quint8 flagBluetooth = 1 << 2;
 constexpr quint8 flagGps = 1 << 3;
-constexpr qint64 nsPerMs = 1000000;
+constexpr qint64 clockTick = 1000000; // ns; the logger's clock counts milliseconds
 
 } // namespace
 
@@ -307,7 +307,7 @@ int VirtualLogger::rateCode(int rate) const
 
 QDateTime VirtualLogger::clock(qint64 now) const
 {
-    return clockBase.addMSecs((now - clockSet) / nsPerMs);
+    return clockBase.addMSecs((now - clockSet) / clockTick);
 }
 
 bool VirtualLogger::hasSocket(int socket) const
