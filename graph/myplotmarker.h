@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 #include <QObject>
 #include <QPixmap>
 #include <QPointer>
@@ -82,6 +84,9 @@ public:
     /// Whether `point` lies in the tail that a balloon `rect` points at `tip` with.
     static bool isInTriangle(QRectF rect, QPointF tip, QPointF point);
 
+    static constexpr int textDistance = 50; ///< pixels of a text from what it tells about
+    /// Position of a text whose place is worked out when it is shown.
+    static constexpr double notPlaced = std::numeric_limits<double>::quiet_NaN();
     static constexpr int BUBBLE_MARGIN = 8;
     static constexpr int BUBBLE_IMAGE = 100; ///< longer side of a picture, pixels
 

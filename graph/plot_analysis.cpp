@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr int textDistance = 50;     // pixels of a text from what it tells about
 constexpr double slopeHotPixels = 5; // how far beside the pointer slope mode looks for the curve
 constexpr double gateLevel = 5;      // V, height of a blocked gate, which its text points at
 constexpr double belowGateLevel = 4; // so that a second text does not hide the first
@@ -98,7 +97,7 @@ void Plot::doIntegral()
 
 void Plot::finishAnalysis(myPlotMarker* result)
 {
-    addPair(result, textDistance, -textDistance);
+    addPair(result, myPlotMarker::textDistance, -myPlotMarker::textDistance);
     setPartnerText(result->connectTo);
     findRoom(result->connectTo);
     setFloatingMarkerPosition(result->connectTo);
@@ -212,7 +211,7 @@ void Plot::doPhotoSpeed(int iSens)
     text->pointToXVal = midTime;
     text->pointToYVal = gateLevel;
     setPhotoSpeedText(text);
-    addValueText(text, textDistance, -textDistance);
+    addValueText(text, myPlotMarker::textDistance, -myPlotMarker::textDistance);
 }
 
 void Plot::doPhotoAccel(int iSens1, int iSens2)

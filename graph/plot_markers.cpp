@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include <qwt_plot_canvas.h>
 #include <qwt_symbol.h>
@@ -23,8 +22,6 @@
 namespace {
 
 constexpr int maxCrosses = 2;
-constexpr int textDistance = 50; // pixels of a text from what it tells about
-constexpr double notPlaced = std::numeric_limits<double>::quiet_NaN();
 
 bool hasPartnerText(int type)
 {
@@ -103,7 +100,7 @@ QList<myPlotMarker*> Plot::pairedUp(const QList<myPlotMarker*>& list)
                 isStored ? next : new myPlotMarker(marker->iSens, MARKER_FLOATING_TEXT);
             i += isStored ? 1 : 0;
             if (!isStored) {
-                text->setXValue(notPlaced);
+                text->setXValue(myPlotMarker::notPlaced);
                 text->setShown(false);
                 hasUnplacedTexts = true;
             }
@@ -139,8 +136,8 @@ void Plot::takeStored(myPlotMarker* marker)
         if (marker->connectTo->type == MARKER_X || isNew)
             setPartnerText(marker);
         if (isNew) {
-            marker->xOffset = textDistance;
-            marker->yOffset = -textDistance;
+            marker->xOffset = myPlotMarker::textDistance;
+            marker->yOffset = -myPlotMarker::textDistance;
         }
     }
 }

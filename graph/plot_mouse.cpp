@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr double hotPixels = 20; // how near a curve a right press picks its colour
+constexpr double colourReach = 20; // how near a curve a right press picks its colour
 
 bool isPress(const QEvent* event, Qt::MouseButton button)
 {
@@ -142,7 +142,7 @@ void Plot::selectColorAt(const QPointF& pos)
         selectColor(activeSens);
     } else if (data->getXSize() > fewSamples) {
         const NearPoint near = isNearCurve(pos, false);
-        if (near.iSens >= 0 && near.dist < hotPixels)
+        if (near.iSens >= 0 && near.dist < colourReach)
             selectColor(near.iSens);
     }
 }

@@ -4,16 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "graph/myplotmarker.h"
 #include "graph/scalemanager.h"
 
 namespace {
 
-constexpr int textDistance = 50; // pixels of a text from what it tells about
-constexpr double textFrame = 3;  // pixels round it
-constexpr double notPlaced = std::numeric_limits<double>::quiet_NaN();
+constexpr double textFrame = 3; // pixels round it
 
 double overlap(const QRectF& a, const QRectF& b)
 {
@@ -27,8 +24,9 @@ void Plot::leanToMiddle(const myPlotMarker* cross, myPlotMarker* text) const
 {
     const QPointF middle = QRectF(canvas()->contentsRect()).center();
     const QPointF pos = cross->pixelPos();
-    text->xOffset = pos.x() > middle.x() ? -textDistance : textDistance;
-    text->yOffset = pos.y() < middle.y() || type == GRAPH_FFT ? textDistance : -textDistance;
+    text->xOffset = pos.x() > middle.x() ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
+    text->yOffset =
+        pos.y() < middle.y() || type == GRAPH_FFT ? myPlotMarker::textDistance : -myPlotMarker::textDistance;
 }
 
 /// The whole pixel that a text keeps its distance from.
@@ -74,8 +72,8 @@ void Plot::findRoom(myPlotMarker* text) const
     };
     QPoint best(text->xOffset, text->yOffset);
     double least = hidden(best);
-    const int right = best.x() < 0 ? -textDistance : textDistance;
-    const int down = best.y() < 0 ? -textDistance : textDistance;
+    const int right = best.x() < 0 ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
+    const int down = best.y() < 0 ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
     for (int i = 1; i <= farthest && least > 0; ++i) {
         for (const QPoint& offset : {QPoint(right, i * down), QPoint(right, -i * down),
                                      QPoint(-right, i * down), QPoint(-right, -i * down)}) {
@@ -138,7 +136,7 @@ void Plot::addValueText(myPlotMarker* text, int xOffset, int yOffset)
 {
     text->xOffset = xOffset;
     text->yOffset = yOffset;
-    text->setXValue(notPlaced);
+    text->setXValue(myPlotMarker::notPlaced);
     text->setShown(false);
     hasUnplacedTexts = true;
     addMarker(text);
