@@ -138,6 +138,7 @@ private:
 
 private Q_SLOTS:
     void useMainDesignValues();
+    void useGraphDesignValues();
 
 private:
     void getDesignSettings();

@@ -1,5 +1,7 @@
 #include "app/mainwindow.h"
 
+#include "classroom/multiconnectionsmanager.h"
+#include "graph/plot.h"
 #include "setup/designvalues.h"
 
 namespace {
@@ -32,6 +34,17 @@ void MainWindow::getDesignSettings()
 void MainWindow::useMainDesignValues()
 {
     setBackground();
+    // A new sheet takes the canvases back to the colours that they had under the first one.
+    useGraphDesignValues();
+}
+
+void MainWindow::useGraphDesignValues()
+{
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
+        mTembrin->plotAt(i)->doUseDesignValues();
+        mTembrin->barAt(i)->doUseDesignValues();
+    }
+    mTembrin->plotC()->doUseDesignValues();
 }
 
 void MainWindow::setBackground()

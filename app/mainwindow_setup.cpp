@@ -1,7 +1,6 @@
 #include "app/mainwindow.h"
 
 #include "classroom/multiconnectionsmanager.h"
-#include "graph/plot.h"
 #include "protocol/tembrindata.h"
 #include "setup/loggerbasicsetup.h"
 #include "setup/setuplogger.h"
@@ -46,10 +45,6 @@ void MainWindow::connectSetupDialog(setupLogger* dialog)
     connect(state, &TembrinData::calibrationResult, dialog, &setupLogger::calib_result);
     connect(state, &TembrinData::testDataReceived, dialog, &setupLogger::test_data_result);
     connect(state, &TembrinData::newSnapReceived, dialog, &setupLogger::test_vorta_show_results);
-    connect(dialog, &setupLogger::useGraphDesignValues, mTembrin->plotC(), &Plot::doUseDesignValues);
-    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
-        for (Plot* plot : {mTembrin->plotAt(i), mTembrin->barAt(i)})
-            connect(dialog, &setupLogger::useGraphDesignValues, plot, &Plot::doUseDesignValues);
-    }
+    connect(dialog, &setupLogger::useGraphDesignValues, this, &MainWindow::useGraphDesignValues);
     connect(dialog, &setupLogger::useMainDesignValues, this, &MainWindow::useMainDesignValues);
 }

@@ -8,8 +8,10 @@
 #include <QRadioButton>
 #include <QSignalSpy>
 #include <QTabWidget>
+#include <QTemporaryDir>
 
 #include "graph/plot.h"
+#include "persistence/readwrite.h"
 #include "setup/designvalues.h"
 #include "setup/setuplogger.h"
 #include "tests/setup/setupbench.h"
@@ -113,6 +115,34 @@ private Q_SLOTS:
         dialog->close();
         QCOMPARE(bench->prompt.asked,
                  QStringList("Change of units|Please restart Kormelin for the change to take effect."));
+    }
+
+    void aFileInOtherUnitsKeepsItsBytes()
+    {
+        const QTemporaryDir folder;
+        const QString first = folder.filePath(QStringLiteral("first.xml"));
+        const QString second = folder.filePath(QStringLiteral("second.xml"));
+        const int ids[] = {SENSOR_AMB_TEMP, SENSOR_BAROMETER, SENSOR_AIRPRESSURE, SENSOR_DISTANCE,
+                           SENSOR_GPS_SPEED};
+        ExpData set;
+        set.setDataNew(int(std::size(ids)), {0, 1, 2}, 1);
+        for (int i = 0; i < int(std::size(ids)); ++i)
+            set.addSensorData(i, ids[i], {0.1, 21.7, 3.33}, 0);
+        QVERIFY(ReadWrite::write(first, QStringLiteral("T"), &set, {}, {}, {}, QStringLiteral("Line")));
+        open();
+        for (const char* unit : {"unitsFahrenheit", "unitsBaro_hPa", "unitsPSI", "unitsFeet", "unitsMS"})
+            find<QRadioButton>(unit)->click();
+        dialog.reset();
+
+        ExpData again;
+        QVERIFY(!ReadWrite::read(first, &again, nullptr, nullptr).isEmpty());
+        QStringList units;
+        for (const SensorPtr& sensor : again.getSensors())
+            units << sensor->unitName;
+        QCOMPARE(units.join(' '), QStringLiteral("°F hPa PSI ft m/s"));
+        QVERIFY(qAbs(again.getYAt(0, 1) - 71.06) < 1e-9);
+        QVERIFY(ReadWrite::write(second, QStringLiteral("T"), &again, {}, {}, {}, QStringLiteral("Line")));
+        QCOMPARE(contents(second), contents(first));
     }
 
     void aCalibrationTemperature_data()
@@ -266,6 +296,12 @@ private Q_SLOTS:
     }
 
 private:
+    static QByteArray contents(const QString& name)
+    {
+        QFile file(name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
     void open()
     {
         dialog.reset(new setupLogger(&bench->prompt));
