@@ -2,6 +2,7 @@
 
 #include "app/common/screenflags.h"
 #include "app/common/settings.h"
+#include "app/common/userprompt.h"
 #include "app/messageboxprompt.h"
 #include "app/refreshclock.h"
 #include "classroom/multiconnectionsmanager.h"
@@ -49,6 +50,7 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     createStatusBar();
     setupViews();
     setBackground();
+    setAcceptDrops(true);
     installEventFilter(this);
     QTimer::singleShot(msBeforeConnecting, this, &MainWindow::tryConnectAll);
 }
@@ -165,19 +167,44 @@ bool MainWindow::eventFilter(QObject* object, QEvent* event)
     return QMainWindow::eventFilter(object, event);
 }
 
+/// Asks what to do with unsaved changes; true when nothing is left to save.
+bool MainWindow::mayLeave(bool withCancel)
+{
+    ExpData* classSet = mTembrin->dataC();
+    while (data->isNeedSave() || classSet->isNeedSave()) {
+        switch (prompt->question(this, tr("Changes not saved"),
+                                 tr("Do you want to save experiment and annotations before leaving?"),
+                                 withCancel)) {
+        case UserPrompt::Answer::Yes:
+            doSave();
+            break;
+        case UserPrompt::Answer::No:
+            data->setNeedSave(false);
+            classSet->setNeedSave(false);
+            break;
+        case UserPrompt::Answer::Cancel:
+            return false;
+        }
+    }
+    return true;
+}
+
 void MainWindow::doExit()
 {
-    leave();
+    if (mayLeave(true))
+        leave();
 }
 
 void MainWindow::doExitFromX()
 {
+    mayLeave(false);
     leave();
 }
 
 void MainWindow::doExitAfterCtrlS()
 {
-    leave();
+    if (argumentFile.isEmpty() || doSave(argumentFile))
+        leave();
 }
 
 void MainWindow::leave()

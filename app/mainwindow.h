@@ -22,6 +22,7 @@ class Indicator;
 class QComboBox;
 class QGridLayout;
 class QLabel;
+class QPrinter;
 class QSplitter;
 class QToolBar;
 class RefreshClock;
@@ -56,8 +57,10 @@ public:
 
     // Frame and leaving, in mainwindow.cpp
 
-    /// The file named on the command line.
-    void setArgumentFile(const QString& fname) { argumentFile = fname; }
+    /// The file named on the command line, which is opened.
+    void setArgumentFile(const QString& fname);
+    /// Who sets up a printer instead of the system's dialog.
+    void setPrinterChoice(const std::function<bool(QPrinter*)>& choice) { printerChoice = choice; }
     bool isPanelMode() const { return isPanel; }
     static bool is4K();
     static QColor getAppBackColor();
@@ -68,6 +71,8 @@ public:
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private Q_SLOTS:
     void doExit();
@@ -81,6 +86,7 @@ private:
     void createTimers();
     void createShortcuts();
     void createStatusBar();
+    bool mayLeave(bool withCancel);
     [[noreturn]] void leave();
 
     std::unique_ptr<UserPrompt> ownPrompt;
@@ -179,7 +185,6 @@ private:
     void hideBusyTitle();
     void letOthersIn();
     void onlineUpdateSafe();
-    void handleOnlyStaticClassMode(bool tf);
 
     RefreshClock* refreshClock = nullptr;
     QMutex myMutex; ///< around the refresh of the views
@@ -238,6 +243,35 @@ private:
     bool isPressOnIcon(const QEvent* event) const;
 
     bool slopeMode = false; ///< the active graph shows a tangent at the pointer
+
+    // Files, in mainwindow_files.cpp
+
+private Q_SLOTS:
+    void doRead();
+    void doSave();
+    bool doSave(const QString& fname);
+    void doExcel();
+    void doExportImg();
+    void doExport(int select);
+    void doPrint();
+    /// Into the class view, which from then on shows the file and no loggers.
+    void doReadClass(const QString& fname);
+    /// The file of the command line: into the set of logger 0 and the class view.
+    void doRead(const QString& fname);
+
+private:
+    void openFile(const QString& fname);
+    void doImport(const QString& fname);
+    void showClassFile(const QString& fname, const QString& view);
+    void handleOnlyStaticClassMode(bool tf);
+    void disableRepeatMode();
+    QString getView() const;
+    void setView(const QString& view);
+    bool writeExperiment(const QString& fname, const ExpData* set);
+    bool writeSpreadsheet(const QString& fname, const ExpData* set, bool launch);
+    void warnNotWritten(const QString& reason);
+
+    std::function<bool(QPrinter*)> printerChoice; ///< empty for the system's dialog
 
     // Toolbars, views and layouts, in mainwindow_views.cpp and mainwindow_toolbars.cpp
 

@@ -64,13 +64,6 @@ void MainWindow::handleLoggerMode()
     updateRunStopButton(allIdle);
 }
 
-void MainWindow::handleOnlyStaticClassMode(bool tf)
-{
-    isOnlyStaticClassMode = tf;
-    if (layouts)
-        layouts->setEnabled(!tf);
-}
-
 // --- Start ---
 
 void MainWindow::doRun()
@@ -176,6 +169,7 @@ void MainWindow::startExperiment(int index, double dt)
 
 void MainWindow::startClassExperiment(double dt)
 {
+    handleOnlyStaticClassMode(false); // also for a run that was started on a logger
     ExpData* classSet = mTembrin->dataC();
     classSet->setDataNewEmpty(mTembrin->getSensorsC(), dt);
     graph->setMarkers();
@@ -193,7 +187,7 @@ void MainWindow::storeSamples(int index, int current, double dt, const QVector<Q
             set->addSample(dt * (current * samplesBlock.size() + i), samplesBlock[i]);
     }
     live[index].isNew = true;
-    if (current > 0 && index < mTembrin->nDefTembrins()) {
+    if (current > 0 && index < mTembrin->nDefTembrins() && !isOnlyStaticClassMode) {
         mTembrin->dataC()->addSample(index, set);
         isClassNew = true;
     }

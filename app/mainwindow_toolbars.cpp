@@ -94,10 +94,10 @@ void MainWindow::createActions()
     };
     // clang-format off
     const Row rows[] = {
-        {&MainWindow::openAct, "openAct", QT_TR_NOOP("&Open"), "Open", nullptr, "", {}},
-        {&MainWindow::saveAct, "saveAct", QT_TR_NOOP("Save"), "Save", nullptr,
+        {&MainWindow::openAct, "openAct", QT_TR_NOOP("&Open"), "Open", &MainWindow::doRead, "", {}},
+        {&MainWindow::saveAct, "saveAct", QT_TR_NOOP("Save"), "Save", &MainWindow::doSave,
          QT_TR_NOOP("Save current experiment"), {}},
-        {&MainWindow::printAct, "printAct", QT_TR_NOOP("&Print"), "Print", nullptr,
+        {&MainWindow::printAct, "printAct", QT_TR_NOOP("&Print"), "Print", &MainWindow::doPrint,
          QT_TR_NOOP("Print current experiment"), {QKeySequence::Print}},
         {&MainWindow::zoomAct, "zoomAct", QT_TR_NOOP("&Zoom"), "Zoom", &MainWindow::doZoom,
          QT_TR_NOOP("Zoom to rectangle selected with mouse"), {QKeySequence::ZoomIn}},
@@ -218,11 +218,11 @@ void MainWindow::fillIconLists()
         addItem(layouts, item);
     for (const ListItem& item : viewItems)
         addItem(views, item);
-    exports->setEnabled(false);
     views->setEnabled(false);
     for (QComboBox* list : {exports, regression}) // a press on the picture carries out what it shows
         list->installEventFilter(this);
     connect(layouts, qOverload<int>(&QComboBox::currentIndexChanged), this, &MainWindow::updateLayout);
+    connect(exports, qOverload<int>(&QComboBox::activated), this, &MainWindow::doExport);
     connect(regression, qOverload<int>(&QComboBox::activated), this, &MainWindow::doFunctions);
     connect(views, qOverload<int>(&QComboBox::activated), this, &MainWindow::updateView);
     for (int i = 0; i < layouts->count(); ++i) {

@@ -2,8 +2,10 @@
 
 #include <QColorDialog>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QInputDialog>
 #include <QMessageBox>
+#include <QRegularExpression>
 
 namespace {
 
@@ -75,5 +77,30 @@ QString MessageBoxPrompt::openFile(QObject* parent, const QString& title, const 
 QString MessageBoxPrompt::saveFile(QObject* parent, const QString& title, const QString& folder,
                                    const QString& filter, QString* selectedFilter)
 {
-    return QFileDialog::getSaveFileName(widgetOf(parent), title, folder, filter, selectedFilter);
+    QFileDialog dialog(widgetOf(parent), title, QFileInfo(folder).path(), filter);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.selectFile(QFileInfo(folder).fileName());
+    // A name keeps up with the filter, so that the question before overwriting is about the file that is
+    // written.
+    const auto takeEnding = [&dialog](const QString& chosen) {
+        QStringList endings;
+        static const QRegularExpression pattern(QStringLiteral("\\*\\.(\\w+)"));
+        for (auto match = pattern.globalMatch(chosen); match.hasNext();)
+            endings.append(match.next().captured(1));
+        const QFileInfo name(dialog.selectedFiles().value(0));
+        if (endings.isEmpty() || endings.contains(name.suffix(), Qt::CaseInsensitive))
+            return;
+        const QString png = QStringLiteral("png");
+        dialog.setDefaultSuffix(endings.contains(png) ? png : endings.constFirst());
+        if (!name.isDir())
+            dialog.selectFile(name.completeBaseName() + QLatin1Char('.') + dialog.defaultSuffix());
+    };
+    dialog.setDefaultSuffix(QFileInfo(folder).suffix());
+    takeEnding(dialog.selectedNameFilter());
+    QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, takeEnding);
+    if (dialog.exec() != QDialog::Accepted)
+        return QString();
+    if (selectedFilter)
+        *selectedFilter = dialog.selectedNameFilter();
+    return dialog.selectedFiles().value(0);
 }

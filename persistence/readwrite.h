@@ -64,6 +64,7 @@ public:
     static bool exportDocument(QWidget* widget, const QString& filename, QString* reason = nullptr);
     /// Lets the user choose and set up a printer; false when cancelled.
     using PrinterChoice = std::function<bool(QPrinter* printer)>;
+    static bool askForPrinter(QPrinter* printer);
     static bool print(Plot* plot, const PrinterChoice& choose = askForPrinter, QString* reason = nullptr);
 
     // Folders and activities, in readwrite_activities.cpp
@@ -80,7 +81,4 @@ public:
     static bool unpackIfNeeded(const QString& path, QString* reason = nullptr);
     /// Registers with the whiteboard software; nothing to do off Windows.
     static void CheckAndInstallMimio();
-
-private:
-    static bool askForPrinter(QPrinter* printer);
 };

@@ -134,15 +134,6 @@ private Q_SLOTS:
         QVERIFY(bench.action("runAct")->isVisible());
     }
 
-    void whatHasNoCommandStaysDisabled()
-    {
-        ClassBench bench(1);
-        connectAll(bench, 1);
-        for (const char* name : {"openAct", "saveAct", "printAct"})
-            QVERIFY2(!bench.action(name)->isEnabled(), name);
-        QVERIFY(bench.action("colabConnectAct")->isEnabled());
-    }
-
     void everyButtonAndListHasItsPicture()
     {
         ClassBench bench(1);

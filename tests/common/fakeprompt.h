@@ -13,6 +13,8 @@ public:
     std::optional<QString> typed;
     std::optional<unsigned> picked;
     QString file;
+    QString filter;  ///< chosen for a file to write
+    QString offered; ///< as the file to write
     QStringList asked;
 
     void information(QObject*, const QString& title, const QString& text) override { note(title, text); }
@@ -42,9 +44,13 @@ public:
         note(title, QString());
         return file;
     }
-    QString saveFile(QObject*, const QString& title, const QString&, const QString&, QString*) override
+    QString saveFile(QObject*, const QString& title, const QString& folder, const QString&,
+                     QString* selectedFilter) override
     {
         note(title, QString());
+        offered = folder;
+        if (selectedFilter)
+            *selectedFilter = filter;
         return file;
     }
 

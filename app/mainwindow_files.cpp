@@ -1,0 +1,282 @@
+#include "app/mainwindow.h"
+
+#include "app/common/userprompt.h"
+#include "app/iconlists.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
+#include "graph/plot.h"
+#include "graph/scalemanager.h"
+#include "persistence/readwrite.h"
+#include "protocol/tembrindata.h"
+
+#include <QComboBox>
+#include <QDateTime>
+#include <QDropEvent>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QStatusBar>
+#include <QUrl>
+
+namespace {
+
+bool hasEnding(const QString& fname, const char* ending)
+{
+    return fname.endsWith(QLatin1String(ending), Qt::CaseInsensitive);
+}
+
+QString experimentFilter()
+{
+    return MainWindow::tr("Kormelin data files (*.xml)");
+}
+
+QString spreadsheetFilter()
+{
+    return MainWindow::tr("Export to Excel (*.csv)");
+}
+
+QString timeHeader(const ExpData& set)
+{
+    return set.dt > 0 ? MainWindow::tr("Time [s]") : MainWindow::tr("Sample");
+}
+
+/// The one file of a drag that can be opened; an empty text for anything else.
+QString droppedFile(const QMimeData* mime)
+{
+    const QList<QUrl> urls = mime->urls();
+    const QString name = urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
+    return hasEnding(name, ".xml") || hasEnding(name, ".csv") ? name : QString();
+}
+
+} // namespace
+
+// --- Open ---
+
+void MainWindow::setArgumentFile(const QString& fname)
+{
+    argumentFile = fname;
+    doRead(fname);
+}
+
+void MainWindow::doRead()
+{
+    const QString filters = experimentFilter() + QStringLiteral(";;") + tr("Comma-separated values (*.csv)");
+    const QString fname =
+        prompt->openFile(this, tr("Open experiment data"), ReadWrite::getDataPath(QString()), filters);
+    if (!fname.isEmpty())
+        openFile(fname);
+}
+
+void MainWindow::openFile(const QString& fname)
+{
+    ReadWrite::setDefaultDataPath(fname);
+    if (hasEnding(fname, ".csv"))
+        doImport(fname);
+    else
+        doReadClass(fname);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!droppedFile(event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    const QString fname = droppedFile(event->mimeData());
+    if (fname.isEmpty())
+        return;
+    event->acceptProposedAction();
+    openFile(fname);
+}
+
+void MainWindow::doReadClass(const QString& fname)
+{
+    ExpData* classSet = mTembrin->dataC();
+    const int xyIndex = classSet->getXYIndex();
+    const bool isLoggerUnsaved = data->isNeedSave();
+    classSet->setXYIndex(-1);
+    QString reason;
+    const QString view = ReadWrite::read(fname, classSet, graph, mTembrin->barAt(0), false, &reason);
+    if (view.isEmpty())
+        classSet->setXYIndex(xyIndex);
+    else
+        showClassFile(fname, view);
+    data->setNeedSave(isLoggerUnsaved); // the markers of its bars are new, its samples are not
+    statusBar()->showMessage(reason);
+}
+
+void MainWindow::doImport(const QString& fname)
+{
+    QString reason;
+    ExpData* classSet = mTembrin->dataC();
+    if (ReadWrite::importCSV(fname, classSet, &reason)) {
+        classSet->setXYIndex(-1);
+        graph->setMarkers();
+        graph->updateTitle(QFileInfo(fname).completeBaseName());
+        showClassFile(fname, QString());
+    }
+    statusBar()->showMessage(reason);
+}
+
+void MainWindow::showClassFile(const QString& fname, const QString& view)
+{
+    qCInfo(appLog, "opened %s", qPrintable(fname));
+    ExpData* classSet = mTembrin->dataC();
+    const int active = classSet->activeSensIndex();
+    disableRepeatMode();
+    data->setXYIndex(-1);
+    setView(view);
+    handleOnlyStaticClassMode(true);
+    classSet->makeUniformScalesAfterOpen();
+    classSet->setXRange();
+    updateAll(-1);
+    setSelected(-1, active);
+    classSet->setNeedSave(false);
+}
+
+void MainWindow::doRead(const QString& fname)
+{
+    QString reason;
+    disableRepeatMode();
+    setSelected(0, 0);
+    data->setXYIndex(-1);
+    if (ReadWrite::read(fname, data, nullptr, nullptr, false, &reason).isEmpty()) {
+        statusBar()->showMessage(reason);
+        return;
+    }
+    const int active = data->activeSensIndex();
+    updateAll(0);
+    setSelected(0, active);
+    data->setNeedSave(false);
+    // The set holds curves and nothing else; the class view shows the file as it was left.
+    doReadClass(fname);
+}
+
+void MainWindow::handleOnlyStaticClassMode(bool tf)
+{
+    isOnlyStaticClassMode = tf;
+    if (tf) {
+        if (layouts)
+            layouts->setCurrentIndex(LAYOUT_MULTI_TOGETHER);
+        updateLayout(LAYOUT_MULTI_TOGETHER);
+    }
+    if (layouts)
+        layouts->setEnabled(!tf);
+}
+
+void MainWindow::disableRepeatMode()
+{
+    mTembrin->tembrinDataAt(0)->disableRepeatedRun();
+}
+
+QString MainWindow::getView() const
+{
+    return graph->isVisible() ? QStringLiteral("Line") : QString();
+}
+
+void MainWindow::setView(const QString& view)
+{
+    constexpr std::pair<const char*, int> numbers[] = {{"Bar", 1}, {"Table", 2}, {"Meters", 4}, {"Map", 5}};
+    int number = LAYOUT_MULTI_WINDOWS;
+    for (const auto& [word, itsNumber] : numbers) {
+        if (!view.contains(QLatin1String(word)))
+            continue;
+        number = itsNumber;
+        break;
+    }
+    // A file of a program with more views than the layouts of this one shows the loggers.
+    if (layouts)
+        layouts->setCurrentIndex(number < layouts->count() ? number : LAYOUT_MULTI_WINDOWS);
+}
+
+// --- Save ---
+
+void MainWindow::doSave()
+{
+    const QString now = QDateTime::currentDateTime().toString(QStringLiteral("dd.MM.yyyy_hh.mm.ss"));
+    QString filter;
+    const QString fname = prompt->saveFile(
+        this, tr("Save experiment data"), ReadWrite::getDataPath(now + QStringLiteral(".xml")),
+        experimentFilter() + QStringLiteral(";;") + spreadsheetFilter(), &filter);
+    if (fname.isEmpty())
+        return;
+    ReadWrite::setDefaultDataPath(fname);
+    const bool isSpreadsheet = filter.contains(QLatin1String(".csv")) || hasEnding(fname, ".csv");
+    ExpData* classSet = mTembrin->dataC();
+    if (isSpreadsheet ? !writeSpreadsheet(fname, classSet, false) : !writeExperiment(fname, classSet))
+        return;
+    classSet->setNeedSave(false);
+    data->setNeedSave(false);
+}
+
+bool MainWindow::doSave(const QString& fname)
+{
+    // What is on the screen: as long as the file is, it may have been cut or smoothed there.
+    return writeExperiment(fname, isOnlyStaticClassMode ? mTembrin->dataC() : data);
+}
+
+bool MainWindow::writeExperiment(const QString& fname, const ExpData* set)
+{
+    QString reason;
+    graph->keepCurveModesInData();
+    const bool isWritten = ReadWrite::write(fname, graph->title().text(), set, graph->scaler->scales,
+                                            graph->markers, mTembrin->barAt(0)->markers, getView(), &reason);
+    if (!isWritten)
+        warnNotWritten(reason);
+    return isWritten;
+}
+
+bool MainWindow::writeSpreadsheet(const QString& fname, const ExpData* set, bool launch)
+{
+    QString reason;
+    const bool isWritten = ReadWrite::exportCSV(fname, set, launch, timeHeader(*set), &reason);
+    if (!isWritten)
+        warnNotWritten(reason);
+    return isWritten;
+}
+
+void MainWindow::warnNotWritten(const QString& reason)
+{
+    prompt->warning(this, tr("File not saved"), reason);
+}
+
+// --- Export and print ---
+
+void MainWindow::doExport(int select)
+{
+    switch (exports->itemData(select).toInt()) {
+    case EXPORT_EXCEL:
+        doExcel();
+        break;
+    case EXPORT_IMAGE:
+        doExportImg();
+        break;
+    }
+}
+
+void MainWindow::doExcel()
+{
+    const QString fname =
+        prompt->saveFile(this, tr("Save experiment data"), ReadWrite::getDataPath(tr("Experiment.csv")),
+                         spreadsheetFilter(), nullptr);
+    if (!fname.isEmpty())
+        writeSpreadsheet(fname, mTembrin->getActiveData(), true);
+}
+
+void MainWindow::doExportImg()
+{
+    QString reason;
+    if (graph->isVisible() && !ReadWrite::exportDocument(graph, prompt, &reason))
+        warnNotWritten(reason);
+}
+
+void MainWindow::doPrint()
+{
+    QString reason;
+    Plot* plot = mTembrin->getActivePlot();
+    const ReadWrite::PrinterChoice choose = printerChoice ? printerChoice : ReadWrite::askForPrinter;
+    const bool isPrinted = ReadWrite::print(plot, choose, &reason);
+    if (!isPrinted)
+        prompt->warning(this, tr("Print"), reason);
+}

@@ -1,0 +1,194 @@
+#include <QAction>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QPrinter>
+#include <QStatusBar>
+#include <QTemporaryDir>
+
+#include "persistence/readwrite.h"
+#include "tests/app/classbench.h"
+
+/// The commands that read and write files, on the real window.
+class TestFiles : public QObject
+{
+    Q_OBJECT
+
+public Q_SLOTS:
+    void launch(const QUrl& url) { launched = url.toLocalFile(); }
+
+private Q_SLOTS:
+    void init()
+    {
+        folder.reset(new QTemporaryDir);
+        bench.reset(new ClassBench(2));
+        for (short n = 0; n < 20; ++n) {
+            bench->sample(0, n, 1 + n);
+            bench->sample(1, n, 2 + n);
+        }
+    }
+
+    void cleanup()
+    {
+        VERIFY_NO_WARNINGS(bench->guard);
+        bench.reset();
+    }
+
+    void savingEndsTheNeedToSave_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("filter");
+        QTest::addColumn<bool>("isSaved");
+        QTest::addColumn<QByteArray>("start");
+        QTest::newRow("experiment") << "a.xml"
+                                    << "(*.xml)" << true << QByteArray("\xFF\xFE<\0", 4);
+        QTest::newRow("spreadsheet") << "a.csv"
+                                     << "(*.csv)" << true << QByteArray("\xEF\xBB\xBFTime [s],");
+        QTest::newRow("no such folder") << "none/a.xml"
+                                        << "(*.xml)" << false << QByteArray();
+        QTest::newRow("spreadsheet nowhere") << "none/a.csv"
+                                             << "(*.csv)" << false << QByteArray();
+        QTest::newRow("cancelled") << ""
+                                   << "(*.xml)" << false << QByteArray();
+    }
+
+    void savingEndsTheNeedToSave()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, filter);
+        QFETCH(bool, isSaved);
+        ReadWrite::setDefaultDataPath(path("x.xml"));
+        bench->prompt.file = name.isEmpty() ? QString() : path(name);
+        bench->prompt.filter = filter;
+        bench->action("saveAct")->trigger();
+        const QRegularExpression offer(
+            QStringLiteral("^%1/\\d\\d\\.\\d\\d\\.\\d{4}_\\d\\d(\\.\\d\\d){2}\\.xml$").arg(folder->path()));
+        QVERIFY2(offer.match(bench->prompt.offered).hasMatch(), qPrintable(bench->prompt.offered));
+        QCOMPARE(bench->data(-1)->isNeedSave(), !isSaved);
+        QCOMPARE(bench->data(0)->isNeedSave(), !isSaved);
+        QCOMPARE(bench->prompt.asked.filter(QStringLiteral("File not saved|")).size(),
+                 !isSaved && !name.isEmpty() ? 1 : 0);
+        QFETCH(QByteArray, start);
+        QFile file(path(name));
+        QCOMPARE(file.open(QIODevice::ReadOnly), isSaved);
+        if (isSaved) {
+            QVERIFY(file.read(40).startsWith(start));
+            return;
+        }
+        bench->prompt.asked.clear();
+        bench->data(0)->setNeedSave(false); // the class set asks all the same
+        bench->prompt.answer = UserPrompt::Answer::Cancel;
+        bench->action("exitAct")->trigger();
+        QCOMPARE(bench->prompt.asked,
+                 QStringList{"Changes not saved|"
+                             "Do you want to save experiment and annotations before leaving?"});
+    }
+
+    void openingAFile_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<int>("samples");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("experiment") << "a.xml" << QByteArray() << 20 << "";
+        QTest::newRow("spreadsheet") << "a.CSV" << QByteArray("Time [s],UV [UVI]\n0,7\n1,8\n2,9\n") << 3 << "";
+        QTest::newRow("not xml") << "a.xml" << QByteArray("plain") << 0 << "a.xml can't be opened: ";
+        QTest::newRow("bad line") << "a.csv" << QByteArray("Time [s],UV [UVI]\n0,7\n1\n") << 0 << "line 3";
+        QTest::newRow("no file") << "none.xml" << QByteArray() << 0 << "none.xml can't be opened: ";
+        QTest::newRow("another kind") << "a.txt" << QByteArray("0,7") << 0 << "";
+    }
+
+    void openingAFile()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, text);
+        QFETCH(int, samples);
+        QFETCH(QString, said);
+        save(path("a.xml"));
+        if (!text.isEmpty()) {
+            QFile file(path(name));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        }
+        bench->sample(0, 20, 21); // there is something to lose
+        drop(path(name));
+        const bool isOpened = samples > 0;
+        QCOMPARE(bench->data(-1)->getXSize(), isOpened ? samples : 21);
+        QCOMPARE(bench->data(-1)->isNeedSave(), !isOpened);
+        QCOMPARE(layoutList()->isEnabled(), !isOpened);
+        QCOMPARE(bench->manager->plotC()->isVisible(), isOpened);
+        const QString status = bench->window->statusBar()->currentMessage();
+        QVERIFY2(status.contains(said) && (isOpened ? status.isEmpty() : true), qPrintable(status));
+        if (!isOpened)
+            return;
+        bench->sample(0, 21, 22); // the run goes on, without a trace in the file
+        Q_EMIT bench->manager->plotAt(0)->changedActiveCurve(0, 1);
+        QCOMPARE(bench->data(-1)->getXSize(), samples);
+        bench->action("runAct")->trigger();
+        QVERIFY(layoutList()->isEnabled());
+    }
+
+    void exportsAndPrintTakeTheChosenGraph()
+    {
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "launch");
+        bench->prompt.file = path("sheet.csv");
+        for (int chosen : {-1, 1}) {
+            Q_EMIT bench->manager->plotAt(0)->changedActivePlot(chosen);
+            choose(0);
+            QCOMPARE(QFileInfo(launched), QFileInfo(path("sheet.csv")));
+            QFile file(launched);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(file.readLine().count(','), bench->data(chosen)->getNSens());
+        }
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+
+        bench->prompt.file = path("image.png");
+        choose(1);
+        QVERIFY(!QFile::exists(path("image.png"))); // the class graph does not show
+        layoutList()->setCurrentIndex(2);
+        choose(1);
+        QVERIFY(!QImage(path("image.png")).isNull());
+        bench->prompt.file = path("none/image.png");
+        choose(1);
+        QVERIFY(bench->prompt.asked.last().startsWith(QLatin1String("File not saved|")));
+
+        bench->window->setPrinterChoice([this](QPrinter* printer) {
+            printer->setOutputFileName(path("page.pdf"));
+            return true;
+        });
+        bench->action("printAct")->trigger();
+        QVERIFY(QFileInfo(path("page.pdf")).size() > 0);
+    }
+
+private:
+    QString path(const QString& name) const { return folder->filePath(name); }
+    QComboBox* layoutList() const { return bench->window->findChild<QComboBox*>(QStringLiteral("layouts")); }
+    void choose(int item)
+    {
+        Q_EMIT bench->window->findChild<QComboBox*>(QStringLiteral("exports"))->activated(item);
+    }
+
+    void save(const QString& name)
+    {
+        bench->prompt.file = name;
+        bench->prompt.filter = QStringLiteral("(*.xml)");
+        bench->action("saveAct")->trigger();
+    }
+
+    void drop(const QString& name)
+    {
+        QMimeData mime;
+        mime.setUrls({QUrl::fromLocalFile(name)});
+        QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(bench->window.data(), &enter);
+        QDropEvent event(QPointF(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(bench->window.data(), &event);
+    }
+
+    QScopedPointer<QTemporaryDir> folder;
+    QScopedPointer<ClassBench> bench;
+    QString launched;
+};
+
+QTEST_MAIN(TestFiles)
+#include "test_files.moc"
