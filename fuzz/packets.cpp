@@ -1,0 +1,57 @@
+// Any bytes a logger's port may deliver, in pieces of any size, through listener, identifier and handlers.
+// The first byte says in which state the logger is met, the second how long the pieces are.
+#include "fuzz/application.h"
+#include "link/portlistener.h"
+#include "protocol/tembrindata.h"
+#include "tests/link/fakeport.h"
+
+namespace {
+
+void connectHandlers(PortListener* listener, TembrinData* data)
+{
+    const auto join = [listener, data](auto signal, auto slot) {
+        QObject::connect(listener, signal, data, slot);
+    };
+    join(&PortListener::telemetryReceived, &TembrinData::handleTelemetry);
+    join(&PortListener::statusReceived, &TembrinData::handleStatus);
+    join(&PortListener::onlineReceived, &TembrinData::handleOnline);
+    join(&PortListener::tooSlowSignal, &TembrinData::tooSlowSignal);
+    join(&PortListener::dataPacketReceived, &TembrinData::handleDataPacket);
+    join(&PortListener::sensorIDReceived, &TembrinData::handleSensID);
+    join(&PortListener::testDataReceived, &TembrinData::handleTestData);
+    join(&PortListener::infoPacketReceived, &TembrinData::handleInfoPacket);
+    join(&PortListener::extEventReceived, &TembrinData::handleExtEvent);
+    join(&PortListener::VortaFetchReceived, &TembrinData::handleVortaFetch);
+    join(&PortListener::VortaStatusReceived, &TembrinData::handleVortaStatus);
+    join(&PortListener::VortaOnlineReceivedFast, &TembrinData::handleVortaOnlineFast);
+    join(&PortListener::VortaOnlineReceivedSlow, &TembrinData::handleVortaOnlineSlow);
+    join(&PortListener::bootloadProgMemReceived, &TembrinData::handleProgMem);
+    join(&PortListener::bootloadEepromReceived, &TembrinData::handleEEPROM);
+    join(&PortListener::bootloadCSReceived, &TembrinData::HandleBLCS);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, size_t size)
+{
+    ensureApplication();
+    if (size < 2)
+        return 0;
+    TembrinData data(0);
+    data.gotSensorList = bytes[0] & 1;
+    data.loggerRecognized = bytes[0] & 2;
+    data.setVorta(bytes[0] & 4);
+    FakePort port;
+    port.open(SerialPort::OpenMode::ReadWrite);
+    PortListener listener(&port, &data, 0);
+    QObject::connect(&port, &SerialPort::readyRead, &listener, &PortListener::receive);
+    connectHandlers(&listener, &data);
+
+    const int piece = 1 + bytes[1];
+    const QByteArray stream =
+        QByteArray::fromRawData(reinterpret_cast<const char*>(bytes) + 2, int(size) - 2);
+    for (int position = 0; position < stream.size(); position += piece)
+        port.feed(stream.mid(position, piece));
+    data.getSamplesVector();
+    return 0;
+}
