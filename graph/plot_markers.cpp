@@ -120,8 +120,14 @@ void Plot::takeStored(myPlotMarker* marker)
 {
     marker->setScaler(scaler.get());
     addMarker(marker);
-    if (const SensorPtr& sensor = data->getSens(marker->iSens); sensor && sensor->needAltUnit())
+    if (const SensorPtr& sensor = data->getSens(marker->iSens); sensor && sensor->needAltUnit()) {
         marker->setYValue(sensor->convertToAltUnit(marker->yValue()));
+        if (marker->type == MARKER_REGRESSION) {
+            marker->a *= sensor->altUnit().factor;
+            marker->b *= sensor->altUnit().factor;
+            marker->c = sensor->convertToAltUnit(marker->c);
+        }
+    }
     marker->setText(marker->label().text());
     if (marker->type == MARKER_X) {
         setCross(marker, MARKER_X);

@@ -122,7 +122,7 @@ void Utf16Xml::escape(const QString& value, bool isAttribute)
     }
 }
 
-int timeDecimals(double rate)
+int decimalsOfTimes(double rate)
 {
     return rate < 0.1 ? 6 : 1;
 }
@@ -165,6 +165,17 @@ double inBaseUnit(const SensorPtr& sensor, double shown)
     return sensor && sensor->needAltUnit() ? withoutNoise(sensor->convertFromAltUnit(shown)) : shown;
 }
 
+/// A coefficient of a fit. It was read as a 32-bit float, and is that again when only rounding stands
+/// between.
+double inBaseSlope(double shown, double factor)
+{
+    if (factor == 1)
+        return shown;
+    const double base = shown / factor;
+    const double read = double(float(base));
+    return std::fabs(read - base) <= 4e-16 * std::fabs(base) ? read : base;
+}
+
 void writeRootStart(Utf16Xml& xml, const ExperimentToWrite& experiment)
 {
     const ExpData& data = *experiment.data;
@@ -189,7 +200,7 @@ void writeTimes(Utf16Xml& xml, const ExpData& data)
         return;
     }
     xml.raw(u"<Times>\n");
-    xml.list(u"  <T t=\"", data.getX(), timeDecimals(data.dt), u"\"/>\n");
+    xml.list(u"  <T t=\"", data.getX(), decimalsOfTimes(data.dt), u"\"/>\n");
     xml.raw(u" </Times>\n");
 }
 
@@ -235,9 +246,12 @@ void writeMarker(Utf16Xml& xml, const myPlotMarker& marker, const ExpData& data,
     xml.attribute(u"yOffset", marker.yOffset);
     xml.attribute(u"x0", marker.linX0);
     xml.attribute(u"x1", marker.linX1);
-    xml.attribute(u"a", marker.a);
-    xml.attribute(u"b", marker.b);
-    xml.attribute(u"c", marker.c);
+    // The fitted curve, too, is one of base units: y = a x² + b x + c.
+    const SensorPtr& sensor = data.getSens(marker.iSens);
+    const double factor = sensor ? sensor->altUnit().factor : 1;
+    xml.attribute(u"a", inBaseSlope(marker.a, factor));
+    xml.attribute(u"b", inBaseSlope(marker.b, factor));
+    xml.attribute(u"c", marker.type == MARKER_REGRESSION ? inBaseUnit(sensor, marker.c) : marker.c);
     xml.attribute(u"Text", marker.label().text());
     xml.attribute(u"bubble", marker.isBubble());
     xml.attribute(u"image", marker.isPic());

@@ -195,7 +195,7 @@ private:
         auto* balloon = new myPlotMarker(0, MARKER_ANNOTATE);
         balloon->setPic(picture);
         balloon->setBubble(true);
-        auto* fit = new myPlotMarker(1, MARKER_REGRESSION);
+        auto* fit = new myPlotMarker(0, MARKER_REGRESSION);
         fit->a = 1.0 / 3;
         fit->linX1 = 2;
         auto* locked = new myPlotMarker(1, MARKER_X);
@@ -279,7 +279,7 @@ private Q_SLOTS:
         QCOMPARE(graph->markers.size(), 7);
         QCOMPARE(graph->markers[0]->getPic().size(), QSize(30, 20));
         QCOMPARE(graph->markers[4]->connectTo, graph->markers[3]);
-        QCOMPARE(graph->markers[3]->a, double(float(1.0 / 3)));
+        QCOMPARE(graph->markers[3]->a, double(float(1.0 / 3)) * 1.8);
         QVERIFY(graph->markers[5]->isLocked());
         QCOMPARE(bar->markers.size(), 1);
         QCOMPARE(graph->markers[1]->yValue(), 21.5 /* pH has one unit */);
