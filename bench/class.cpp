@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QFile>
+#include <QGridLayout>
 #include <QProcess>
 #include <QScreen>
 #include <QTemporaryDir>
@@ -271,7 +272,8 @@ int main(int argc, char** argv)
                                            QStringLiteral("S"), QStringLiteral("60"));
     const QCommandLineOption modelOption(QStringLiteral("model"), QStringLiteral("Model of the loggers."),
                                          QStringLiteral("NAME"), QStringLiteral("Birch"));
-    parser.addOptions({secondsOption, modelOption});
+    const QCommandLineOption barsOption(QStringLiteral("bars"), QStringLiteral("Bar graphs in all cells."));
+    parser.addOptions({secondsOption, modelOption, barsOption});
     parser.addPositionalArgument(QStringLiteral("virtual-loggers"),
                                  QStringLiteral("The program that plays loggers."));
     parser.addHelpOption();
@@ -315,8 +317,13 @@ int main(int argc, char** argv)
         return true;
     });
     Waits::pump(1000);
+    const int view = parser.isSet(barsOption) ? VIEW_BAR : VIEW_GRAPH;
+    auto* grid =
+        qobject_cast<QGridLayout*>(window.findChild<QWidget*>(QStringLiteral("graphGridW"))->layout());
     for (size_t i = 0; i < loggerCount; ++i) {
-        application.canvases[i] = manager->plotAt(int(i))->canvas();
+        manager->addWidgetByIndex(grid, view, int(i));
+        const Plot* shown = view == VIEW_BAR ? manager->barAt(int(i)) : manager->plotAt(int(i));
+        application.canvases[i] = const_cast<QWidget*>(shown->canvas());
         application.data[i] = manager->dataAt(int(i));
     }
 
@@ -361,13 +368,15 @@ int main(int argc, char** argv)
     }
     const double held = *std::max_element(pulse.delays.begin(), pulse.delays.end());
 
-    QTextStream(stdout) << QStringLiteral("%1 loggers, %2, 100/Sec, %3 channels each, %4 s, window %5 x %6\n")
+    QTextStream(stdout) << QStringLiteral(
+                               "%1 loggers, %2, 100/Sec, %3 channels each, %4 s, window %5 x %6%7\n")
                                .arg(loggerCount)
                                .arg(parser.value(modelOption))
                                .arg(application.data[0]->getNSens())
                                .arg(wall, 0, 'f', 1)
                                .arg(window.width())
-                               .arg(window.height());
+                               .arg(window.height())
+                               .arg(view == VIEW_BAR ? QStringLiteral(", bar graphs") : QString());
     row("samples sent", QString::number(all.sent), QString(), all.sent > 0);
     row("samples stored", QString::number(all.stored), QStringLiteral("as many as sent"),
         all.stored == all.sent);

@@ -181,18 +181,20 @@ Costs compare(Signal signal, int n)
     return {median(plainCosts), median(ourCosts)};
 }
 
-// A minute at 100 samples a second on eight loggers with all their channels on, and the samples of one frame
+// A run at 100 samples a second on eight loggers with all their channels on, and the samples of one frame
 // more before each refresh: moving axes count too.
-double liveFrame(int framesPerSecond)
+double liveFrame(int framesPerSecond, graphtype cells, int samplesBefore)
 {
     constexpr int channels = 16;
     constexpr int perSecond = 100;
     std::vector<std::unique_ptr<ExpData>> data;
     Board board;
     for (int i = 0; i <= loggers; ++i) {
-        data.push_back(makeData(Signal::Noisy, 55 * perSecond, i < loggers ? channels : loggers + 1, i));
+        data.push_back(makeData(Signal::Noisy, samplesBefore, i < loggers ? channels : loggers + 1, i));
         data.back()->finalData = false;
-        board.add(new Plot(data.back().get(), GRAPH_LINE, false, i < loggers ? i : -1, &board.window));
+        const bool isClass = i == loggers;
+        board.add(new Plot(data.back().get(), isClass ? GRAPH_LINE : cells, false, isClass ? -1 : i,
+                           &board.window));
     }
     board.open(0);
     double total = 0;
@@ -237,12 +239,20 @@ int main(int argc, char** argv)
         }
     }
     const int framesPerSecond = 25;
-    const double frame = liveFrame(framesPerSecond);
-    out << QStringLiteral(
-               "\nlive, 8 plots of 16 curves and the class, 6,000 samples: %1 ms a frame, %2 of a core at "
-               "%3 frames a second\n")
-               .arg(frame, 0, 'f', 2)
-               .arg(frame * framesPerSecond / 1000, 0, 'f', 2)
-               .arg(framesPerSecond);
+    const auto live = [&](const char* what, graphtype cells, int samples) {
+        const double frame = liveFrame(framesPerSecond, cells, samples);
+        out << QStringLiteral(
+                   "live, 8 %1 and the class, %2 samples: %3 ms a frame, %4 of a core at %5 frames "
+                   "a second\n")
+                   .arg(QLatin1String(what))
+                   .arg(samples)
+                   .arg(frame, 0, 'f', 2)
+                   .arg(frame * framesPerSecond / 1000, 0, 'f', 2)
+                   .arg(framesPerSecond);
+    };
+    out << "\n";
+    live("graphs of 16 curves", GRAPH_LINE, 5500);
+    live("bar graphs", GRAPH_BAR, 1000);
+    live("bar graphs", GRAPH_BAR, 30000);
     return 0;
 }

@@ -35,6 +35,7 @@ void Plot::createLegend()
 
 void Plot::watchLegendItem(myPlotCurve* curve)
 {
+    curve->setLegendIconSize(iconSize);
     auto* const item = qobject_cast<QwtLegendLabel*>(legendView->legendWidget(itemToInfo(curve)));
     if (!item)
         return;
@@ -101,7 +102,6 @@ void Plot::designCurve(int i)
     }
     if (isLine)
         curve->setStyle(QwtPlotCurve::Lines);
-    curve->setLegendIconSize(iconSize);
     axesChanged = true;
 }
 

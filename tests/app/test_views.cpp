@@ -1,0 +1,212 @@
+#include <QAction>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QMenu>
+#include <QSet>
+#include <QSignalSpy>
+#include <QStatusBar>
+#include <QTest>
+#include <QToolBar>
+#include <QToolButton>
+
+#include <qwt_text_label.h>
+
+#include "tests/app/classbench.h"
+
+class TestViews : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup() { QApplication::setFont(usualFont); }
+
+    void eachCellKeepsItsView()
+    {
+        ClassBench bench(3);
+        auto* views = bench.window->findChild<QComboBox*>(QStringLiteral("views"));
+        auto* grid = bench.window->findChild<QWidget*>(QStringLiteral("graphGridW"));
+        const auto shows = [&](int i) {
+            return QPair<bool, bool>(bench.manager->plotAt(i)->isVisibleTo(grid),
+                                     bench.manager->barAt(i)->isVisibleTo(grid));
+        };
+        const QPair<bool, bool> line{true, false};
+        const QPair<bool, bool> bars{false, true};
+        QVERIFY(!views->isEnabled());
+        QTest::mouseClick(bench.manager->plotAt(1)->titleLabel(), Qt::LeftButton);
+        QVERIFY(views->isEnabled());
+        choose(views, QStringLiteral("Bar view"));
+        QCOMPARE(shows(0), line);
+        QCOMPARE(shows(1), bars);
+        QCOMPARE(bench.manager->getActiveBar(), bench.manager->barAt(1));
+
+        QTest::mouseClick(bench.manager->plotAt(2)->titleLabel(), Qt::LeftButton);
+        QCOMPARE(views->currentIndex(), 0);
+        bench.action("layoutAct2")->trigger(); // no cell to be seen
+        QVERIFY(!views->isEnabled());
+        bench.action("layoutAct3")->trigger();
+        QCOMPARE(shows(1), bars);
+        QTest::mouseClick(bench.manager->barAt(1)->titleLabel(), Qt::LeftButton);
+        QCOMPARE(views->currentIndex(), 1);
+        choose(views, QStringLiteral("Graph view"));
+        QCOMPARE(shows(1), line);
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void barsFollowTheRunWhileTheyAreShown()
+    {
+        ClassBench bench(1);
+        QVERIFY(QTest::qWaitForWindowExposed(bench.window.data()));
+        Plot* bars = bench.manager->barAt(0);
+        for (short number = 0; number < 60; ++number)
+            bench.sample(0, number, number);
+        const double before = bars->axisInterval(QwtPlot::xBottom).maxValue();
+        QTest::qWait(100);
+        QCOMPARE(bars->axisInterval(QwtPlot::xBottom).maxValue(), before); // hidden
+        bench.manager->setActivePlot(0);
+        bench.manager->addWidget(
+            qobject_cast<QGridLayout*>(
+                bench.window->findChild<QWidget*>(QStringLiteral("graphGridW"))->layout()),
+            VIEW_BAR);
+        const auto right = [&] {
+            const double dt = TembrinData::Rates[bench.logger(0)->rate];
+            return qRound(bars->axisInterval(QwtPlot::xBottom).maxValue() / dt - 1.0 / 3);
+        };
+        QTRY_COMPARE(right(), 59);
+        bench.sample(0, 60, 60);
+        QTRY_COMPARE(right(), 60);
+        VERIFY_NO_WARNINGS(bench.guard);
+    }
+
+    void aNumberThatIsNoLayoutShowsTheClass()
+    {
+        ClassBench bench(2);
+        auto* layouts = bench.window->findChild<QComboBox*>(QStringLiteral("layouts"));
+        auto* grid = bench.window->findChild<QWidget*>(QStringLiteral("graphGridW"));
+        for (int number : {4, 5}) {
+            layouts->setCurrentIndex(LAYOUT_MULTI_COMBO);
+            QVERIFY(QMetaObject::invokeMethod(bench.window.data(), "updateLayout", Q_ARG(int, number)));
+            QCOMPARE(layouts->currentIndex(), int(LAYOUT_MULTI_TOGETHER));
+            QVERIFY(grid->isHidden() && !bench.manager->plotC()->isHidden());
+        }
+    }
+
+    void noTwoActionsShareAKey()
+    {
+        ClassBench bench(1);
+        QSet<QKeySequence> keys;
+        for (const QAction* action : bench.window->actions()) {
+            for (const QKeySequence& key : action->shortcuts()) {
+                QVERIFY2(!keys.contains(key), qPrintable(key.toString()));
+                keys.insert(key);
+            }
+        }
+        for (const char* key : {"F5", "Esc", "Shift+F5", "Ctrl+1", "Ctrl+2", "Ctrl+3"})
+            QVERIFY2(keys.contains(QKeySequence(QLatin1String(key))), key);
+    }
+
+    void simulationsStandUnderTheirSetting()
+    {
+        QVERIFY(!ClassBench(1).window->findChild<QToolButton*>(QStringLiteral("simulationButton")));
+        Settings::mainStore().setValue(QLatin1String(Settings::simulations), true);
+        MainWindow window;
+        const auto* button = window.findChild<QToolButton*>(QStringLiteral("simulationButton"));
+        const QList<QAction*> entries = button->menu()->actions();
+        QCOMPARE(entries.size(), 9);
+        QCOMPARE(entries[8]->data().toInt(), 8);
+        QVERIFY(entries[0]->isChecked() && entries[1]->isSeparator());
+        QVERIFY(!entries[2]->isEnabled());
+    }
+
+    void nothingOverlapsOrIsCut_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<int>("fontFactor");
+        for (const QSize& size : {QSize(1024, 700), QSize(1920, 1080), QSize(3840, 2160)}) {
+            for (int factor : {1, 2})
+                QTest::addRow("%d wide, text x %d", size.width(), factor) << size << factor;
+        }
+    }
+
+    void nothingOverlapsOrIsCut()
+    {
+        QFETCH(QSize, size);
+        QFETCH(int, fontFactor);
+        QFont font = usualFont;
+        font.setPointSizeF(usualFont.pointSizeF() * fontFactor);
+        QApplication::setFont(font);
+        ClassBench bench(8);
+        bench.window->resize(size);
+        auto* grid = bench.window->findChild<QWidget*>(QStringLiteral("graphGridW"));
+        for (int i : {0, 5})
+            bench.manager->addWidgetByIndex(qobject_cast<QGridLayout*>(grid->layout()), VIEW_BAR, i);
+        for (const char* layout : {"layoutAct1", "layoutAct2", "layoutAct3"}) {
+            bench.action(layout)->trigger();
+            QTest::qWait(50);
+            QCOMPARE(bench.window->size(), size);
+            QCOMPARE(faultOfToolBars(bench), QString());
+            QVector<const QWidget*> parents{bench.window.data(), bench.window->statusBar(),
+                                            grid->parentWidget(), grid};
+            for (const Plot* plot : bench.window->findChildren<Plot*>()) {
+                if (!plot->isVisible())
+                    continue;
+                parents.append(plot);
+                QVERIFY2(plot->canvas()->width() >= 60 && plot->canvas()->height() >= 40,
+                         qPrintable(QStringLiteral("%1, %2: canvas %3 x %4")
+                                        .arg(QLatin1String(layout), plot->accessibleName())
+                                        .arg(plot->canvas()->width())
+                                        .arg(plot->canvas()->height())));
+            }
+            for (const QWidget* parent : qAsConst(parents))
+                QCOMPARE(faultAmongChildren(parent), QString());
+        }
+    }
+
+private:
+    static void choose(QComboBox* list, const QString& name)
+    {
+        const int row = list->findData(name, Qt::ToolTipRole);
+        list->setCurrentIndex(row);
+        Q_EMIT list->activated(row);
+    }
+
+    static QString faultOfToolBars(const ClassBench& bench)
+    {
+        for (QToolBar* bar : bench.window->findChildren<QToolBar*>()) {
+            const auto* more = bar->findChild<QToolButton*>(QStringLiteral("qt_toolbar_ext_button"));
+            for (QAction* action : bar->actions()) {
+                const QWidget* item = bar->widgetForAction(action);
+                const bool isInside = item->isVisible() && bar->rect().contains(item->geometry());
+                if (!isInside && action->isVisible() && !(more && more->isVisible()))
+                    return action->objectName() + item->objectName() + QStringLiteral(" is out of reach");
+            }
+        }
+        return QString();
+    }
+
+    static QString faultAmongChildren(const QWidget* parent)
+    {
+        QVector<const QWidget*> seen;
+        for (const QObject* object : parent->children()) {
+            const auto* child = qobject_cast<const QWidget*>(object);
+            if (!child || !child->isVisible() || child->isWindow() || child->size().isEmpty() ||
+                child->inherits("QSplitterHandle") || child->inherits("QSizeGrip"))
+                continue;
+            const QString name = QLatin1String(child->metaObject()->className()) + child->objectName();
+            if (!parent->rect().contains(child->geometry()))
+                return name + QStringLiteral(" is cut");
+            for (const QWidget* other : qAsConst(seen)) {
+                // The scales of a graph share its corners.
+                const bool areScales = child->inherits("QwtScaleWidget") && other->inherits("QwtScaleWidget");
+                if (!areScales && other->geometry().intersects(child->geometry()))
+                    return name + QStringLiteral(" lies on ") + other->objectName();
+            }
+            seen.append(child);
+        }
+        return QString();
+    }
+
+    const QFont usualFont = QApplication::font();
+};
+
+QTEST_MAIN(TestViews)
+#include "test_views.moc"
