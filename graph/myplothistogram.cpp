@@ -3,6 +3,9 @@
 #include <QPainter>
 #include <QPalette>
 
+#include <algorithm>
+#include <cmath>
+
 #include <qwt_column_symbol.h>
 
 namespace {
@@ -32,7 +35,9 @@ void myPlotHistogram::drawColumn(QPainter* painter, const QwtColumnRect& rect,
 {
     const QRectF box = rect.toRect();
     if (box.width() < leastRaisedWidth)
-        painter->fillRect(box, brush());
+        painter->fillRect(
+            QRectF(std::round(box.left()), box.top(), std::max(1.0, std::floor(box.width())), box.height()),
+            brush()); // whole pixels, so that the gaps between bars stay open
     else
         QwtPlotHistogram::drawColumn(painter, rect, sample);
 }

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 
+#include <QFontInfo>
 #include <QFontMetrics>
 #include <QResizeEvent>
 
 #include <qwt_legend.h>
+#include <qwt_legend_label.h>
 #include <qwt_picker_machine.h>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_grid.h>
@@ -28,16 +30,41 @@
 namespace {
 
 constexpr int axisFontSize = 11;
-constexpr int leastTitleSize = 8;
-constexpr int leastLegendSize = 8;
 constexpr int greatestLegendSize = 13;
 constexpr int pixelsPerLegendPoint = 64; // of the graph's width
+constexpr int leastLegendSize = 8;
 
-// The title font of the language, or the next smaller one whose text has room.
+// In a small cell the texts leave most of the room to the curves, whatever size they have elsewhere.
+constexpr int leastPixels = 8;
+constexpr int titlesPerHeight = 12;
+constexpr int axisTitlesPerHeight = 15;
+constexpr int axisLabelsPerHeight = 16;
+constexpr int axisLabelsPerWidth = 25;
+constexpr int pixelsPerTickX = 55; // of the graph's width
+constexpr int pixelsPerTickY = 28;
+constexpr int leastTicks = 2;
+constexpr int mostTicks = 8;
+constexpr double legendPart = 0.36;  // of the width
+constexpr int besideLegendText = 34; // symbol and margins
+
+int pixelsOf(const QFont& font)
+{
+    return QFontInfo(font).pixelSize();
+}
+
+QFont atMost(QFont font, int pixels)
+{
+    if (pixelsOf(font) > pixels)
+        font.setPixelSize(std::max(leastPixels, pixels));
+    return font;
+}
+
+// The font, or the next smaller one whose text has room.
 QFont fitted(QFont font, const QString& text, int room)
 {
-    while (font.pointSize() > leastTitleSize && QFontMetrics(font).horizontalAdvance(text) > room)
-        font.setPointSize(font.pointSize() - 1);
+    for (int pixels = pixelsOf(font);
+         pixels > leastPixels && QFontMetrics(font).horizontalAdvance(text) > room;)
+        font.setPixelSize(--pixels);
     return font;
 }
 
@@ -164,8 +191,9 @@ void Plot::setAxisTitleAndSize(int axisID, const QString& text, int /*size*/)
         font = QFont(QStringLiteral("Arial"), 16, QFont::Bold);
         font.setLetterSpacing(QFont::AbsoluteSpacing, 1);
     }
-    const QSize room = axisWidget(axisID)->size();
+    const QSize room = canvas() ? canvas()->size() : size();
     QwtText title(text);
+    font = atMost(font, height() / axisTitlesPerHeight);
     title.setFont(fitted(font, text, axisID == xBottom ? room.width() : room.height()));
     setAxisTitle(axisID, title);
 }
@@ -173,7 +201,8 @@ void Plot::setAxisTitleAndSize(int axisID, const QString& text, int /*size*/)
 void Plot::updateTitle(const QString& text)
 {
     QwtText newTitle(text);
-    newTitle.setFont(fitted(titleFont, text, width()));
+    const int room = canvas() ? canvas()->width() : width();
+    newTitle.setFont(fitted(atMost(titleFont, height() / titlesPerHeight), text, room));
     setTitle(newTitle);
 }
 
@@ -181,15 +210,44 @@ void Plot::updateTitle(const QString& text)
 void Plot::resizeEvent(QResizeEvent* event)
 {
     QwtPlot::resizeEvent(event);
-    updateTitle(title().text());
+    fitTexts();
+}
+
+// The room for the titles is what labels and legend leave.
+void Plot::fitTexts()
+{
+    QFont labels;
+    labels.setPointSize(axisFontSize);
+    labels = atMost(labels, std::min(height() / axisLabelsPerHeight, width() / axisLabelsPerWidth));
+    for (int axisID : {xBottom, yLeft})
+        setAxisFont(axisID, labels);
+    setAxisMaxMajor(xBottom, qBound(leastTicks, width() / pixelsPerTickX, mostTicks));
+    setAxisMaxMajor(yLeft, qBound(leastTicks, height() / pixelsPerTickY, mostTicks));
+    fitLegend();
+    updateLayout();
     for (int axisID : {xBottom, yLeft})
         setAxisTitleAndSize(axisID, axisTitle(axisID).text(), 0);
-    if (legendView) {
-        QFont font = legendView->font();
-        font.setPointSize(qBound(leastLegendSize, width() / pixelsPerLegendPoint, greatestLegendSize));
-        legendView->setFont(font);
-    }
+    updateTitle(title().text());
     axesChanged = true;
+}
+
+void Plot::fitLegend()
+{
+    if (!legendView)
+        return;
+    QFont font;
+    font.setPointSize(qBound(leastLegendSize, width() / pixelsPerLegendPoint, greatestLegendSize));
+    QString longest;
+    for (int i = 0; i < curves.size(); ++i) {
+        const QString name = legendName(i);
+        if (QFontMetrics(font).horizontalAdvance(name) > QFontMetrics(font).horizontalAdvance(longest))
+            longest = name;
+    }
+    const int lines = std::max(curves.size(), 1);
+    font = atMost(font, int(height() / (1.5 * lines)));
+    font = fitted(font, longest, int(legendPart * width()) - besideLegendText);
+    for (QwtLegendLabel* item : legendView->findChildren<QwtLegendLabel*>())
+        item->setFont(font);
 }
 
 void Plot::setTempTitle()

@@ -227,6 +227,8 @@ private:
     void watchMouse();
     void setGridShown(bool shown);
     void applyDesign();
+    void fitTexts();
+    void fitLegend();
 
     // plot_update.cpp
     void dropCurves();

@@ -44,6 +44,7 @@ void Plot::setBarData()
         activeSens = 0;
     for (int i = 0; i < nSens; ++i)
         addBarEntry(i, i < colors.size() ? colors[i] : ColorScale::myColors(i));
+    fitLegend();
     setBarColor();
     axesChanged = true;
 }
@@ -54,6 +55,8 @@ void Plot::createBars()
     hist->attach(this);
     setAxisText(xBottom, tr("Time [s]"));
     setAxisText(yLeft, tr("Value"));
+    setAxisScale(xBottom, 0, barsInWindow(0));
+    setAxisScale(yLeft, 0, 1);
     barZoomer = new ScrollZoomer(canvas());
     barZoomer->setRubberBand(QwtPicker::NoRubberBand);
     connect(barZoomer, &QwtPlotZoomer::zoomed, this, &Plot::barsScrolled);

@@ -56,6 +56,7 @@ void Plot::setData()
         activeSens = 0;
     for (int i = 0; i < nSens; ++i)
         addCurve(i);
+    fitLegend();
     if (index < 0)
         data->makeUniformScales();
     scaler->setScales(data, index < 0);
