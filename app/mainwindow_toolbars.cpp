@@ -201,6 +201,7 @@ QComboBox* MainWindow::addIconList(QToolBar* bar, const QString& name, const QSt
     list->setToolTip(accessibleName);
     list->setIconSize(QSize(iconDim, iconDim));
     list->setItemDelegate(new IconDelegate(iconDim, list));
+    list->setMinimumWidth(iconDim * 3 / 2); // the arrow has room beside the picture at any size
     list->setFocusPolicy(Qt::TabFocus);
     bar->addWidget(list);
     return list;
