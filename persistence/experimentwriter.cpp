@@ -12,6 +12,7 @@
 #include "graph/scalemanager.h"
 #include "persistence/numbertext.h"
 #include "persistence/safefile.h"
+#include "sensors/sensorsmaster.h"
 
 namespace {
 
@@ -160,9 +161,20 @@ double withoutNoise(double value)
     return value;
 }
 
+/// The exact inverse of the way a reader takes: the conversion for display rounds its factors each way.
 double inBaseUnit(const SensorPtr& sensor, double shown)
 {
-    return sensor && sensor->needAltUnit() ? withoutNoise(sensor->convertFromAltUnit(shown)) : shown;
+    if (!sensor || !sensor->needAltUnit())
+        return shown;
+    const Sensor::AltUnit unit = sensor->altUnit();
+    return withoutNoise((shown - unit.offset) / unit.factor);
+}
+
+/// Of the base unit, in which the values stand, and not of the unit that is on display.
+int decimalsOfValues(const Sensor& sensor)
+{
+    const SensorRow* row = sensor.needAltUnit() ? sensorRow(sensor.ID) : nullptr;
+    return int(row ? row->prec : sensor.precision) + 1;
 }
 
 /// A coefficient of a fit. It was read as a 32-bit float, and is that again when only rounding stands
@@ -229,7 +241,7 @@ void writeSensor(Utf16Xml& xml, const ExperimentToWrite& experiment, int i)
         return;
     }
     xml.raw(u">\n  <Samples>\n");
-    xml.list(u"   <V v=\"", samples, int(sensor->precision) + 1, u"\"/>\n");
+    xml.list(u"   <V v=\"", samples, decimalsOfValues(*sensor), u"\"/>\n");
     xml.raw(u"  </Samples>\n </Sensor>\n");
 }
 
