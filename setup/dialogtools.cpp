@@ -1,7 +1,10 @@
 #include "setup/dialogtools.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialog>
+#include <QEvent>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -28,6 +31,22 @@ QLineEdit[isWrong="true"] { border: 2px solid #b3261e; background-color: #fdeceb
 QLabel[isWarning="true"] { color: #b3261e; }
 )");
 
+/// Passes the wheel on to what scrolls, unless the control has the focus.
+class WheelGuard : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        const auto* control = qobject_cast<QWidget*>(object);
+        if (event->type() != QEvent::Wheel || !control || control->hasFocus())
+            return false;
+        event->ignore();
+        return true;
+    }
+};
+
 } // namespace
 
 QFont DialogTools::sized(QFont font, int points)
@@ -53,6 +72,17 @@ QScrollArea* DialogTools::scrolled(QWidget* content)
     area->viewport()->setAutoFillBackground(false);
     content->setAutoFillBackground(false);
     return area;
+}
+
+void DialogTools::keepFromWheel(QWidget* parent)
+{
+    auto* guard = new WheelGuard(parent);
+    for (QWidget* control : parent->findChildren<QWidget*>()) {
+        if (!qobject_cast<QComboBox*>(control) && !qobject_cast<QAbstractSpinBox*>(control))
+            continue;
+        control->setFocusPolicy(Qt::StrongFocus);
+        control->installEventFilter(guard);
+    }
 }
 
 void DialogTools::fitToScreen(QDialog* dialog, const QSize& usual, const QVector<QScrollArea*>& areas)

@@ -31,6 +31,10 @@ void applyLook(QDialog* dialog);
 /// `content` in an area that scrolls up and down where it has no room.
 QScrollArea* scrolled(QWidget* content);
 
+/// Lists and number fields in `parent` take the wheel only while they have the focus: somebody who scrolls
+/// past one must not change it.
+void keepFromWheel(QWidget* parent);
+
 /// At least `usual`, as much as shows the contents of `areas` whole, at most the screen.
 void fitToScreen(QDialog* dialog, const QSize& usual, const QVector<QScrollArea*>& areas = {});
 

@@ -199,6 +199,7 @@ QWidget* loggerBasicSetup::createSensorRow(int i)
     row->addWidget(box);
     row->addWidget(createSocketList(i));
     row->setStretchFactor(1, 1);
+    DialogTools::keepFromWheel(row);
     return row;
 }
 

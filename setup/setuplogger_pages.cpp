@@ -81,6 +81,7 @@ QLabel* resultLabel(const char* name, const QString& spoken)
 QScrollArea* setupLogger::addPage(const char* name, const QString& title, QWidget* content)
 {
     QScrollArea* page = named(DialogTools::scrolled(content), name, title);
+    DialogTools::keepFromWheel(content);
     tabs->addTab(page, title);
     return page;
 }

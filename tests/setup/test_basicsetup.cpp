@@ -3,7 +3,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
+#include <QWheelEvent>
 
 #include "setup/loggerbasicsetup.h"
 #include "tests/setup/setupbench.h"
@@ -181,6 +181,10 @@ private Q_SLOTS:
         open();
         auto* second = find<QComboBox>("socketList2");
         QVERIFY(second->isVisibleTo(dialog.data()) && box(4)->text().isEmpty());
+        QWheelEvent past({5, 5}, second->mapToGlobal(QPoint(5, 5)), {}, {0, 120}, Qt::NoButton, {},
+                         Qt::NoScrollPhase, false);
+        QApplication::sendEvent(second, &past);
+        QCOMPARE(bench->written(0), QByteArray());
         second->setCurrentIndex(VERNIER_PH - VERNIER_FIRST);
         QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "261C"));
         bench->port(0).feed(summed("2E6985 6700")); // a current sensor that names itself

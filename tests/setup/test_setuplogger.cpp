@@ -129,6 +129,9 @@ private Q_SLOTS:
         for (int i = 0; i < int(std::size(ids)); ++i)
             set.addSensorData(i, ids[i], {0.1, 21.7, 3.33}, 0);
         QVERIFY(ReadWrite::write(first, QStringLiteral("T"), &set, {}, {}, {}, QStringLiteral("Line")));
+        ExpData before;
+        QVERIFY(!ReadWrite::read(first, &before, nullptr, nullptr).isEmpty());
+        QVERIFY(ReadWrite::write(first, QStringLiteral("T"), &before, {}, {}, {}, QStringLiteral("Line")));
         open();
         for (const char* unit : {"unitsFahrenheit", "unitsBaro_hPa", "unitsPSI", "unitsFeet", "unitsMS"})
             find<QRadioButton>(unit)->click();
@@ -142,7 +145,7 @@ private Q_SLOTS:
         QCOMPARE(units.join(' '), QStringLiteral("°F hPa PSI ft m/s"));
         QVERIFY(qAbs(again.getYAt(0, 1) - 71.06) < 1e-9);
         QVERIFY(ReadWrite::write(second, QStringLiteral("T"), &again, {}, {}, {}, QStringLiteral("Line")));
-        QCOMPARE(contents(second), contents(first));
+QCOMPARE(contents(second), contents(first));
     }
 
     void aCalibrationTemperature_data()
