@@ -31,7 +31,7 @@ namespace {
 
 constexpr int axisFontSize = 11;
 constexpr int greatestLegendSize = 13;
-constexpr int pixelsPerLegendPoint = 64; // of the graph's width
+constexpr int pixelsPerLegendPoint = 45; // of the graph's width
 constexpr int leastLegendSize = 8;
 
 // In a small cell the texts leave most of the room to the curves, whatever size they have elsewhere.
