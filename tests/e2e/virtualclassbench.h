@@ -75,6 +75,11 @@ protected:
         }
         store.sync();
         prompt = FakePrompt();
+        makeWindow();
+    }
+
+    void makeWindow()
+    {
         window.reset(new MainWindow(&prompt));
         manager = window->findChild<multiConnectionsManager*>();
         window->resize(1280, 800);
