@@ -211,6 +211,7 @@ void Plot::resizeEvent(QResizeEvent* event)
 {
     QwtPlot::resizeEvent(event);
     fitTexts();
+    replot(); // with as many ticks as there is room for now
 }
 
 // The room for the titles is what labels and legend leave.
