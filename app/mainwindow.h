@@ -6,7 +6,6 @@
 #include <QMainWindow>
 #include <QMutex>
 #include <QPointer>
-#include <QSet>
 #include <QTimer>
 #include <QVector>
 
@@ -291,8 +290,6 @@ private:
     void fillIconLists();
     QWidget* createSimulationButton();
     void fitToolBars();
-    /// Enables or disables an action; one whose command does not exist stays disabled.
-    void setActionEnabled(QAction* action, bool tf);
 
     void setupViews();
     void createCells();
@@ -328,7 +325,6 @@ private:
     QAction* downloadAct = nullptr;
     QAction* advancedSetupAct = nullptr;
     QAction* exitAct = nullptr;
-    QSet<QAction*> withoutCommand;
     QToolBar* fileToolBar = nullptr;
     QToolBar* graphToolBar = nullptr;
     QToolBar* tembrinToolBar = nullptr;

@@ -9,6 +9,7 @@
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 
+#include <QAction>
 #include <QFileInfo>
 #include <QLabel>
 #include <QStatusBar>
@@ -49,7 +50,7 @@ void MainWindow::tryConnect(int index)
         mTembrin->setNotConnected(index);
         mTembrin->release(index);
     }
-    setActionEnabled(advancedSetupAct, false);
+    advancedSetupAct->setEnabled(false);
     statusBar()->showMessage(tr("Trying to connect to Tembrin, please wait.."));
     (new ConnectThread(mTembrin->tembrinAt(index), this))->start();
 }
@@ -72,7 +73,7 @@ void MainWindow::disconnectAll()
 
 void MainWindow::connectionResult(int index)
 {
-    setActionEnabled(advancedSetupAct, true);
+    advancedSetupAct->setEnabled(true);
     mTembrin->setTryingToConnect(index, false);
     if (mTembrin->isTembrinConnect(index))
         takeConnected(index);
@@ -177,7 +178,7 @@ void MainWindow::updateIconsConnection(int index)
 void MainWindow::updateIconsConnection(bool tf)
 {
     for (QAction* action : {downloadAct, runAct, stopAct, basicSetupAct})
-        setActionEnabled(action, tf);
+        action->setEnabled(tf);
 }
 
 void MainWindow::updateHint()

@@ -88,7 +88,7 @@ void MainWindow::createActions()
         const char* name;
         const char* text;
         const char* icon;
-        void (MainWindow::*slot)(); ///< null: the command does not exist
+        void (MainWindow::*slot)();
         const char* statusTip;
         QList<QKeySequence> keys;
     };
@@ -130,23 +130,13 @@ void MainWindow::createActions()
         action->setObjectName(QLatin1String(row.name));
         action->setStatusTip(*row.statusTip ? tr(row.statusTip) : QString());
         action->setShortcuts(row.keys);
-        if (row.slot)
-            connect(action, &QAction::triggered, this, row.slot);
-        else
-            withoutCommand.insert(action);
-        action->setEnabled(row.slot != nullptr);
+        connect(action, &QAction::triggered, this, row.slot);
         addAction(action); // so that the keys work without a toolbar too
         this->*row.member = action;
     }
     for (QAction* mode : {zoomAct, markerAct, annotateAct})
         mode->setCheckable(true);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWindow::doExitFromX);
-}
-
-void MainWindow::setActionEnabled(QAction* action, bool tf)
-{
-    if (!withoutCommand.contains(action))
-        action->setEnabled(tf);
 }
 
 void MainWindow::chooseIconSize()
