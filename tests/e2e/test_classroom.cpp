@@ -56,11 +56,11 @@ private Q_SLOTS:
         start(2, {QStringLiteral("--samples"), QStringLiteral("100")});
         connectAll(2);
         tell("battery 2 empty");
-        window->findChild<QAction*>(QStringLiteral("runAct"))->trigger();
+        action("runAct")->trigger();
         QTRY_COMPARE(prompt.asked.size(), 1);
         QVERIFY(prompt.asked[0].startsWith(QLatin1String("Low battery power|")));
         QTRY_COMPARE_WITH_TIMEOUT(data(0)->getXSize(), 100, 5000);
-        QTRY_VERIFY(window->findChild<QAction*>(QStringLiteral("runAct"))->isVisible());
+        QTRY_VERIFY(action("runAct")->isVisible());
         QVERIFY(data(0)->finalData);
     }
 };

@@ -4,6 +4,8 @@
 #include <QTableWidget>
 #include <QTimer>
 
+#include <numeric>
+
 #include "graph/plot.h"
 #include "tests/e2e/virtualclassbench.h"
 
@@ -34,7 +36,7 @@ private Q_SLOTS:
     {
         startWithLog(2, {QStringLiteral("--rate"), QStringLiteral("1000/Sec"), QStringLiteral("--firmware"),
                          QStringLiteral("4.02")});
-        window->findChild<QAction*>(QStringLiteral("runAct"))->trigger();
+        action("runAct")->trigger();
         waitForDownload();
         for (int i = 0; i < 2; ++i) {
             QCOMPARE(data(i)->getXSize(), 1000);
@@ -71,10 +73,10 @@ private Q_SLOTS:
             tell("fault 1 silent=100");
             QTest::keyClick(table, Qt::Key_Down);
             QTest::mouseClick(start, Qt::LeftButton);
-            QVERIFY(!window->findChild<QAction*>(QStringLiteral("runAct"))->isEnabled());
+            QVERIFY(!action("runAct")->isEnabled());
             QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("pushCancel")), Qt::LeftButton);
         });
-        QVERIFY(window->findChild<QAction*>(QStringLiteral("runAct"))->isEnabled());
+        QVERIFY(action("runAct")->isEnabled());
         QVERIFY(!manager->isSending(CMD_DOWNLOAD_STORED_DATA));
         QCOMPARE(data(1)->getXSize(), 1000);
         QCOMPARE(classData()->getYNoConv(0).size(), 100);
@@ -112,7 +114,7 @@ private:
 
     void download()
     {
-        window->findChild<QAction*>(QStringLiteral("downloadAct"))->trigger();
+        action("downloadAct")->trigger();
         waitForDownload();
     }
 
@@ -127,15 +129,15 @@ private:
             isDone = true;
             dialog->close();
         });
-        window->findChild<QAction*>(QStringLiteral("selectExperimentAct"))->trigger();
+        action("selectExperimentAct")->trigger();
         QVERIFY(isDone);
     }
 
     void waitForDownload()
     {
-        const QAction* action = window->findChild<QAction*>(QStringLiteral("downloadAct"));
-        QTRY_VERIFY(!action->isEnabled());
-        QTRY_VERIFY_WITH_TIMEOUT(action->isEnabled(), 60000);
+        const QAction* button = action("downloadAct");
+        QTRY_VERIFY(!button->isEnabled());
+        QTRY_VERIFY_WITH_TIMEOUT(button->isEnabled(), 60000);
     }
 
     /// The class shows the selected channel of these loggers and their average, and nothing of the others.
@@ -178,27 +180,16 @@ private:
                 packets[number(bytes, 4)] = bytes;
         }
         const QByteArray first = packets.value(0);
-        const int mask = number(first, 6);
         QByteArray samples = first.mid(first.startsWith(".iT") ? 19 : 17).chopped(1);
         for (int n = 1; packets.contains(n); ++n)
             samples += packets[n].mid(6).chopped(1);
 
-        QVector<QVector<double>> channels;
+        QVector<QVector<double>> channels(data(i)->getNSens());
         int at = 0;
         for (int n = 0; n < number(first, 9); ++n) {
-            int channel = 0;
-            for (int slot = 0; slot < 16; ++slot) {
-                if (!(mask >> slot & 1))
-                    continue;
-                Sensor sensor(manager->tembrinDataAt(i)->getSensors().at(slot)->ID);
-                const QByteArray block = samples.mid(at, sensor.numBytes);
-                sensor.setLastValue(reinterpret_cast<const unsigned char*>(block.constData()), block.size());
-                at += sensor.numBytes;
-                for (double value : qAsConst(sensor.lastValue)) {
-                    channels.resize(qMax(channels.size(), channel + 1));
-                    channels[channel++].append(value);
-                }
-            }
+            const QVector<double> row = values(i, samples, &Sensor::downloadActive, &at);
+            for (int channel = 0; channel < row.size(); ++channel)
+                channels[channel].append(row[channel]);
         }
         return channels;
     }
@@ -208,13 +199,7 @@ private:
         return bytes.size() > at + 1 ? quint8(bytes[at]) << 8 | quint8(bytes[at + 1]) : 0;
     }
 
-    static int sumOf(const QByteArray& bytes)
-    {
-        int sum = 0;
-        for (char byte : bytes)
-            sum += quint8(byte);
-        return sum % 256;
-    }
+    static int sumOf(const QByteArray& bytes) { return std::accumulate(bytes.begin(), bytes.end(), 0) % 256; }
 
     QString logFile;
 };

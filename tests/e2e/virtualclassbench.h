@@ -97,6 +97,7 @@ protected:
         return isReady;
     }
 
+    QAction* action(const char* name) const { return window->findChild<QAction*>(QLatin1String(name)); }
     void tell(const QByteArray& command) { loggers.write(command + '\n'); }
     QString port(int i) const { return ports.value(i); }
     ExpData* data(int i) const { return manager->dataAt(i); }
@@ -110,14 +111,14 @@ protected:
 
     void run(int count, int samples)
     {
-        window->findChild<QAction*>(QStringLiteral("runAct"))->trigger();
+        action("runAct")->trigger();
         for (int i = 0; i < count; ++i)
             QTRY_VERIFY_WITH_TIMEOUT(data(i)->getXSize() >= samples, 8000);
     }
 
     void stop(int count)
     {
-        window->findChild<QAction*>(QStringLiteral("stopAct"))->trigger();
+        action("stopAct")->trigger();
         for (int i = 0; i < count; ++i)
             QTRY_VERIFY_WITH_TIMEOUT(data(i)->finalData, 8000);
     }
@@ -140,12 +141,14 @@ protected:
     int samplesSent(int i) const { return record[i].size(); }
 
     /// What the bytes of a sample say, read sensor by sensor without the program's decoder.
-    QVector<double> values(int i, const QByteArray& bytes) const
+    /// `at` (may be null) moves on to the next sample.
+    QVector<double> values(int i, const QByteArray& bytes, bool Sensor::*isIn = &Sensor::active,
+                           int* at = nullptr) const
     {
         QVector<double> row;
-        int offset = 0;
+        int offset = at ? *at : 0;
         for (const SensorPtr& active : manager->tembrinDataAt(i)->getSensors()) {
-            if (!active->active)
+            if (!(*active.*isIn))
                 continue;
             Sensor sensor(active->ID);
             const QByteArray block = bytes.mid(offset, sensor.numBytes);
@@ -153,6 +156,8 @@ protected:
             row += sensor.lastValue;
             offset += sensor.numBytes;
         }
+        if (at)
+            *at = offset;
         return row;
     }
 
