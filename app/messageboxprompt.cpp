@@ -87,15 +87,15 @@ QString MessageBoxPrompt::saveFile(QObject* parent, const QString& title, const 
         static const QRegularExpression pattern(QStringLiteral("\\*\\.(\\w+)"));
         for (auto match = pattern.globalMatch(chosen); match.hasNext();)
             endings.append(match.next().captured(1));
-        const QFileInfo name(dialog.selectedFiles().value(0));
-        if (endings.isEmpty() || endings.contains(name.suffix(), Qt::CaseInsensitive))
+        if (endings.isEmpty())
             return;
         const QString png = QStringLiteral("png");
-        dialog.setDefaultSuffix(endings.contains(png) ? png : endings.constFirst());
-        if (!name.isDir())
-            dialog.selectFile(name.completeBaseName() + QLatin1Char('.') + dialog.defaultSuffix());
+        const QString ending = endings.contains(png) ? png : endings.constFirst();
+        dialog.setDefaultSuffix(ending);
+        const QFileInfo name(dialog.selectedFiles().value(0));
+        if (!name.isDir() && name.suffix() != ending)
+            dialog.selectFile(name.completeBaseName() + QLatin1Char('.') + ending);
     };
-    dialog.setDefaultSuffix(QFileInfo(folder).suffix());
     takeEnding(dialog.selectedNameFilter());
     QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, takeEnding);
     if (dialog.exec() != QDialog::Accepted)
