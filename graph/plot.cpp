@@ -92,7 +92,7 @@ Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget*
     , titleFont(titleLabel()->font())
     , axisTitleFont(axisTitle(yLeft).font())
 {
-    const QString group = data->getGroupName();
+    const QString& group = data->getGroupName();
     updateTitle(group.isEmpty() ? tr("New experiment") : group);
     createCanvas();
     createGrid();

@@ -137,7 +137,7 @@ QByteArray PortSession::read(qint64 maxSize)
 {
     const std::lock_guard lock(mutex);
     told = false;
-    const QByteArray bytes = received.mid(readPosition, static_cast<int>(maxSize));
+    QByteArray bytes = received.mid(readPosition, static_cast<int>(maxSize));
     readPosition += bytes.size();
     if (readPosition == received.size()) {
         received.resize(0);

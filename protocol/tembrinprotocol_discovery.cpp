@@ -85,7 +85,7 @@ void TembrinProtocol::checkUSB()
 
 UsbScan TembrinProtocol::scanUSB()
 {
-    const UsbScan scan = scanForUsb(discovery.serialPorts());
+    UsbScan scan = scanForUsb(discovery.serialPorts());
     if (scan.isWrongDriver)
         Q_EMIT wrongDriver();
     return scan;

@@ -239,7 +239,7 @@ double LessonSignals::lessonTime(double seconds, double period)
 /// How this logger differs from others, -1 to 1.
 double LessonSignals::spread(int sensorId, int what) const
 {
-    return hashNoise(seed, quint64(sensorId * 16 + what));
+    return hashNoise(seed, quint64(sensorId) * 16 + quint64(what));
 }
 
 double LessonSignals::value(int sensorId, double seconds) const

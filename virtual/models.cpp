@@ -74,7 +74,7 @@ bool isCalled(const LoggerModel& model, const QString& text)
 
 QString LoggerModel::displayName() const
 {
-    const QString own = QString::fromLatin1(name);
+    QString own = QString::fromLatin1(name);
     if (code == Sorrel || code == Vorta)
         return own;
     return QStringLiteral("Tembrin ") + (own.isEmpty() ? QStringLiteral("0x%1").arg(code, 0, 16) : own);

@@ -224,7 +224,7 @@ QDateTime fromBcdDate(const QByteArray& bytes)
 
 int readSplit(const QByteArray& bytes, int at)
 {
-    const int high = qint8(bytes[at]);
+    const int high = static_cast<qint8>(quint8(bytes[at]));
     const int low = quint8(bytes[at + 1]);
     return high < 0 && low > 0 ? high * 256 + low - 256 : high * 256 + low;
 }
