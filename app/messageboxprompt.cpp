@@ -83,14 +83,10 @@ QString MessageBoxPrompt::saveFile(QObject* parent, const QString& title, const 
     // A name keeps up with the filter, so that the question before overwriting is about the file that is
     // written.
     const auto takeEnding = [&dialog](const QString& chosen) {
-        QStringList endings;
         static const QRegularExpression pattern(QStringLiteral("\\*\\.(\\w+)"));
-        for (auto match = pattern.globalMatch(chosen); match.hasNext();)
-            endings.append(match.next().captured(1));
-        if (endings.isEmpty())
+        const QString ending = pattern.match(chosen).captured(1);
+        if (ending.isEmpty())
             return;
-        const QString png = QStringLiteral("png");
-        const QString ending = endings.contains(png) ? png : endings.constFirst();
         dialog.setDefaultSuffix(ending);
         const QFileInfo name(dialog.selectedFiles().value(0));
         if (!name.isDir() && name.suffix() != ending)

@@ -176,11 +176,13 @@ QString ReadWrite::getImageSaveFileName(bool extra, UserPrompt* prompt)
         filters << tr("PDF Documents (*.pdf)") << tr("SVG Documents (*.svg)")
                 << tr("Postscript Documents (*.ps)");
     }
-    QStringList images;
-    for (const QByteArray& format : QImageWriter::supportedImageFormats())
-        images << QStringLiteral("*.") + QString::fromLatin1(format);
-    if (!images.isEmpty())
-        filters << tr("Images (") + images.join(QLatin1Char(' ')) + QLatin1Char(')');
+    // A name takes the first ending of the filter chosen.
+    QStringList images{QStringLiteral("*.png")};
+    for (const QByteArray& format : QImageWriter::supportedImageFormats()) {
+        if (format != "png")
+            images << QStringLiteral("*.") + QString::fromLatin1(format);
+    }
+    filters << tr("Images (") + images.join(QLatin1Char(' ')) + QLatin1Char(')');
     return prompt->saveFile(nullptr, tr("Export File Name"),
                             getDataPath(extra ? tr("Image.pdf") : tr("Image.png")),
                             filters.join(QStringLiteral(";;")), nullptr);
