@@ -2,7 +2,6 @@
 #include <QComboBox>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTimer>
 
 #include "graph/plot.h"
 #include "tests/e2e/virtualclassbench.h"
@@ -90,21 +89,6 @@ private:
         connectAll(3);
         for (int i = 0; i < 3; ++i)
             QTRY_COMPARE(received(i, "47 14 CC").size(), 1); // the clock is the last of a session's opening
-    }
-
-    /// Opens a dialog and lets `hand` work in it; then it is closed.
-    void inDialog(const char* action, const std::function<void(QWidget*)>& hand)
-    {
-        bool isDone = false;
-        QTimer::singleShot(0, this, [&] {
-            QTRY_VERIFY(QApplication::activeModalWidget());
-            QWidget* dialog = QApplication::activeModalWidget();
-            hand(dialog);
-            isDone = true;
-            dialog->close();
-        });
-        window->findChild<QAction*>(QLatin1String(action))->trigger();
-        QVERIFY(isDone);
     }
 
     void restart()

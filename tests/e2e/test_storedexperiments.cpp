@@ -2,7 +2,6 @@
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTableWidget>
-#include <QTimer>
 
 #include <numeric>
 
@@ -50,7 +49,7 @@ private Q_SLOTS:
     {
         startWithLog(2, {QStringLiteral("--model"), QStringLiteral("Birch,Dune")});
         download();
-        atDialog([this](QWidget* dialog) {
+        inDialog("selectExperimentAct", [this](QWidget* dialog) {
             auto* table = dialog->findChild<QTableWidget*>();
             auto* start = dialog->findChild<QPushButton*>(QStringLiteral("pushDownload"));
             auto* progress = dialog->findChild<QProgressBar*>();
@@ -116,21 +115,6 @@ private:
     {
         action("downloadAct")->trigger();
         waitForDownload();
-    }
-
-    /// Opens the dialog from the arrow of the button and lets `hand` work in it.
-    void atDialog(const std::function<void(QWidget*)>& hand)
-    {
-        bool isDone = false;
-        QTimer::singleShot(0, this, [&] {
-            QTRY_VERIFY(QApplication::activeModalWidget());
-            QWidget* dialog = QApplication::activeModalWidget();
-            hand(dialog);
-            isDone = true;
-            dialog->close();
-        });
-        action("selectExperimentAct")->trigger();
-        QVERIFY(isDone);
     }
 
     void waitForDownload()

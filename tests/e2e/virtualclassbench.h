@@ -7,6 +7,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include "app/common/settings.h"
 #include "app/mainwindow.h"
@@ -121,6 +122,21 @@ protected:
         action("stopAct")->trigger();
         for (int i = 0; i < count; ++i)
             QTRY_VERIFY_WITH_TIMEOUT(data(i)->finalData, 8000);
+    }
+
+    /// Opens a dialog and lets `hand` work in it; then it is closed.
+    void inDialog(const char* name, const std::function<void(QWidget*)>& hand)
+    {
+        bool isDone = false;
+        QTimer::singleShot(0, this, [&] {
+            QTRY_VERIFY(QApplication::activeModalWidget());
+            QWidget* dialog = QApplication::activeModalWidget();
+            hand(dialog);
+            isDone = true;
+            dialog->close();
+        });
+        action(name)->trigger();
+        QVERIFY(isDone);
     }
 
     void readRecord()
