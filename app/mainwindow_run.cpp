@@ -58,7 +58,7 @@ void MainWindow::handleLoggerMode()
     bool allIdle = true;
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
         const TembrinData* state = mTembrin->tembrinDataAt(i);
-        if (mTembrin->isTembrinConnect(i) && state->isLoggerRecognized())
+        if (mTembrin->isTembrinConnect(i) && (state->isLoggerRecognized() || state->isVorta()))
             allIdle = allIdle && state->isIdle();
     }
     updateRunStopButton(allIdle);

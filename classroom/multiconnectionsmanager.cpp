@@ -18,6 +18,8 @@ multiConnectionsManager::multiConnectionsManager(QObject* parent)
         connect(protocol, &TembrinProtocol::loggerDisconnected, this, &multiConnectionsManager::handleLoss);
         connect(protocol->tembrinData, &TembrinData::commandAccepted, this,
                 &multiConnectionsManager::commandAccepted);
+        connect(protocol->tembrinData, qOverload<int, bool>(&TembrinData::runTerminated), this,
+                &multiConnectionsManager::takeEndOfRun);
         connect(protocol->tembrinData, &TembrinData::downloadComplete, this,
                 &multiConnectionsManager::takeDownload);
         loggers[i].protocol = protocol;

@@ -158,6 +158,7 @@ private:
     void passOn();
     void passOver();
     void handleLoss(int index);
+    void takeEndOfRun(int index);
     void takeDownload(int index, bool success);
     void repeatDownload();
 

@@ -7,7 +7,14 @@ Q_LOGGING_CATEGORY(classLog, "pellandra.class", QtInfoMsg)
 
 namespace {
 constexpr int mostBadDownloads = 3;
+
+// The others set up something that a Vorta logger has not: it is told its rate with the start, and has no
+// memory.
+bool isForVorta(commandType command)
+{
+    return command == CMD_STOP_LOGGING;
 }
+} // namespace
 
 int multiConnectionsManager::nextConnected(int from) const
 {
@@ -21,9 +28,10 @@ bool multiConnectionsManager::isServed(int i) const
 {
     if (!isTembrinConnect(i))
         return false;
-    // A Vorta logger has no memory.
     const TembrinData* state = tembrinDataAt(i);
-    return command != CMD_DOWNLOAD_STORED_DATA || (!state->isVorta() && state->numExperiments > 0);
+    if (state->isVorta())
+        return isForVorta(command);
+    return command != CMD_DOWNLOAD_STORED_DATA || state->numExperiments > 0;
 }
 
 int multiConnectionsManager::nextServed(int from) const
@@ -116,6 +124,13 @@ void multiConnectionsManager::commandAccepted(int index, commandType cmd)
         repeatDownload();
     else
         passOn();
+}
+
+/// The end of its run is all that a Vorta logger says to a stop.
+void multiConnectionsManager::takeEndOfRun(int index)
+{
+    if (tembrinDataAt(index)->isVorta())
+        commandAccepted(index, CMD_STOP_LOGGING);
 }
 
 void multiConnectionsManager::takeDownload(int index, bool success)

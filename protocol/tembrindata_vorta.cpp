@@ -28,11 +28,6 @@ constexpr int typeTenSamples = 0xF2;
 constexpr double uprightAcc = 0.9;       ///< g
 constexpr double weightCorrection = 1.9; ///< N
 
-float usableGain(double gain)
-{
-    return gain == 0 ? 1.0f : static_cast<float>(gain);
-}
-
 } // namespace
 
 void TembrinData::handleVortaStatus(unsigned char* udata, int len)
@@ -75,6 +70,7 @@ void TembrinData::becomeVorta()
     setActiveFromMask(Vorta_rate == fastRate ? fastSensors : usualSensors);
     loggerRecognized = false;
     vorta = true;
+    onlineCounter = 0;
     Q_EMIT communicationEstablished(index);
     Q_EMIT recognizedVorta();
 }
@@ -85,9 +81,9 @@ void TembrinData::calibrateForce()
         return;
     const quint16 gain = static_cast<quint16>(Vorta_gain);
     sensors.at(force50)->setOffset(Vorta_offset1);
-    sensors.at(force50)->setGain(usableGain(gain * 0.1));
+    sensors.at(force50)->setGain(static_cast<float>(gain * 0.1));
     sensors.at(force5)->setOffset(Vorta_offset2);
-    sensors.at(force5)->setGain(usableGain(gain));
+    sensors.at(force5)->setGain(gain);
 }
 
 void TembrinData::reactToVortaStatus(int eventCode)
@@ -97,6 +93,7 @@ void TembrinData::reactToVortaStatus(int eventCode)
         Q_EMIT loggerMode();
         break;
     case eventStarted:
+        onlineCounter = 0; // the end of the run before may have been lost
         if (isFastRate())
             Q_EMIT offlineRunStarted(true);
         break;

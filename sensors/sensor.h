@@ -53,7 +53,8 @@ public:
     void adoptIdentity(int id);
 
     void setOffset(int offset) { forceOffset = offset; }
-    void setGain(float gain) { forceGain = gain; }
+    /// Raw steps a newton; 0, of a logger that was never calibrated, counts as 1.
+    void setGain(float gain) { forceGain = gain == 0.0F ? 1.0F : gain; }
 
     /// A raw word to a value in the base unit, by this sensor's ID or by another.
     double convert(quint16 word) const { return convert(word, ID); }

@@ -207,8 +207,6 @@ double Sensor::convertInternal(quint16 word, int forID) const
 
 double Sensor::force(int val) const
 {
-    if (forceGain == 0.0F)
-        return 0;
     const double newton =
         std::clamp((val - forceOffset) / static_cast<double>(forceGain), min, std::max(min, max));
     return invertForce ? -newton : newton;

@@ -140,6 +140,13 @@ private Q_SLOTS:
         QCOMPARE(written(1), QByteArray());
 
         trace.clear();
+        manager->tembrinDataAt(0)->setVorta(true);
+        manager->sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        QCOMPARE(trace.join(QLatin1Char(' ')), QStringLiteral("+2 start 2"));
+        manager->sendCmdToAll(CMD_STOP_LOGGING); // which a Vorta confirms with the end of its run
+        for (int i : {0, 1})
+            Q_EMIT manager->tembrinDataAt(i)->runTerminated(i, false);
+        trace.clear();
         manager->downloadFrom(2, 2);
         QVERIFY(written(2).endsWith(downloadFrame(2)));
         endDownload(2, true);

@@ -116,6 +116,8 @@ private Q_SLOTS:
         Sensor::setInvertForce(true);
         QCOMPARE(force.convert(31000), -10.0);
         Sensor::setInvertForce(false);
+        force.setGain(0); // of a logger that was never calibrated
+        QCOMPARE(force.convert(30001), 1.0);
         Sensor ph(SENSOR_PH);
         ph.setLastValue(quint16(14000));
         QCOMPARE(ph.lastValue[0], 14.0);
