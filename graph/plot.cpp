@@ -191,11 +191,15 @@ void Plot::setAxisTitleAndSize(int axisID, const QString& text, int /*size*/)
         font = QFont(QStringLiteral("Arial"), 16, QFont::Bold);
         font.setLetterSpacing(QFont::AbsoluteSpacing, 1);
     }
-    const QSize room = canvas() ? canvas()->size() : size();
-    QwtText title(text);
-    font = atMost(font, height() / axisTitlesPerHeight);
-    title.setFont(fitted(font, text, axisID == xBottom ? room.width() : room.height()));
+    const QSize size = canvas() ? canvas()->size() : this->size();
+    const int room = axisID == xBottom ? size.width() : size.height();
+    font = fitted(atMost(font, height() / axisTitlesPerHeight), text, room);
+    const QString shown = QFontMetrics(font).elidedText(text, Qt::ElideRight, room);
+    QwtText title(shown);
+    title.setFont(font);
     setAxisTitle(axisID, title);
+    axisWidget(axisID)->setToolTip(shown == text ? QString() : text);
+    axisTexts[axisID] = text;
 }
 
 void Plot::updateTitle(const QString& text)
@@ -227,7 +231,7 @@ void Plot::fitTexts()
     fitLegend();
     updateLayout();
     for (int axisID : {xBottom, yLeft})
-        setAxisTitleAndSize(axisID, axisTitle(axisID).text(), 0);
+        setAxisTitleAndSize(axisID, QString(axisTexts[axisID]), 0);
     updateTitle(title().text());
     axesChanged = true;
 }

@@ -57,7 +57,8 @@ public:
     // Look, in plot.cpp
 
     void setGrid(bool shown);
-    /// `size` is not used: the language decides on the font.
+    /// `size` is not used: the language decides on the font. A text without room ends in an ellipsis and is
+    /// the axis' tool tip.
     void setAxisTitleAndSize(int axisID, const QString& text, int size);
     void updateTitle(const QString& text);
     /// The title gives way to the busy text until restoreTitle().
@@ -355,6 +356,7 @@ private:
     QVector<myPlotCurve*> curves; ///< one per sensor, in sensor order
     const QFont titleFont;        ///< the largest that titles take
     const QFont axisTitleFont;
+    QString axisTexts[axisCnt]; ///< the axis titles in full
     QwtPlotGrid* grid = nullptr;
     QwtPlotPicker* zoomer = nullptr;
     TimeScaleDraw* myTimeScale = nullptr; ///< owned by the bottom axis

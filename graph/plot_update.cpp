@@ -233,7 +233,7 @@ QString Plot::sensorTitle(int iSens) const
 
 void Plot::setAxisText(int axisID, const QString& text)
 {
-    if (axisTitle(axisID).text() == text)
+    if (axisTexts[axisID] == text)
         return;
     setAxisTitleAndSize(axisID, text, 0);
     axesChanged = true;

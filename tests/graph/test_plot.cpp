@@ -300,7 +300,13 @@ void TestPlot::activeSensorStaysValid()
     plot->updateSens(2);
     QCOMPARE(plot->getCurve()->pen().width(), 4);
     QCOMPARE(plot->getCurvePen(0).width(), 2);
-    QCOMPARE(plot->axisTitle(QwtPlot::yLeft).text(), data->getSens(2)->getNameWithUnit(false));
+    const QString name = data->getSens(2)->getNameWithUnit(false);
+    QCOMPARE(plot->axisTitle(QwtPlot::yLeft).text(), name);
+    plot->resize(200, 105);
+    QTRY_VERIFY(plot->axisTitle(QwtPlot::yLeft).text().endsWith(QChar(0x2026)));
+    QCOMPARE(plot->axisWidget(QwtPlot::yLeft)->toolTip(), name);
+    plot->resize(640, 400);
+    QTRY_COMPARE(plot->axisTitle(QwtPlot::yLeft).text(), name);
     QCOMPARE(rangeOf(*plot, QwtPlot::yLeft).second, plot->scaler->getScaleMax(2));
     fill(*data, {SENSOR_PH, SENSOR_LIGHT}, 100, 0.1);
     plot->setData();
