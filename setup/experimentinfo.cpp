@@ -20,7 +20,7 @@ namespace {
 constexpr int iconSize = 32;
 constexpr int iconGap = 5;
 constexpr int columnGap = 20;
-const QSize usualSize(640, 420);
+const QSize tableDialogSize(640, 420);
 constexpr int msForTable = 2500; ///< the longest table takes about a second on the line
 constexpr int mostQuestions = 3;
 
@@ -58,7 +58,7 @@ experimentInfo::experimentInfo(multiConnectionsManager* mTembrin, int index, QWi
     DialogTools::applyLook(this);
     createTable();
     createLayout();
-    DialogTools::fitToScreen(this, usualSize * scale());
+    DialogTools::fitToScreen(this, tableDialogSize * scale());
 
     connect(logger, &TembrinData::gotExperimentInfo, this, &experimentInfo::fillTable);
     connect(logger, &TembrinData::donePacket, this, &experimentInfo::showProgress);

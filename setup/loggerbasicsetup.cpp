@@ -23,7 +23,7 @@ using DialogTools::sized;
 
 namespace {
 
-const QSize usualSize(510, 546);
+const QSize basicDialogSize(510, 546);
 constexpr int mostPictureEdge = 256;
 constexpr int usualIcon = 32;
 constexpr int listPadding = 14;   ///< pixels that a list needs above and below its text
@@ -149,7 +149,7 @@ void loggerBasicSetup::createAll(multiConnectionsManager* manager)
         refuse();
     isReady = true;
     setTitleFonts();
-    DialogTools::fitToScreen(this, usualSize, {sensorArea});
+    DialogTools::fitToScreen(this, basicDialogSize, {sensorArea});
 }
 
 void loggerBasicSetup::connectControls()

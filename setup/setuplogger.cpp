@@ -24,7 +24,7 @@
 using DialogTools::named;
 
 namespace {
-const QSize usualSize(427, 512);
+const QSize setupDialogSize(427, 512);
 }
 
 setupLogger::setupLogger(UserPrompt* prompt, QWidget* parent)
@@ -89,8 +89,8 @@ void setupLogger::createAll(multiConnectionsManager* manager)
     for (int i = 0; i < tabs->count(); ++i)
         pages.append(qobject_cast<QScrollArea*>(tabs->widget(i)));
     const int margin = 2 * layout()->contentsMargins().left();
-    DialogTools::fitToScreen(this, usualSize.expandedTo({tabs->tabBar()->sizeHint().width() + margin, 0}),
-                             pages);
+    DialogTools::fitToScreen(
+        this, setupDialogSize.expandedTo({tabs->tabBar()->sizeHint().width() + margin, 0}), pages);
 }
 
 void setupLogger::connectControls()
