@@ -83,7 +83,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("channels");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("text");
-        QTest::newRow("line") << 1 << false << 0 << QString() << " = 0.10t + 0.0\nr = 1.00";
+        QTest::newRow("line") << 1 << false << 0 << QString() << " = 6.00t + 0.0\nr = 1.00";
         QTest::newRow("parabola") << 2 << false << 0 << QString() << "t² ";
         QTest::newRow("smooth in a run") << 3 << false << 0 << QString() << QString();
         QTest::newRow("smooth") << 3 << true << 0 << " (smooth)" << QString();
@@ -101,6 +101,7 @@ private Q_SLOTS:
         ClassBench bench(1);
         fill(bench);
         Plot* const plot = bench.manager->plotAt(0);
+        plot->Update(); // the time is in minutes from here on, and not with the next frame
         placeCrosses(plot);
         const int before = bench.data(0)->getNSens();
         if (isStopped)
