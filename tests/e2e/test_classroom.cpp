@@ -24,6 +24,29 @@ private Q_SLOTS:
             QCOMPARE(classData()->getYNoConv(i), data(i)->getYNoConv(0));
     }
 
+    void theAverageGoesAsFarAsTheSlowestThatSends()
+    {
+        start(4, {QStringLiteral("--model"), QStringLiteral("Birch")});
+        tell("rate 2 25/Sec");
+        tell("rate 3 10/Sec");
+        tell("battery 4 empty");
+        connectAll(4);
+        run(3, 10);
+        checkAverage(); // on the way
+        QTRY_VERIFY(data(2)->getXSize() >= 25);
+        stop(3);
+        checkAverage();
+        QVERIFY(classData()->getYSize(0) > 3 * classData()->getYSize(1));
+        QVERIFY(classData()->getYSize(1) > 2 * classData()->getYSize(2));
+        QCOMPARE(classData()->getYSize(3), 0);
+        readRecord();
+        for (int i = 0; i < 3; ++i) {
+            QCOMPARE(classData()->getYSize(i), samplesSent(i));
+            for (int k = 0; k < samplesSent(i); ++k)
+                QCOMPARE(classData()->getYNoConvAt(i, k), values(i, record[i].value(k)).constFirst());
+        }
+    }
+
     void aFaultStaysWithItsLogger()
     {
         start(4, {QStringLiteral("--fault"), QStringLiteral("1:garbage=10"), QStringLiteral("--fault"),
@@ -62,6 +85,16 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(data(0)->getXSize(), 100, 5000);
         QTRY_VERIFY(action("runAct")->isVisible());
         QVERIFY(data(0)->finalData);
+    }
+
+private:
+    void checkAverage() const
+    {
+        const QVector<QVector<double>> sending = classData()->getData().mid(0, 3);
+        const QVector<double> average = classData()->getYNoConv(4);
+        QCOMPARE(average.size(), qMin(sending[0].size(), qMin(sending[1].size(), sending[2].size())));
+        for (int k = 0; k < average.size(); ++k)
+            QCOMPARE(average[k], (sending[0][k] + sending[1][k] + sending[2][k]) / 3);
     }
 };
 
