@@ -129,7 +129,7 @@ constexpr Lesson lessons[] = {
     {VERNIER_UVA,                Shape::Day,        40,    9200,  70,   15},
     {VERNIER_UVB,                Shape::Day,        4,     480,   70,   1},
     {SENSOR_VORTA_FORCE50,       Shape::Pump,       -4,    34,    2.2,  0.1},
-    {SENSOR_VORTA_FORCE5,        Shape::Pendulum,   -3.4,  3.4,   1.4,  0.01},
+    {SENSOR_VORTA_FORCE5,        Shape::Pendulum,   -3,    3,     1.4,  0.01},
     {SENSOR_VORTA_ACC_X,         Shape::Pendulum,   -1.6,  1.6,   1.4,  0.01},
     {SENSOR_VORTA_ACC_Y,         Shape::Pendulum,   -0.6,  0.6,   0.7,  0.01},
     {SENSOR_VORTA_ACC_Z,         Shape::Pendulum,   0.7,   1.6,   0.7,  0.01},

@@ -8,6 +8,9 @@ namespace {
 
 constexpr int hardwareVersion = 2;
 constexpr int runStateOn = 1;
+constexpr int uprightWord = 231; ///< 0.9 g along x
+constexpr int greatestAcceleration = 0x7FF;
+constexpr double weight = 1.9; ///< N, which pulls at the sensors of an upright logger
 
 /// How a rate packs its samples.
 struct Block
@@ -95,11 +98,13 @@ LoggerPacket VirtualLogger::vortaSnapshot(qint64 now) const
 /// One word of 12 bits for each sensor, as the converter gives it.
 QVector<quint16> VirtualLogger::vortaWords(const LessonSignals& signal, double seconds) const
 {
+    const auto acceleration = [&](int id) { return writer.word(id, signal.value(id, seconds)) >> 4; };
+    const int x = acceleration(SENSOR_VORTA_ACC_X);
+    const double pull = x >= uprightWord && x <= greatestAcceleration ? weight : 0;
     QVector<quint16> words;
     for (const int id : self.model->sensorIds()) {
-        const quint16 word = writer.word(id, signal.value(id, seconds));
         const bool isForce = id == SENSOR_VORTA_FORCE50 || id == SENSOR_VORTA_FORCE5;
-        words.append(isForce ? word : word >> 4);
+        words.append(quint16(isForce ? writer.word(id, signal.value(id, seconds) - pull) : acceleration(id)));
     }
     return words;
 }
