@@ -56,9 +56,9 @@ void MainWindow::setMainWindowStyle()
 {
     const QString back = rgb(getAppBackColor());
     const QString over = rgb(highlight);
-    const QString arrow =
-        QStringLiteral("image: url(:/icons/resources/%1);")
-            .arg(is4K() ? QLatin1String("down-arrow-2x.png") : QLatin1String("down-arrow.png"));
+    const QString arrow = QStringLiteral("image: url(:/icons/resources/down-arrow%1%2.png);")
+                              .arg(Plot::isDark(getAppBackColor()) ? QStringLiteral("-light") : QString(),
+                                   is4K() ? QStringLiteral("-2x") : QString());
     const struct
     {
         const char* selector;
@@ -70,14 +70,16 @@ void MainWindow::setMainWindowStyle()
         {"QToolButton:hover", QStringLiteral("background-color: %1; border: none;").arg(over)},
         {"QToolButton:checked", QStringLiteral("background-color: %1; border: 1px solid %1;").arg(over)},
         {"QToolBar::handle", QStringLiteral("image: none;")},
-        {"QComboBox", QStringLiteral("background: %1; border: none;").arg(back)},
-        {"QComboBox QAbstractItemView", QStringLiteral("background: %1;").arg(back)},
+        // Lists on toolbars only: those of dialogs stand on paper.
+        {"QToolBar QComboBox", QStringLiteral("background: %1; border: none;").arg(back)},
+        {"QToolBar QComboBox QAbstractItemView", QStringLiteral("background: %1;").arg(back)},
         {"QAbstractItemView::item:selected", QStringLiteral("background-color: %1; border: none;").arg(over)},
-        {"QComboBox::drop-down", QStringLiteral("border: 0px; padding: 16px;")},
-        {"QComboBox::down-arrow", arrow + QStringLiteral(" left: -%1px;").arg(iconDim / 4)},
+        {"QToolBar QComboBox::drop-down", QStringLiteral("border: 0px; padding: 16px;")},
+        {"QToolBar QComboBox::down-arrow", arrow + QStringLiteral(" left: -%1px;").arg(iconDim / 4)},
+        {"QToolButton::menu-arrow", arrow},
         {"QToolButton::menu-indicator",
          arrow + QStringLiteral(" subcontrol-origin: padding; subcontrol-position: center right;")},
-        // The rule for all lists stands before it and would hide where the mouse and the keys are.
+        // The rule for the lists stands before it and would hide where the mouse and the keys are.
         {"QToolBar QComboBox:hover, QToolBar QComboBox:focus", QStringLiteral("background: %1;").arg(over)},
     };
     QString sheet;

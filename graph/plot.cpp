@@ -73,10 +73,16 @@ QString busyTitle()
     return Plot::tr("Kormelin is busy with data collection, please wait");
 }
 
+QColor inkOn(const QColor& ground)
+{
+    return Plot::isDark(ground) ? QColor(0xf4, 0xf6, 0xf8) : QColor(0x1b, 0x27, 0x33);
+}
+
 } // namespace
 
 QColor Plot::majGridColor(52, 52, 52);
 QColor Plot::minGridColor(233, 233, 233);
+QColor Plot::surroundings(0xf0, 0xf0, 0xf0);
 QColor Plot::backgroundColor(Qt::white);
 QColor Plot::backgroundColorActive(200, 200, 200);
 double Plot::majGridW = 1;
@@ -300,6 +306,31 @@ void Plot::applyDesign()
     grid->setMinorPen(minGridColor, minGridW);
     setCanvasBackground(backgroundColor);
     doActivePlotIndicator();
+    setTextsForPaper(false);
+}
+
+bool Plot::isDark(const QColor& ground)
+{
+    constexpr int evenContrast = 118; // to black and to white
+    return qGray(ground.rgb()) < evenContrast;
+}
+
+void Plot::setTextsForPaper(bool tf)
+{
+    textColor = tf ? inkOn(Qt::white) : inkOn(surroundings);
+    // Under a style sheet the palette of the graph does not reach its parts.
+    for (QWidget* part : {static_cast<QWidget*>(titleLabel()), static_cast<QWidget*>(axisWidget(xBottom)),
+                          static_cast<QWidget*>(axisWidget(yLeft))}) {
+        QPalette colors = part->palette();
+        for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text})
+            colors.setColor(role, textColor);
+        part->setPalette(colors);
+    }
+    for (int i = 0; i < curves.size(); ++i) {
+        QwtText name = curves[i]->title();
+        name.setColor(legendColor(i));
+        curves[i]->setTitle(name);
+    }
 }
 
 void Plot::doUseDesignValues()
@@ -318,6 +349,7 @@ void Plot::setForPrint(bool tf)
 {
     isActive = !tf;
     doActivePlotIndicator();
+    setTextsForPaper(tf);
 }
 
 void Plot::alignGraphs(QwtPlot* main, QwtPlot* fft)

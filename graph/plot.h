@@ -73,9 +73,15 @@ public:
     void setDesign();
     /// True before, false after printing.
     void setForPrint(bool tf);
+    /// Around the canvas: dark texts for paper, or what can be read on the window's ground.
+    void setTextsForPaper(bool tf);
     /// Brings the left edges and the widths of two graphs that stand one over the other together.
     static void alignGraphs(QwtPlot* main, QwtPlot* fft);
 
+    /// White is easier to read on it than black.
+    static bool isDark(const QColor& ground);
+    /// The window's ground, which titles, axes and legends stand on.
+    static void setSurroundings(const QColor& color) { surroundings = color; }
     static void setBackgroundColor(const QColor& color) { backgroundColor = color; }
     static void setActivePlotColor(const QColor& color) { backgroundColorActive = color; }
     static void setMajGridColor(const QColor& color) { majGridColor = color; }
@@ -228,6 +234,7 @@ private:
     void watchMouse();
     void setGridShown(bool shown);
     void applyDesign();
+    QColor legendColor(int i) const;
     void fitTexts();
     void fitLegend();
 
@@ -381,6 +388,7 @@ private:
     bool isMarker = false;
     bool isSlope = false;
     bool isActive = false;
+    QColor textColor; ///< of titles, axes and legend
     QString realTitle;
 
     myPlotMarker* slope = nullptr;                ///< the tangent while slope mode is on; owned
@@ -402,6 +410,7 @@ private:
 
     static QColor majGridColor;
     static QColor minGridColor;
+    static QColor surroundings;
     static QColor backgroundColor;
     static QColor backgroundColorActive;
     static double majGridW;

@@ -63,11 +63,16 @@ QColor Plot::curveColor(int i) const
     return curves[i]->isUserColor() ? curves[i]->getColor() : ColorScale::myColors(i);
 }
 
+QColor Plot::legendColor(int i) const
+{
+    return curves[i]->isVisible() ? textColor : QColor(Qt::gray);
+}
+
 void Plot::setCurvePen(int i)
 {
     myPlotCurve* const curve = curves[i];
     QwtText title(legendName(i));
-    title.setColor(curve->isVisible() ? Qt::black : Qt::gray);
+    title.setColor(legendColor(i));
     if (curve->isVisible()) {
         curve->setColor(curveColor(i));
         QPen pen(curve->getColor(), i == activeSens ? curveWidthAct : curveWidth);

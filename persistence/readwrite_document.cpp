@@ -45,7 +45,9 @@ bool drawGraph(Plot* graph, QPaintDevice* page)
     QwtPlotRenderer renderer;
     renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground);
     renderer.setDiscardFlag(QwtPlotRenderer::DiscardCanvasBackground);
+    graph->setTextsForPaper(true);
     renderer.render(graph, &painter, all);
+    graph->setTextsForPaper(false);
     return painter.end();
 }
 

@@ -83,6 +83,7 @@ QColor appBackground()
 void setAppBackground(const QColor& color)
 {
     mainBackground = color;
+    Plot::setSurroundings(color);
 }
 
 } // namespace DesignValues

@@ -406,6 +406,20 @@ void TestPlot::titleIsChosenEditedAndBusy()
     plot->setForPrint(true);
     QCOMPARE(plot->canvasBackground().color(), Plot::getBackgroundColor());
 
+    const auto isLight = [this] {
+        const QwtScaleWidget* axis = plot->axisWidget(QwtPlot::yLeft);
+        const int legend = plot->getCurve(0)->title().color().lightness();
+        return QVector<bool>{axis->palette().color(QPalette::Text).lightness() > 128, legend > 128};
+    };
+    Plot::setSurroundings(QColor(0x14, 0x24, 0x34));
+    plot->setForPrint(true);
+    QCOMPARE(isLight(), QVector<bool>({false, false}));
+    plot->setForPrint(false);
+    QCOMPARE(isLight(), QVector<bool>({true, true}));
+    Plot::setSurroundings(Qt::lightGray);
+    plot->setDesign();
+    QCOMPARE(isLight(), QVector<bool>({false, false}));
+
     show(threeSensors, 10, 1, -1);
     prompt.textAnswer = QStringLiteral("Cooling");
     QTest::mouseDClick(plot->titleLabel(), Qt::LeftButton);
