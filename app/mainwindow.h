@@ -42,6 +42,13 @@ enum layouts
     LAYOUT_MULTI_COMBO
 };
 
+/// What opening an experiment file does.
+enum openModes
+{
+    OPEN_NEW = 0,   ///< the file takes the place of the class data
+    OPEN_APPEND = 2 ///< its channels join those of logger 0
+};
+
 /// The one window of the program. It owns the loggers' sessions, their data and their graphs, and carries out
 /// what the user asks for. Everything runs on the GUI thread.
 class MainWindow : public QMainWindow
@@ -58,6 +65,9 @@ public:
 
     /// The file named on the command line, which is opened.
     void setArgumentFile(const QString& fname);
+    /// What opening the next experiment file does (openModes); those after it are opened plainly again. No
+    /// control of this edition sets it.
+    void setOpenMode(int mode) { openMode = mode; }
     /// Who sets up a printer instead of the system's dialog.
     void setPrinterChoice(const std::function<bool(QPrinter*)>& choice) { printerChoice = choice; }
     bool isPanelMode() const { return isPanel; }
@@ -260,6 +270,8 @@ private Q_SLOTS:
 
 private:
     void openFile(const QString& fname);
+    void appendFile(const QString& fname);
+    void adjustAppended();
     void doImport(const QString& fname);
     void showClassFile(const QString& fname, const QString& view);
     void handleOnlyStaticClassMode(bool tf);
@@ -270,6 +282,7 @@ private:
     bool writeSpreadsheet(const QString& fname, const ExpData* set, bool launch);
     void warnNotWritten(const QString& reason);
 
+    int openMode = OPEN_NEW;
     std::function<bool(QPrinter*)> printerChoice; ///< empty for the system's dialog
 
     // Toolbars, views and layouts, in mainwindow_views.cpp and mainwindow_toolbars.cpp

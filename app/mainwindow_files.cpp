@@ -8,6 +8,7 @@
 #include "graph/scalemanager.h"
 #include "persistence/readwrite.h"
 #include "protocol/tembrindata.h"
+#include "setup/syncdata.h"
 
 #include <QComboBox>
 #include <QDateTime>
@@ -16,6 +17,8 @@
 #include <QMimeData>
 #include <QStatusBar>
 #include <QUrl>
+
+#include <utility>
 
 namespace {
 
@@ -71,6 +74,8 @@ void MainWindow::openFile(const QString& fname)
     ReadWrite::setDefaultDataPath(fname);
     if (hasEnding(fname, ".csv"))
         doImport(fname);
+    else if (std::exchange(openMode, OPEN_NEW) == OPEN_APPEND)
+        appendFile(fname);
     else
         doReadClass(fname);
 }
@@ -104,6 +109,50 @@ void MainWindow::doReadClass(const QString& fname)
         showClassFile(fname, view);
     data->setNeedSave(isLoggerUnsaved); // the markers of its bars are new, its samples are not
     statusBar()->showMessage(reason);
+}
+
+void MainWindow::appendFile(const QString& fname)
+{
+    if (mTembrin->isAnyRunning()) {
+        statusBar()->showMessage(tr("An experiment can be appended when no logger is running."));
+        return;
+    }
+    QString reason;
+    // The file's markers count its own channels and would stand on the wrong curves here.
+    const QString view = ReadWrite::read(fname, data, nullptr, nullptr, true, &reason);
+    if (view == QLatin1String(ReadWrite::appendMisfit)) {
+        prompt->critical(
+            this, tr("Cannot append experiment"),
+            tr("Appended experiment's sampling rate should match the current viewed experiment"));
+        return;
+    }
+    statusBar()->showMessage(reason);
+    if (view.isEmpty())
+        return;
+    qCInfo(appLog, "appended %s", qPrintable(fname));
+    disableRepeatMode();
+    data->setXYIndex(-1);
+    handleOnlyStaticClassMode(false);
+    setView(QString()); // where the graph of logger 0 shows
+    setSelected(0, 0);
+    updateClassData();
+    updateAll();
+    adjustAppended();
+}
+
+void MainWindow::adjustAppended()
+{
+    const QPointer<SyncData> dialog = new SyncData(float(data->dt), this);
+    connect(dialog.data(), &SyncData::changeSyncValue, this, [this](int dSamples) {
+        if (data->getAppendIndex() == 0)
+            return; // a run begun on the logger has taken the place of both experiments
+        data->shiftLastData(dSamples);
+        updateClassData();
+        updateAll();
+    });
+    dialog->exec();
+    if (dialog)
+        dialog->deleteLater();
 }
 
 void MainWindow::doImport(const QString& fname)

@@ -35,6 +35,11 @@ void MessageBoxPrompt::warning(QObject* parent, const QString& title, const QStr
     tell(QMessageBox::Warning, parent, title, text);
 }
 
+void MessageBoxPrompt::critical(QObject* parent, const QString& title, const QString& text)
+{
+    tell(QMessageBox::Critical, parent, title, text);
+}
+
 UserPrompt::Answer MessageBoxPrompt::question(QObject* parent, const QString& title, const QString& text,
                                               bool withCancel)
 {

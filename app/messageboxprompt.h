@@ -9,6 +9,7 @@ class MessageBoxPrompt : public UserPrompt
 public:
     void information(QObject* parent, const QString& title, const QString& text) override;
     void warning(QObject* parent, const QString& title, const QString& text) override;
+    void critical(QObject* parent, const QString& title, const QString& text) override;
     Answer question(QObject* parent, const QString& title, const QString& text, bool withCancel) override;
     bool confirm(QObject* parent, const QString& title, const QString& text) override;
     std::optional<QString> text(QObject* parent, const QString& title, const QString& label,

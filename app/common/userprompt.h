@@ -23,6 +23,7 @@ public:
 
     virtual void information(QObject* parent, const QString& title, const QString& text) = 0;
     virtual void warning(QObject* parent, const QString& title, const QString& text) = 0;
+    virtual void critical(QObject* parent, const QString& title, const QString& text) = 0;
     /// A question with Yes and No, and Cancel where `withCancel`. Closing the box answers Cancel, or No
     /// without it.
     virtual Answer question(QObject* parent, const QString& title, const QString& text, bool withCancel) = 0;

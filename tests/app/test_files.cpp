@@ -1,13 +1,19 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDesktopServices>
+#include <QDialogButtonBox>
 #include <QDropEvent>
+#include <QLabel>
 #include <QMimeData>
 #include <QPrinter>
+#include <QPushButton>
+#include <QSlider>
 #include <QStatusBar>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include "persistence/readwrite.h"
+#include "setup/syncdata.h"
 #include "tests/app/classbench.h"
 
 /// The commands that read and write files, on the real window.
@@ -92,7 +98,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("samples");
         QTest::addColumn<QString>("said");
         QTest::newRow("experiment") << "a.xml" << QByteArray() << 20 << "";
-        QTest::newRow("spreadsheet") << "a.CSV" << QByteArray("Time [s],UV [UVI]\n0,7\n1,8\n2,9\n") << 3 << "";
+        QTest::newRow("spreadsheet") << "a.CSV" << QByteArray("Time [s],UV [UVI]\n0,7\n1,8\n2,9\n") << 3
+                                     << "";
         QTest::newRow("not xml") << "a.xml" << QByteArray("plain") << 0 << "a.xml can't be opened: ";
         QTest::newRow("bad line") << "a.csv" << QByteArray("Time [s],UV [UVI]\n0,7\n1\n") << 0 << "line 3";
         QTest::newRow("no file") << "none.xml" << QByteArray() << 0 << "none.xml can't be opened: ";
@@ -126,6 +133,41 @@ private Q_SLOTS:
         QCOMPARE(bench->data(-1)->getXSize(), samples);
         bench->action("runAct")->trigger();
         QVERIFY(layoutList()->isEnabled());
+    }
+
+    void anAppendedExperimentSlides()
+    {
+        save(path("a.xml"));
+        ExpData* set = bench->data(0);
+        const int before = set->getNSens();
+        QVector<int> pads;
+        const auto append = [&] {
+            bench->window->setOpenMode(OPEN_APPEND);
+            drop(path("a.xml"));
+        };
+        QTimer::singleShot(0, this, [&] {
+            auto* dialog = qobject_cast<SyncData*>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            for (int shift : {5, 2, -3}) {
+                dialog->findChild<QSlider*>()->setValue(shift);
+                pads << set->getLeftPad(before) << set->getLeftPad(0) << set->getXSize();
+            }
+            dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::RestoreDefaults)->click();
+            pads << set->getLeftPad(0);
+            dialog->accept();
+        });
+        append();
+        QCOMPARE(pads, QVector<int>({5, 0, 25, 2, 0, 22, 0, 3, 23, 0}));
+        QCOMPARE(set->getNSens(), before + 3); // two loggers and their average
+        set->dt *= 2;
+        append();
+        QVERIFY(bench->prompt.asked.last().startsWith(QLatin1String("Cannot append experiment|")));
+        QCOMPARE(set->getNSens(), before + 3);
+        drop(path("a.xml")); // plainly again
+        QVERIFY(!layoutList()->isEnabled());
+        for (const auto& [dt, end] :
+             {std::pair{0.0005F, "100 samples"}, {0.04F, "4 sec"}, {60.0F, "100 samples"}})
+            QCOMPARE(SyncData(dt).findChild<QLabel*>("labelRight")->text(), QString(end));
     }
 
     void exportsAndPrintTakeTheChosenGraph()

@@ -19,6 +19,7 @@ public:
 
     void information(QObject*, const QString& title, const QString& text) override { note(title, text); }
     void warning(QObject*, const QString& title, const QString& text) override { note(title, text); }
+    void critical(QObject*, const QString& title, const QString& text) override { note(title, text); }
     Answer question(QObject*, const QString& title, const QString& text, bool) override
     {
         note(title, text);

@@ -31,6 +31,7 @@ public:
 
     void information(QObject*, const QString&, const QString&) override {}
     void warning(QObject*, const QString&, const QString&) override {}
+    void critical(QObject*, const QString&, const QString&) override {}
     Answer question(QObject*, const QString&, const QString&, bool) override { return Answer::Cancel; }
     bool confirm(QObject*, const QString&, const QString&) override { return false; }
     std::optional<QString> text(QObject*, const QString& title, const QString&, const QString&) override
