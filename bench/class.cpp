@@ -18,6 +18,7 @@
 #include <atomic>
 #include <cmath>
 #include <ctime>
+#include <memory>
 #include <sys/resource.h>
 
 #include <qwt_plot_canvas.h>
@@ -248,68 +249,107 @@ template<typename Condition> void waitFor(const char* what, int ms, Condition co
     }
 }
 
-void row(const char* name, const QString& value, const QString& bound, bool reached)
+void row(const char* name, double value, int decimals, const char* bound, bool reached)
 {
     QTextStream(stdout) << QStringLiteral("%1 %2   %3  %4\n")
                                .arg(QLatin1String(name), -44)
-                               .arg(value, 12)
-                               .arg(bound, -22)
+                               .arg(value, 12, 'f', decimals)
+                               .arg(QLatin1String(bound), -22)
                                .arg(reached ? QStringLiteral("reached") : QStringLiteral("MISSED"));
 }
 
-QString number(double value, int decimals = 1)
+/// What is measured, from the command line.
+struct Choice
 {
-    return QString::number(value, 'f', decimals);
-}
+    QString virtualLoggers; ///< the program
+    QString model;
+    double seconds = 0;
+    bool isBars = false;
+};
 
-} // namespace
-
-int main(int argc, char** argv)
+Choice readCommandLine(const QCoreApplication& application)
 {
-    WatchingApplication application(argc, argv);
     QCommandLineParser parser;
-    const QCommandLineOption secondsOption(QStringLiteral("seconds"), QStringLiteral("Length of the run."),
-                                           QStringLiteral("S"), QStringLiteral("60"));
-    const QCommandLineOption modelOption(QStringLiteral("model"), QStringLiteral("Model of the loggers."),
-                                         QStringLiteral("NAME"), QStringLiteral("Birch"));
-    const QCommandLineOption barsOption(QStringLiteral("bars"), QStringLiteral("Bar graphs in all cells."));
-    parser.addOptions({secondsOption, modelOption, barsOption});
+    const QCommandLineOption seconds(QStringLiteral("seconds"), QStringLiteral("Length of the run."),
+                                     QStringLiteral("S"), QStringLiteral("60"));
+    const QCommandLineOption model(QStringLiteral("model"), QStringLiteral("Model of the loggers."),
+                                   QStringLiteral("NAME"), QStringLiteral("Birch"));
+    const QCommandLineOption bars(QStringLiteral("bars"), QStringLiteral("Bar graphs in all cells."));
+    parser.addOptions({seconds, model, bars});
     parser.addPositionalArgument(QStringLiteral("virtual-loggers"),
                                  QStringLiteral("The program that plays loggers."));
     parser.addHelpOption();
     parser.process(application);
     if (parser.positionalArguments().size() != 1)
         parser.showHelp(2);
+    return {parser.positionalArguments().first(), parser.value(model), parser.value(seconds).toDouble(),
+            parser.isSet(bars)};
+}
 
+/// The measurement, step by step in the order of the functions.
+class Bench
+{
+public:
+    Bench(WatchingApplication* application, const Choice& choice)
+        : application(application)
+        , choice(choice)
+    {
+    }
+
+    void start();
+    void connect();
+    void run();
+    void stop();
+    /// Prints the table; false if a sample is missing or wrong.
+    bool report() const;
+
+private:
+    int fewestFrames() const;
+
+    WatchingApplication* application;
+    const Choice choice;
     QTemporaryDir folder;
     const QString record = folder.filePath(QStringLiteral("record"));
     QProcess loggers;
+    std::unique_ptr<MainWindow> window;
+    multiConnectionsManager* manager = nullptr;
+    qint64 begin = 0; ///< of the run, ns
+    double wall = 0;  ///< s
+    double cpu = 0;   ///< s
+    double held = 0;  ///< ms, the longest that the GUI thread gave no answer
+};
+
+/// Starts the loggers and makes them those in use.
+void Bench::start()
+{
     loggers.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    loggers.start(parser.positionalArguments().first(),
+    loggers.start(choice.virtualLoggers,
                   {QStringLiteral("--count"), QString::number(loggerCount), QStringLiteral("--directory"),
-                   folder.filePath(QStringLiteral("loggers")), QStringLiteral("--model"),
-                   parser.value(modelOption), QStringLiteral("--rate"), QStringLiteral("100/Sec"),
-                   QStringLiteral("--samples"), QStringLiteral("30000"), QStringLiteral("--sensors"),
-                   QStringLiteral("all"), QStringLiteral("--record"), record});
+                   folder.filePath(QStringLiteral("loggers")), QStringLiteral("--model"), choice.model,
+                   QStringLiteral("--rate"), QStringLiteral("100/Sec"), QStringLiteral("--samples"),
+                   QStringLiteral("30000"), QStringLiteral("--sensors"), QStringLiteral("all"),
+                   QStringLiteral("--record"), record});
     QByteArray output;
     while (!output.contains("ready") && loggers.waitForReadyRead(5000))
         output += loggers.readAllStandardOutput();
 
     const QStringList links = publishedLinks(output);
-
     QSettings settings = Settings::mainStore();
     for (int i = 0; i < loggerCount; ++i) {
         settings.setValue(Settings::loggerKey(i), links.value(i));
         settings.setValue(Settings::groupKey(i), QStringLiteral("Group %1").arg(QChar('A' + i)));
     }
     settings.setValue(QLatin1String(Settings::numDefined), loggerCount);
-    settings.sync();
+}
 
-    MainWindow window;
-    window.resize(QGuiApplication::primaryScreen()->size());
-    window.show();
-    auto* manager = window.findChild<multiConnectionsManager*>();
-    waitFor("all loggers known", 15000, [manager] {
+/// Opens the window, waits until it knows all loggers, and puts the graphs that are watched into the cells.
+void Bench::connect()
+{
+    window = std::make_unique<MainWindow>();
+    window->resize(QGuiApplication::primaryScreen()->size());
+    window->show();
+    manager = window->findChild<multiConnectionsManager*>();
+    waitFor("all loggers known", 15000, [this] {
         for (int i = 0; i < loggerCount; ++i) {
             if (!manager->tembrinDataAt(i)->loggerRecognized)
                 return false;
@@ -317,81 +357,105 @@ int main(int argc, char** argv)
         return true;
     });
     Waits::pump(1000);
-    const int view = parser.isSet(barsOption) ? VIEW_BAR : VIEW_GRAPH;
     auto* grid =
-        qobject_cast<QGridLayout*>(window.findChild<QWidget*>(QStringLiteral("graphGridW"))->layout());
-    for (size_t i = 0; i < loggerCount; ++i) {
-        manager->addWidgetByIndex(grid, view, int(i));
-        const Plot* shown = view == VIEW_BAR ? manager->barAt(int(i)) : manager->plotAt(int(i));
-        application.canvases[i] = const_cast<QWidget*>(shown->canvas());
-        application.data[i] = manager->dataAt(int(i));
+        qobject_cast<QGridLayout*>(window->findChild<QWidget*>(QStringLiteral("graphGridW"))->layout());
+    for (int i = 0; i < loggerCount; ++i) {
+        manager->addWidgetByIndex(grid, choice.isBars ? VIEW_BAR : VIEW_GRAPH, i);
+        const Plot* shown = choice.isBars ? manager->barAt(i) : manager->plotAt(i);
+        application->canvases[size_t(i)] = const_cast<QWidget*>(shown->canvas());
+        application->data[size_t(i)] = manager->dataAt(i);
     }
+}
 
-    window.findChild<QAction*>(QStringLiteral("runAct"))->trigger();
-    waitFor("the first samples of all loggers", 5000, [&application] {
-        return std::all_of(application.data.begin(), application.data.end(),
+void Bench::run()
+{
+    window->findChild<QAction*>(QStringLiteral("runAct"))->trigger();
+    waitFor("the first samples of all loggers", 5000, [this] {
+        return std::all_of(application->data.begin(), application->data.end(),
                            [](const ExpData* set) { return set->getXSize() > 3; });
     });
-    application.watching = true;
-    Pulse pulse(&window);
+    application->watching = true;
+    Pulse pulse(window.get());
     pulse.start();
     const double cpuBefore = cpuSeconds();
-    const qint64 begin = monotonicNs();
-    Waits::pump(int(parser.value(secondsOption).toDouble() * 1000));
-    const double wall = double(monotonicNs() - begin) * 1e-9;
-    const double cpu = cpuSeconds() - cpuBefore;
+    begin = monotonicNs();
+    Waits::pump(int(choice.seconds * 1000));
+    wall = double(monotonicNs() - begin) * 1e-9;
+    cpu = cpuSeconds() - cpuBefore;
     pulse.finish();
-    application.watching = false;
+    application->watching = false;
+    held = *std::max_element(pulse.delays.begin(), pulse.delays.end());
+}
 
-    window.findChild<QAction*>(QStringLiteral("stopAct"))->trigger();
-    waitFor("all loggers stopped", 20000, [manager] { return !manager->isAnyRunning(); });
+void Bench::stop()
+{
+    window->findChild<QAction*>(QStringLiteral("stopAct"))->trigger();
+    waitFor("all loggers stopped", 20000, [this] { return !manager->isAnyRunning(); });
     Waits::pump(1500);
     loggers.terminate();
     loggers.waitForFinished(5000);
+}
 
+/// In the slowest whole second of the run.
+int Bench::fewestFrames() const
+{
+    constexpr qint64 oneSecond = 1000000000;
+    const QVector<qint64>& frames = application->frames;
+    int fewest = frames.size();
+    for (qint64 second = begin; second + oneSecond <= begin + qint64(wall * 1e9); second += oneSecond) {
+        const auto from = std::lower_bound(frames.begin(), frames.end(), second);
+        const auto to = std::lower_bound(frames.begin(), frames.end(), second + oneSecond);
+        fewest = qMin(fewest, int(to - from));
+    }
+    return fewest;
+}
+
+bool Bench::report() const
+{
     const SentSamples sent = readRecord(record);
     Comparison all;
     QVector<double> delays;
     for (size_t i = 0; i < loggerCount; ++i) {
-        const Comparison one = compare(sent[i], *application.data[i], *manager->tembrinDataAt(int(i)));
+        const Comparison one = compare(sent[i], *application->data[i], *manager->tembrinDataAt(int(i)));
         all.sent += one.sent;
         all.stored += one.stored;
         all.wrong += one.wrong;
-        addDelays(sent[i], application.shown[i], &delays);
+        addDelays(sent[i], application->shown[i], &delays);
     }
-    int fewestFrames = application.frames.size();
-    for (qint64 second = begin; second + 1000000000 <= begin + qint64(wall * 1e9); second += 1000000000) {
-        const auto from = std::lower_bound(application.frames.begin(), application.frames.end(), second);
-        const auto to =
-            std::lower_bound(application.frames.begin(), application.frames.end(), second + 1000000000);
-        fewestFrames = qMin(fewestFrames, int(to - from));
-    }
-    const double held = *std::max_element(pulse.delays.begin(), pulse.delays.end());
-
     QTextStream(stdout) << QStringLiteral(
                                "%1 loggers, %2, 100/Sec, %3 channels each, %4 s, window %5 x %6%7\n")
                                .arg(loggerCount)
-                               .arg(parser.value(modelOption))
-                               .arg(application.data[0]->getNSens())
+                               .arg(choice.model)
+                               .arg(application->data[0]->getNSens())
                                .arg(wall, 0, 'f', 1)
-                               .arg(window.width())
-                               .arg(window.height())
-                               .arg(view == VIEW_BAR ? QStringLiteral(", bar graphs") : QString());
-    row("samples sent", QString::number(all.sent), QString(), all.sent > 0);
-    row("samples stored", QString::number(all.stored), QStringLiteral("as many as sent"),
-        all.stored == all.sent);
-    row("samples lost, doubled or with another value", QString::number(all.wrong), QStringLiteral("0"),
-        all.wrong == 0);
-    row("frames a second, mean", number(application.frames.size() / wall), QStringLiteral("at least 15"),
-        application.frames.size() / wall >= 15);
-    row("frames in the slowest second", QString::number(fewestFrames), QStringLiteral("at least 15"),
-        fewestFrames >= 15);
+                               .arg(window->width())
+                               .arg(window->height())
+                               .arg(choice.isBars ? QStringLiteral(", bar graphs") : QString());
+    const double frames = application->frames.size() / wall;
     const double median = percentile(delays, 0.5);
     const double most = percentile(delays, 0.99);
-    row("byte written to curve on screen, median, ms", number(median), QStringLiteral("at most 50"),
-        median <= 50);
-    row("the same, 99 of 100, ms", number(most), QStringLiteral("at most 100"), most <= 100);
-    row("GUI thread held at the longest, ms", number(held), QStringLiteral("at most 100"), held <= 100);
-    row("cores used by the program", number(cpu / wall, 2), QStringLiteral("below 0.60"), cpu / wall < 0.6);
-    return all.wrong == 0 ? 0 : 1;
+    const double cores = cpu / wall;
+    row("samples sent", all.sent, 0, "", all.sent > 0);
+    row("samples stored", all.stored, 0, "as many as sent", all.stored == all.sent);
+    row("samples lost, doubled or with another value", all.wrong, 0, "0", all.wrong == 0);
+    row("frames a second, mean", frames, 1, "at least 15", frames >= 15);
+    row("frames in the slowest second", fewestFrames(), 0, "at least 15", fewestFrames() >= 15);
+    row("byte written to curve on screen, median, ms", median, 1, "at most 50", median <= 50);
+    row("the same, 99 of 100, ms", most, 1, "at most 100", most <= 100);
+    row("GUI thread held at the longest, ms", held, 1, "at most 100", held <= 100);
+    row("cores used by the program", cores, 2, "below 0.60", cores < 0.6);
+    return all.wrong == 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    WatchingApplication application(argc, argv);
+    Bench bench(&application, readCommandLine(application));
+    bench.start();
+    bench.connect();
+    bench.run();
+    bench.stop();
+    return bench.report() ? 0 : 1;
 }
