@@ -200,7 +200,8 @@ void Plot::setAxisTitleAndSize(int axisID, const QString& text, int /*size*/)
     const QSize size = canvas() ? canvas()->size() : this->size();
     const int room = axisID == xBottom ? size.width() : size.height();
     font = fitted(atMost(font, height() / axisTitlesPerHeight), text, room);
-    const QString shown = QFontMetrics(font).elidedText(text, Qt::ElideRight, room);
+    // One more: widths are rounded when a font is chosen and are not when a text is elided.
+    const QString shown = QFontMetrics(font).elidedText(text, Qt::ElideRight, room + 1);
     QwtText title(shown);
     title.setFont(font);
     setAxisTitle(axisID, title);
