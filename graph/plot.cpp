@@ -332,6 +332,16 @@ void Plot::setTextsForPaper(bool tf)
         name.setColor(legendColor(i));
         curves[i]->setTitle(name);
     }
+    // A page has room for the titles that a small cell had not.
+    for (int axisID : {xBottom, yLeft}) {
+        if (tf) {
+            QwtText whole(axisTexts[axisID]);
+            whole.setFont(axisTitleFont);
+            setAxisTitle(axisID, whole);
+        } else {
+            setAxisTitleAndSize(axisID, QString(axisTexts[axisID]), 0);
+        }
+    }
 }
 
 void Plot::doUseDesignValues()
