@@ -7,47 +7,28 @@
 #include "app/common/waits.h"
 #include "tests/common/testsupport.h"
 
-class TestCommon : public QObject
+class TestCommon : public GuardedTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init() { guard.reset(new WarningGuard); }
-
-    void cleanup()
+private:
+    void finish() override
     {
-        VERIFY_NO_WARNINGS(*guard);
         Settings::mainStore().remove(QLatin1String(Settings::language));
         Common::forgetLocale();
-        guard.reset();
     }
 
+private Q_SLOTS:
     void numbersFollowTheLanguage_data()
     {
-        QTest::addColumn<QString>("language");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("quoted");
-        QTest::newRow("the system's") << "def"
-                                      << "1234.50"
-                                      << "1234.50";
-        QTest::newRow("English") << "en"
-                                 << "1234.50"
-                                 << "1234.50";
-        QTest::newRow("Polish") << "pl"
-                                << "1234,50"
-                                << "\"1234,50\"";
-        QTest::newRow("Russian") << "ru"
-                                 << "1234,50"
-                                 << "\"1234,50\"";
-        QTest::newRow("Brazil counts as Portuguese") << "pt_BR"
-                                                     << "1234,50"
-                                                     << "\"1234,50\"";
-        QTest::newRow("Azeri keeps the comma for columns") << "az"
-                                                           << "1234,50"
-                                                           << "1234,50";
-        QTest::newRow("the code counts in lower case only") << "PL"
-                                                            << "1234.50"
-                                                            << "1234.50";
+        columns<QString, QString, QString>({"language", "text", "quoted"});
+        row("the system's", "def", "1234.50", "1234.50");
+        row("English", "en", "1234.50", "1234.50");
+        row("Polish", "pl", "1234,50", "\"1234,50\"");
+        row("Russian", "ru", "1234,50", "\"1234,50\"");
+        row("Brazil counts as Portuguese", "pt_BR", "1234,50", "\"1234,50\"");
+        row("Azeri keeps the comma for columns", "az", "1234,50", "1234,50");
+        row("the code counts in lower case only", "PL", "1234.50", "1234.50");
     }
 
     void numbersFollowTheLanguage()
@@ -77,9 +58,6 @@ private Q_SLOTS:
         QVERIFY2(clock.elapsed() >= 39 && clock.elapsed() < 500,
                  qPrintable(QString::number(clock.elapsed())));
     }
-
-private:
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_GUILESS_MAIN(TestCommon)

@@ -47,3 +47,17 @@ void WarningGuard::handle(QtMsgType type, const QMessageLogContext& context, con
     if (current->previous)
         current->previous(type, context, message);
 }
+
+void GuardedTest::init()
+{
+    guard.reset(new WarningGuard);
+    begin();
+}
+
+void GuardedTest::cleanup()
+{
+    finish();
+    const QString failures = guard->failures().join(QLatin1Char('\n'));
+    guard.reset();
+    QCOMPARE(failures, QString());
+}

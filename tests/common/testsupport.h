@@ -2,9 +2,9 @@
 
 #include <QMutex>
 #include <QStringList>
+#include <QTest>
 
-/// Turns every warning that a test did not announce into a failure. Create one per test function (or as a
-/// member that init() makes and cleanup() ends): failures() is then empty if nothing unexpected was logged.
+/// Turns every warning that a test did not announce into a failure: failures() is then not empty.
 class WarningGuard
 {
 public:
@@ -25,5 +25,34 @@ private:
     QtMessageHandler previous = nullptr;
 };
 
-/// Puts a guard into a test class: call at the end of cleanup().
 #define VERIFY_NO_WARNINGS(guard) QCOMPARE((guard).failures().join(QLatin1Char('\n')), QString())
+
+/// A test class with a guard around each of its test functions, between begin() and finish().
+class GuardedTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    virtual void begin() {}
+    virtual void finish() {}
+
+    QScopedPointer<WarningGuard> guard;
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+};
+
+/// The columns of a table: columns<int, QString>({"size", "text"}).
+template<class... Types> void columns(std::initializer_list<const char*> names)
+{
+    Q_ASSERT(names.size() == sizeof...(Types));
+    const char* const* name = names.begin();
+    (QTest::addColumn<Types>(*name++), ...);
+}
+
+/// A row of a table: the values in the order of the columns.
+template<class... Values> void row(const char* name, const Values&... values)
+{
+    (QTest::newRow(name) << ... << values);
+}
