@@ -1,8 +1,8 @@
 #pragma once
 
-#include "data/expdata.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
+#include "tests/data/loadedset.h"
 
 /// A logger without a port: what it would send is handed in as bytes.
 class FedLogger
@@ -52,15 +52,3 @@ private:
         (logger().*handler)(reinterpret_cast<unsigned char*>(bytes.data()), bytes.size());
     }
 };
-
-/// A loaded set whose times go as far as the first channel, a second apart.
-inline void load(ExpData* data, const QVector<int>& ids, const QVector<QVector<double>>& channels,
-                 double dt = 1)
-{
-    QVector<double> t;
-    for (int i = 0; i < channels.constFirst().size(); ++i)
-        t.append(i * dt);
-    data->setDataNew(ids.size(), t, dt);
-    for (int c = 0; c < ids.size(); ++c)
-        data->addSensorData(c, ids.at(c), channels.at(c), -1);
-}

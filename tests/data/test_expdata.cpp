@@ -35,23 +35,14 @@ QVector<int> lengths(const ExpData& data)
 
 } // namespace
 
-class TestExpData : public QObject
+class TestExpData : public GuardedTest
 {
     Q_OBJECT
 
+private:
+    void begin() override { Settings::mainStore().clear(); }
+
 private Q_SLOTS:
-    void init()
-    {
-        guard.reset(new WarningGuard);
-        Settings::mainStore().clear();
-    }
-
-    void cleanup()
-    {
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
-    }
-
     void aLoggerShowsTwoChannelsBeforeItsFirstRun()
     {
         TembrinProtocol protocol(0);
@@ -109,13 +100,12 @@ private Q_SLOTS:
 
     void loadedDataGetASensibleView_data()
     {
-        QTest::addColumn<Values>("values");
-        QTest::addColumn<Values>("view");
-        QTest::newRow("wide") << Values{20, 60, 45} << Values{20, 60};
-        QTest::newRow("zeros for missing readings") << Values{20, 0, 60} << Values{20, 60};
-        QTest::newRow("zero from the start") << Values{0, 20, 60} << Values{0, 60};
-        QTest::newRow("flat") << Values{50, 50.1} << Values{45.05, 55.05};
-        QTest::newRow("flat at the top") << Values{99, 98} << Values{90, 100};
+        columns<Values, Values>({"values", "view"});
+        row("wide", Values{20, 60, 45}, Values{20, 60});
+        row("zeros for missing readings", Values{20, 0, 60}, Values{20, 60});
+        row("zero from the start", Values{0, 20, 60}, Values{0, 60});
+        row("flat", Values{50, 50.1}, Values{45.05, 55.05});
+        row("flat at the top", Values{99, 98}, Values{90, 100});
     }
 
     void loadedDataGetASensibleView()
@@ -277,8 +267,6 @@ private:
             QCOMPARE(data.getYNoConvAt(3, k), sum / begun.size());
         }
     }
-
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_GUILESS_MAIN(TestExpData)
