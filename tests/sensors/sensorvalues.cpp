@@ -12,19 +12,10 @@
 
 namespace {
 
-constexpr const char* help =
-    "sensor-values          for every catalogue row in order: 65536 little-endian doubles, the base-unit "
-    "values\n"
-    "                       of the raw words 0 to 65535\n"
-    "sensor-values --texts [LANGUAGE]\n"
-    "                       tab-separated lines: unit set, ID, raw word, base value, shown value, shown "
-    "value\n"
-    "                       back in the base unit, text; for every 257th word. Then, with \"-\" for the "
-    "word, the\n"
-    "                       texts of some values that are taken as shown ones.\n"
-    "Unit sets: 0 the base units, 1 all alternatives (mph), 2 all alternatives (m/s).\n"
-    "Force channels have the offset 32768 and the gain 400.\n";
-
+// Without arguments: for every catalogue row in order 65536 little-endian doubles, the base-unit values of
+// the raw words. With --texts LANGUAGE tab-separated lines: unit set (0 the base units, 1 all alternatives
+// with mph, 2 with m/s), ID, raw word, base value, shown value, that back in the base unit, text; for every
+// 257th word. Then, with "-" for the word, the texts of some values that are taken as shown ones.
 constexpr double shownValues[] = {-1234.5678, -34.5, -1.23, -0.5,    0,     0.05,
                                   1.999999,   23.45, 59.99, 101.325, 179.5, 54321.98};
 
@@ -89,14 +80,10 @@ int main(int argc, char** argv)
     if (arguments.isEmpty()) {
         chooseUnits(0);
         printValues();
-    } else if (arguments.first() == QLatin1String("--texts") && arguments.size() <= 2) {
-        if (arguments.size() == 2)
-            Settings::mainStore().setValue(QLatin1String(Settings::language), arguments.last());
+    } else {
+        Settings::mainStore().setValue(QLatin1String(Settings::language), arguments.last());
         for (int unitSet = 0; unitSet < 3; ++unitSet)
             printTexts(unitSet);
-    } else {
-        std::fputs(help, arguments == QStringList{QStringLiteral("--help")} ? stdout : stderr);
-        return arguments == QStringList{QStringLiteral("--help")} ? 0 : 2;
     }
     return std::fflush(stdout) == 0 ? 0 : 1;
 }

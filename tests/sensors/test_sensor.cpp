@@ -36,24 +36,18 @@ void choose(const char* key, const QVariant& value)
 
 } // namespace
 
-class TestSensor : public QObject
+class TestSensor : public GuardedTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        guard.reset(new WarningGuard);
         Settings::mainStore().clear();
         Common::forgetLocale();
     }
 
-    void cleanup()
-    {
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
-    }
-
+private Q_SLOTS:
     void catalogueHoldsTogether()
     {
         QSet<int> ids;
@@ -73,23 +67,18 @@ private Q_SLOTS:
 
     void decodesSamples_data()
     {
-        QTest::addColumn<int>("id");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QVector<double>>("values");
-        QTest::newRow("position in the south-west")
-            << int(SENSOR_GPS) << QByteArray::fromHex("227530532375305700FB0E10")
-            << QVector<double>{-34.5, -35.5, 25.1, 360};
-        QTest::newRow("other letters are positive")
-            << int(SENSOR_GPS) << QByteArray::fromHex("220000002300004500000000")
-            << QVector<double>{34, 35, 0, 0};
-        QTest::newRow("a colour beyond full is nothing")
-            << int(SENSOR_COLORIMETER) << QByteArray::fromHex("271027110000") << QVector<double>{100, 0, 0};
-        QTest::newRow("pulse") << int(SENSOR_HEARTRATE) << QByteArray::fromHex("00508000")
-                               << QVector<double>{80, 1.65};
-        QTest::newRow("acceleration") << int(SENSOR_ACCELERATION) << QByteArray::fromHex("000080007FF0")
-                                      << QVector<double>{0, -7.987, 7.9833};
-        QTest::newRow("a plain value beyond the range stays")
-            << int(SENSOR_PH) << QByteArray::fromHex("FFFF") << QVector<double>{65.535};
+        columns<int, QByteArray, QVector<double>>({"id", "bytes", "values"});
+        row("position in the south-west", int(SENSOR_GPS), QByteArray::fromHex("227530532375305700FB0E10"),
+            QVector<double>{-34.5, -35.5, 25.1, 360});
+        row("other letters are positive", int(SENSOR_GPS), QByteArray::fromHex("220000002300004500000000"),
+            QVector<double>{34, 35, 0, 0});
+        row("a colour beyond full is nothing", int(SENSOR_COLORIMETER), QByteArray::fromHex("271027110000"),
+            QVector<double>{100, 0, 0});
+        row("pulse", int(SENSOR_HEARTRATE), QByteArray::fromHex("00508000"), QVector<double>{80, 1.65});
+        row("acceleration", int(SENSOR_ACCELERATION), QByteArray::fromHex("000080007FF0"),
+            QVector<double>{0, -7.987, 7.9833});
+        row("a plain value beyond the range stays", int(SENSOR_PH), QByteArray::fromHex("FFFF"),
+            QVector<double>{65.535});
     }
 
     void decodesSamples()
@@ -125,78 +114,36 @@ private Q_SLOTS:
         QCOMPARE(ph.lastValue[0], 0.0);
     }
 
-    void showsTheChosenUnit_data()
-    {
-        QTest::addColumn<int>("id");
-        QTest::addColumn<QByteArrayList>("keys");
-        QTest::addColumn<QString>("unit");
-        QTest::addColumn<double>("maximum");
-        QTest::addColumn<double>("base");
-        QTest::addColumn<QString>("text");
-        const auto row = [](int id, const QByteArrayList& keys, const char* unit, double maximum, double base,
-                            const char* text) {
-            QTest::newRow(unit) << id << keys << unit << maximum << base << text;
-        };
-        row(SENSOR_EXT_TEMP, {"units/celsius"}, "°F", 257, 23.4, "74.1");
-        row(SENSOR_THERMOCOUPLE, {"units/celsius"}, "°C", 1350, 23.4, "23.4");
-        row(SENSOR_DISTANCE, {"units/meter"}, "ft", 32.808399, 2, "6.56");
-        row(VERNIER_GAS_PRESSURE, {"units/air_kpa"}, "PSI", 33.748822413, 101, "14.64");
-        row(SENSOR_BAROMETER, {"units/baro_hpa"}, "hPa", 1150, 1013.256, "1013.25");
-        row(SENSOR_GPS_SPEED, {"units/kmh"}, "mph", 124.2742384, 100, "62.1");
-        row(SENSOR_GPS_SPEED, {"units/kmh", "units/mph"}, "m/s", 55.5555556, 100, "27.7");
-        row(SENSOR_GPS_SPEED, {"units/mph"}, "km/h", 200, 100, "100.0");
-    }
-
+    // The values and texts in these units are the matter of the reference in the other language.
     void showsTheChosenUnit()
     {
-        QFETCH(int, id);
-        QFETCH(QByteArrayList, keys);
-        QFETCH(double, base);
-        for (const QByteArray& key : qAsConst(keys))
-            choose(key.constData(), key == "units/baro_hpa");
-        const Sensor sensor(id);
-        QTEST(sensor.unitName, "unit");
-        QTEST(sensor.max, "maximum");
-        QCOMPARE(sensor.maxView, sensor.max);
-        const double shown = sensor.convertToAltUnit(base);
-        QTEST(sensor.valueToString(shown), "text");
-        QVERIFY(qAbs(sensor.convertFromAltUnit(shown) - base) < 1e-4);
-        const Sensor::AltUnit line = sensor.altUnit();
-        QVERIFY(qAbs(base * line.factor + line.offset - shown) < 1e-9);
-    }
-
-    void limitsPressureInItsBaseUnitOnly()
-    {
-        choose(Settings::unitsAirKpa, false);
-        QCOMPARE(Sensor(SENSOR_AIRPRESSURE).convert(3500), 350.0);
-    }
-
-    void textsAreCutDown_data()
-    {
-        QTest::addColumn<int>("id");
-        QTest::addColumn<double>("value");
-        QTest::addColumn<QString>("english");
-        QTest::addColumn<QString>("polish");
-        QTest::newRow("down") << int(SENSOR_EXT_TEMP) << 23.456 << "23.4"
-                              << "23,4";
-        QTest::newRow("down below zero") << int(SENSOR_EXT_TEMP) << -1.23 << "-1.3"
-                                         << "-1,3";
-        QTest::newRow("no position") << int(SENSOR_GPS_LAT) << 0.0 << "----"
-                                     << "----";
-        QTest::newRow("south") << int(SENSOR_GPS_LAT) << -5.0125 << "5°00'45.00''S"
-                               << "5°00'45,00''S";
-        QTest::newRow("west") << int(SENSOR_GPS_LONG) << -34.5 << "34°30'0.00''W"
-                              << "34°30'0,00''W";
-    }
-
-    void textsAreCutDown()
-    {
-        QFETCH(int, id);
-        QFETCH(double, value);
-        QTEST(Sensor(id).valueToString(value), "english");
-        choose(Settings::language, "pl");
-        Common::forgetLocale();
-        QTEST(Sensor(id).valueToString(value), "polish");
+        const struct
+        {
+            int id;
+            QByteArrayList keys;
+            QString unit;
+            double maximum;
+        } rows[] = {
+            {SENSOR_EXT_TEMP, {"units/celsius"}, "°F", 257},
+            {SENSOR_THERMOCOUPLE, {"units/celsius"}, "°C", 1350},
+            {SENSOR_DISTANCE, {"units/meter"}, "ft", 32.808399},
+            {VERNIER_GAS_PRESSURE, {"units/air_kpa"}, "PSI", 33.748822413},
+            {SENSOR_BAROMETER, {"units/baro_hpa"}, "hPa", 1150},
+            {SENSOR_GPS_SPEED, {"units/kmh"}, "mph", 124.2742384},
+            {SENSOR_GPS_SPEED, {"units/kmh", "units/mph"}, "m/s", 55.5555556},
+            {SENSOR_GPS_SPEED, {"units/mph"}, "km/h", 200},
+        };
+        for (const auto& row : rows) {
+            Settings::mainStore().clear();
+            for (const QByteArray& key : row.keys)
+                choose(key.constData(), key == "units/baro_hpa");
+            const Sensor sensor(row.id);
+            QCOMPARE(sensor.unitName, row.unit);
+            QCOMPARE(sensor.max, row.maximum);
+            QCOMPARE(sensor.maxView, sensor.max);
+            const Sensor::AltUnit line = sensor.altUnit();
+            QVERIFY(qAbs(23.4 * line.factor + line.offset - sensor.convertToAltUnit(23.4)) < 1e-9);
+        }
     }
 
     void namesAndUnits()
@@ -266,9 +213,6 @@ private Q_SLOTS:
         QVERIFY(Sensor::isPhotoGate(QUELLMARK_PHOTOGATE_HEART) && !Sensor::isPhotoGate(VERNIER_PHOTOGATE));
         QCOMPARE(Sensor::vestrelIconForID(5), Sensor::vestrelIconForExt());
     }
-
-private:
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_GUILESS_MAIN(TestSensor)
