@@ -120,28 +120,14 @@ public:
     QVector<QVector<double>> lastBlock;
 };
 
-/// A test on a bench that is new for each function, and on which nothing warns.
-class BenchTest : public QObject
+/// A test on a bench that is new for each function.
+class BenchTest : public GuardedTest
 {
     Q_OBJECT
 
 protected:
+    void begin() override { bench.reset(new LoggerBench); }
+    void finish() override { bench.reset(); }
+
     QScopedPointer<LoggerBench> bench;
-
-protected Q_SLOTS:
-    void init()
-    {
-        guard.reset(new WarningGuard);
-        bench.reset(new LoggerBench);
-    }
-
-    void cleanup()
-    {
-        bench.reset();
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
-    }
-
-private:
-    QScopedPointer<WarningGuard> guard;
 };

@@ -4,18 +4,19 @@
 #include "tests/protocol/loggerbench.h"
 
 /// A session on a computer with two paired loggers and some serial ports.
-class TestDiscovery : public QObject
+class TestDiscovery : public BenchTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        bench.reset(new LoggerBench);
+        BenchTest::begin();
         bench->protocol.setPortDiscovery(
             {[this] { return paired; }, [] { return QVector<SerialPortRecord>(); }});
     }
 
+private Q_SLOTS:
     void aPortThatIsNoLongerTheSlotsIsLetGo()
     {
         bench->protocol.release();
@@ -45,7 +46,6 @@ private Q_SLOTS:
 private:
     const QVector<possibleDevice> paired{{"rfcomm0", "", "", "Tembrin_1", ""},
                                          {"other", "", "", "Tembrin_2", ""}};
-    QScopedPointer<LoggerBench> bench;
 };
 
 QTEST_GUILESS_MAIN(TestDiscovery)

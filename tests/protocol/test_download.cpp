@@ -38,13 +38,14 @@ class TestDownload : public BenchTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        BenchTest::init();
+        BenchTest::begin();
         bench->recognise();
     }
 
+private Q_SLOTS:
     void anExperimentComesThroughLossAndDamage()
     {
         const QByteArray all = samples(0, 400);

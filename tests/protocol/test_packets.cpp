@@ -61,13 +61,14 @@ class TestPackets : public BenchTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        BenchTest::init();
+        BenchTest::begin();
         bench->recognise();
     }
 
+private Q_SLOTS:
     void everyPacketIsKnownAtItsEndAndNotBefore()
     {
         for (const Row& row : allPackets()) {
@@ -105,17 +106,16 @@ private Q_SLOTS:
 
     void junkEndsAtTheNextStartByte_data()
     {
-        QTest::addColumn<QByteArray>("stream");
-        QTest::addColumn<int>("length");
-        QTest::newRow("no start byte at all") << bytes("00112233") << 4;
-        QTest::newRow("up to a start byte") << bytes("00114C79") << 2;
-        QTest::newRow("wrong second byte") << bytes("2E79833E") << 3;
-        QTest::newRow("other family's second byte") << bytes("4C7A11") << 3;
-        QTest::newRow("unknown type") << bytes("2E69992E69") << 3;
-        QTest::newRow("snapshot of no size") << bytes("2E69810000") << 5;
-        QTest::newRow("snapshot of its header alone") << bytes("2E698105FF") << 5;
-        QTest::newRow("snapshot of other sensors") << bytes("2E69811A2E") << 4;
-        QTest::newRow("sample that does not fit its mask") << bytes("2E69841A000B0001") << 8;
+        columns<QByteArray, int>({"stream", "length"});
+        row("no start byte at all", bytes("00112233"), 4);
+        row("up to a start byte", bytes("00114C79"), 2);
+        row("wrong second byte", bytes("2E79833E"), 3);
+        row("other family's second byte", bytes("4C7A11"), 3);
+        row("unknown type", bytes("2E69992E69"), 3);
+        row("snapshot of no size", bytes("2E69810000"), 5);
+        row("snapshot of its header alone", bytes("2E698105FF"), 5);
+        row("snapshot of other sensors", bytes("2E69811A2E"), 4);
+        row("sample that does not fit its mask", bytes("2E69841A000B0001"), 8);
     }
 
     void junkEndsAtTheNextStartByte()

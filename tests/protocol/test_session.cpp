@@ -155,11 +155,10 @@ private Q_SLOTS:
 
     void anAttemptRunsOnItsThreadAndReportsOnThisOne_data()
     {
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<bool>("connected");
-        QTest::newRow("opens") << "other" << true;
-        QTest::newRow("refused") << "refused" << false;
-        QTest::newRow("not configured") << QString() << false;
+        columns<QString, bool>({"port", "connected"});
+        row("opens", "other", true);
+        row("refused", "refused", false);
+        row("not configured", QString(), false);
     }
 
     void anAttemptRunsOnItsThreadAndReportsOnThisOne()

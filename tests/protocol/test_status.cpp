@@ -85,59 +85,19 @@ private Q_SLOTS:
         QVERIFY(bench->data.isFastRate());
     }
 
-    void rateCodes_data()
-    {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("firmware");       // as in the packet
-        QTest::addColumn<QVector<int>>("rates"); // of the codes from 4 on
-        QTest::addColumn<QVector<int>>("missing");
-        QTest::newRow("3.99") << 35 << 0x0399 << QVector<int>{4, 5, 6, 7} << QVector<int>{8, 9};
-        QTest::newRow("4.00") << 35 << 0x0400 << QVector<int>{4, 5, 6, 9} << QVector<int>{7, 8};
-        QTest::newRow("4.02") << 35 << 0x0402 << QVector<int>{4, 5, 6, 9} << QVector<int>{7, 8};
-        QTest::newRow("4.03") << 35 << 0x0403 << QVector<int>{4, 5, 8, 9} << QVector<int>{6, 7};
-        QTest::newRow("oldest, 2.00") << 17 << 0x0200 << QVector<int>{5, 6, 7, 8} << QVector<int>{4, 8, 9};
-        QTest::newRow("oldest, 4.05") << 17 << 0x0405 << QVector<int>{5, 8, 9} << QVector<int>{4, 8, 9};
-    }
-
-    void rateCodes()
-    {
-        QFETCH(int, type);
-        QFETCH(int, firmware);
-        QFETCH(QVector<int>, rates);
-        QFETCH(QVector<int>, missing);
-        for (int i = 0; i < rates.size(); ++i) {
-            // The first status after the list, when the type held is none.
-            bench->feed(bytes(sensorListHex));
-            bench->feed(status({{4, type}, {5, firmware >> 8}, {6, firmware & 0xFF}, {11, 4 + i}}));
-            QCOMPARE(int(bench->data.rate), rates[i]);
-            QCOMPARE(int(bench->data.fixedRate(short(4 + i))), rates[i]);
-            if (!missing.contains(rates[i]))
-                QCOMPARE(int(bench->data.fixedRateDecrease(bench->data.rate)), 4 + i);
-        }
-        for (short rate = 0; rate < 10; ++rate)
-            QCOMPARE(bench->data.isIncludedInRateMenu(rate), !missing.contains(rate));
-        QVERIFY(bench->data.fixedRate(255) < 10);
-        QCOMPARE(bench->data.getRateNameFromDT(TembrinData::Rates[4]), QStringLiteral("25/Sec"));
-        QCOMPARE(bench->data.getRateNameFromDT(0.1), QStringLiteral("1/Sec"));
-    }
-
     void sensorLists_data()
     {
-        QTest::addColumn<QByteArray>("list");
-        QTest::addColumn<QVector<int>>("ids");
-        QTest::addColumn<bool>("gate");
-        QTest::addColumn<QString>("language");
+        columns<QByteArray, QVector<int>, bool, QString>({"list", "ids", "gate", "language"});
         const QVector<int> plain{4, 2, 32, 39};
-        QTest::newRow("sockets not identified")
-            << bytes("2E6982 04 02 20 27 000000000000000000000000 00") << plain << false << "en";
-        QTest::newRow("both identified") << bytes("2E6982 04 02 20 27 000000000000000000000000 6C")
-                                         << QVector<int>{4, 2, 106, 112} << true << "en";
-        QTest::newRow("second identified") << bytes("2E6982 04 02 20 27 000000000000000000000000 05")
-                                           << QVector<int>{4, 2, 32, 105} << false << "en";
-        QTest::newRow("in Russian") << bytes("2E6982 04 02 20 27 000000000000000000000000 00")
-                                    << QVector<int>{47, 2, 32, 39} << false << "ru_RU";
-        QTest::newRow("nothing") << bytes("2E6982 00000000000000000000000000000000 00") << QVector<int>{}
-                                 << false << "en";
+        row("sockets not identified", bytes("2E6982 04 02 20 27 000000000000000000000000 00"), plain, false,
+            "en");
+        row("both identified", bytes("2E6982 04 02 20 27 000000000000000000000000 6C"),
+            QVector<int>{4, 2, 106, 112}, true, "en");
+        row("second identified", bytes("2E6982 04 02 20 27 000000000000000000000000 05"),
+            QVector<int>{4, 2, 32, 105}, false, "en");
+        row("in Russian", bytes("2E6982 04 02 20 27 000000000000000000000000 00"),
+            QVector<int>{47, 2, 32, 39}, false, "ru_RU");
+        row("nothing", bytes("2E6982 00000000000000000000000000000000 00"), QVector<int>{}, false, "en");
     }
 
     void sensorLists()
