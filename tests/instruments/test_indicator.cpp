@@ -8,42 +8,22 @@
 #include "tests/common/fakeprompt.h"
 #include "tests/common/testsupport.h"
 
-class TestIndicator : public QObject
+class TestIndicator : public GuardedTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        guard.reset(new WarningGuard);
         prompt = FakePrompt();
         strip.reset(new Indicator(&prompt));
         strip->setNActive(3);
         strip->show();
     }
 
-    void cleanup()
-    {
-        strip.reset();
-        const QStringList failures = guard->failures();
-        guard.reset();
-        QCOMPARE(failures, QStringList());
-    }
+    void finish() override { strip.reset(); }
 
-    void aSlotShowsWhatItsLoggerDoes()
-    {
-        QVERIFY(icon(2)->isVisible());
-        QVERIFY(!icon(3)->isVisible());
-        QCOMPARE(strip->state(2), Indicator::State::Off);
-        QCOMPARE(strip->state(3), Indicator::State::Empty);
-        strip->setBTComm(1, true);
-        QCOMPARE(strip->state(1), Indicator::State::Comm);
-        strip->setBTComm(1, false);
-        QCOMPARE(strip->state(1), Indicator::State::On);
-        strip->setBT(1, false);
-        QCOMPARE(strip->state(1), Indicator::State::Off);
-    }
-
+private Q_SLOTS:
     void aLeftClickConnectsEvenAConnectedLogger()
     {
         QSignalSpy connects(strip.data(), &Indicator::tryToConnect);
@@ -93,7 +73,6 @@ private:
 
     FakePrompt prompt;
     QScopedPointer<Indicator> strip;
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_MAIN(TestIndicator)

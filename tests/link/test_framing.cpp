@@ -19,14 +19,13 @@ QByteArray online(int number)
 
 } // namespace
 
-class TestFraming : public QObject
+class TestFraming : public GuardedTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        guard.reset(new WarningGuard);
         port = new FakePort;
         port->open(SerialPort::OpenMode::ReadWrite);
         listener = new PortListener(port, &identifier, 3);
@@ -37,19 +36,16 @@ private Q_SLOTS:
         connect(listener, &PortListener::dataPacketReceived, this, &TestFraming::hear);
     }
 
-    void cleanup()
+    void finish() override
     {
         delete listener;
         delete port;
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
     }
 
+private Q_SLOTS:
     void framesGoOutByteForByte_data()
     {
-        QTest::addColumn<int>("command");
-        QTest::addColumn<QVector<short>>("args");
-        QTest::addColumn<QByteArray>("frame");
+        columns<int, QVector<short>, QByteArray>({"command", "args", "frame"});
         const auto row = [](const char* name, int cmd, const QVector<short>& args, const char* hex) {
             QTest::newRow(name) << cmd << args << QByteArray::fromHex(hex);
         };
@@ -181,7 +177,6 @@ private:
     FakePort* port = nullptr;
     PortListener* listener = nullptr;
     QVector<QByteArray> heard;
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_GUILESS_MAIN(TestFraming)

@@ -71,7 +71,7 @@ QStringList texts(const QVector<possibleDevice>& devices)
 
 } // namespace
 
-class TestLinuxPorts : public QObject
+class TestLinuxPorts : public GuardedTest
 {
     Q_OBJECT
 
@@ -81,8 +81,6 @@ private Q_SLOTS:
         // Read once by the library, so all tests have their bus at this place.
         qputenv("DBUS_SYSTEM_BUS_ADDRESS", place().toLocal8Bit());
     }
-
-    void cleanup() { VERIFY_NO_WARNINGS(guard); }
 
     void withoutABusThereAreNone() { QVERIFY(pairedBluezDevices(terminals()).isEmpty()); }
 
@@ -146,7 +144,6 @@ private:
     }
 
     QTemporaryDir folder;
-    WarningGuard guard;
 };
 
 QTEST_GUILESS_MAIN(TestLinuxPorts)

@@ -9,28 +9,26 @@
 
 #include <thread>
 
-class TestSerialAdapter : public QObject
+class TestSerialAdapter : public GuardedTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        guard.reset(new WarningGuard);
         pty.reset(new PtyPair);
         received.clear();
         drops = 0;
         makePort(SerialPort::QueryMode::EventDriven);
     }
 
-    void cleanup()
+    void finish() override
     {
         port.reset();
         pty.reset();
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
     }
 
+private Q_SLOTS:
     void bytesPassBothWays()
     {
         QVERIFY2(port->open(SerialPort::OpenMode::ReadWrite), qPrintable(port->errorString()));
@@ -159,7 +157,6 @@ private:
     QByteArray received;
     int drops = 0;
     int signalsOfBytes = 0;
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_GUILESS_MAIN(TestSerialAdapter)
