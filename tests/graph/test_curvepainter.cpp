@@ -9,6 +9,7 @@
 #include <qwt_scale_map.h>
 
 #include "graph/curvepainter.h"
+#include "tests/common/testsupport.h"
 
 namespace {
 
@@ -134,124 +135,118 @@ QImage spanPicture(const QVector<QRect>& spans)
 
 Q_DECLARE_METATYPE(Case)
 
-class TestCurvePainter : public QObject
+class TestCurvePainter : public GuardedTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void coversWhatALineCovers_data();
-    void coversWhatALineCovers();
-    void fillsEveryPixelOnce();
-    void showsOneSample();
-    void dashesLeaveGaps();
-    void crowdedSymbolsKeepThePeaks();
+    void coversWhatALineCovers_data()
+    {
+        QTest::addColumn<Case>("c");
+        row("noise, 33 samples a column", makeCase(3000, noise));
+        row("noise, uneven times", makeCase(1000, noise, 0.9));
+        row("lone peaks between many samples", makeCase(6000, spikes));
+        row("several columns a sample", makeCase(40, wave));
+        Case c = makeCase(2, noise);
+        c.x[1] = 40;
+        row("two samples", c);
+        c = makeCase(1500, noise);
+        c.from = 850;
+        row("leading samples left out", c);
+        c = makeCase(900, wave);
+        c.yMap = makeMap(59, 0, 50, -50);
+        row("scale upside down", c);
+        c.unit = {-1.8, 12};
+        row("other unit", c);
+        c = makeCase(500, wave);
+        c.xMap = makeMap(0, 89, 20.03, 20.51);
+        row("zoomed in between two samples", c);
+        c.yMap = makeMap(59, 0, 12, 17);
+        row("values and times outside the canvas", c);
+        c = makeCase(600, wave);
+        for (int i = 0; i < 600; i += 3)
+            c.x[i] = c.x[i / 50 * 50];
+        std::sort(c.x.begin(), c.x.end());
+        row("vertical jumps", c);
+        c = makeCase(1500, noise);
+        for (int i : {0, 1, 700, 701, 1499})
+            c.y[i] = std::numeric_limits<double>::quiet_NaN();
+        std::fill(c.y.begin() + 800, c.y.begin() + 1000, std::numeric_limits<double>::quiet_NaN());
+        row("not a number", c);
+        c = makeCase(300, wave);
+        c.y.resize(130);
+        row("channel shorter than the time", c);
+    }
+
+    void coversWhatALineCovers()
+    {
+        QFETCH(Case, c);
+        for (int width : {1, 2, 4}) {
+            const int tolerance = width == 1 ? 1 : 2; // the rim of a round pen
+            const QImage plain = plainPicture(c, width);
+            const QImage fast = spanPicture(spansOf(painter, c, {width, false}));
+            for (int column = 0; column < canvas.width(); ++column) {
+                const auto expected = covered(plain, column, zoom);
+                const auto actual = covered(fast, column);
+                QVERIFY2(
+                    isAlike(expected, actual, tolerance),
+                    qPrintable(QStringLiteral("width %1, column %2: rows %3 to %4 instead of %5 to %6")
+                                   .arg(QString::number(width), QString::number(column),
+                                        QString::number(actual.first), QString::number(actual.second),
+                                        QString::number(expected.first), QString::number(expected.second))));
+            }
+        }
+    }
+
+    void fillsEveryPixelOnce()
+    {
+        for (const Case& c : {makeCase(3000, noise), makeCase(300, wave)}) {
+            QVector<int> hits(canvas.width() * canvas.height());
+            for (const QRect& rect : spansOf(painter, c, {4, false})) {
+                QVERIFY(canvas.contains(rect));
+                for (int row = rect.top(); row <= rect.bottom(); ++row) {
+                    for (int column = rect.left(); column <= rect.right(); ++column)
+                        QCOMPARE(++hits[row * canvas.width() + column], 1);
+                }
+            }
+        }
+    }
+
+    void showsOneSample()
+    {
+        Case c = makeCase(1, [](QRandomGenerator&, int) { return 0.0; });
+        c.x[0] = 30.14;
+        c.yMap = makeMap(60, 0, -50, 50);
+        const QImage dot = spanPicture(spansOf(painter, c, {4, false}));
+        QCOMPARE(covered(dot, 45), qMakePair(28, 31));
+        QCOMPARE(covered(dot, 57), qMakePair(-1, -1));
+        c.y[0] = std::numeric_limits<double>::quiet_NaN();
+        QVERIFY(spansOf(painter, c, {4, false}).isEmpty());
+    }
+
+    void dashesLeaveGaps()
+    {
+        const QImage dashed = spanPicture(spansOf(painter, makeCase(6000, spikes), {2, true}));
+        for (int column = 0; column < canvas.width(); ++column)
+            QCOMPARE(covered(dashed, column).first >= 0, column / 8 % 2 == 0);
+    }
+
+    void crowdedSymbolsKeepThePeaks()
+    {
+        Case c = makeCase(6000, spikes);
+        painter.forget();
+        painter.setTime(c.x, c.xMap, canvas);
+        const auto places = painter.symbolPositions({c.y.constData(), 0, c.y.size(), c.unit}, c.xMap, c.yMap);
+        QVERIFY(places.size() <= 2 * (canvas.width() + 2));
+        const int peaks = int(std::count_if(places.cbegin(), places.cend(), [&](const QPointF& place) {
+            return qAbs(place.y() - c.yMap.transform(45)) < 0.01;
+        }));
+        QCOMPARE(peaks, 6);
+    }
 
 private:
     CurvePainter painter; // kept from case to case, as a graph does from frame to frame
 };
-
-void TestCurvePainter::coversWhatALineCovers_data()
-{
-    QTest::addColumn<Case>("c");
-    QTest::newRow("noise, 33 samples a column") << makeCase(3000, noise);
-    QTest::newRow("noise, uneven times") << makeCase(1000, noise, 0.9);
-    QTest::newRow("lone peaks between many samples") << makeCase(6000, spikes);
-    QTest::newRow("several columns a sample") << makeCase(40, wave);
-    Case c = makeCase(2, noise);
-    c.x[1] = 40;
-    QTest::newRow("two samples") << c;
-    c = makeCase(1500, noise);
-    c.from = 850;
-    QTest::newRow("leading samples left out") << c;
-    c = makeCase(900, wave);
-    c.yMap = makeMap(59, 0, 50, -50);
-    QTest::newRow("scale upside down") << c;
-    c.unit = {-1.8, 12};
-    QTest::newRow("other unit") << c;
-    c = makeCase(500, wave);
-    c.xMap = makeMap(0, 89, 20.03, 20.51);
-    QTest::newRow("zoomed in between two samples") << c;
-    c.yMap = makeMap(59, 0, 12, 17);
-    QTest::newRow("values and times outside the canvas") << c;
-    c = makeCase(600, wave);
-    for (int i = 0; i < 600; i += 3)
-        c.x[i] = c.x[i / 50 * 50];
-    std::sort(c.x.begin(), c.x.end());
-    QTest::newRow("vertical jumps") << c;
-    c = makeCase(1500, noise);
-    for (int i : {0, 1, 700, 701, 1499})
-        c.y[i] = std::numeric_limits<double>::quiet_NaN();
-    std::fill(c.y.begin() + 800, c.y.begin() + 1000, std::numeric_limits<double>::quiet_NaN());
-    QTest::newRow("not a number") << c;
-    c = makeCase(300, wave);
-    c.y.resize(130);
-    QTest::newRow("channel shorter than the time") << c;
-}
-
-void TestCurvePainter::coversWhatALineCovers()
-{
-    QFETCH(Case, c);
-    for (int width : {1, 2, 4}) {
-        const int tolerance = width == 1 ? 1 : 2; // the rim of a round pen
-        const QImage plain = plainPicture(c, width);
-        const QImage fast = spanPicture(spansOf(painter, c, {width, false}));
-        for (int column = 0; column < canvas.width(); ++column) {
-            const auto expected = covered(plain, column, zoom);
-            const auto actual = covered(fast, column);
-            QVERIFY2(isAlike(expected, actual, tolerance),
-                     qPrintable(QStringLiteral("width %1, column %2: rows %3 to %4 instead of %5 to %6")
-                                    .arg(QString::number(width), QString::number(column),
-                                         QString::number(actual.first), QString::number(actual.second),
-                                         QString::number(expected.first), QString::number(expected.second))));
-        }
-    }
-}
-
-void TestCurvePainter::fillsEveryPixelOnce()
-{
-    for (const Case& c : {makeCase(3000, noise), makeCase(300, wave)}) {
-        QVector<int> hits(canvas.width() * canvas.height());
-        for (const QRect& rect : spansOf(painter, c, {4, false})) {
-            QVERIFY(canvas.contains(rect));
-            for (int row = rect.top(); row <= rect.bottom(); ++row) {
-                for (int column = rect.left(); column <= rect.right(); ++column)
-                    QCOMPARE(++hits[row * canvas.width() + column], 1);
-            }
-        }
-    }
-}
-
-void TestCurvePainter::showsOneSample()
-{
-    Case c = makeCase(1, [](QRandomGenerator&, int) { return 0.0; });
-    c.x[0] = 30.14;
-    c.yMap = makeMap(60, 0, -50, 50);
-    const QImage dot = spanPicture(spansOf(painter, c, {4, false}));
-    QCOMPARE(covered(dot, 45), qMakePair(28, 31));
-    QCOMPARE(covered(dot, 57), qMakePair(-1, -1));
-    c.y[0] = std::numeric_limits<double>::quiet_NaN();
-    QVERIFY(spansOf(painter, c, {4, false}).isEmpty());
-}
-
-void TestCurvePainter::dashesLeaveGaps()
-{
-    const QImage dashed = spanPicture(spansOf(painter, makeCase(6000, spikes), {2, true}));
-    for (int column = 0; column < canvas.width(); ++column)
-        QCOMPARE(covered(dashed, column).first >= 0, column / 8 % 2 == 0);
-}
-
-void TestCurvePainter::crowdedSymbolsKeepThePeaks()
-{
-    Case c = makeCase(6000, spikes);
-    painter.forget();
-    painter.setTime(c.x, c.xMap, canvas);
-    const auto places = painter.symbolPositions({c.y.constData(), 0, c.y.size(), c.unit}, c.xMap, c.yMap);
-    QVERIFY(places.size() <= 2 * (canvas.width() + 2));
-    const int peaks = int(std::count_if(places.cbegin(), places.cend(), [&](const QPointF& place) {
-        return qAbs(place.y() - c.yMap.transform(45)) < 0.01;
-    }));
-    QCOMPARE(peaks, 6);
-}
 
 QTEST_MAIN(TestCurvePainter)
 #include "test_curvepainter.moc"

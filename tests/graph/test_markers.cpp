@@ -1,119 +1,536 @@
-#include <QApplication>
 #include <QImage>
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QtTest>
 
-#include <qwt_legend.h>
 #include <qwt_symbol.h>
 #include <qwt_text.h>
 
 #include "app/common/settings.h"
-#include "data/expdata.h"
 #include "graph/bubbleedit.h"
-#include "graph/myplotcurve.h"
-#include "graph/plot.h"
-#include "graph/scalemanager.h"
-#include "tests/common/fakeprompt.h"
-#include "tests/common/testsupport.h"
+#include "tests/graph/plottest.h"
 
 namespace {
 
 constexpr int samples = 101;
 
-// Sensor 0 is the line y = slope * x + start, sensor 1 a parabola below it.
-void fill(ExpData& data, double dt, double slope, double start)
-{
-    QVector<double> t(samples);
-    QVector<double> line(samples);
-    QVector<double> parabola(samples);
-    for (int i = 0; i < samples; ++i) {
-        t[i] = i * dt;
-        line[i] = slope * t[i] + start;
-        parabola[i] = 0.0005 * i * i - 0.06 * i + 3;
-    }
-    data.setDataNew(2, t, dt);
-    data.addSensorData(0, SENSOR_EXT_TEMP, line, -1);
-    data.addSensorData(1, SENSOR_VOLTAGE, parabola, -1);
-    data.setXRange();
-}
-
 } // namespace
 
-class TestMarkers : public QObject
+class TestMarkers : public PlotTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase() { QLocale::setDefault(QLocale::c()); }
-    void init()
+    void clicksPlaceCrosses_data()
     {
-        guard.reset(new WarningGuard);
-        // The offscreen platform says this of every dialog.
-        guard->expect(QStringLiteral("propagateSizeHints"));
-        data.reset(new ExpData);
-        prompt = FakePrompt();
-    }
-    void cleanup()
-    {
-        plot.reset();
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
+        columns<double, int, int, int, QString>({"x", "besideX", "rows", "found", "text"});
+
+        row("on the curve", 5.0, 0, 0, 0, "Ext. Temperature = 20.0 °C\nTime = 5.0 s");
+        row("high above it", 5.0, 0, -150, 0, "Ext. Temperature = 20.0 °C\nTime = 5.0 s");
+        row("at its start, beside it", 0.0, -10, 0, 1, "Voltage = 3.00 V\nTime = 0.0 s");
+        row("past its end within reach", 10.0, 15, 0, 0, QString());
+        row("past its end out of reach", 10.0, 22, 0, -1, QString());
     }
 
-    void clicksPlaceCrosses_data();
-    void clicksPlaceCrosses();
-    void secondCrossFollowsToAnotherCurve();
-    void crossBeyondTheEndIsAGhost();
-    void lockFreesAPlace();
-    void textsFollowTheMouseAndTheRun();
-    void removalAsksAndTakesThePair();
-    void cropInAnyOrder_data();
-    void cropInAnyOrder();
-    void regressionTexts_data();
-    void regressionTexts();
-    void crossOnARegressionLine();
-    void analysesRefuse_data();
-    void analysesRefuse();
-    void integralOutlivesNewCurves();
-    void xyRegressionRunsToTheRight();
-    void annotationIsEditedWhereItStands();
-    void balloonTail_data();
-    void balloonTail();
-    void tangentAtThePointer();
-    void photogateTexts();
-    void storedMarkers();
-    void legendHidesMarkers();
-    void longRunsStaySmooth();
+    void clicksPlaceCrosses()
+    {
+        QFETCH(double, x);
+        QFETCH(int, besideX);
+        QFETCH(int, rows);
+        QFETCH(int, found);
+        QFETCH(QString, text);
+        show();
+        // Room on both sides of the curves.
+        plot->setAxisScale(QwtPlot::xBottom, -1, 11);
+        plot->replot();
+        plot->enableMarker(true);
+        data->setNeedSave(false);
+        click(pixel(qMax(found, 0), x) + QPoint(besideX, rows));
+        QCOMPARE(plot->curveMarker.size(), found < 0 ? 0 : 1);
+        QCOMPARE(data->isNeedSave(), found >= 0);
+        if (found < 0)
+            return;
+        const myPlotMarker* const cross = plot->curveMarker.first();
+        QCOMPARE(cross->iSens, found);
+        QVERIFY(qAbs(cross->yValue() - data->interpolateY(found, cross->xValue())) < 0.02);
+        QVERIFY(cross->xValue() >= 0 && cross->xValue() <= 10);
+        if (!text.isEmpty())
+            QVERIFY2(qAbs(cross->xValue() - x) < (rows == 0 ? 0.1 : 0.5), qPrintable(textOf(1)));
+        if (rows == 0 && !text.isEmpty())
+            QCOMPARE(textOf(1).section(' ', 0, 2), text.section(' ', 0, 2));
+    }
+
+    void secondCrossFollowsToAnotherCurve()
+    {
+        show();
+        QSignalSpy distance(plot.data(), &Plot::twoMarkersUpdated);
+        plot->enableMarker(true);
+        click(pixel(0, 2));
+        click(pixel(0, 8));
+        click(pixel(0, 5) - QPoint(0, 60));
+        QCOMPARE(plot->markers.size(), 4);
+        QCOMPARE(distance.last().first().toString().section(';', 0, 0), QStringLiteral("dt = 6.0 s"));
+        const double x = plot->curveMarker[1]->xValue();
+
+        press(pixel(0, 2));
+        moveTo(pixel(1, 3));
+        release();
+        for (const myPlotMarker* marker : qAsConst(plot->markers))
+            QCOMPARE(marker->iSens, 1);
+        QCOMPARE(plot->curveMarker[1]->xValue(), x);
+        QCOMPARE(plot->curveMarker[1]->yValue(), data->interpolateY(1, x));
+        QVERIFY(textOf(3).startsWith(QLatin1String("Voltage")));
+        QVERIFY(qAbs(plot->curveMarker[0]->xValue() - 3) < 0.1);
+    }
+
+    void crossBeyondTheEndIsAGhost()
+    {
+        show();
+        plot->setAxisScale(QwtPlot::xBottom, 0, 20);
+        plot->replot();
+        plot->enableMarker(true);
+        click(pixel(0, 8));
+        const myPlotMarker* const cross = plot->curveMarker.first();
+        press(pixel(0, 8));
+        moveTo(pixel(0, 10) + QPoint(30, 0));
+        QCOMPARE(cross->type, MARKER_X_GHOST);
+        QCOMPARE(cross->symbol()->pen().color(), QColor(Qt::gray));
+        QVERIFY(!plot->markers[1]->isShown());
+        moveTo(pixel(0, 6));
+        QCOMPARE(cross->type, MARKER_X);
+        QCOMPARE(cross->symbol()->pen().color(), QColor(Qt::black));
+        QVERIFY(plot->markers[1]->isShown());
+        moveTo(pixel(0, 10) + QPoint(30, 0));
+        release();
+        QVERIFY(plot->markers.isEmpty());
+        QVERIFY(plot->curveMarker.isEmpty());
+    }
+
+    void lockFreesAPlace()
+    {
+        show();
+        placeCrosses(0, 2, 8);
+        QTest::mouseDClick(plot->canvas(), Qt::LeftButton, {}, pixel(0, 2));
+        QCOMPARE(prompt.asked, QStringList(QStringLiteral("Lock marker|Do you want to lock this marker?")));
+        QCOMPARE(plot->curveMarker.size(), 2);
+        prompt.answer = UserPrompt::Answer::Yes;
+        QTest::mouseDClick(plot->canvas(), Qt::LeftButton, {}, plot->markers[1]->pixelPos().toPoint());
+        QCOMPARE(plot->curveMarker.size(), 1);
+        QVERIFY(plot->markers[0]->isLocked() && !plot->markers[0]->isShown() && plot->markers[1]->isShown());
+        plot->enableMarker(true);
+        click(pixel(0, 5));
+        QCOMPARE(plot->curveMarker.size(), 2);
+        chooseFromMenu(QStringLiteral("lockMarker"), pixel(0, 5));
+        QCOMPARE(plot->curveMarker.size(), 1);
+        QCOMPARE(prompt.asked.size(), 2);
+    }
+
+    void textsFollowTheMouseAndTheRun()
+    {
+        show();
+        data->finalData = false;
+        plot->Update();
+        plot->enableMarker(true);
+        click(pixel(0, 2));
+        myPlotMarker* const text = plot->markers[1];
+        QCOMPARE(QPoint(text->xOffset, text->yOffset), QPoint(50, -50));
+        press(text->pixelPos().toPoint());
+        moveTo(pixel(0, 2) + QPoint(80, -120));
+        release();
+        QVERIFY(qAbs(text->xOffset - 80) <= 2 && qAbs(text->yOffset + 120) <= 2);
+        // The axis grows, the distance in pixels stays.
+        for (int i = samples; i < 5 * samples; ++i)
+            data->addSample(i * 0.1, {10, 1});
+        plot->Update();
+        const QPointF way = text->pixelPos() - plot->markers[0]->pixelPos();
+        QVERIFY(qAbs(way.x() - text->xOffset) <= 2 && qAbs(way.y() - text->yOffset) <= 2);
+    }
+
+    void removalAsksAndTakesThePair()
+    {
+        show();
+        placeCrosses(0, 2, 8);
+        plot->doRegression(1);
+        plot->newAnnotation(QPointF(60, 60));
+        delete plot->findChild<BubbleEdit*>();
+        QCOMPARE(plot->markers.size(), 7);
+        plot->verifyAndRemoveMarker(5);
+        QCOMPARE(prompt.asked.takeLast(),
+                 QStringLiteral("Delete regression|Do you want to remove this regression?"));
+        QCOMPARE(plot->markers.size(), 7);
+        prompt.answer = UserPrompt::Answer::Yes;
+        chooseFromMenu(QStringLiteral("deleteMarker"), pixel(0, 2));
+        QCOMPARE(plot->markers.size(), 5);
+        QCOMPARE(plot->curveMarker.size(), 1);
+        QTest::mouseClick(plot->canvas(), Qt::RightButton, {}, plot->markers[4]->pixelPos().toPoint());
+        QCOMPARE(prompt.asked.takeLast(),
+                 QStringLiteral("Delete annotation|Do you want to remove this annotation?"));
+        plot->verifyAndRemoveMarker(3);
+        QCOMPARE(plot->markers.size(), 2);
+        plot->setMarkers();
+        QVERIFY(plot->markers.isEmpty() && plot->curveMarker.isEmpty());
+    }
+
+    void cropInAnyOrder_data()
+    {
+        columns<bool, double, double>({"agreed", "first", "second"});
+        row("in order", true, 2.05, 8.05);
+        row("reversed", true, 8.05, 2.05);
+        row("refused", false, 2.05, 8.05);
+    }
+
+    void cropInAnyOrder()
+    {
+        QFETCH(bool, agreed);
+        QFETCH(double, first);
+        QFETCH(double, second);
+        show();
+        placeCrosses(0, first, second);
+        for (double x : {1.0, 5.0, 9.0}) {
+            plot->newAnnotation(pixel(0, x));
+            delete plot->findChild<BubbleEdit*>();
+        }
+        prompt.answer = agreed ? UserPrompt::Answer::Yes : UserPrompt::Answer::No;
+        plot->doCrop();
+        QCOMPARE(prompt.asked.size(), 1);
+        QCOMPARE(plot->markers.size(), agreed ? 1 : 7);
+        QCOMPARE(data->getXSize(), agreed ? 60 : samples);
+        QCOMPARE(data->getXAt(0), agreed ? 2.1 : 0.0);
+        plot->doCrop();
+        QCOMPARE(prompt.asked.size(), agreed ? 1 : 2);
+    }
+
+    void regressionTexts_data()
+    {
+        columns<int, int, double, double, double, QString>(
+            {"sensor", "degree", "dt", "slope", "start", "text"});
+
+        row("seconds", 0, 1, 0.1, 2.0, 10.0, "Ext. Temperature = 2.00t + 10.0\nr = 1.00");
+        row("minutes", 0, 1, 5.0, 0.2, 0.0, "Ext. Temperature = 12.00t + 0.0\nr = 1.00");
+        row("falling from below zero", 0, 1, 0.1, -0.5, -3.26, "Ext. Temperature = -0.50t - 3.3\nr = 1.00");
+        row("hardly rising", 0, 1, 0.1, 0.004, 1.0, "Ext. Temperature = 0.004t + 1.0\nr = 1.00");
+        row("parabola", 1, 2, 0.1, 2.0, 10.0, "Voltage = 0.05t² - 0.60t + 3.0\nr = 1.00");
+    }
+
+    void regressionTexts()
+    {
+        QFETCH(int, sensor);
+        QFETCH(int, degree);
+        QFETCH(double, dt);
+        QFETCH(double, slope);
+        QFETCH(double, start);
+        QFETCH(QString, text);
+        show(dt, slope, start);
+        placeCrosses(sensor, 80 * dt, 20 * dt);
+        plot->doRegression(degree);
+        QCOMPARE(plot->markers.size(), 6);
+        QCOMPARE(textOf(5), text);
+        const myPlotMarker& line = *plot->markers[4];
+        QCOMPARE(line.linX0, 20 * dt);
+        QCOMPARE(line.linX1, 80 * dt);
+        QVERIFY(qAbs(line.yValue() - data->interpolateY(sensor, 50 * dt)) < 1e-6);
+    }
+
+    void crossOnARegressionLine()
+    {
+        show();
+        placeCrosses(1, 2, 8);
+        plot->doRegression(1);
+        const myPlotMarker* const line = plot->markers[4];
+        placeCrosses(0, 0, 0); // refused
+        QCOMPARE(plot->markers.size(), 6);
+        press(pixel(1, 2));
+        QwtScaleMap map = line->ownMap(plot->canvasMap(QwtPlot::yLeft));
+        moveTo(QPointF(plot->transform(QwtPlot::xBottom, 5), map.transform(line->calcRegValue(5))).toPoint());
+        release();
+        for (const myPlotMarker* cross : qAsConst(plot->curveMarker)) {
+            QCOMPARE(cross->iReg, 4);
+            QVERIFY(qAbs(cross->yValue() - line->calcRegValue(cross->xValue())) < 0.01);
+        }
+        plot->doRegression(1);
+        QCOMPARE(plot->markers.size(), 6);
+        // A marker earlier in the list goes, the line keeps being known.
+        plot->lockMarker(plot->markers[0], false);
+        plot->removeMarker(plot->markers[0]);
+        QCOMPARE(plot->curveMarker.first()->iReg, 2);
+        plot->removeMarker(plot->markers[2]);
+        QCOMPARE(plot->curveMarker.first()->iReg, -1);
+        QCOMPARE(plot->curveMarker.first()->yValue(),
+                 data->interpolateY(1, plot->curveMarker.first()->xValue()));
+    }
+
+    void analysesRefuse_data()
+    {
+        QTest::addColumn<QVector<double>>("crosses");
+        row("no cross", QVector<double>());
+        row("one cross", QVector<double>{2});
+        row("both at one time", QVector<double>{2, 2});
+    }
+
+    void analysesRefuse()
+    {
+        QFETCH(QVector<double>, crosses);
+        show();
+        for (double x : qAsConst(crosses))
+            plot->newMarker(0, -1, x, data->interpolateY(0, x));
+        plot->doRegression(1);
+        plot->doRegression(2);
+        plot->doIntegral();
+        QCOMPARE(plot->markers.size(), 2 * crosses.size());
+    }
+
+    void integralOutlivesNewCurves()
+    {
+        show();
+        placeCrosses(0, 8, 2);
+        plot->doIntegral();
+        QCOMPARE(plot->markers[4]->integral, 120.0);
+        QCOMPARE(textOf(5), QStringLiteral("Integral = 120 °C*s"));
+        plot->setData();
+        plot->Update();
+        QCOMPARE(plot->markers[4]->curve.data(), plot->getCurve(0));
+        const QImage canvas = plot->canvas()->grab().toImage();
+        const int left = int(plot->transform(QwtPlot::xBottom, 2));
+        const int row = pixel(0, 2).y() + 30;
+        int hatched = 0;
+        for (int column = left + 20; column < left + 70; ++column)
+            hatched += canvas.pixelColor(column, row) == plot->getCurve(0)->getColor();
+        QCOMPARE(hatched, 10);
+    }
+
+    void xyRegressionRunsToTheRight()
+    {
+        show();
+        data->setXYIndex(0);
+        plot->Update();
+        plot->enableMarker(true);
+        const auto at = [&](int i) { return place(1, data->getYAt(0, i), data->getYAt(1, i)); };
+        plot->getCurve(0)->hide();
+        click(at(80));
+        click(at(20));
+        QCOMPARE(plot->curveMarker.size(), 2);
+        QVERIFY(qAbs(plot->curveMarker[0]->xValue() - data->getYAt(0, 80)) < 0.2);
+        QVERIFY(textOf(1).contains(QLatin1String("Voltage = ")) &&
+                textOf(1).startsWith(QLatin1String("Ext.")));
+        plot->doRegression(2);
+        plot->doIntegral();
+        QCOMPARE(plot->markers.size(), 6);
+        QVERIFY(plot->markers[4]->linX0 > plot->markers[4]->linX1);
+        QVERIFY(textOf(5).contains(QStringLiteral("[Ext. Temperature]²")));
+        for (myPlotMarker* marker : qAsConst(plot->markers))
+            marker->setShown(marker->type == MARKER_REGRESSION);
+        QVERIFY(plot->canvas()->grab().toImage().pixelColor(at(50)).lightness() < 60);
+        plot->markers[4]->setShown(false);
+        QVERIFY(plot->canvas()->grab().toImage().pixelColor(at(50)).lightness() > 60);
+    }
+
+    void annotationIsEditedWhereItStands()
+    {
+        QTemporaryDir dir;
+        QImage picture(300, 150, QImage::Format_RGB32);
+        picture.fill(Qt::blue);
+        prompt.file = dir.filePath(QStringLiteral("blue.png"));
+        QVERIFY(picture.save(prompt.file));
+        show();
+        plot->enableAnnotate(true);
+        click(QPoint(3, 200));
+        plot->enableAnnotate(false);
+        myPlotMarker* const label = plot->markers.value(0);
+        QVERIFY(label);
+        QVERIFY((label->pixelPos() - QPointF(50, 200)).manhattanLength() < 1);
+        QCOMPARE(textOf(0), QStringLiteral("New label"));
+
+        auto* dialog = plot->findChild<BubbleEdit*>();
+        QVERIFY(dialog && dialog->isModal());
+        QTest::keyClicks(dialog->findChild<QWidget*>(QStringLiteral("textEdit")), QStringLiteral("<b>Tea"));
+        QTest::mouseClick(dialog->findChild<QWidget*>(QStringLiteral("imageButton")), Qt::LeftButton);
+        dialog->reject();
+        QCOMPARE(textOf(0), QStringLiteral("<b>Tea"));
+        QVERIFY(label->isBubble() && label->isPic());
+
+        press(QPoint(50, 200));
+        moveTo(QPoint(300, 200));
+        release();
+        const QRectF box = label->balloonRect(label->pixelPos());
+        const QImage canvas = plot->canvas()->grab().toImage();
+        QCOMPARE(canvas.pixelColor(QPointF(300, box.top() + 8 + 25).toPoint()), QColor(Qt::blue));
+        press(label->balloonTip(label->pixelPos()).toPoint());
+        moveTo(QPoint(400, 150));
+        release();
+        QVERIFY((label->balloonTip(label->pixelPos()) - QPointF(400, 150)).manhattanLength() <= 2);
+        QVERIFY((label->pixelPos() - QPointF(300, 200)).manhattanLength() <= 1);
+        label->setPic(QPixmap());
+        label->setText(QString());
+        QCOMPARE(label->balloonRect(QPointF()).width(), 50.0);
+        // The dialog goes with what it edits.
+        QTest::mouseDClick(plot->canvas(), Qt::LeftButton, {}, QPoint(400, 150));
+        QPointer<BubbleEdit> open = plot->findChild<BubbleEdit*>();
+        QVERIFY(open);
+        plot->setMarkers();
+        QTRY_VERIFY(!open || !open->isVisible());
+    }
+
+    void balloonTail_data()
+    {
+        columns<QPointF, QPointF, QPointF>({"tip", "inside", "outside"});
+        // The box goes from (0, 0) to (80, 40), its tail stands on a quarter of a side.
+        row("below", QPointF(40, 140), QPointF(49, 41), QPointF(51, 41));
+        row("above", QPointF(40, -100), QPointF(40, -90), QPointF(46, -90));
+        row("left", QPointF(-100, 20), QPointF(-1, 24), QPointF(-1, 26));
+        row("right", QPointF(180, 20), QPointF(81, 16), QPointF(81, 14));
+    }
+
+    void balloonTail()
+    {
+        QFETCH(QPointF, tip);
+        QFETCH(QPointF, inside);
+        QFETCH(QPointF, outside);
+        const QRectF box(0, 0, 80, 40);
+        QVERIFY(myPlotMarker::isInTriangle(box, tip, inside));
+        QVERIFY(!myPlotMarker::isInTriangle(box, tip, outside));
+        QVERIFY(!myPlotMarker::isInTriangle(box, QPointF(60, 30), QPointF(55, 28)));
+        QVERIFY(!myPlotMarker::isInTriangle(box, QPointF(120, 60), QPointF(100, 50)));
+    }
+
+    void tangentAtThePointer()
+    {
+        show();
+        data->setNeedSave(false);
+        plot->enableSlope(true);
+        moveTo(pixel(0, 5) + QPoint(0, 40));
+        QCOMPARE(plot->markers.size(), 1);
+        const myPlotMarker* const text = plot->markers.first();
+        QCOMPARE(textOf(0), QStringLiteral("slope = 2.0 °C/s"));
+        QVERIFY(text->isShown());
+        QVERIFY(text->pixelPos().y() < pixel(0, 5).y());
+        moveTo(pixel(0, 9));
+        QVERIFY2(text->pixelPos().y() > pixel(0, 9).y(), "no room above");
+        moveTo(pixel(0, 2));
+        QVERIFY2(text->pixelPos().y() < pixel(0, 2).y(), "no room below");
+        plot->setAxisScale(QwtPlot::xBottom, -1, 11);
+        plot->replot();
+        moveTo(pixel(0, 0) + QPoint(-4, 10));
+        QVERIFY2(!text->isShown(), "outside the inner samples");
+        placeCrosses(0, 4, 6);
+        moveTo(pixel(0, 9));
+        QVERIFY(qAbs(text->connectTo->xValue() - 6) < 0.2);
+        plot->updateSens(1);
+        QCOMPARE(text->iSens, 1);
+        plot->setMarkers();
+        QCOMPARE(plot->markers.size(), 1);
+        data->setNeedSave(false);
+        plot->enableSlope(false);
+        QVERIFY(plot->markers.isEmpty());
+        QVERIFY(!data->isNeedSave());
+    }
+
+    void photogateTexts()
+    {
+        QVector<QVector<double>> gates(2, QVector<double>(50, 0.0));
+        std::fill_n(gates[0].begin() + 10, 10, 5);
+        std::fill_n(gates[1].begin() + 30, 5, 5);
+        load(data.data(), {QUELLMARK_PHOTOGATE, QUELLMARK_PHOTOGATE}, gates, 0.01);
+        data->setXRange();
+        PlotTest::show({800, 500});
+        QCOMPARE(plot->markers.size(), 3);
+        QCOMPARE(textOf(0), QStringLiteral("dt = 0.100 s\nwidth=0.05 m\nSpeed = 0.50 m/s"));
+        QCOMPARE(textOf(2), QStringLiteral("dt = 0.175 s\ndV=0.50 m/s\nAcceleration = 2.86 m/s^2"));
+        prompt.answer = UserPrompt::Answer::Yes;
+        plot->verifyAndRemoveMarker(0);
+        plot->lockMarker(plot->markers[0], true);
+        QTest::mouseClick(plot->canvas(), Qt::RightButton, {}, plot->markers[0]->pixelPos().toPoint());
+        QCOMPARE(plot->markers.size(), 3);
+        QVERIFY(prompt.asked.isEmpty());
+    }
+
+    void storedMarkers()
+    {
+        Settings::mainStore().setValue(Settings::unitsCelsius, false);
+        show();
+        Settings::mainStore().remove(Settings::unitsCelsius);
+        const auto stored = [&](markerType type, double x, bool isLocked = false) {
+            auto* marker = new myPlotMarker(0, type);
+            marker->setValue(x, 20);
+            if (isLocked)
+                marker->lock();
+            return marker;
+        };
+        myPlotMarker* const label = stored(MARKER_ANNOTATE, 3);
+        label->setLabel(QStringLiteral("warm"));
+        plot->setMarkers({stored(MARKER_FLOATING_TEXT, 1), stored(MARKER_X, 1),
+                          stored(MARKER_FLOATING_TEXT, 2), label, stored(MARKER_X, 2, true),
+                          stored(MARKER_FLOATING_TEXT, 3), stored(MARKER_X, 5),
+                          stored(MARKER_REGRESSION, 4)});
+        plot->Update();
+        QVector<int> kinds;
+        for (const myPlotMarker* marker : qAsConst(plot->markers)) {
+            kinds << marker->type;
+            if (marker->type == MARKER_FLOATING_TEXT)
+                QVERIFY(marker->connectTo && marker->connectTo->connectTo == marker && marker->isShown());
+        }
+        QCOMPARE(kinds, (QVector<int>{MARKER_X, MARKER_FLOATING_TEXT, MARKER_ANNOTATE, MARKER_X,
+                                      MARKER_FLOATING_TEXT, MARKER_X, MARKER_FLOATING_TEXT, MARKER_REGRESSION,
+                                      MARKER_FLOATING_TEXT}));
+        QCOMPARE(plot->curveMarker, (QList<myPlotMarker*>{plot->markers[0], plot->markers[5]}));
+        QCOMPARE(plot->markers[0]->yValue(), data->getSens(0)->convertToAltUnit(20));
+        QVERIFY(label->label().font().bold());
+        QVERIFY(textOf(6).contains(QLatin1String("Time = 5.0 s")));
+        QCOMPARE(Plot::markerIndex(label->typeName, false), int(MARKER_ANNOTATE));
+        QCOMPARE(Plot::markerIndex(QStringLiteral("no such"), false), -1);
+        QCOMPARE(Plot::markerIndex(QString(), false), -1);
+    }
+
+    void legendHidesMarkers()
+    {
+        show();
+        placeCrosses(0, 2, 8);
+        QTest::mouseClick(legendItem(0), Qt::RightButton);
+        QVERIFY(plot->markers[0]->isShown());
+        QTest::mouseClick(legendItem(0), Qt::RightButton);
+        for (const myPlotMarker* marker : qAsConst(plot->markers))
+            QVERIFY(!marker->isShown());
+        plot->enableMarker(true);
+        click(pixel(1, 5));
+        QCOMPARE(plot->curveMarker.size(), 2);
+    }
+
+    // Hundreds of moves in the time that a handful may take, so that only a search through all samples fails.
+    void longRunsStaySmooth()
+    {
+        QVector<double> v;
+        for (int i = 0; i < 1000000; ++i)
+            v << i % 7;
+        load(data.data(), {SENSOR_VOLTAGE}, {v});
+        data->setXRange();
+        PlotTest::show({800, 500});
+        plot->enableMarker(true);
+        click(QPoint(100, 200));
+        press(plot->markers[0]->pixelPos().toPoint());
+        QElapsedTimer clock;
+        clock.start();
+        for (int i = 0; i < 300; ++i)
+            moveTo(QPoint(100 + i, 200));
+        QVERIFY2(clock.elapsed() < 1500, qPrintable(QString::number(clock.elapsed())));
+    }
 
 private:
+    // Sensor 0 is the line y = slope * x + start, sensor 1 a parabola below it.
     void show(double dt = 0.1, double slope = 2, double start = 10)
     {
-        fill(*data, dt, slope, start);
-        plot.reset(new Plot(data.get(), GRAPH_LINE, false, 0));
-        plot->setUserPrompt(&prompt);
-        plot->resize(800, 500);
-        plot->show();
-        QVERIFY(QTest::qWaitForWindowExposed(plot.get()));
-        plot->Update();
-        QCoreApplication::processEvents();
+        QVector<double> line, parabola;
+        for (int i = 0; i < samples; ++i) {
+            line << slope * (i * dt) + start;
+            parabola << 0.0005 * i * i - 0.06 * i + 3;
+        }
+        load(data.data(), {SENSOR_EXT_TEMP, SENSOR_VOLTAGE}, {line, parabola}, dt);
+        data->setXRange();
+        PlotTest::show({800, 500});
     }
-    QPoint pixel(int iSens, double x) const
-    {
-        QwtScaleMap map = plot->canvasMap(QwtPlot::yLeft);
-        plot->scaler->fixScaleY(&map, iSens);
-        return QPointF(plot->transform(QwtPlot::xBottom, x), map.transform(data->interpolateY(iSens, x)))
-            .toPoint();
-    }
+    QPoint pixel(int iSens, double x) const { return place(iSens, x, data->interpolateY(iSens, x)); }
     void click(const QPoint& at) { QTest::mouseClick(plot->canvas(), Qt::LeftButton, {}, at); }
     void press(const QPoint& at) { QTest::mousePress(plot->canvas(), Qt::LeftButton, {}, at); }
     void release() { QTest::mouseRelease(plot->canvas(), Qt::LeftButton); }
-    void moveTo(const QPoint& at)
-    {
-        QMouseEvent move(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton, {});
-        QApplication::sendEvent(plot->canvas(), &move);
-    }
     void placeCrosses(int iSens, double x0, double x1)
     {
         plot->newMarker(iSens, -1, x0, data->interpolateY(iSens, x0));
@@ -129,543 +546,7 @@ private:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     QString textOf(int i) const { return plot->markers[i]->label().text(); }
-
-    QScopedPointer<WarningGuard> guard;
-    FakePrompt prompt;
-    std::unique_ptr<ExpData> data;
-    std::unique_ptr<Plot> plot;
 };
-
-void TestMarkers::clicksPlaceCrosses_data()
-{
-    QTest::addColumn<double>("x");
-    QTest::addColumn<int>("besideX");
-    QTest::addColumn<int>("rows");
-    QTest::addColumn<int>("found");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("on the curve") << 5.0 << 0 << 0 << 0 << "Ext. Temperature = 20.0 °C\nTime = 5.0 s";
-    QTest::newRow("high above it") << 5.0 << 0 << -150 << 0 << "Ext. Temperature = 20.0 °C\nTime = 5.0 s";
-    QTest::newRow("at its start, beside it") << 0.0 << -10 << 0 << 1 << "Voltage = 3.00 V\nTime = 0.0 s";
-    QTest::newRow("past its end within reach") << 10.0 << 15 << 0 << 0 << QString();
-    QTest::newRow("past its end out of reach") << 10.0 << 22 << 0 << -1 << QString();
-}
-
-void TestMarkers::clicksPlaceCrosses()
-{
-    QFETCH(double, x);
-    QFETCH(int, besideX);
-    QFETCH(int, rows);
-    QFETCH(int, found);
-    QFETCH(QString, text);
-    show();
-    // Room on both sides of the curves.
-    plot->setAxisScale(QwtPlot::xBottom, -1, 11);
-    plot->replot();
-    plot->enableMarker(true);
-    data->setNeedSave(false);
-    click(pixel(qMax(found, 0), x) + QPoint(besideX, rows));
-    QCOMPARE(plot->curveMarker.size(), found < 0 ? 0 : 1);
-    QCOMPARE(data->isNeedSave(), found >= 0);
-    if (found < 0)
-        return;
-    const myPlotMarker* const cross = plot->curveMarker.first();
-    QCOMPARE(cross->iSens, found);
-    QVERIFY(qAbs(cross->yValue() - data->interpolateY(found, cross->xValue())) < 0.02);
-    QVERIFY(cross->xValue() >= 0 && cross->xValue() <= 10);
-    if (!text.isEmpty())
-        QVERIFY2(qAbs(cross->xValue() - x) < (rows == 0 ? 0.1 : 0.5), qPrintable(textOf(1)));
-    if (rows == 0 && !text.isEmpty())
-        QCOMPARE(textOf(1).section(' ', 0, 2), text.section(' ', 0, 2));
-}
-
-void TestMarkers::secondCrossFollowsToAnotherCurve()
-{
-    show();
-    QSignalSpy distance(plot.get(), &Plot::twoMarkersUpdated);
-    plot->enableMarker(true);
-    click(pixel(0, 2));
-    click(pixel(0, 8));
-    click(pixel(0, 5) - QPoint(0, 60));
-    QCOMPARE(plot->markers.size(), 4);
-    QCOMPARE(distance.last().first().toString().section(';', 0, 0), QStringLiteral("dt = 6.0 s"));
-    const double x = plot->curveMarker[1]->xValue();
-
-    press(pixel(0, 2));
-    moveTo(pixel(1, 3));
-    release();
-    for (const myPlotMarker* marker : qAsConst(plot->markers))
-        QCOMPARE(marker->iSens, 1);
-    QCOMPARE(plot->curveMarker[1]->xValue(), x);
-    QCOMPARE(plot->curveMarker[1]->yValue(), data->interpolateY(1, x));
-    QVERIFY(textOf(3).startsWith(QLatin1String("Voltage")));
-    QVERIFY(qAbs(plot->curveMarker[0]->xValue() - 3) < 0.1);
-}
-
-void TestMarkers::crossBeyondTheEndIsAGhost()
-{
-    show();
-    plot->setAxisScale(QwtPlot::xBottom, 0, 20);
-    plot->replot();
-    plot->enableMarker(true);
-    click(pixel(0, 8));
-    const myPlotMarker* const cross = plot->curveMarker.first();
-    press(pixel(0, 8));
-    moveTo(pixel(0, 10) + QPoint(30, 0));
-    QCOMPARE(cross->type, MARKER_X_GHOST);
-    QCOMPARE(cross->symbol()->pen().color(), QColor(Qt::gray));
-    QVERIFY(!plot->markers[1]->isShown());
-    moveTo(pixel(0, 6));
-    QCOMPARE(cross->type, MARKER_X);
-    QCOMPARE(cross->symbol()->pen().color(), QColor(Qt::black));
-    QVERIFY(plot->markers[1]->isShown());
-    moveTo(pixel(0, 10) + QPoint(30, 0));
-    release();
-    QVERIFY(plot->markers.isEmpty());
-    QVERIFY(plot->curveMarker.isEmpty());
-}
-
-void TestMarkers::lockFreesAPlace()
-{
-    show();
-    placeCrosses(0, 2, 8);
-    QTest::mouseDClick(plot->canvas(), Qt::LeftButton, {}, pixel(0, 2));
-    QCOMPARE(prompt.asked, QStringList(QStringLiteral("Lock marker|Do you want to lock this marker?")));
-    QCOMPARE(plot->curveMarker.size(), 2);
-    prompt.answer = UserPrompt::Answer::Yes;
-    QTest::mouseDClick(plot->canvas(), Qt::LeftButton, {}, plot->markers[1]->pixelPos().toPoint());
-    QCOMPARE(plot->curveMarker.size(), 1);
-    QVERIFY(plot->markers[0]->isLocked() && !plot->markers[0]->isShown() && plot->markers[1]->isShown());
-    plot->enableMarker(true);
-    click(pixel(0, 5));
-    QCOMPARE(plot->curveMarker.size(), 2);
-    chooseFromMenu(QStringLiteral("lockMarker"), pixel(0, 5));
-    QCOMPARE(plot->curveMarker.size(), 1);
-    QCOMPARE(prompt.asked.size(), 2);
-}
-
-void TestMarkers::textsFollowTheMouseAndTheRun()
-{
-    show();
-    data->finalData = false;
-    plot->Update();
-    plot->enableMarker(true);
-    click(pixel(0, 2));
-    myPlotMarker* const text = plot->markers[1];
-    QCOMPARE(QPoint(text->xOffset, text->yOffset), QPoint(50, -50));
-    press(text->pixelPos().toPoint());
-    moveTo(pixel(0, 2) + QPoint(80, -120));
-    release();
-    QVERIFY(qAbs(text->xOffset - 80) <= 2 && qAbs(text->yOffset + 120) <= 2);
-    // The axis grows, the distance in pixels stays.
-    for (int i = samples; i < 5 * samples; ++i)
-        data->addSample(i * 0.1, {10, 1});
-    plot->Update();
-    const QPointF way = text->pixelPos() - plot->markers[0]->pixelPos();
-    QVERIFY(qAbs(way.x() - text->xOffset) <= 2 && qAbs(way.y() - text->yOffset) <= 2);
-}
-
-void TestMarkers::removalAsksAndTakesThePair()
-{
-    show();
-    placeCrosses(0, 2, 8);
-    plot->doRegression(1);
-    plot->newAnnotation(QPointF(60, 60));
-    delete plot->findChild<BubbleEdit*>();
-    QCOMPARE(plot->markers.size(), 7);
-    plot->verifyAndRemoveMarker(5);
-    QCOMPARE(prompt.asked.takeLast(),
-             QStringLiteral("Delete regression|Do you want to remove this regression?"));
-    QCOMPARE(plot->markers.size(), 7);
-    prompt.answer = UserPrompt::Answer::Yes;
-    chooseFromMenu(QStringLiteral("deleteMarker"), pixel(0, 2));
-    QCOMPARE(plot->markers.size(), 5);
-    QCOMPARE(plot->curveMarker.size(), 1);
-    QTest::mouseClick(plot->canvas(), Qt::RightButton, {}, plot->markers[4]->pixelPos().toPoint());
-    QCOMPARE(prompt.asked.takeLast(),
-             QStringLiteral("Delete annotation|Do you want to remove this annotation?"));
-    plot->verifyAndRemoveMarker(3);
-    QCOMPARE(plot->markers.size(), 2);
-    plot->setMarkers();
-    QVERIFY(plot->markers.isEmpty() && plot->curveMarker.isEmpty());
-}
-
-void TestMarkers::cropInAnyOrder_data()
-{
-    QTest::addColumn<bool>("agreed");
-    QTest::addColumn<double>("first");
-    QTest::addColumn<double>("second");
-    QTest::newRow("in order") << true << 2.05 << 8.05;
-    QTest::newRow("reversed") << true << 8.05 << 2.05;
-    QTest::newRow("refused") << false << 2.05 << 8.05;
-}
-
-void TestMarkers::cropInAnyOrder()
-{
-    QFETCH(bool, agreed);
-    QFETCH(double, first);
-    QFETCH(double, second);
-    show();
-    placeCrosses(0, first, second);
-    for (double x : {1.0, 5.0, 9.0}) {
-        plot->newAnnotation(pixel(0, x));
-        delete plot->findChild<BubbleEdit*>();
-    }
-    prompt.answer = agreed ? UserPrompt::Answer::Yes : UserPrompt::Answer::No;
-    plot->doCrop();
-    QCOMPARE(prompt.asked.size(), 1);
-    QCOMPARE(plot->markers.size(), agreed ? 1 : 7);
-    QCOMPARE(data->getXSize(), agreed ? 60 : samples);
-    QCOMPARE(data->getXAt(0), agreed ? 2.1 : 0.0);
-    plot->doCrop();
-    QCOMPARE(prompt.asked.size(), agreed ? 1 : 2);
-}
-
-void TestMarkers::regressionTexts_data()
-{
-    QTest::addColumn<int>("sensor");
-    QTest::addColumn<int>("degree");
-    QTest::addColumn<double>("dt");
-    QTest::addColumn<double>("slope");
-    QTest::addColumn<double>("start");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("seconds") << 0 << 1 << 0.1 << 2.0 << 10.0 << "Ext. Temperature = 2.00t + 10.0\nr = 1.00";
-    QTest::newRow("minutes") << 0 << 1 << 5.0 << 0.2 << 0.0 << "Ext. Temperature = 12.00t + 0.0\nr = 1.00";
-    QTest::newRow("falling from below zero")
-        << 0 << 1 << 0.1 << -0.5 << -3.26 << "Ext. Temperature = -0.50t - 3.3\nr = 1.00";
-    QTest::newRow("hardly rising") << 0 << 1 << 0.1 << 0.004 << 1.0
-                                   << "Ext. Temperature = 0.004t + 1.0\nr = 1.00";
-    QTest::newRow("parabola") << 1 << 2 << 0.1 << 2.0 << 10.0 << "Voltage = 0.05t² - 0.60t + 3.0\nr = 1.00";
-}
-
-void TestMarkers::regressionTexts()
-{
-    QFETCH(int, sensor);
-    QFETCH(int, degree);
-    QFETCH(double, dt);
-    QFETCH(double, slope);
-    QFETCH(double, start);
-    QFETCH(QString, text);
-    show(dt, slope, start);
-    placeCrosses(sensor, 80 * dt, 20 * dt);
-    plot->doRegression(degree);
-    QCOMPARE(plot->markers.size(), 6);
-    QCOMPARE(textOf(5), text);
-    const myPlotMarker& line = *plot->markers[4];
-    QCOMPARE(line.linX0, 20 * dt);
-    QCOMPARE(line.linX1, 80 * dt);
-    QVERIFY(qAbs(line.yValue() - data->interpolateY(sensor, 50 * dt)) < 1e-6);
-}
-
-void TestMarkers::crossOnARegressionLine()
-{
-    show();
-    placeCrosses(1, 2, 8);
-    plot->doRegression(1);
-    const myPlotMarker* const line = plot->markers[4];
-    placeCrosses(0, 0, 0); // refused
-    QCOMPARE(plot->markers.size(), 6);
-    press(pixel(1, 2));
-    QwtScaleMap map = line->ownMap(plot->canvasMap(QwtPlot::yLeft));
-    moveTo(QPointF(plot->transform(QwtPlot::xBottom, 5), map.transform(line->calcRegValue(5))).toPoint());
-    release();
-    for (const myPlotMarker* cross : qAsConst(plot->curveMarker)) {
-        QCOMPARE(cross->iReg, 4);
-        QVERIFY(qAbs(cross->yValue() - line->calcRegValue(cross->xValue())) < 0.01);
-    }
-    plot->doRegression(1);
-    QCOMPARE(plot->markers.size(), 6);
-    // A marker earlier in the list goes, the line keeps being known.
-    plot->lockMarker(plot->markers[0], false);
-    plot->removeMarker(plot->markers[0]);
-    QCOMPARE(plot->curveMarker.first()->iReg, 2);
-    plot->removeMarker(plot->markers[2]);
-    QCOMPARE(plot->curveMarker.first()->iReg, -1);
-    QCOMPARE(plot->curveMarker.first()->yValue(), data->interpolateY(1, plot->curveMarker.first()->xValue()));
-}
-
-void TestMarkers::analysesRefuse_data()
-{
-    QTest::addColumn<QVector<double>>("crosses");
-    QTest::newRow("no cross") << QVector<double>();
-    QTest::newRow("one cross") << QVector<double>{2};
-    QTest::newRow("both at one time") << QVector<double>{2, 2};
-}
-
-void TestMarkers::analysesRefuse()
-{
-    QFETCH(QVector<double>, crosses);
-    show();
-    for (double x : qAsConst(crosses))
-        plot->newMarker(0, -1, x, data->interpolateY(0, x));
-    plot->doRegression(1);
-    plot->doRegression(2);
-    plot->doIntegral();
-    QCOMPARE(plot->markers.size(), 2 * crosses.size());
-}
-
-void TestMarkers::integralOutlivesNewCurves()
-{
-    show();
-    placeCrosses(0, 8, 2);
-    plot->doIntegral();
-    QCOMPARE(plot->markers[4]->integral, 120.0);
-    QCOMPARE(textOf(5), QStringLiteral("Integral = 120 °C*s"));
-    plot->setData();
-    plot->Update();
-    QCOMPARE(plot->markers[4]->curve.data(), plot->getCurve(0));
-    const QImage canvas = plot->canvas()->grab().toImage();
-    const int left = int(plot->transform(QwtPlot::xBottom, 2));
-    const int row = pixel(0, 2).y() + 30;
-    int hatched = 0;
-    for (int column = left + 20; column < left + 70; ++column)
-        hatched += canvas.pixelColor(column, row) == plot->getCurve(0)->getColor();
-    QCOMPARE(hatched, 10);
-}
-
-void TestMarkers::xyRegressionRunsToTheRight()
-{
-    show();
-    data->setXYIndex(0);
-    plot->Update();
-    plot->enableMarker(true);
-    const auto at = [&](int i) {
-        QwtScaleMap map = plot->canvasMap(QwtPlot::yLeft);
-        plot->scaler->fixScaleY(&map, 1);
-        return QPointF(plot->transform(QwtPlot::xBottom, data->getYAt(0, i)),
-                       map.transform(data->getYAt(1, i)))
-            .toPoint();
-    };
-    plot->getCurve(0)->hide();
-    click(at(80));
-    click(at(20));
-    QCOMPARE(plot->curveMarker.size(), 2);
-    QVERIFY(qAbs(plot->curveMarker[0]->xValue() - data->getYAt(0, 80)) < 0.2);
-    QVERIFY(textOf(1).contains(QLatin1String("Voltage = ")) && textOf(1).startsWith(QLatin1String("Ext.")));
-    plot->doRegression(2);
-    plot->doIntegral();
-    QCOMPARE(plot->markers.size(), 6);
-    QVERIFY(plot->markers[4]->linX0 > plot->markers[4]->linX1);
-    QVERIFY(textOf(5).contains(QStringLiteral("[Ext. Temperature]²")));
-    for (myPlotMarker* marker : qAsConst(plot->markers))
-        marker->setShown(marker->type == MARKER_REGRESSION);
-    QVERIFY(plot->canvas()->grab().toImage().pixelColor(at(50)).lightness() < 60);
-    plot->markers[4]->setShown(false);
-    QVERIFY(plot->canvas()->grab().toImage().pixelColor(at(50)).lightness() > 60);
-}
-
-void TestMarkers::annotationIsEditedWhereItStands()
-{
-    QTemporaryDir dir;
-    QImage picture(300, 150, QImage::Format_RGB32);
-    picture.fill(Qt::blue);
-    prompt.file = dir.filePath(QStringLiteral("blue.png"));
-    QVERIFY(picture.save(prompt.file));
-    show();
-    plot->enableAnnotate(true);
-    click(QPoint(3, 200));
-    plot->enableAnnotate(false);
-    myPlotMarker* const label = plot->markers.value(0);
-    QVERIFY(label);
-    QVERIFY((label->pixelPos() - QPointF(50, 200)).manhattanLength() < 1);
-    QCOMPARE(textOf(0), QStringLiteral("New label"));
-
-    auto* dialog = plot->findChild<BubbleEdit*>();
-    QVERIFY(dialog && dialog->isModal());
-    QTest::keyClicks(dialog->findChild<QWidget*>(QStringLiteral("textEdit")), QStringLiteral("<b>Tea"));
-    QTest::mouseClick(dialog->findChild<QWidget*>(QStringLiteral("imageButton")), Qt::LeftButton);
-    dialog->reject();
-    QCOMPARE(textOf(0), QStringLiteral("<b>Tea"));
-    QVERIFY(label->isBubble() && label->isPic());
-
-    press(QPoint(50, 200));
-    moveTo(QPoint(300, 200));
-    release();
-    const QRectF box = label->balloonRect(label->pixelPos());
-    const QImage canvas = plot->canvas()->grab().toImage();
-    QCOMPARE(canvas.pixelColor(QPointF(300, box.top() + 8 + 25).toPoint()), QColor(Qt::blue));
-    press(label->balloonTip(label->pixelPos()).toPoint());
-    moveTo(QPoint(400, 150));
-    release();
-    QVERIFY((label->balloonTip(label->pixelPos()) - QPointF(400, 150)).manhattanLength() <= 2);
-    QVERIFY((label->pixelPos() - QPointF(300, 200)).manhattanLength() <= 1);
-    label->setPic(QPixmap());
-    label->setText(QString());
-    QCOMPARE(label->balloonRect(QPointF()).width(), 50.0);
-    // The dialog goes with what it edits.
-    QTest::mouseDClick(plot->canvas(), Qt::LeftButton, {}, QPoint(400, 150));
-    QPointer<BubbleEdit> open = plot->findChild<BubbleEdit*>();
-    QVERIFY(open);
-    plot->setMarkers();
-    QTRY_VERIFY(!open || !open->isVisible());
-}
-
-void TestMarkers::balloonTail_data()
-{
-    QTest::addColumn<QPointF>("tip");
-    QTest::addColumn<QPointF>("inside");
-    QTest::addColumn<QPointF>("outside");
-    // The box goes from (0, 0) to (80, 40), its tail stands on a quarter of a side.
-    QTest::newRow("below") << QPointF(40, 140) << QPointF(49, 41) << QPointF(51, 41);
-    QTest::newRow("above") << QPointF(40, -100) << QPointF(40, -90) << QPointF(46, -90);
-    QTest::newRow("left") << QPointF(-100, 20) << QPointF(-1, 24) << QPointF(-1, 26);
-    QTest::newRow("right") << QPointF(180, 20) << QPointF(81, 16) << QPointF(81, 14);
-}
-
-void TestMarkers::balloonTail()
-{
-    QFETCH(QPointF, tip);
-    QFETCH(QPointF, inside);
-    QFETCH(QPointF, outside);
-    const QRectF box(0, 0, 80, 40);
-    QVERIFY(myPlotMarker::isInTriangle(box, tip, inside));
-    QVERIFY(!myPlotMarker::isInTriangle(box, tip, outside));
-    QVERIFY(!myPlotMarker::isInTriangle(box, QPointF(60, 30), QPointF(55, 28)));
-    QVERIFY(!myPlotMarker::isInTriangle(box, QPointF(120, 60), QPointF(100, 50)));
-}
-
-void TestMarkers::tangentAtThePointer()
-{
-    show();
-    data->setNeedSave(false);
-    plot->enableSlope(true);
-    moveTo(pixel(0, 5) + QPoint(0, 40));
-    QCOMPARE(plot->markers.size(), 1);
-    const myPlotMarker* const text = plot->markers.first();
-    QCOMPARE(textOf(0), QStringLiteral("slope = 2.0 °C/s"));
-    QVERIFY(text->isShown());
-    QVERIFY(text->pixelPos().y() < pixel(0, 5).y());
-    moveTo(pixel(0, 9));
-    QVERIFY2(text->pixelPos().y() > pixel(0, 9).y(), "no room above");
-    moveTo(pixel(0, 2));
-    QVERIFY2(text->pixelPos().y() < pixel(0, 2).y(), "no room below");
-    plot->setAxisScale(QwtPlot::xBottom, -1, 11);
-    plot->replot();
-    moveTo(pixel(0, 0) + QPoint(-4, 10));
-    QVERIFY2(!text->isShown(), "outside the inner samples");
-    placeCrosses(0, 4, 6);
-    moveTo(pixel(0, 9));
-    QVERIFY(qAbs(text->connectTo->xValue() - 6) < 0.2);
-    plot->updateSens(1);
-    QCOMPARE(text->iSens, 1);
-    plot->setMarkers();
-    QCOMPARE(plot->markers.size(), 1);
-    data->setNeedSave(false);
-    plot->enableSlope(false);
-    QVERIFY(plot->markers.isEmpty());
-    QVERIFY(!data->isNeedSave());
-}
-
-void TestMarkers::photogateTexts()
-{
-    const int n = 50;
-    QVector<double> t(n);
-    QVector<QVector<double>> gates(2, QVector<double>(n, 0.0));
-    for (int i = 0; i < n; ++i)
-        t[i] = i * 0.01;
-    for (int i = 10; i < 20; ++i)
-        gates[0][i] = 5;
-    for (int i = 30; i < 35; ++i)
-        gates[1][i] = 5;
-    plot.reset();
-    data->setDataNew(2, t, 0.01);
-    for (int i = 0; i < 2; ++i)
-        data->addSensorData(i, QUELLMARK_PHOTOGATE, gates[i], -1);
-    data->setXRange();
-    plot.reset(new Plot(data.get(), GRAPH_LINE, false, 0));
-    plot->setUserPrompt(&prompt);
-    plot->resize(800, 500);
-    plot->setData();
-    plot->Update();
-    QCOMPARE(plot->markers.size(), 3);
-    QCOMPARE(textOf(0), QStringLiteral("dt = 0.100 s\nwidth=0.05 m\nSpeed = 0.50 m/s"));
-    QCOMPARE(textOf(2), QStringLiteral("dt = 0.175 s\ndV=0.50 m/s\nAcceleration = 2.86 m/s^2"));
-    prompt.answer = UserPrompt::Answer::Yes;
-    plot->verifyAndRemoveMarker(0);
-    plot->lockMarker(plot->markers[0], true);
-    QTest::mouseClick(plot->canvas(), Qt::RightButton, {}, plot->markers[0]->pixelPos().toPoint());
-    QCOMPARE(plot->markers.size(), 3);
-    QVERIFY(prompt.asked.isEmpty());
-}
-
-void TestMarkers::storedMarkers()
-{
-    Settings::mainStore().setValue(Settings::unitsCelsius, false);
-    show();
-    Settings::mainStore().remove(Settings::unitsCelsius);
-    const auto stored = [&](markerType type, double x, bool isLocked = false) {
-        auto* marker = new myPlotMarker(0, type);
-        marker->setValue(x, 20);
-        if (isLocked)
-            marker->lock();
-        return marker;
-    };
-    myPlotMarker* const label = stored(MARKER_ANNOTATE, 3);
-    label->setLabel(QStringLiteral("warm"));
-    plot->setMarkers({stored(MARKER_FLOATING_TEXT, 1), stored(MARKER_X, 1), stored(MARKER_FLOATING_TEXT, 2),
-                      label, stored(MARKER_X, 2, true), stored(MARKER_FLOATING_TEXT, 3), stored(MARKER_X, 5),
-                      stored(MARKER_REGRESSION, 4)});
-    plot->Update();
-    QVector<int> kinds;
-    for (const myPlotMarker* marker : qAsConst(plot->markers)) {
-        kinds << marker->type;
-        if (marker->type == MARKER_FLOATING_TEXT)
-            QVERIFY(marker->connectTo && marker->connectTo->connectTo == marker && marker->isShown());
-    }
-    QCOMPARE(kinds,
-             (QVector<int>{MARKER_X, MARKER_FLOATING_TEXT, MARKER_ANNOTATE, MARKER_X, MARKER_FLOATING_TEXT,
-                           MARKER_X, MARKER_FLOATING_TEXT, MARKER_REGRESSION, MARKER_FLOATING_TEXT}));
-    QCOMPARE(plot->curveMarker, (QList<myPlotMarker*>{plot->markers[0], plot->markers[5]}));
-    QCOMPARE(plot->markers[0]->yValue(), data->getSens(0)->convertToAltUnit(20));
-    QVERIFY(label->label().font().bold());
-    QVERIFY(textOf(6).contains(QLatin1String("Time = 5.0 s")));
-    QCOMPARE(Plot::markerIndex(label->typeName, false), int(MARKER_ANNOTATE));
-    QCOMPARE(Plot::markerIndex(QStringLiteral("no such"), false), -1);
-    QCOMPARE(Plot::markerIndex(QString(), false), -1);
-}
-
-void TestMarkers::legendHidesMarkers()
-{
-    show();
-    placeCrosses(0, 2, 8);
-    auto* legend = qobject_cast<QwtLegend*>(plot->legend());
-    QWidget* const entry = legend->legendWidget(plot->itemToInfo(plot->getCurve(0)));
-    QTest::mouseClick(entry, Qt::RightButton);
-    QVERIFY(plot->markers[0]->isShown());
-    QTest::mouseClick(entry, Qt::RightButton);
-    for (const myPlotMarker* marker : qAsConst(plot->markers))
-        QVERIFY(!marker->isShown());
-    plot->enableMarker(true);
-    click(pixel(1, 5));
-    QCOMPARE(plot->curveMarker.size(), 2);
-}
-
-// Hundreds of moves in the time that a handful may take, so that only a search through all samples fails.
-void TestMarkers::longRunsStaySmooth()
-{
-    constexpr int n = 1000000;
-    QVector<double> t(n);
-    QVector<double> v(n);
-    for (int i = 0; i < n; ++i) {
-        t[i] = i;
-        v[i] = i % 7;
-    }
-    data->setDataNew(1, t, 1);
-    data->addSensorData(0, SENSOR_VOLTAGE, v, -1);
-    data->setXRange();
-    plot.reset(new Plot(data.get(), GRAPH_LINE, false, 0));
-    plot->resize(800, 500);
-    plot->Update();
-    plot->enableMarker(true);
-    click(QPoint(100, 200));
-    press(plot->markers[0]->pixelPos().toPoint());
-    QElapsedTimer clock;
-    clock.start();
-    for (int i = 0; i < 300; ++i)
-        moveTo(QPoint(100 + i, 200));
-    QVERIFY2(clock.elapsed() < 1500, qPrintable(QString::number(clock.elapsed())));
-}
 
 QTEST_MAIN(TestMarkers)
 #include "test_markers.moc"

@@ -1,55 +1,16 @@
 #include <QAction>
-#include <QApplication>
 #include <QMenu>
-#include <QSignalSpy>
-#include <QtTest>
 
 #include <cmath>
 
-#include <qwt_legend.h>
-#include <qwt_legend_label.h>
 #include <qwt_plot_renderer.h>
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
-#include "app/common/userprompt.h"
-#include "data/expdata.h"
-#include "graph/myplotcurve.h"
-#include "graph/plot.h"
-#include "graph/scalemanager.h"
 #include "graph/setrange.h"
-#include "tests/common/testsupport.h"
+#include "tests/graph/plottest.h"
 
 namespace {
-
-class FakePrompt : public UserPrompt
-{
-public:
-    std::optional<QString> textAnswer;
-    std::optional<unsigned> colorAnswer;
-    QStringList titles;
-
-    void information(QObject*, const QString&, const QString&) override {}
-    void warning(QObject*, const QString&, const QString&) override {}
-    void critical(QObject*, const QString&, const QString&) override {}
-    Answer question(QObject*, const QString&, const QString&, bool) override { return Answer::Cancel; }
-    bool confirm(QObject*, const QString&, const QString&) override { return false; }
-    std::optional<QString> text(QObject*, const QString& title, const QString&, const QString&) override
-    {
-        titles << title;
-        return textAnswer;
-    }
-    std::optional<unsigned> color(QObject*, const QString& title, unsigned) override
-    {
-        titles << title;
-        return colorAnswer;
-    }
-    QString openFile(QObject*, const QString&, const QString&, const QString&) override { return {}; }
-    QString saveFile(QObject*, const QString&, const QString&, const QString&, QString*) override
-    {
-        return {};
-    }
-};
 
 double valueAt(int iSens, double part)
 {
@@ -60,16 +21,12 @@ double valueAt(int iSens, double part)
 // steeper.
 void fill(ExpData& data, const QVector<int>& ids, int n, double dt)
 {
-    QVector<double> t(n);
-    for (int i = 0; i < n; ++i)
-        t[i] = i * (dt > 0 ? dt : 1);
-    data.setDataNew(ids.size(), t, dt);
+    QVector<QVector<double>> channels(ids.size(), QVector<double>(n));
     for (int k = 0; k < ids.size(); ++k) {
-        QVector<double> v(n);
         for (int i = 0; i < n; ++i)
-            v[i] = valueAt(k, double(i) / n);
-        data.addSensorData(k, ids[k], v, -1);
+            channels[k][i] = valueAt(k, double(i) / n);
     }
+    load(&data, ids, channels, dt);
     data.finalData = false;
 }
 
@@ -84,387 +41,312 @@ QPair<double, double> rangeOf(const Plot& plot, int axis)
     return {plot.axisInterval(axis).minValue(), plot.axisInterval(axis).maxValue()};
 }
 
-QWidget* legendItem(Plot& plot, int i)
-{
-    return qobject_cast<QwtLegend*>(plot.legend())->legendWidget(plot.itemToInfo(plot.getCurve(i)));
-}
-
 void pressRightAt(QWidget* widget)
 {
     QTest::mousePress(widget, Qt::RightButton);
     QTest::mouseRelease(widget, Qt::RightButton);
 }
 
-void drag(QWidget* widget, const QPoint& from, const QPoint& to)
-{
-    QTest::mousePress(widget, Qt::LeftButton, {}, from);
-    QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton, {});
-    QApplication::sendEvent(widget, &move);
-    QTest::mouseRelease(widget, Qt::LeftButton, {}, to);
-}
-
-// Where a value of a sensor stands on the canvas.
-QPointF canvasPoint(const Plot& plot, int iSens, double x, double y)
-{
-    QwtScaleMap map = plot.canvasMap(QwtPlot::yLeft);
-    plot.scaler->fixScaleY(&map, iSens);
-    return {plot.transform(QwtPlot::xBottom, x), map.transform(y)};
-}
-
 const QVector<int> threeSensors{SENSOR_VOLTAGE, SENSOR_PH, SENSOR_LIGHT};
 
 } // namespace
 
-class TestPlot : public QObject
+class TestPlot : public PlotTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
+    void xAxisFollowsTheRun()
     {
-        guard.reset(new WarningGuard);
-        data.reset(new ExpData);
-    }
-    void cleanup()
-    {
-        plot.reset();
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
+        show(threeSensors, 74, 0.1);
+        const auto window = qMakePair(0.0, 10.0);
+        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), window);
+        QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Time [s]"));
+        addSamples(*data, 1);
+        plot->Update();
+        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), window);
+        addSamples(*data, 1);
+        plot->Update();
+        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), qMakePair(0.0, 8.0));
+        QVector<double> ends;
+        for (int i = 0; i < 400; ++i) {
+            addSamples(*data, 1);
+            plot->Update();
+            const double end = plot->axisInterval(QwtPlot::xBottom).maxValue();
+            QVERIFY(end >= data->getX().last());
+            if (ends.isEmpty() || ends.last() != end)
+                ends << end;
+        }
+        QVERIFY2(ends.size() < 20, "the axis has to grow in steps");
+        data->finalData = true;
+        plot->Update();
+        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom).second, data->getX().last());
     }
 
-    void xAxisFollowsTheRun();
-    void manualSamplingCountsSamples();
-    void zoomFreezesTheAxes();
-    void modesExcludeEachOther();
-    void curvesStartHiddenByKind_data();
-    void curvesStartHiddenByKind();
-    void colorimeterHasItsOwnColors();
-    void legendPicksAndRotates();
-    void activeSensorStaysValid();
-    void menuPutsASensorOnTheXAxis();
-    void curvesStandOnTheirOwnScales();
-    void colorOfTheCurveUnderThePointer();
-    void titleIsChosenEditedAndBusy();
-    void rangeByHand();
-    void otherKindsAreHarmless();
+    void manualSamplingCountsSamples()
+    {
+        show(threeSensors, 10, 0);
+        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), qMakePair(0.0, 100.0));
+        QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Sample"));
+        const auto before = rangeOf(*plot, QwtPlot::yLeft);
+        data->setDataNewEmpty();
+        plot->Update();
+        QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), before);
+    }
+
+    void zoomFreezesTheAxes()
+    {
+        show(threeSensors, 200, 0.1);
+        const auto whole = rangeOf(*plot, QwtPlot::yLeft);
+        plot->enableZoom(true);
+        QWidget* const canvas = plot->canvas();
+        QTest::mousePress(canvas, Qt::LeftButton, {}, place(0, 5, 6));
+        moveTo(place(0, 10, 3));
+        QTest::mouseRelease(canvas, Qt::LeftButton, {}, place(0, 10, 3));
+        const auto zoomed = rangeOf(*plot, QwtPlot::xBottom);
+        QVERIFY(qAbs(zoomed.first - 5) < 0.1 && qAbs(zoomed.second - 10) < 0.1);
+        QVERIFY(qAbs(rangeOf(*plot, QwtPlot::yLeft).first - 3) < 0.2);
+        addSamples(*data, 30);
+        plot->Update();
+        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), zoomed);
+        pressRightAt(canvas);
+        QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), whole);
+        QVERIFY(rangeOf(*plot, QwtPlot::xBottom).second > data->getX().last());
+    }
+
+    void curvesStartHiddenByKind_data()
+    {
+        columns<int, QVector<int>, int, QVector<int>>({"index", "ids", "hint", "shown"});
+        const int lat = SENSOR_GPS_LAT;
+        const int ph = SENSOR_PH;
+        const int volt = SENSOR_VOLTAGE;
+        row("position", 0, QVector<int>{ph, lat}, -1, QVector<int>{ph});
+        row("position shown in the file", 0, QVector<int>{ph, lat}, int(CURVE_LINE), QVector<int>{ph, lat});
+        row("mean over one kind", -1, QVector<int>{ph, ph, ph}, -1, QVector<int>{ph, ph, ph});
+        row("mean over two kinds", -1, QVector<int>{ph, volt, ph}, -1, QVector<int>{ph, volt});
+        row("two kinds of one logger", 0, QVector<int>{ph, volt, ph}, -1, QVector<int>{ph, volt, ph});
+    }
+
+    void curvesStartHiddenByKind()
+    {
+        QFETCH(int, index);
+        QFETCH(QVector<int>, ids);
+        QFETCH(int, hint);
+        QFETCH(QVector<int>, shown);
+        fill(*data, ids, 10, 1);
+        data->curveModeHint.last() = hint;
+        plot.reset(new Plot(data.data(), GRAPH_LINE, false, index));
+        QCOMPARE(plot->getShownSensIDs(), shown);
+        plot->keepCurveModesInData();
+        plot->setData();
+        QCOMPARE(plot->getShownSensIDs(), shown);
+    }
+
+    void colorimeterHasItsOwnColors()
+    {
+        show({SENSOR_PH, SENSOR_COLORIMETER_R, SENSOR_COLORIMETER_G, SENSOR_COLORIMETER_B}, 10, 1);
+        QCOMPARE(plot->getCurvePen(1).color(), QColor(Qt::red));
+        QCOMPARE(plot->getCurvePen(3).color(), QColor(Qt::blue));
+        QCOMPARE(plot->getCurvePen(0).color(), QColor(Qt::darkRed));
+    }
+
+    void legendPicksAndRotates()
+    {
+        show({SENSOR_PH, SENSOR_VOLTAGE, SENSOR_VOLTAGE}, 100, 0.1, 3);
+        QSignalSpy picked(plot.data(), &Plot::changedActiveCurve);
+        QTest::mouseClick(legendItem(2), Qt::LeftButton);
+        QCOMPARE(picked.takeFirst(), (QVariantList{3, 1})); // of two with one name the first
+        pressRightAt(legendItem(1));
+        QVERIFY(plot->getCurve(1)->isSymbol());
+        pressRightAt(legendItem(1));
+        QVERIFY(!plot->getCurve(1)->isVisible());
+        QTest::mouseClick(legendItem(1), Qt::LeftButton);
+        QVERIFY(picked.isEmpty());
+        pressRightAt(legendItem(1));
+        QVERIFY(plot->getCurve(1)->isLine() && plot->getCurve(1)->isVisible());
+        QCOMPARE(plot->getCurve(1)->style(), QwtPlotCurve::Lines);
+    }
+
+    void activeSensorStaysValid()
+    {
+        show(threeSensors, 100, 0.1);
+        plot->updateSens(2);
+        QCOMPARE(plot->getCurve()->pen().width(), 4);
+        QCOMPARE(plot->getCurvePen(0).width(), 2);
+        const QString name = data->getSens(2)->getNameWithUnit(false);
+        QCOMPARE(plot->axisTitle(QwtPlot::yLeft).text(), name);
+        plot->resize(200, 105);
+        QTRY_VERIFY(plot->axisTitle(QwtPlot::yLeft).text().endsWith(QChar(0x2026)));
+        QCOMPARE(plot->axisWidget(QwtPlot::yLeft)->toolTip(), name);
+        plot->resize(640, 400);
+        QTRY_COMPARE(plot->axisTitle(QwtPlot::yLeft).text(), name);
+        QCOMPARE(rangeOf(*plot, QwtPlot::yLeft).second, plot->scaler->getScaleMax(2));
+        fill(*data, {SENSOR_PH, SENSOR_LIGHT}, 100, 0.1);
+        plot->setData();
+        QCOMPARE(plot->getActiveSens(), 0);
+        QCOMPARE(plot->axisTitle(QwtPlot::yLeft).text(), data->getSens(0)->getNameWithUnit(false));
+        data->setDataNewEmpty();
+        plot->grab(); // between a change of the data and setData()
+        plot->setData();
+        QCOMPARE(plot->axisTitle(QwtPlot::yLeft).text(), QString());
+        QVERIFY(!plot->getCurve());
+    }
+
+    void menuPutsASensorOnTheXAxis()
+    {
+        show(threeSensors, 100, 0.1);
+        QSignalSpy picked(plot.data(), &Plot::changedActiveCurve);
+        connect(plot.data(), &Plot::changedActiveCurve, plot.data(),
+                [this](int, int i) { plot->updateSens(i); });
+        const auto choose = [&](int entry) {
+            QTest::mousePress(plot->axisWidget(QwtPlot::xBottom), Qt::RightButton);
+            auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            QVERIFY(menu);
+            menu->actions().at(entry)->trigger();
+            menu->close();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        };
+        choose(2); // after "Time" and a separator: the active one
+        QCOMPARE(picked.takeFirst(), (QVariantList{0, 1}));
+        QCOMPARE(plot->getActiveSens(), 1);
+        QVERIFY(!plot->getCurve(0)->isVisible());
+        QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), data->getSens(0)->getNameWithUnit(false));
+        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom).second, plot->scaler->getScaleMax(0));
+        choose(4);
+        QVERIFY(plot->getCurve(0)->isVisible() && !plot->getCurve(2)->isVisible());
+        choose(0);
+        QVERIFY(plot->getCurve(2)->isVisible());
+        QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Time [s]"));
+        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), qMakePair(0.0, 10.0));
+    }
+
+    // On the screen and in an export, which draws the samples by another way.
+    void curvesStandOnTheirOwnScales()
+    {
+        show(threeSensors, 3000, 0.1);
+        data->setLeftPad(2, 1500);
+        plot->replot();
+        QImage exported(plot->size(), QImage::Format_RGB32);
+        exported.fill(Qt::white);
+        QwtPlotRenderer renderer;
+        renderer.renderTo(plot.data(), exported);
+        const QImage shown = plot->grab().toImage();
+        const QPoint origin = plot->canvas()->pos();
+        for (const QImage& image : {shown, exported}) {
+            for (int i = 0; i < 3; ++i) {
+                for (double part : {0.25, 0.75}) {
+                    const QPoint at = place(i, 300 * part, valueAt(i, part)) + origin;
+                    int hits = 0; // the export lays the canvas out a little differently
+                    for (int row = at.y() - 6; row <= at.y() + 6; ++row)
+                        hits += image.pixelColor(at.x(), row) == plot->getCurvePen(i).color();
+                    QCOMPARE(hits > 0, i != 2 || part > 0.5);
+                }
+            }
+        }
+    }
+
+    void colorOfTheCurveUnderThePointer()
+    {
+        show({SENSOR_VOLTAGE, SENSOR_PH}, 100, 0.1);
+        plot->scaler->scales[1]->setUserScales(0, 30, false);
+        data->getSens(1)->readSetMinMax = true;
+        data->setNeedSave(false);
+        QSignalSpy changed(plot.data(), &Plot::colorChanged);
+        prompt.picked = qRgb(1, 2, 3);
+        const auto press = [&](double y) {
+            QTest::mousePress(plot->canvas(), Qt::RightButton, {}, place(1, 5, y));
+        };
+        press(28);
+        QVERIFY(changed.isEmpty());
+        press(valueAt(1, 0.5));
+        QCOMPARE(changed.takeFirst(), (QVariantList{1, QColor(1, 2, 3)}));
+        QCOMPARE(plot->getCurvePen(1).color(), QColor(1, 2, 3));
+        QVERIFY(data->isNeedSave());
+        prompt.picked.reset();
+        press(valueAt(1, 0.5));
+        QVERIFY(changed.isEmpty());
+    }
+
+    void titleIsChosenEditedAndBusy()
+    {
+        show(threeSensors, 10, 1, 5);
+        QSignalSpy chosen(plot.data(), &Plot::changedActivePlot);
+        QTest::mouseClick(plot->titleLabel(), Qt::LeftButton);
+        QCOMPARE(chosen.takeFirst().first().toInt(), 5);
+        plot->setActivePlot(5);
+        QCOMPARE(plot->canvasBackground().color(), Plot::getActivePlotColor());
+        QTest::mouseClick(plot->titleLabel(), Qt::LeftButton);
+        QCOMPARE(chosen.takeFirst().first().toInt(), -1);
+        plot->setForPrint(true);
+        QCOMPARE(plot->canvasBackground().color(), Plot::getBackgroundColor());
+
+        const auto isLight = [this] {
+            const QwtScaleWidget* axis = plot->axisWidget(QwtPlot::yLeft);
+            const int legend = plot->getCurve(0)->title().color().lightness();
+            return QVector<bool>{axis->palette().color(QPalette::Text).lightness() > 128, legend > 128};
+        };
+        Plot::setSurroundings(QColor(0x14, 0x24, 0x34));
+        plot->setForPrint(true);
+        QCOMPARE(isLight(), QVector<bool>({false, false}));
+        plot->setForPrint(false);
+        QCOMPARE(isLight(), QVector<bool>({true, true}));
+        Plot::setSurroundings(Qt::lightGray);
+        plot->setDesign();
+        QCOMPARE(isLight(), QVector<bool>({false, false}));
+
+        show(threeSensors, 10, 1, -1);
+        prompt.typed = QStringLiteral("Cooling");
+        QTest::mouseDClick(plot->titleLabel(), Qt::LeftButton);
+        plot->setTempTitle();
+        plot->setTempTitle();
+        QVERIFY(plot->title().text().contains(QStringLiteral("busy")));
+        plot->restoreTitle();
+        QCOMPARE(plot->title().text(), QStringLiteral("Cooling"));
+    }
+
+    void rangeByHand()
+    {
+        show({SENSOR_PH, SENSOR_PH, SENSOR_PH}, 100, 0.1, -1);
+        QTimer::singleShot(0, this, [] {
+            auto* const dialog = qobject_cast<SetRange*>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            dialog->Params(0, 0, 0, 0, nullptr, nullptr);
+            dialog->reject();
+        });
+        QTest::mousePress(plot->axisWidget(QwtPlot::yLeft), Qt::RightButton);
+        QVERIFY(!data->getSens(0)->readClassSetMinMax);
+        QTimer::singleShot(0, this,
+                           [] { qobject_cast<SetRange*>(QApplication::activeModalWidget())->accept(); });
+        QTest::mousePress(plot->axisWidget(QwtPlot::yLeft), Qt::RightButton);
+        QVERIFY(data->getSens(1)->readClassSetMinMax);
+        const SensorPtr first = data->getSens(0);
+        QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), qMakePair(first->minView, first->maxView));
+    }
+
+    void otherKindsAreHarmless()
+    {
+        fill(*data, threeSensors, 100, 0.1);
+        for (graphtype type : {GRAPH_BAR, GRAPH_FFT}) {
+            plot.reset(new Plot(data.data(), type, false, 0));
+            plot->resize(400, 300);
+            plot->Update();
+            plot->updateSens(1);
+            plot->enableZoom(true);
+            plot->otherColorChanged(1, Qt::red);
+            for (QWidget* part : {plot->canvas(), static_cast<QWidget*>(plot->titleLabel()),
+                                  static_cast<QWidget*>(plot->axisWidget(QwtPlot::xBottom))})
+                pressRightAt(part);
+            QVERIFY(!plot->grab().isNull());
+        }
+    }
 
 private:
     void show(const QVector<int>& ids, int n, double dt, int index = 0)
     {
         fill(*data, ids, n, dt);
-        plot.reset(new Plot(data.get(), GRAPH_LINE, false, index));
-        plot->setUserPrompt(&prompt);
-        plot->resize(640, 400);
-        plot->show();
-        QVERIFY(QTest::qWaitForWindowExposed(plot.get()));
-        plot->Update();
+        PlotTest::show({640, 400}, GRAPH_LINE, index);
     }
-
-    QScopedPointer<WarningGuard> guard;
-    FakePrompt prompt;
-    std::unique_ptr<ExpData> data;
-    std::unique_ptr<Plot> plot;
 };
-
-void TestPlot::xAxisFollowsTheRun()
-{
-    show(threeSensors, 74, 0.1);
-    const auto window = qMakePair(0.0, 10.0);
-    QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), window);
-    QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Time [s]"));
-    addSamples(*data, 1);
-    plot->Update();
-    QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), window);
-    addSamples(*data, 1);
-    plot->Update();
-    QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), qMakePair(0.0, 8.0));
-    QVector<double> ends;
-    for (int i = 0; i < 400; ++i) {
-        addSamples(*data, 1);
-        plot->Update();
-        const double end = plot->axisInterval(QwtPlot::xBottom).maxValue();
-        QVERIFY(end >= data->getX().last());
-        if (ends.isEmpty() || ends.last() != end)
-            ends << end;
-    }
-    QVERIFY2(ends.size() < 20, "the axis has to grow in steps");
-    data->finalData = true;
-    plot->Update();
-    QCOMPARE(rangeOf(*plot, QwtPlot::xBottom).second, data->getX().last());
-}
-
-void TestPlot::manualSamplingCountsSamples()
-{
-    show(threeSensors, 10, 0);
-    QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), qMakePair(0.0, 100.0));
-    QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Sample"));
-    const auto before = rangeOf(*plot, QwtPlot::yLeft);
-    data->setDataNewEmpty();
-    plot->Update();
-    QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), before);
-}
-
-void TestPlot::zoomFreezesTheAxes()
-{
-    show(threeSensors, 200, 0.1);
-    const auto whole = rangeOf(*plot, QwtPlot::yLeft);
-    plot->enableZoom(true);
-    QWidget* const canvas = plot->canvas();
-    const QPoint from = canvasPoint(*plot, 0, 5, 6).toPoint();
-    const QPoint to = canvasPoint(*plot, 0, 10, 3).toPoint();
-    drag(canvas, from, to);
-    const auto zoomed = rangeOf(*plot, QwtPlot::xBottom);
-    QVERIFY(qAbs(zoomed.first - 5) < 0.1 && qAbs(zoomed.second - 10) < 0.1);
-    QVERIFY(qAbs(rangeOf(*plot, QwtPlot::yLeft).first - 3) < 0.2);
-    addSamples(*data, 30);
-    plot->Update();
-    QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), zoomed);
-    pressRightAt(canvas);
-    QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), whole);
-    QVERIFY(rangeOf(*plot, QwtPlot::xBottom).second > data->getX().last());
-}
-
-void TestPlot::modesExcludeEachOther()
-{
-    show(threeSensors, 200, 0.1);
-    const auto whole = rangeOf(*plot, QwtPlot::xBottom);
-    plot->enableSlope(true);
-    QVERIFY(plot->canvas()->hasMouseTracking());
-    plot->enableZoom(true);
-    plot->enableMarker(true);
-    QVERIFY(!plot->canvas()->hasMouseTracking());
-    drag(plot->canvas(), {50, 50}, {150, 150});
-    QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), whole);
-}
-
-void TestPlot::curvesStartHiddenByKind_data()
-{
-    QTest::addColumn<int>("index");
-    QTest::addColumn<QVector<int>>("ids");
-    QTest::addColumn<int>("hint");
-    QTest::addColumn<QVector<int>>("shown");
-    const int lat = SENSOR_GPS_LAT;
-    const int ph = SENSOR_PH;
-    const int volt = SENSOR_VOLTAGE;
-    QTest::newRow("position") << 0 << QVector<int>{ph, lat} << -1 << QVector<int>{ph};
-    QTest::newRow("position shown in the file")
-        << 0 << QVector<int>{ph, lat} << int(CURVE_LINE) << QVector<int>{ph, lat};
-    QTest::newRow("mean over one kind") << -1 << QVector<int>{ph, ph, ph} << -1 << QVector<int>{ph, ph, ph};
-    QTest::newRow("mean over two kinds") << -1 << QVector<int>{ph, volt, ph} << -1 << QVector<int>{ph, volt};
-    QTest::newRow("two kinds of one logger")
-        << 0 << QVector<int>{ph, volt, ph} << -1 << QVector<int>{ph, volt, ph};
-}
-
-void TestPlot::curvesStartHiddenByKind()
-{
-    QFETCH(int, index);
-    QFETCH(QVector<int>, ids);
-    QFETCH(int, hint);
-    QFETCH(QVector<int>, shown);
-    fill(*data, ids, 10, 1);
-    data->curveModeHint.last() = hint;
-    plot.reset(new Plot(data.get(), GRAPH_LINE, false, index));
-    QCOMPARE(plot->getShownSensIDs(), shown);
-    plot->keepCurveModesInData();
-    plot->setData();
-    QCOMPARE(plot->getShownSensIDs(), shown);
-}
-
-void TestPlot::colorimeterHasItsOwnColors()
-{
-    show({SENSOR_PH, SENSOR_COLORIMETER_R, SENSOR_COLORIMETER_G, SENSOR_COLORIMETER_B}, 10, 1);
-    QCOMPARE(plot->getCurvePen(1).color(), QColor(Qt::red));
-    QCOMPARE(plot->getCurvePen(3).color(), QColor(Qt::blue));
-    QCOMPARE(plot->getCurvePen(0).color(), QColor(Qt::darkRed));
-}
-
-void TestPlot::legendPicksAndRotates()
-{
-    show({SENSOR_PH, SENSOR_VOLTAGE, SENSOR_VOLTAGE}, 100, 0.1, 3);
-    QSignalSpy picked(plot.get(), &Plot::changedActiveCurve);
-    QTest::mouseClick(legendItem(*plot, 2), Qt::LeftButton);
-    QCOMPARE(picked.takeFirst(), (QVariantList{3, 1})); // of two with one name the first
-    pressRightAt(legendItem(*plot, 1));
-    QVERIFY(plot->getCurve(1)->isSymbol());
-    pressRightAt(legendItem(*plot, 1));
-    QVERIFY(!plot->getCurve(1)->isVisible());
-    QTest::mouseClick(legendItem(*plot, 1), Qt::LeftButton);
-    QVERIFY(picked.isEmpty());
-    pressRightAt(legendItem(*plot, 1));
-    QVERIFY(plot->getCurve(1)->isLine() && plot->getCurve(1)->isVisible());
-    QCOMPARE(plot->getCurve(1)->style(), QwtPlotCurve::Lines);
-}
-
-void TestPlot::activeSensorStaysValid()
-{
-    show(threeSensors, 100, 0.1);
-    plot->updateSens(2);
-    QCOMPARE(plot->getCurve()->pen().width(), 4);
-    QCOMPARE(plot->getCurvePen(0).width(), 2);
-    const QString name = data->getSens(2)->getNameWithUnit(false);
-    QCOMPARE(plot->axisTitle(QwtPlot::yLeft).text(), name);
-    plot->resize(200, 105);
-    QTRY_VERIFY(plot->axisTitle(QwtPlot::yLeft).text().endsWith(QChar(0x2026)));
-    QCOMPARE(plot->axisWidget(QwtPlot::yLeft)->toolTip(), name);
-    plot->resize(640, 400);
-    QTRY_COMPARE(plot->axisTitle(QwtPlot::yLeft).text(), name);
-    QCOMPARE(rangeOf(*plot, QwtPlot::yLeft).second, plot->scaler->getScaleMax(2));
-    fill(*data, {SENSOR_PH, SENSOR_LIGHT}, 100, 0.1);
-    plot->setData();
-    QCOMPARE(plot->getActiveSens(), 0);
-    QCOMPARE(plot->axisTitle(QwtPlot::yLeft).text(), data->getSens(0)->getNameWithUnit(false));
-    data->setDataNewEmpty();
-    plot->grab(); // between a change of the data and setData()
-    plot->setData();
-    QCOMPARE(plot->axisTitle(QwtPlot::yLeft).text(), QString());
-    QVERIFY(!plot->getCurve());
-}
-
-void TestPlot::menuPutsASensorOnTheXAxis()
-{
-    show(threeSensors, 100, 0.1);
-    QSignalSpy picked(plot.get(), &Plot::changedActiveCurve);
-    connect(plot.get(), &Plot::changedActiveCurve, plot.get(), [this](int, int i) { plot->updateSens(i); });
-    const auto choose = [&](int entry) {
-        QTest::mousePress(plot->axisWidget(QwtPlot::xBottom), Qt::RightButton);
-        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        QVERIFY(menu);
-        menu->actions().at(entry)->trigger();
-        menu->close();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    };
-    choose(2); // after "Time" and a separator: the active one
-    QCOMPARE(picked.takeFirst(), (QVariantList{0, 1}));
-    QCOMPARE(plot->getActiveSens(), 1);
-    QVERIFY(!plot->getCurve(0)->isVisible());
-    QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), data->getSens(0)->getNameWithUnit(false));
-    QCOMPARE(rangeOf(*plot, QwtPlot::xBottom).second, plot->scaler->getScaleMax(0));
-    choose(4);
-    QVERIFY(plot->getCurve(0)->isVisible() && !plot->getCurve(2)->isVisible());
-    choose(0);
-    QVERIFY(plot->getCurve(2)->isVisible());
-    QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Time [s]"));
-    QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), qMakePair(0.0, 10.0));
-}
-
-// On the screen and in an export, which draws the samples by another way.
-void TestPlot::curvesStandOnTheirOwnScales()
-{
-    show(threeSensors, 3000, 0.1);
-    data->setLeftPad(2, 1500);
-    plot->replot();
-    QImage exported(plot->size(), QImage::Format_RGB32);
-    exported.fill(Qt::white);
-    QwtPlotRenderer renderer;
-    renderer.renderTo(plot.get(), exported);
-    const QImage shown = plot->grab().toImage();
-    const QPoint origin = plot->canvas()->pos();
-    for (const QImage& image : {shown, exported}) {
-        for (int i = 0; i < 3; ++i) {
-            for (double part : {0.25, 0.75}) {
-                const QPoint at = canvasPoint(*plot, i, 300 * part, valueAt(i, part)).toPoint() + origin;
-                int hits = 0; // the export lays the canvas out a little differently
-                for (int row = at.y() - 6; row <= at.y() + 6; ++row)
-                    hits += image.pixelColor(at.x(), row) == plot->getCurvePen(i).color();
-                QCOMPARE(hits > 0, i != 2 || part > 0.5);
-            }
-        }
-    }
-}
-
-void TestPlot::colorOfTheCurveUnderThePointer()
-{
-    show({SENSOR_VOLTAGE, SENSOR_PH}, 100, 0.1);
-    plot->scaler->scales[1]->setUserScales(0, 30, false);
-    data->getSens(1)->readSetMinMax = true;
-    data->setNeedSave(false);
-    QSignalSpy changed(plot.get(), &Plot::colorChanged);
-    prompt.colorAnswer = qRgb(1, 2, 3);
-    const auto press = [&](double y) {
-        QTest::mousePress(plot->canvas(), Qt::RightButton, {}, canvasPoint(*plot, 1, 5, y).toPoint());
-    };
-    press(28);
-    QVERIFY(changed.isEmpty());
-    press(valueAt(1, 0.5));
-    QCOMPARE(changed.takeFirst(), (QVariantList{1, QColor(1, 2, 3)}));
-    QCOMPARE(plot->getCurvePen(1).color(), QColor(1, 2, 3));
-    QVERIFY(data->isNeedSave());
-    prompt.colorAnswer.reset();
-    press(valueAt(1, 0.5));
-    QVERIFY(changed.isEmpty());
-}
-
-void TestPlot::titleIsChosenEditedAndBusy()
-{
-    show(threeSensors, 10, 1, 5);
-    QSignalSpy chosen(plot.get(), &Plot::changedActivePlot);
-    QTest::mouseClick(plot->titleLabel(), Qt::LeftButton);
-    QCOMPARE(chosen.takeFirst().first().toInt(), 5);
-    plot->setActivePlot(5);
-    QCOMPARE(plot->canvasBackground().color(), Plot::getActivePlotColor());
-    QTest::mouseClick(plot->titleLabel(), Qt::LeftButton);
-    QCOMPARE(chosen.takeFirst().first().toInt(), -1);
-    plot->setForPrint(true);
-    QCOMPARE(plot->canvasBackground().color(), Plot::getBackgroundColor());
-
-    const auto isLight = [this] {
-        const QwtScaleWidget* axis = plot->axisWidget(QwtPlot::yLeft);
-        const int legend = plot->getCurve(0)->title().color().lightness();
-        return QVector<bool>{axis->palette().color(QPalette::Text).lightness() > 128, legend > 128};
-    };
-    Plot::setSurroundings(QColor(0x14, 0x24, 0x34));
-    plot->setForPrint(true);
-    QCOMPARE(isLight(), QVector<bool>({false, false}));
-    plot->setForPrint(false);
-    QCOMPARE(isLight(), QVector<bool>({true, true}));
-    Plot::setSurroundings(Qt::lightGray);
-    plot->setDesign();
-    QCOMPARE(isLight(), QVector<bool>({false, false}));
-
-    show(threeSensors, 10, 1, -1);
-    prompt.textAnswer = QStringLiteral("Cooling");
-    QTest::mouseDClick(plot->titleLabel(), Qt::LeftButton);
-    plot->setTempTitle();
-    plot->setTempTitle();
-    QVERIFY(plot->title().text().contains(QStringLiteral("busy")));
-    plot->restoreTitle();
-    QCOMPARE(plot->title().text(), QStringLiteral("Cooling"));
-}
-
-void TestPlot::rangeByHand()
-{
-    show({SENSOR_PH, SENSOR_PH, SENSOR_PH}, 100, 0.1, -1);
-    QTimer::singleShot(0, this, [] {
-        auto* const dialog = qobject_cast<SetRange*>(QApplication::activeModalWidget());
-        QVERIFY(dialog);
-        dialog->Params(0, 0, 0, 0, nullptr, nullptr);
-        dialog->reject();
-    });
-    QTest::mousePress(plot->axisWidget(QwtPlot::yLeft), Qt::RightButton);
-    QVERIFY(!data->getSens(0)->readClassSetMinMax);
-    QTimer::singleShot(0, this, [] { qobject_cast<SetRange*>(QApplication::activeModalWidget())->accept(); });
-    QTest::mousePress(plot->axisWidget(QwtPlot::yLeft), Qt::RightButton);
-    QVERIFY(data->getSens(1)->readClassSetMinMax);
-    const SensorPtr first = data->getSens(0);
-    QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), qMakePair(first->minView, first->maxView));
-}
-
-void TestPlot::otherKindsAreHarmless()
-{
-    fill(*data, threeSensors, 100, 0.1);
-    for (graphtype type : {GRAPH_BAR, GRAPH_FFT}) {
-        plot.reset(new Plot(data.get(), type, false, 0));
-        plot->resize(400, 300);
-        plot->Update();
-        plot->updateSens(1);
-        plot->enableZoom(true);
-        plot->otherColorChanged(1, Qt::red);
-        for (QWidget* part : {plot->canvas(), static_cast<QWidget*>(plot->titleLabel()),
-                              static_cast<QWidget*>(plot->axisWidget(QwtPlot::xBottom))})
-            pressRightAt(part);
-        QVERIFY(!plot->grab().isNull());
-    }
-}
 
 QTEST_MAIN(TestPlot)
 #include "test_plot.moc"

@@ -13,19 +13,11 @@
 #include "graph/setrange.h"
 #include "tests/common/testsupport.h"
 
-class TestRangeControls : public QObject
+class TestRangeControls : public GuardedTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { guard.reset(new WarningGuard); }
-
-    void cleanup()
-    {
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
-    }
-
     void dialogWritesTheRange()
     {
         SetRange dialog;
@@ -119,9 +111,6 @@ private Q_SLOTS:
         QVERIFY(!bar->isVisible());
         QCOMPARE(plot.plotLayout()->canvasMargin(QwtPlot::xTop), margin);
     }
-
-private:
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_MAIN(TestRangeControls)

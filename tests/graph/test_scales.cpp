@@ -5,27 +5,19 @@
 #include "app/common/common.h"
 #include "app/common/settings.h"
 #include "data/expdata.h"
-#include "graph/colorscale.h"
 #include "graph/scalemanager.h"
 #include "graph/timescaledraw.h"
 #include "graph/timescaleengine.h"
 #include "tests/common/testsupport.h"
+#include "tests/data/loadedset.h"
 
 namespace {
 
-struct Channel
+void fill(ExpData& data, const QVector<int>& ids, const QVector<QVector<double>>& channels)
 {
-    int id;
-    QVector<double> values;
-};
-
-void fill(ExpData& data, const QVector<Channel>& channels)
-{
-    data.setDataNew(channels.size(), {0, 1}, 1);
-    for (int i = 0; i < channels.size(); ++i) {
-        data.addSensorData(i, channels[i].id, channels[i].values, -1);
+    load(&data, ids, channels);
+    for (int i = 0; i < ids.size(); ++i)
         data.getSens(i)->readSetMinMax = false;
-    }
 }
 
 QVector<double> shown(const scaleManager& scaler, int i)
@@ -37,37 +29,29 @@ using Range = QVector<double>;
 
 } // namespace
 
-class TestScales : public QObject
+class TestScales : public GuardedTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        guard.reset(new WarningGuard);
         Settings::mainStore().clear();
         Common::forgetLocale();
     }
 
-    void cleanup()
-    {
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
-    }
-
+private Q_SLOTS:
     void automaticRange_data()
     {
-        QTest::addColumn<double>("sensRange");
-        QTest::addColumn<Range>("data");
-        QTest::addColumn<Range>("scale");
-        QTest::newRow("flat") << 100.0 << Range{20, 20} << Range{15, 25};
-        QTest::newRow("flat at the lower limit") << 100.0 << Range{2, 2} << Range{0, 7};
-        QTest::newRow("flat below the lower limit") << 100.0 << Range{-20, -20} << Range{0, 5};
-        QTest::newRow("just flat") << 100.0 << Range{20, 27.4} << Range{18.7, 28.7};
-        QTest::newRow("just not flat") << 100.0 << Range{20, 27.5} << Range{19.25, 28.25};
-        QTest::newRow("margins") << 100.0 << Range{10, 60} << Range{5, 65};
-        QTest::newRow("margin at the lower limit") << 100.0 << Range{1, 60} << Range{0, 65.9};
-        QTest::newRow("a large sensor is not flatter") << 100000.0 << Range{20, 20} << Range{15, 25};
+        columns<double, Range, Range>({"sensRange", "data", "scale"});
+        row("flat", 100.0, Range{20, 20}, Range{15, 25});
+        row("flat at the lower limit", 100.0, Range{2, 2}, Range{0, 7});
+        row("flat below the lower limit", 100.0, Range{-20, -20}, Range{0, 5});
+        row("just flat", 100.0, Range{20, 27.4}, Range{18.7, 28.7});
+        row("just not flat", 100.0, Range{20, 27.5}, Range{19.25, 28.25});
+        row("margins", 100.0, Range{10, 60}, Range{5, 65});
+        row("margin at the lower limit", 100.0, Range{1, 60}, Range{0, 65.9});
+        row("a large sensor is not flatter", 100000.0, Range{20, 20}, Range{15, 25});
     }
 
     void automaticRange()
@@ -83,9 +67,8 @@ private Q_SLOTS:
     void temperaturesShareOneScale()
     {
         ExpData data;
-        fill(
-            data,
-            {{SENSOR_AMB_TEMP_NTC_CALC, {20, 30}}, {SENSOR_HUMIDITY, {40, 60}}, {SENSOR_EXT_TEMP, {60, 80}}});
+        fill(data, {SENSOR_AMB_TEMP_NTC_CALC, SENSOR_HUMIDITY, SENSOR_EXT_TEMP},
+             {{20, 30}, {40, 60}, {60, 80}});
         scaleManager scaler;
         scaler.setScales(&data, false);
         QCOMPARE(shown(scaler, 0), (Range{19, 82}));
@@ -101,7 +84,7 @@ private Q_SLOTS:
     void fixedRangesDoNotFollowTheData()
     {
         ExpData data;
-        fill(data, {{SENSOR_HUMIDITY, {40, 60}}, {QUELLMARK_PHOTOGATE, {0, 3}}});
+        fill(data, {SENSOR_HUMIDITY, QUELLMARK_PHOTOGATE}, {{40, 60}, {0, 3}});
         data.getSens(0)->readSetMinMax = true;
         data.getSens(0)->minView = 90;
         data.getSens(0)->maxView = 10;
@@ -116,7 +99,7 @@ private Q_SLOTS:
     void zoomTakesAllAutomaticScalesAlong()
     {
         ExpData data;
-        fill(data, {{SENSOR_HUMIDITY, {10, 60}}, {SENSOR_PH, {4, 9}}, {SENSOR_BAROMETER, {900, 1000}}});
+        fill(data, {SENSOR_HUMIDITY, SENSOR_PH, SENSOR_BAROMETER}, {{10, 60}, {4, 9}, {900, 1000}});
         data.getSens(2)->readSetMinMax = true;
         data.getSens(2)->minView = 800;
         data.getSens(2)->maxView = 1100;
@@ -141,7 +124,7 @@ private Q_SLOTS:
     void zoomOnARangeWithoutWidthChangesNothing()
     {
         ExpData data;
-        fill(data, {{SENSOR_HUMIDITY, {10, 60}}, {SENSOR_PH, {4, 9}}});
+        fill(data, {SENSOR_HUMIDITY, SENSOR_PH}, {{10, 60}, {4, 9}});
         scaleManager scaler;
         scaler.setScales(&data, false);
         scaler.scales[0]->setUserScales(30, 30, false);
@@ -153,7 +136,7 @@ private Q_SLOTS:
     void classRangesAreCommon()
     {
         ExpData data;
-        fill(data, {{SENSOR_HUMIDITY, {10, 60}}, {SENSOR_HUMIDITY, {30, 90}}, {SENSOR_PH, {4, 9}}});
+        fill(data, {SENSOR_HUMIDITY, SENSOR_HUMIDITY, SENSOR_PH}, {{10, 60}, {30, 90}, {4, 9}});
         for (int i = 0; i < 2; ++i) {
             data.getSens(i)->readClassMinMax = true;
             data.getSens(i)->classMinView = 10;
@@ -172,7 +155,7 @@ private Q_SLOTS:
     void repeatedRunKeepsTheScaleOfTheFirst()
     {
         ExpData data;
-        fill(data, {{SENSOR_PH, {4, 9}}});
+        fill(data, {SENSOR_PH}, {{4, 9}});
         data.setDataAddRepeatExp();
         data.addSample(0, {7});
         data.addSample(1, {13});
@@ -183,43 +166,9 @@ private Q_SLOTS:
         QCOMPARE(shown(scaler, 1), shown(scaler, 0));
     }
 
-    void coloursRepeatAndSpareTheColorimeter()
-    {
-        QCOMPARE(ColorScale::myColors(12), QColor(Qt::red));
-        QCOMPARE(ColorScale::myColorsForColorimeter(1, 2), QColor(Qt::green));
-        QCOMPARE(ColorScale::myColorsForColorimeter(3, 2), QColor(Qt::darkGreen));
-        QCOMPARE(ColorScale::myColorsForColorimeter(5, 2), QColor(Qt::darkBlue));
-    }
-
-    void unitFollowsTheShownRange_data()
-    {
-        QTest::addColumn<double>("end");
-        QTest::addColumn<double>("res");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<double>("factor");
-        QTest::newRow("seconds") << 99.9 << 0.5 << "s" << 0.5;
-        QTest::newRow("first minutes") << 100.0 << 1.0 << "min" << 1.0 / 60;
-        QTest::newRow("last minutes") << 5999.0 << 60.0 << "min" << 1.0;
-        QTest::newRow("hours") << 6000.0 << 60.0 << "h" << 1.0 / 60;
-        QTest::newRow("manual") << 6000.0 << 0.0 << "" << 1.0;
-    }
-
-    void unitFollowsTheShownRange()
-    {
-        QFETCH(double, end);
-        QFETCH(double, res);
-        TimeScaleDraw axis(false);
-        axis.setUnitByMaxX(end, res);
-        QTEST(axis.getUnitName(), "name");
-        QTEST(axis.getFactor(), "factor");
-    }
-
     void timeTexts_data()
     {
-        QTest::addColumn<double>("end");
-        QTest::addColumn<double>("res");
-        QTest::addColumn<double>("time");
-        QTest::addColumn<QString>("text");
+        columns<double, double, double, QString>({"end", "res", "time", "text"});
         const auto row = [](const char* name, double end, double res, double time, const char* text) {
             QTest::newRow(name) << end << res << time << text;
         };
@@ -247,16 +196,12 @@ private Q_SLOTS:
 
     void labels_data()
     {
-        QTest::addColumn<bool>("isBar");
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<double>("end");
-        QTest::addColumn<double>("value");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("minutes") << false << "Kormelin" << 200.0 << 90.0 << "1.5";
-        QTest::newRow("whole minutes for juniors") << false << "VestrelJunior" << 200.0 << 90.0 << "1";
-        QTest::newRow("bar before the minute") << true << "Kormelin" << 200.0 << 2.999 << "2:59";
-        QTest::newRow("bar on a sixtieth") << true << "Kormelin" << 200.0 << 2 + 7.0 / 60 << "2:07";
-        QTest::newRow("bar left of the start") << true << "Kormelin" << 200.0 << -0.25 << "-0:15";
+        columns<bool, QString, double, double, QString>({"isBar", "version", "end", "value", "text"});
+        row("minutes", false, "Kormelin", 200.0, 90.0, "1.5");
+        row("whole minutes for juniors", false, "VestrelJunior", 200.0, 90.0, "1");
+        row("bar before the minute", true, "Kormelin", 200.0, 2.999, "2:59");
+        row("bar on a sixtieth", true, "Kormelin", 200.0, 2 + 7.0 / 60, "2:07");
+        row("bar left of the start", true, "Kormelin", 200.0, -0.25, "-0:15");
     }
 
     void labels()
@@ -273,10 +218,7 @@ private Q_SLOTS:
 
     void ticksAreRoundInTheUnit_data()
     {
-        QTest::addColumn<bool>("isBar");
-        QTest::addColumn<Range>("span");
-        QTest::addColumn<double>("res");
-        QTest::addColumn<QString>("texts");
+        columns<bool, Range, double, QString>({"isBar", "span", "res", "texts"});
         const auto row = [](const char* name, bool isBar, const Range& span, double res, const char* texts) {
             QTest::newRow(name) << isBar << span << res << texts;
         };
@@ -326,9 +268,6 @@ private Q_SLOTS:
         engine.autoScale(8, from, to, step);
         QVERIFY(from < 600 && to > 600 && step > 0);
     }
-
-private:
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_MAIN(TestScales)
