@@ -72,7 +72,7 @@ int count(const QImage& image, QRgb color)
 
 Q_DECLARE_METATYPE(Entry)
 
-class TestReports : public QObject
+class TestReports : public GuardedTest
 {
     Q_OBJECT
 
@@ -92,36 +92,31 @@ private:
     std::unique_ptr<QTemporaryDir> folder;
     QString csv;
     ExpData data;
-    std::unique_ptr<WarningGuard> guard;
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        guard = std::make_unique<WarningGuard>();
         folder = std::make_unique<QTemporaryDir>();
         csv = folder->filePath("table.csv");
         fillExperiment(&data);
     }
 
-    void cleanup()
+    void finish() override
     {
         Settings::mainStore().remove(Settings::language);
         Common::forgetLocale();
-        VERIFY_NO_WARNINGS(*guard);
     }
 
+private Q_SLOTS:
     void exportsTable_data()
     {
-        QTest::addColumn<QString>("language");
-        QTest::addColumn<double>("dt");
-        QTest::addColumn<QByteArray>("start");
-        QTest::addColumn<QByteArray>("lastLine");
+        columns<QString, double, QByteArray, QByteArray>({"language", "dt", "start", "lastLine"});
         const QByteArray english =
             "\xEF\xBB\xBFt,Amb. Temperature [°C],pH [pH],Сила <\"&'> [N]\n0.000000, 20.0, 7.00, 20.0\n";
         const QByteArray polish = "sep=;\nt;Amb. Temperature [°C];pH [pH];";
-        QTest::newRow("English") << "en_US" << 0.5 << english << QByteArray("\n2.000000, -0.4, ---, -0.4\n");
-        QTest::newRow("Polish") << "pl_PL" << 0.05 << polish << QByteArray("\n0,2000000; -0,4; ---; -0,4\n");
-        QTest::newRow("Azeri") << "az_AZ" << 0.0 << english.left(5) << QByteArray("\n4, -0,4, ---, -0,4\n");
+        row("English", "en_US", 0.5, english, QByteArray("\n2.000000, -0.4, ---, -0.4\n"));
+        row("Polish", "pl_PL", 0.05, polish, QByteArray("\n0,2000000; -0,4; ---; -0,4\n"));
+        row("Azeri", "az_AZ", 0.0, english.left(5), QByteArray("\n4, -0,4, ---, -0,4\n"));
     }
 
     void exportsTable()
@@ -140,8 +135,8 @@ private Q_SLOTS:
 
     void importsTable_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("reason"); // empty if it is read as a and b, the latter with 3 in line 1
+        // reason: empty if it is read as a and b, the latter with 3 in line 1
+        columns<QByteArray, QString>({"bytes", "reason"});
         const auto row = [](const char* title, const QByteArray& bytes, const char* reason) {
             QTest::newRow(title) << bytes << reason;
         };
@@ -264,10 +259,7 @@ private Q_SLOTS:
 
     void unpacks_data()
     {
-        QTest::addColumn<QString>("archiveName");
-        QTest::addColumn<QVector<Entry>>("entries");
-        QTest::addColumn<QString>("after");
-        QTest::addColumn<QString>("reason");
+        columns<QString, QVector<Entry>, QString, QString>({"archiveName", "entries", "after", "reason"});
         const auto row = [](const char* title, const QString& name, const QVector<Entry>& entries,
                             const QString& after, const QString& reason) {
             QTest::newRow(title) << name << entries << after << reason;
