@@ -53,7 +53,6 @@ public:
 
     FakePorts ports;
     FakePrompt prompt;
-    WarningGuard guard;
     multiConnectionsManager manager;
 
 private:

@@ -35,19 +35,16 @@ QStringList entries(const QComboBox& list)
 } // namespace
 
 /// The dialog on real sessions over fake ports.
-class TestBasicSetup : public QObject
+class TestBasicSetup : public GuardedTest
 {
     Q_OBJECT
 
+private:
+    void begin() override { bench.reset(new SetupBench(2)); }
+
+    void finish() override { dialog.reset(); }
+
 private Q_SLOTS:
-    void init() { bench.reset(new SetupBench(2)); }
-
-    void cleanup()
-    {
-        dialog.reset();
-        VERIFY_NO_WARNINGS(bench->guard);
-    }
-
     void aChangeReachesTheFirstLoggerAtOnceAndTheOthersAtTheEnd()
     {
         bench->introduce(0, idle);
@@ -76,19 +73,16 @@ private Q_SLOTS:
         const QString slow = QStringLiteral("Manual 0 0, 1/Min 1 60, 1/Sec 2 1, 10/Sec 3 0.1024, ");
         const QString usual = slow + QStringLiteral("25/Sec 4 0.04096, 100/Sec 5 0.01024");
         const QString latest = usual + QStringLiteral(", 25000/Sec 6 0.00003944, 100000/Sec 7 0.0000101745");
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("firmware");
-        QTest::addColumn<int>("small");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("3.99") << 35 << 3 << 0x99 << usual + ", 1000/Sec 6 0.001024, 25000/Sec 7 0.000042";
+        columns<int, int, int, QString>({"type", "firmware", "small", "expected"});
+        row("3.99", 35, 3, 0x99, usual + ", 1000/Sec 6 0.001024, 25000/Sec 7 0.000042");
         const QString middle = usual + QStringLiteral(", 1000/Sec 6 0.001024, 100000/Sec 7 0.0000101745");
-        QTest::newRow("4.00") << 35 << 4 << 0x00 << middle;
-        QTest::newRow("4.02") << 35 << 4 << 0x02 << middle;
-        QTest::newRow("4.03") << 35 << 4 << 0x03 << latest;
-        QTest::newRow("4.12") << 68 << 4 << 0x12 << latest;
-        QTest::newRow("type 17") << 17 << 1 << 0x30 << slow + "100/Sec 4 0.01024";
-        QTest::newRow("type 17, late firmware") << 17 << 4 << 0x05 << slow + "100/Sec 4 0.01024";
-        QTest::newRow("type 18") << 18 << 4 << 0x05 << usual;
+        row("4.00", 35, 4, 0x00, middle);
+        row("4.02", 35, 4, 0x02, middle);
+        row("4.03", 35, 4, 0x03, latest);
+        row("4.12", 68, 4, 0x12, latest);
+        row("type 17", 17, 1, 0x30, slow + "100/Sec 4 0.01024");
+        row("type 17, late firmware", 17, 4, 0x05, slow + "100/Sec 4 0.01024");
+        row("type 18", 18, 4, 0x05, usual);
     }
 
     void theRateShownIsTheRateSentAndTheRateOfTheRun()
@@ -133,10 +127,9 @@ private Q_SLOTS:
 
     void aRunInProgressIsNotDisturbed_data()
     {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<bool>("opens");
-        QTest::newRow("with the settings of the dialog's start") << 2 << true;
-        QTest::newRow("with others") << 3 << false;
+        columns<int, bool>({"code", "opens"});
+        row("with the settings of the dialog's start", 2, true);
+        row("with others", 3, false);
     }
 
     void aRunInProgressIsNotDisturbed()

@@ -8,10 +8,8 @@
 #include <QRadioButton>
 #include <QSignalSpy>
 #include <QTabWidget>
-#include <QTemporaryDir>
 
 #include "graph/plot.h"
-#include "persistence/readwrite.h"
 #include "setup/designvalues.h"
 #include "setup/setuplogger.h"
 #include "tests/setup/setupbench.h"
@@ -27,12 +25,12 @@ QByteArray setupFrame(int code, int samples, int trigger, int rangeSens, const c
 
 } // namespace
 
-class TestSetupLogger : public QObject
+class TestSetupLogger : public GuardedTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
         bench.reset(new SetupBench(2));
         bench->manager.setPacing(5000, 1);
@@ -40,12 +38,9 @@ private Q_SLOTS:
         bench->introduce(1, status({{11, 4}, {30, 0x08}, {31, 0}}));
     }
 
-    void cleanup()
-    {
-        dialog.reset();
-        VERIFY_NO_WARNINGS(bench->guard);
-    }
+    void finish() override { dialog.reset(); }
 
+private Q_SLOTS:
     void aConfigurationReachesTheFirstLoggerAtOnceAndTheOthersAtTheEnd()
     {
         open();
@@ -67,26 +62,16 @@ private Q_SLOTS:
 
     void unitsAreStoredAndTheLoggersOwnAreSent_data()
     {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QString>("keys"); // celsius, hPa, kPa, metre, km/h, mph
-        QTest::addColumn<QByteArray>("frame");
-        QTest::addColumn<int>("sensor");
-        QTest::addColumn<QString>("unit");
+        // keys: celsius, hPa, kPa, metre, km/h, mph
+        columns<QString, QString, QByteArray, int, QString>({"button", "keys", "frame", "sensor", "unit"});
         const QByteArray none;
-        QTest::newRow("F") << "unitsFahrenheit"
-                           << "0-----" << summed("4714DD 07 02") << int(SENSOR_AMB_TEMP) << "°F";
-        QTest::newRow("hPa") << "unitsBaro_hPa"
-                             << "111110" << summed("4714DD 15 02") << int(SENSOR_BAROMETER) << "hPa";
-        QTest::newRow("PSI") << "unitsPSI"
-                             << "100110" << none << int(SENSOR_AIRPRESSURE) << "PSI";
-        QTest::newRow("feet") << "unitsFeet"
-                              << "101010" << none << int(SENSOR_DISTANCE) << "ft";
-        QTest::newRow("mph") << "unitsMPH"
-                             << "101101" << none << int(SENSOR_GPS_SPEED) << "mph";
-        QTest::newRow("m/s") << "unitsMS"
-                             << "101100" << none << int(SENSOR_GPS_SPEED) << "m/s";
-        QTest::newRow("what it was") << "unitsKPA"
-                                     << "101110" << none << int(SENSOR_AIRPRESSURE) << "kPa";
+        row("F", "unitsFahrenheit", "0-----", summed("4714DD 07 02"), int(SENSOR_AMB_TEMP), "°F");
+        row("hPa", "unitsBaro_hPa", "111110", summed("4714DD 15 02"), int(SENSOR_BAROMETER), "hPa");
+        row("PSI", "unitsPSI", "100110", none, int(SENSOR_AIRPRESSURE), "PSI");
+        row("feet", "unitsFeet", "101010", none, int(SENSOR_DISTANCE), "ft");
+        row("mph", "unitsMPH", "101101", none, int(SENSOR_GPS_SPEED), "mph");
+        row("m/s", "unitsMS", "101100", none, int(SENSOR_GPS_SPEED), "m/s");
+        row("what it was", "unitsKPA", "101110", none, int(SENSOR_AIRPRESSURE), "kPa");
     }
 
     void unitsAreStoredAndTheLoggersOwnAreSent()
@@ -108,57 +93,15 @@ private Q_SLOTS:
         QTEST(Sensor(sensor).unitName, "unit");
     }
 
-    void theWindowTellsOfANewUnitAfterClosing()
-    {
-        open();
-        find<QRadioButton>("unitsFeet")->click();
-        dialog->close();
-        QCOMPARE(bench->prompt.asked,
-                 QStringList("Change of units|Please restart Kormelin for the change to take effect."));
-    }
-
-    void aFileInOtherUnitsKeepsItsBytes()
-    {
-        const QTemporaryDir folder;
-        const QString first = folder.filePath(QStringLiteral("first.xml"));
-        const QString second = folder.filePath(QStringLiteral("second.xml"));
-        const int ids[] = {SENSOR_AMB_TEMP, SENSOR_BAROMETER, SENSOR_AIRPRESSURE, SENSOR_DISTANCE,
-                           SENSOR_GPS_SPEED};
-        ExpData set;
-        set.setDataNew(int(std::size(ids)), {0, 1, 2}, 1);
-        for (int i = 0; i < int(std::size(ids)); ++i)
-            set.addSensorData(i, ids[i], {0.1, 21.7, 3.33}, 0);
-        QVERIFY(ReadWrite::write(first, QStringLiteral("T"), &set, {}, {}, {}, QStringLiteral("Line")));
-        ExpData before;
-        QVERIFY(!ReadWrite::read(first, &before, nullptr, nullptr).isEmpty());
-        QVERIFY(ReadWrite::write(first, QStringLiteral("T"), &before, {}, {}, {}, QStringLiteral("Line")));
-        open();
-        for (const char* unit : {"unitsFahrenheit", "unitsBaro_hPa", "unitsPSI", "unitsFeet", "unitsMS"})
-            find<QRadioButton>(unit)->click();
-        dialog.reset();
-
-        ExpData again;
-        QVERIFY(!ReadWrite::read(first, &again, nullptr, nullptr).isEmpty());
-        QStringList units;
-        for (const SensorPtr& sensor : again.getSensors())
-            units << sensor->unitName;
-        QCOMPARE(units.join(' '), QStringLiteral("°F hPa PSI ft m/s"));
-        QVERIFY(qAbs(again.getYAt(0, 1) - 71.06) < 1e-9);
-        QVERIFY(ReadWrite::write(second, QStringLiteral("T"), &again, {}, {}, {}, QStringLiteral("Line")));
-QCOMPARE(contents(second), contents(first));
-    }
-
     void aCalibrationTemperature_data()
     {
-        QTest::addColumn<bool>("celsius");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QByteArray>("frame");
-        QTest::newRow("rounded") << true << "20.25" << summed("4714E0 00CB");
-        QTest::newRow("comma") << true << "20,3" << summed("4714E0 00CB");
-        QTest::newRow("Fahrenheit") << false << "68" << summed("4714E0 00C8");
+        columns<bool, QString, QByteArray>({"celsius", "typed", "frame"});
+        row("rounded", true, "20.25", summed("4714E0 00CB"));
+        row("comma", true, "20,3", summed("4714E0 00CB"));
+        row("Fahrenheit", false, "68", summed("4714E0 00C8"));
         for (const char* bad : {"", "warm", "0", "-5", "0.04", "1e9", "inf"})
-            QTest::newRow(bad) << true << bad << QByteArray();
-        QTest::newRow("frost") << false << "31" << QByteArray();
+            row(bad, true, bad, QByteArray());
+        row("frost", false, "31", QByteArray());
     }
 
     void aCalibrationTemperature()
@@ -243,22 +186,6 @@ QCOMPARE(contents(second), contents(first));
         QVERIFY(!find<QGroupBox>("groupSeltTest")->isHidden());
     }
 
-    void everyControlHasItsNames()
-    {
-        open();
-        for (const QWidget* widget : dialog->findChildren<QWidget*>()) {
-            const auto* button = qobject_cast<const QAbstractButton*>(widget);
-            const bool isField = widget->inherits("QComboBox") || widget->inherits("QAbstractSpinBox") ||
-                                 widget->inherits("QLineEdit") || (button && button->text().isEmpty());
-            if (widget->objectName().startsWith(QLatin1String("qt_")) || !(isField || button))
-                continue;
-            QVERIFY2(!widget->objectName().isEmpty() || widget->inherits("QToolButton"),
-                     widget->metaObject()->className());
-            QVERIFY2(!isField || !widget->accessibleName().isEmpty() || widget->inherits("QToolButton"),
-                     qPrintable(widget->objectName()));
-        }
-    }
-
     void aDesignShowsAtOnceAndIsKeptWhenSaved()
     {
         QSettings store = Settings::mainStore();
@@ -299,12 +226,6 @@ QCOMPARE(contents(second), contents(first));
     }
 
 private:
-    static QByteArray contents(const QString& name)
-    {
-        QFile file(name);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
     void open()
     {
         dialog.reset(new setupLogger(&bench->prompt));
