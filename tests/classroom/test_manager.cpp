@@ -12,14 +12,13 @@ namespace {
 const QByteArray stopFrame = QByteArray::fromHex("47143372");
 }
 
-class TestManager : public QObject
+class TestManager : public GuardedTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
-        guard.reset(new WarningGuard);
         ports.reset(new FakePorts);
         manager.reset(new multiConnectionsManager);
         manager->setPortFactory(ports->factory());
@@ -34,24 +33,18 @@ private Q_SLOTS:
                 [this] { trace << QStringLiteral("done"); });
     }
 
-    void cleanup()
-    {
-        manager.reset();
-        const QStringList failures = guard->failures();
-        guard.reset();
-        QCOMPARE(failures, QStringList());
-    }
+    void finish() override { manager.reset(); }
 
+private Q_SLOTS:
     void aCommandGoesFromLoggerToLogger_data()
     {
-        QTest::addColumn<QVector<int>>("connected");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("all") << QVector<int>{0, 1, 2} << "+0 start 4 -0 +1 -1 +2 -2 done";
-        QTest::newRow("the middle one is away") << QVector<int>{0, 2} << "+0 start 4 -0 +2 -2 done";
-        QTest::newRow("the first one is away") << QVector<int>{1, 2} << "+1 start 4 -1 +2 -2 done";
-        QTest::newRow("the last one is away") << QVector<int>{0, 1} << "+0 start 4 -0 +1 -1 done";
-        QTest::newRow("one beyond those in use") << QVector<int>{1, 3} << "+1 start 4 -1 done";
-        QTest::newRow("nobody") << QVector<int>{} << "";
+        columns<QVector<int>, QString>({"connected", "expected"});
+        row("all", QVector<int>{0, 1, 2}, "+0 start 4 -0 +1 -1 +2 -2 done");
+        row("the middle one is away", QVector<int>{0, 2}, "+0 start 4 -0 +2 -2 done");
+        row("the first one is away", QVector<int>{1, 2}, "+1 start 4 -1 +2 -2 done");
+        row("the last one is away", QVector<int>{0, 1}, "+0 start 4 -0 +1 -1 done");
+        row("one beyond those in use", QVector<int>{1, 3}, "+1 start 4 -1 done");
+        row("nobody", QVector<int>{}, "");
     }
 
     void aCommandGoesFromLoggerToLogger()
@@ -178,7 +171,6 @@ private:
 
     QScopedPointer<FakePorts> ports;
     QScopedPointer<multiConnectionsManager> manager;
-    QScopedPointer<WarningGuard> guard;
     QStringList trace;
 };
 
