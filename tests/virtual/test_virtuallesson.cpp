@@ -44,18 +44,11 @@ QVector<int> channelsOf(int id)
 
 } // namespace
 
-class TestVirtualLesson : public QObject
+class TestVirtualLesson : public GuardedTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { guard.reset(new WarningGuard); }
-    void cleanup()
-    {
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
-    }
-
     /// What the program converts is what the lesson meant, for every sensor that a logger can have.
     void wordsConvertBackToTheLesson()
     {
@@ -119,18 +112,16 @@ private Q_SLOTS:
 
     void aLineDoesToPacketsWhatItsFaultsSay_data()
     {
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<double>("value");
-        QTest::addColumn<int>("written"); // bytes of 20 answers of 33 and 20 samples of 9, -1: more than all
-        QTest::addColumn<int>("completed");
-        QTest::newRow("none") << "late" << 0.0 << 840 << 20;
-        QTest::newRow("late") << "late" << 250.0 << 840 << 20;
-        QTest::newRow("no answers") << "silent" << 100.0 << 180 << 20;
-        QTest::newRow("all lost") << "lose" << 100.0 << 0 << 0;
-        QTest::newRow("garbage") << "garbage" << 100.0 << -1 << 20;
-        QTest::newRow("cut") << "cut" << 100.0 << 840 << 20;
-        QTest::newRow("burst") << "burst" << 200.0 << 840 << 20;
-        QTest::newRow("wrong sums") << "badsum" << 100.0 << 840 << 20;
+        // written: bytes of 20 answers of 33 and 20 samples of 9, -1: more than all
+        columns<QString, double, int, int>({"fault", "value", "written", "completed"});
+        row("none", "late", 0.0, 840, 20);
+        row("late", "late", 250.0, 840, 20);
+        row("no answers", "silent", 100.0, 180, 20);
+        row("all lost", "lose", 100.0, 0, 0);
+        row("garbage", "garbage", 100.0, -1, 20);
+        row("cut", "cut", 100.0, 840, 20);
+        row("burst", "burst", 200.0, 840, 20);
+        row("wrong sums", "badsum", 100.0, 840, 20);
     }
 
     void aLineDoesToPacketsWhatItsFaultsSay()
@@ -229,31 +220,24 @@ private Q_SLOTS:
 
     void aWrongCommandLineIsExplained_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("reason");
+        columns<QStringList, QString>({"arguments", "reason"});
         const auto row = [](const char* arguments, const char* reason) {
             QTest::newRow(arguments) << QString::fromLatin1(arguments).split(QLatin1Char(' '))
                                      << QString::fromLatin1(reason);
         };
         row("--count 9", "from 1 to 8");
-        row("--model Oak", "no model \"Oak\"");
         row("--firmware 4", "such as 4.05");
         row("--rate 1000/Sec", "no rate \"1000/Sec\"");
         row("--rate x --firmware 4.02", "10/Sec, 25/Sec, 100/Sec, 1000/Sec, 100000/Sec");
         row("--rate x --firmware 1.30 --model 17", "1/Sec, 10/Sec, 100/Sec, 1000/Sec, 25000/Sec");
         row("--rate x --model Vorta", "rates are 1/Sec, 10/Sec, 25/Sec, 100/Sec, 500/Sec");
-        row("--samples 55", "30000");
-        row("--sensors UV", "sensor ID");
         row("--plug 1=99", "101 to 114");
         row("--model Birch --plug 1:1=101", "no socket 1");
         row("--fault 5:late=3", "[LOGGER:]NAME=VALUE");
         row("--fault slow=3", "no fault is called");
-        row("--fault cut=101", "from 0 to 100");
-        row("--names A,A", "name");
         row("--at pull", "SECONDS:COMMAND");
         row("--resend-mode never", "same or next");
         row("--turbo", "turbo");
-        row("extra", "is no option");
     }
 
     void aWrongCommandLineIsExplained()
@@ -265,9 +249,6 @@ private Q_SLOTS:
         QVERIFY(!options.read(QStringList{"x"} + arguments, &error));
         QVERIFY2(error.contains(reason), qPrintable(error));
     }
-
-private:
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_GUILESS_MAIN(TestVirtualLesson)

@@ -93,18 +93,11 @@ struct Bench
 
 } // namespace
 
-class TestVirtualLogger : public QObject
+class TestVirtualLogger : public GuardedTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { guard.reset(new WarningGuard); }
-    void cleanup()
-    {
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
-    }
-
     void theOpeningOfASession()
     {
         Bench bench(identityOf("Heath"));
@@ -121,26 +114,19 @@ private Q_SLOTS:
 
     void aSetupComesBackInTheStatus_data()
     {
-        QTest::addColumn<QString>("model");
-        QTest::addColumn<int>("firmware");
-        QTest::addColumn<QByteArray>("setup");
-        QTest::addColumn<QByteArray>("echo");
-        QTest::addColumn<int>("rate");
+        columns<QString, int, QByteArray, QByteArray, int>({"model", "firmware", "setup", "echo", "rate"});
         const QByteArray fast = "00010700000000000000ff0000";
         const QByteArray all = "01230503010300c80506070011";
-        QTest::newRow("every field") << "HEATH_INT" << 405 << all << all << 5;
-        QTest::newRow("no slots beyond the list")
-            << "HEATH_INT" << 405 << QByteArray("ffff0201000000000000ff0000")
-            << QByteArray("07ff0201000000000000ff0000") << 2;
-        QTest::newRow("socket codes only for Vernier sensors")
-            << "HEATH_INT" << 405 << QByteArray("000102010000000065ffff0000")
-            << QByteArray("00010201000000000000ff0000") << 2;
-        QTest::newRow("code 7 of new firmware") << "BIRCH" << 403 << fast << fast << 9;
-        QTest::newRow("code 7 of middle firmware") << "BIRCH" << 402 << fast << fast << 9;
-        QTest::newRow("code 7 of old firmware") << "BIRCH" << 399 << fast << fast << 7;
-        QTest::newRow("a type without 25/Sec")
-            << "AMBER_OLD" << 200 << QByteArray("00010400000000000000ff0000")
-            << QByteArray("00010400000000000000ff0000") << 5;
+        row("every field", "HEATH_INT", 405, all, all, 5);
+        row("no slots beyond the list", "HEATH_INT", 405, QByteArray("ffff0201000000000000ff0000"),
+            QByteArray("07ff0201000000000000ff0000"), 2);
+        row("socket codes only for Vernier sensors", "HEATH_INT", 405,
+            QByteArray("000102010000000065ffff0000"), QByteArray("00010201000000000000ff0000"), 2);
+        row("code 7 of new firmware", "BIRCH", 403, fast, fast, 9);
+        row("code 7 of middle firmware", "BIRCH", 402, fast, fast, 9);
+        row("code 7 of old firmware", "BIRCH", 399, fast, fast, 7);
+        row("a type without 25/Sec", "AMBER_OLD", 200, QByteArray("00010400000000000000ff0000"),
+            QByteArray("00010400000000000000ff0000"), 5);
     }
 
     void aSetupComesBackInTheStatus()
@@ -196,21 +182,18 @@ private Q_SLOTS:
 
     void aRunIsRefusedOrEnds_data()
     {
-        QTest::addColumn<QByteArray>("steps"); // b battery, m memory, s start, S stop, k own keys, w wait
-        QTest::addColumn<quint16>("mask");
-        QTest::addColumn<QByteArray>("answers");
-        QTest::addColumn<int>("stored");
-        QTest::newRow("battery") << QByteArray("bs") << quint16(1) << QByteArray("23") << 0;
-        QTest::newRow("memory") << QByteArray("ms") << quint16(1) << QByteArray("24") << 0;
-        QTest::newRow("no sensor") << QByteArray("s") << quint16(0) << QByteArray("25") << 0;
-        QTest::newRow("battery dies") << QByteArray("swb") << quint16(1) << QByteArray("2223") << 1;
-        QTest::newRow("memory fills") << QByteArray("swm") << quint16(1) << QByteArray("2224") << 1;
-        QTest::newRow("stop") << QByteArray("swS") << quint16(1) << QByteArray("2233") << 1;
-        QTest::newRow("stop of nothing") << QByteArray("S") << quint16(1) << QByteArray("33") << 0;
-        QTest::newRow("second start goes on")
-            << QByteArray("swswS") << quint16(1) << QByteArray("222233") << 1;
-        QTest::newRow("own keys") << QByteArray("kwK") << quint16(1) << QByteArray("2233") << 1;
-        QTest::newRow("two runs") << QByteArray("swSswS") << quint16(1) << QByteArray("22332233") << 2;
+        // steps: b battery, m memory, s start, S stop, k own keys, w wait
+        columns<QByteArray, quint16, QByteArray, int>({"steps", "mask", "answers", "stored"});
+        row("battery", QByteArray("bs"), quint16(1), QByteArray("23"), 0);
+        row("memory", QByteArray("ms"), quint16(1), QByteArray("24"), 0);
+        row("no sensor", QByteArray("s"), quint16(0), QByteArray("25"), 0);
+        row("battery dies", QByteArray("swb"), quint16(1), QByteArray("2223"), 1);
+        row("memory fills", QByteArray("swm"), quint16(1), QByteArray("2224"), 1);
+        row("stop", QByteArray("swS"), quint16(1), QByteArray("2233"), 1);
+        row("stop of nothing", QByteArray("S"), quint16(1), QByteArray("33"), 0);
+        row("second start goes on", QByteArray("swswS"), quint16(1), QByteArray("222233"), 1);
+        row("own keys", QByteArray("kwK"), quint16(1), QByteArray("2233"), 1);
+        row("two runs", QByteArray("swSswS"), quint16(1), QByteArray("22332233"), 2);
     }
 
     void aRunIsRefusedOrEnds()
@@ -264,72 +247,14 @@ private Q_SLOTS:
         QVERIFY(samplesOf(end).isEmpty());
         bench.tell("47144401");
         const QByteArray first = joined(bench.tell("471446"));
-        QCOMPARE(first.mid(3, 8).toHex(), QByteArray("00000001030727"
-                                                     "10"));
-    }
-
-    void aDownloadGivesWhatWasStreamed_data()
-    {
-        QTest::addColumn<QString>("model");
-        QTest::addColumn<quint16>("mask");
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("header");
-        QTest::addColumn<int>("packets");
-        // 100 samples of 2 + 12 + 6 bytes, and of 4 bytes.
-        QTest::newRow("plain") << "BIRCH" << quint16(0x0241) << 0x44 << 17 << 3;
-        QTest::newRow("with a socket, in one packet") << "HEATH_INT" << quint16(0x0012) << 0x54 << 19 << 1;
-    }
-
-    void aDownloadGivesWhatWasStreamed()
-    {
-        QFETCH(QString, model);
-        QFETCH(quint16, mask);
-        QFETCH(int, header);
-        LoggerIdentity identity = identityOf(qPrintable(model), mask);
-        identity.samplesIndex = 1;
-        identity.stored = 2;
-        Bench bench(identity);
-        bench.logger.plug(0, QUELLMARK_VOLTAGE);
-        LoggerPackets run = bench.tell("471422");
-        run += bench.wait(20000);
-        QByteArray streamed;
-        for (const LoggerPacket& sample : samplesOf(run))
-            streamed += sample.sampleBytes;
-
-        QCOMPARE(events(bench.tell("47144403")), QByteArray("44"));
-        QByteArray stored;
-        int number = 0;
-        while (true) {
-            const LoggerPackets answer = bench.tell("471446");
-            QCOMPARE(answer.size(), 1);
-            const QByteArray& bytes = answer[0].bytes;
-            if (quint8(bytes[2]) == 0x83)
-                break;
-            QCOMPARE(bytes.size(), 767);
-            QVERIFY(isWholePacket(bytes));
-            QTEST(int(quint8(bytes[2])), "type");
-            QCOMPARE(word(bytes, 4), number);
-            if (number == 0) {
-                QCOMPARE(word(bytes, 6), int(mask));
-                QCOMPARE(word(bytes, 9), 100);
-            }
-            if (number == 0 && header == 19)
-                QCOMPARE(bytes.mid(17, 2).toHex(), QByteArray("6700"));
-            const int begin = number == 0 ? header : 6;
-            stored += bytes.mid(begin, bytes.size() - begin - 1);
-            number += 1;
-        }
-        QTEST(number, "packets");
-        QCOMPARE(stored.left(streamed.size()), streamed);
-        QCOMPARE(events(bench.tell("471446")), QByteArray("46"));
+        QCOMPARE(first.mid(3, 8).toHex(), QByteArray("0000000103072710"));
     }
 
     void aLateRequestMeansALostPacket_data()
     {
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<QVector<int>>("numbers");
-        QTest::newRow("same") << int(LoggerIdentity::ResendSame) << QVector<int>{0, 1, 1, 1, 1, 2, 2};
-        QTest::newRow("next") << int(LoggerIdentity::ResendNext) << QVector<int>{0, 1, 2, 3, 4, 5, 5};
+        columns<int, QVector<int>>({"mode", "numbers"});
+        row("same", int(LoggerIdentity::ResendSame), QVector<int>{0, 1, 1, 1, 1, 2, 2});
+        row("next", int(LoggerIdentity::ResendNext), QVector<int>{0, 1, 2, 3, 4, 5, 5});
     }
 
     void aLateRequestMeansALostPacket()
@@ -357,18 +282,8 @@ private Q_SLOTS:
         LoggerPackets table = bench.tell("471445");
         table += bench.wait(50);
         QCOMPARE(table.size(), 4);
-        QCOMPARE(joined({table[1]}).mid(2, 15).toHex(), QByteArray("55"
-                                                                   "01"
-                                                                   "0128"
-                                                                   "03"
-                                                                   "0064"
-                                                                   "311226085800"
-                                                                   "0000"));
-        QCOMPARE(joined({table[3]}).mid(2, 7).toHex(), QByteArray("55"
-                                                                  "03"
-                                                                  "0128"
-                                                                  "03"
-                                                                  "0064"));
+        QCOMPARE(joined({table[1]}).mid(2, 15).toHex(), QByteArray("550101280300643112260858000000"));
+        QCOMPARE(joined({table[3]}).mid(2, 7).toHex(), QByteArray("55030128030064"));
         for (const LoggerPacket& packet : table)
             QVERIFY(isWholePacket(packet.bytes));
 
@@ -390,12 +305,10 @@ private Q_SLOTS:
         bench.logger.plug(1, QUELLMARK_PHOTOGATE);
         QCOMPARE(nibbles(), QByteArray("6c"));
         QCOMPARE(codes(), QByteArray("6a70"));
-        bench.tell("471411000103010000000071050000"
-                   "00"); // the pulse sensor as a gate; nobody fools the gate
+        bench.tell("47141100010301000000007105000000"); // the pulse sensor as a gate; nobody fools the gate
         QCOMPARE(codes(), QByteArray("7170"));
         bench.logger.plug(1, 0);
-        bench.tell("471411000103010000000071050000"
-                   "00"); // EKG by hand
+        bench.tell("47141100010301000000007105000000"); // EKG by hand
         QCOMPARE(codes(), QByteArray("7105"));
         QCOMPARE(nibbles(), QByteArray("d0"));
         Bench without(identityOf("BIRCH"));
@@ -404,16 +317,13 @@ private Q_SLOTS:
 
     void calibrationHasFiveResults_data()
     {
-        QTest::addColumn<QByteArray>("frames");
-        QTest::addColumn<QByteArray>("answers");
+        columns<QByteArray, QByteArray>({"frames", "answers"});
         // The room has 21 to 25 degrees.
-        QTest::newRow("good, then once is enough")
-            << QByteArray("4714E000E6 4714E000E6") << QByteArray("e0e1");
-        QTest::newRow("back to default and anew")
-            << QByteArray("4714E000E6 4714E0FFFF 4714E000E6") << QByteArray("e0e0e0");
-        QTest::newRow("too far") << QByteArray("4714E00064") << QByteArray("e2");
-        QTest::newRow("out of range") << QByteArray("4714E00191") << QByteArray("e3");
-        QTest::newRow("not idle") << QByteArray("471422 4714E000E6") << QByteArray("22e4");
+        row("good, then once is enough", QByteArray("4714E000E6 4714E000E6"), QByteArray("e0e1"));
+        row("back to default and anew", QByteArray("4714E000E6 4714E0FFFF 4714E000E6"), QByteArray("e0e0e0"));
+        row("too far", QByteArray("4714E00064"), QByteArray("e2"));
+        row("out of range", QByteArray("4714E00191"), QByteArray("e3"));
+        row("not idle", QByteArray("471422 4714E000E6"), QByteArray("22e4"));
     }
 
     void calibrationHasFiveResults()
@@ -424,18 +334,6 @@ private Q_SLOTS:
         for (const QByteArray& frame : frames.split(' '))
             packets += bench.tell(frame);
         QTEST(events(packets), "answers");
-    }
-
-    void configurationAndSelfTest()
-    {
-        LoggerIdentity identity = identityOf("AMBER");
-        identity.stored = 1;
-        Bench bench(identity);
-        LoggerPackets packets = bench.tell("4714DD1B02");
-        packets += bench.wait(10);
-        QCOMPARE(packets.size(), 2); // the table comes along
-        QCOMPARE(packets[0].bytes.mid(30, 2).toHex(), QByteArray("1b02"));
-        QCOMPARE(joined(bench.tell("4714A8")).toHex(), QByteArray("2e69a81f00000000000000a2"));
     }
 
     void aSnapshotHoldsEverySlotOfEveryModel()
@@ -494,18 +392,7 @@ private Q_SLOTS:
     {
         Bench bench(identityOf("VORTA"));
         QVERIFY(bench.tell("4714AA").isEmpty());
-        QCOMPARE(joined(bench.tell("672410")).toHex(), QByteArray("3e7984"
-                                                                  "10"
-                                                                  "02"
-                                                                  "45"
-                                                                  "00"
-                                                                  "03"
-                                                                  "0002"
-                                                                  "011d"
-                                                                  "0803"
-                                                                  "07fb"
-                                                                  "00"
-                                                                  "3e"));
+        QCOMPARE(joined(bench.tell("672410")).toHex(), QByteArray("3e798410024500030002011d080307fb003e"));
         const QByteArray snapshot = joined(bench.tell("672455"));
         QCOMPARE(snapshot.size(), 14);
         QCOMPARE(snapshot.left(3).toHex(), QByteArray("3e7981"));
@@ -515,16 +402,13 @@ private Q_SLOTS:
 
     void aVortaPacksItsSamplesInBlocks_data()
     {
-        QTest::addColumn<QByteArray>("rate");
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("size");
-        QTest::addColumn<qint64>("firstDue"); // us
-        QTest::addColumn<int>("blocks");      // of a run of 100 samples
-        QTest::newRow("1/Sec") << QByteArray("01") << 0xF0 << 12 << qint64(0) << 100;
-        QTest::newRow("10/Sec") << QByteArray("02") << 0xF0 << 12 << qint64(0) << 100;
-        QTest::newRow("25/Sec") << QByteArray("03") << 0xF1 << 36 << qint64(3 * 40960) << 25;
-        QTest::newRow("100/Sec") << QByteArray("04") << 0xF2 << 84 << qint64(9 * 10240) << 10;
-        QTest::newRow("500/Sec") << QByteArray("05") << 0xF3 << 254 << qint64(49 * 2048) << 2;
+        // firstDue: us; blocks: of a run of 100 samples
+        columns<QByteArray, int, int, qint64, int>({"rate", "type", "size", "firstDue", "blocks"});
+        row("1/Sec", QByteArray("01"), 0xF0, 12, qint64(0), 100);
+        row("10/Sec", QByteArray("02"), 0xF0, 12, qint64(0), 100);
+        row("25/Sec", QByteArray("03"), 0xF1, 36, qint64(3 * 40960), 25);
+        row("100/Sec", QByteArray("04"), 0xF2, 84, qint64(9 * 10240), 10);
+        row("500/Sec", QByteArray("05"), 0xF3, 254, qint64(49 * 2048), 2);
     }
 
     void aVortaPacksItsSamplesInBlocks()
@@ -582,9 +466,6 @@ private Q_SLOTS:
             QCOMPARE(events(packets), QByteArray("10cc9110"));
         }
     }
-
-private:
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_GUILESS_MAIN(TestVirtualLogger)

@@ -70,18 +70,11 @@ constexpr auto stop = "47143372";
 
 } // namespace
 
-class TestVirtualPort : public QObject
+class TestVirtualPort : public GuardedTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { guard.reset(new WarningGuard); }
-    void cleanup()
-    {
-        VERIFY_NO_WARNINGS(*guard);
-        guard.reset();
-    }
-
     void bytesPassUnchangedAndNothingIsEchoed()
     {
         QTemporaryDir folder;
@@ -105,57 +98,6 @@ private Q_SLOTS:
         QVERIFY(port.write(much)); // more than a terminal holds
         partner.forget();
         QTRY_COMPARE(partner.read().size(), much.size());
-    }
-
-    void twoLoggersRunAndAreRecorded()
-    {
-        QTemporaryDir folder;
-        const QString record = folder.filePath("record");
-        QByteArray bytes[2];
-        {
-            VirtualClass loggers({identityOf("BIRCH", "A"), identityOf("HEATH_INT", "B")}, folder.path());
-            QString error;
-            QVERIFY2(loggers.open(&error) && loggers.log().openRecord(record, &error), qPrintable(error));
-            Partner first(loggers.port(0).linkPath());
-            Partner second(loggers.port(1).linkPath());
-            first.write(askIds);
-            QTRY_COMPARE(first.read().size(), 21);
-            QCOMPARE(first.read().left(4).toHex(), QByteArray("2e698201"));
-            first.forget();
-            for (Partner* partner : {&first, &second})
-                partner->write(start);
-            QTRY_VERIFY(second.read().size() > 33 + 30 * 15);
-            for (Partner* partner : {&first, &second})
-                partner->write(stop);
-            QTRY_VERIFY(second.read().right(33).startsWith(QByteArray::fromHex("2e698333")));
-            QTRY_VERIFY(first.read().right(33).startsWith(QByteArray::fromHex("2e698333")));
-            bytes[0] = first.read();
-            bytes[1] = second.read();
-        }
-        QFile file(record);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        int sample[2] = {0, 0};
-        qint64 begun[2] = {0, 0};
-        for (const QByteArray& line : file.readAll().trimmed().split('\n')) {
-            const QList<QByteArray> words = line.split(' ');
-            QCOMPARE(words.size(), 5);
-            const int logger = words[0].toInt() - 1;
-            QCOMPARE(words[1], QByteArray("1"));
-            QCOMPARE(words[2].toInt(), sample[logger]);
-            if (sample[logger] == 0)
-                begun[logger] = words[3].toLongLong();
-            // Never early: a sample is due so long after the first one, give or take when that one was
-            // written.
-            QVERIFY(words[3].toLongLong() - begun[logger] > sample[logger] * 10240000LL - 50000000LL);
-            const QByteArray data = QByteArray::fromHex(words[4]);
-            const int at = 33 + sample[logger] * (data.size() + 9);
-            QCOMPARE(bytes[logger].mid(at + 8, data.size()), data);
-            sample[logger] += 1;
-        }
-        for (int logger = 0; logger < 2; ++logger) {
-            const int width = quint8(bytes[logger][33 + 3]);
-            QCOMPARE(bytes[logger].size(), 66 + sample[logger] * width);
-        }
     }
 
     void aCableIsPulledAndPutBack()
@@ -186,9 +128,8 @@ private Q_SLOTS:
 
     void commandsAreCarriedOutOrExplained_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<QString>("answer"); // part of it
-        QTest::addColumn<QByteArray>("sent");
+        // answer: part of it
+        columns<QString, QString, QByteArray>({"command", "answer", "sent"});
         const auto row = [](const char* command, const char* answer, const char* sent) {
             QTest::newRow(command) << QString::fromLatin1(command) << QString::fromLatin1(answer)
                                    << QByteArray::fromHex(sent);
@@ -266,9 +207,6 @@ private Q_SLOTS:
         QCOMPARE(second.exitCode(), 2);
         QVERIFY(second.readAllStandardError().contains("--count: takes a whole number"));
     }
-
-private:
-    QScopedPointer<WarningGuard> guard;
 };
 
 QTEST_GUILESS_MAIN(TestVirtualPort)
