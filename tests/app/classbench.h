@@ -52,7 +52,6 @@ public:
 
     FakePorts ports;
     FakePrompt prompt;
-    WarningGuard guard;
     QScopedPointer<MainWindow> window;
     multiConnectionsManager* manager = nullptr;
 };

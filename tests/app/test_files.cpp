@@ -17,15 +17,15 @@
 #include "tests/app/classbench.h"
 
 /// The commands that read and write files, on the real window.
-class TestFiles : public QObject
+class TestFiles : public GuardedTest
 {
     Q_OBJECT
 
 public Q_SLOTS:
     void launch(const QUrl& url) { launched = url.toLocalFile(); }
 
-private Q_SLOTS:
-    void init()
+private:
+    void begin() override
     {
         folder.reset(new QTemporaryDir);
         bench.reset(new ClassBench(2));
@@ -35,28 +35,17 @@ private Q_SLOTS:
         }
     }
 
-    void cleanup()
-    {
-        VERIFY_NO_WARNINGS(bench->guard);
-        bench.reset();
-    }
+    void finish() override { bench.reset(); }
 
+private Q_SLOTS:
     void savingEndsTheNeedToSave_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("filter");
-        QTest::addColumn<bool>("isSaved");
-        QTest::addColumn<QByteArray>("start");
-        QTest::newRow("experiment") << "a.xml"
-                                    << "(*.xml)" << true << QByteArray("\xFF\xFE<\0", 4);
-        QTest::newRow("spreadsheet") << "a.csv"
-                                     << "(*.csv)" << true << QByteArray("\xEF\xBB\xBFTime [s],");
-        QTest::newRow("no such folder") << "none/a.xml"
-                                        << "(*.xml)" << false << QByteArray();
-        QTest::newRow("spreadsheet nowhere") << "none/a.csv"
-                                             << "(*.csv)" << false << QByteArray();
-        QTest::newRow("cancelled") << ""
-                                   << "(*.xml)" << false << QByteArray();
+        columns<QString, QString, bool, QByteArray>({"name", "filter", "isSaved", "start"});
+        row("experiment", "a.xml", "(*.xml)", true, QByteArray("\xFF\xFE<\0", 4));
+        row("spreadsheet", "a.csv", "(*.csv)", true, QByteArray("\xEF\xBB\xBFTime [s],"));
+        row("no such folder", "none/a.xml", "(*.xml)", false, QByteArray());
+        row("spreadsheet nowhere", "none/a.csv", "(*.csv)", false, QByteArray());
+        row("cancelled", "", "(*.xml)", false, QByteArray());
     }
 
     void savingEndsTheNeedToSave()
@@ -93,17 +82,13 @@ private Q_SLOTS:
 
     void openingAFile_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<int>("samples");
-        QTest::addColumn<QString>("said");
-        QTest::newRow("experiment") << "a.xml" << QByteArray() << 20 << "";
-        QTest::newRow("spreadsheet") << "a.CSV" << QByteArray("Time [s],UV [UVI]\n0,7\n1,8\n2,9\n") << 3
-                                     << "";
-        QTest::newRow("not xml") << "a.xml" << QByteArray("plain") << 0 << "a.xml can't be opened: ";
-        QTest::newRow("bad line") << "a.csv" << QByteArray("Time [s],UV [UVI]\n0,7\n1\n") << 0 << "line 3";
-        QTest::newRow("no file") << "none.xml" << QByteArray() << 0 << "none.xml can't be opened: ";
-        QTest::newRow("another kind") << "a.txt" << QByteArray("0,7") << 0 << "";
+        columns<QString, QByteArray, int, QString>({"name", "text", "samples", "said"});
+        row("experiment", "a.xml", QByteArray(), 20, "");
+        row("spreadsheet", "a.CSV", QByteArray("Time [s],UV [UVI]\n0,7\n1,8\n2,9\n"), 3, "");
+        row("not xml", "a.xml", QByteArray("plain"), 0, "a.xml can't be opened: ");
+        row("bad line", "a.csv", QByteArray("Time [s],UV [UVI]\n0,7\n1\n"), 0, "line 3");
+        row("no file", "none.xml", QByteArray(), 0, "none.xml can't be opened: ");
+        row("another kind", "a.txt", QByteArray("0,7"), 0, "");
     }
 
     void openingAFile()

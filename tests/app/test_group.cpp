@@ -14,14 +14,13 @@
 #include "tests/common/fakeprompt.h"
 #include "tests/common/testsupport.h"
 
-class TestGroup : public QObject
+class TestGroup : public GuardedTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void aChosenClassIsStoredAndItsPortsOpen()
     {
-        WarningGuard guard;
         initPellandraResources();
         qputenv("XDG_RUNTIME_DIR", runtime.path().toLocal8Bit());
         QProcess loggers;
@@ -60,7 +59,6 @@ private Q_SLOTS:
             "BT/name2=Physics table BT/name3=Group B BT/name4= BT/name5= BT/name6= "
             "BT/name7= BT/name8= colab/num_defined=3";
         QCOMPARE(found.join(' '), expected);
-        VERIFY_NO_WARNINGS(guard);
         loggers.kill();
         loggers.waitForFinished();
     }

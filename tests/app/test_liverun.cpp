@@ -5,35 +5,26 @@
 #include "app/refreshclock.h"
 #include "tests/app/classbench.h"
 
-class TestLiveRun : public QObject
+class TestLiveRun : public GuardedTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void aSampleJoinsTheExperimentOrStartsANewOne_data()
     {
-        QTest::addColumn<QVector<int>>("earlier");
-        QTest::addColumn<bool>("isStopped");
-        QTest::addColumn<bool>("isRunOrdered");
-        QTest::addColumn<QVector<int>>("numbers");
-        QTest::addColumn<int>("stored");
-        QTest::newRow("from sample 0") << QVector<int>{} << false << true << QVector<int>{0, 1, 2} << 3;
-        QTest::newRow("a small gap") << QVector<int>{0, 1, 2} << false << false << QVector<int>{5, 6} << 5;
-        QTest::newRow("a big gap") << QVector<int>{0, 1, 2} << false << false << QVector<int>{6, 7} << 2;
-        QTest::newRow("sample 0 again") << QVector<int>{0, 1, 2} << false << false << QVector<int>{0, 1} << 2;
-        QTest::newRow("joined late") << QVector<int>{} << false << true << QVector<int>{4, 5} << 2;
-        QTest::newRow("first samples lost, nothing before")
-            << QVector<int>{} << false << true << QVector<int>{2, 3} << 2;
-        QTest::newRow("first samples lost, a run before")
-            << QVector<int>{0, 1, 2, 3} << true << true << QVector<int>{2, 3} << 2;
-        QTest::newRow("numbers fall back")
-            << QVector<int>{0, 1, 2, 3} << false << false << QVector<int>{1} << 1;
-        QTest::newRow("late ones after the stop")
-            << QVector<int>{0, 1, 2} << true << false << QVector<int>{3, 4} << 3;
-        QTest::newRow("a new run right after the stop")
-            << QVector<int>{0, 1, 2} << true << false << QVector<int>{0, 1} << 2;
-        QTest::newRow("numbers beyond their range")
-            << QVector<int>{0, 1} << false << false << QVector<int>{-32768} << 2;
+        columns<QVector<int>, bool, bool, QVector<int>, int>(
+            {"earlier", "isStopped", "isRunOrdered", "numbers", "stored"});
+        row("from sample 0", QVector<int>{}, false, true, QVector<int>{0, 1, 2}, 3);
+        row("a small gap", QVector<int>{0, 1, 2}, false, false, QVector<int>{5, 6}, 5);
+        row("a big gap", QVector<int>{0, 1, 2}, false, false, QVector<int>{6, 7}, 2);
+        row("sample 0 again", QVector<int>{0, 1, 2}, false, false, QVector<int>{0, 1}, 2);
+        row("joined late", QVector<int>{}, false, true, QVector<int>{4, 5}, 2);
+        row("first samples lost, nothing before", QVector<int>{}, false, true, QVector<int>{2, 3}, 2);
+        row("first samples lost, a run before", QVector<int>{0, 1, 2, 3}, true, true, QVector<int>{2, 3}, 2);
+        row("numbers fall back", QVector<int>{0, 1, 2, 3}, false, false, QVector<int>{1}, 1);
+        row("late ones after the stop", QVector<int>{0, 1, 2}, true, false, QVector<int>{3, 4}, 3);
+        row("a new run right after the stop", QVector<int>{0, 1, 2}, true, false, QVector<int>{0, 1}, 2);
+        row("numbers beyond their range", QVector<int>{0, 1}, false, false, QVector<int>{-32768}, 2);
     }
 
     void aSampleJoinsTheExperimentOrStartsANewOne()
@@ -54,7 +45,6 @@ private Q_SLOTS:
         for (int number : numbers)
             bench.sample(0, short(number));
         QTEST(bench.data(0)->getXSize(), "stored");
-        VERIFY_NO_WARNINGS(bench.guard);
     }
 
     void theClassSetKeepsEveryLoggersSamples()
@@ -73,7 +63,6 @@ private Q_SLOTS:
         QCOMPARE(bench.data(-1)->getYNoConv(2), QVector<double>({15, 16.5}));
         QCOMPARE(bench.data(-1)->getSens(1)->groupName, bench.manager->groupName(1));
         QCOMPARE(bench.data(-1)->getSens(2)->groupName, QStringLiteral("Average"));
-        VERIFY_NO_WARNINGS(bench.guard);
     }
 
     void aVortaBlockReachesTheClassToo()
@@ -112,17 +101,15 @@ private Q_SLOTS:
         QCOMPARE(bench.manager->plotC()->title().text(), title);
         bench.sample(0, -1); // the stream is too fast
         QCOMPARE(bench.manager->plotC()->title().text(), after25);
-        VERIFY_NO_WARNINGS(bench.guard);
     }
 
     void aRefusedRunIsExplained_data()
     {
-        QTest::addColumn<int>("reason");
-        QTest::addColumn<QString>("title");
-        QTest::newRow("battery") << int(TERMINATE_BATTERY) << "Low battery power";
-        QTest::newRow("memory") << int(TERMINATE_MEMORY) << "Not enough memory";
-        QTest::newRow("too many experiments") << int(TERMINATE_MAXEXP) << "Not enough memory";
-        QTest::newRow("no sensor") << int(TERMINATE_NOSENS) << "No selected sensors";
+        columns<int, QString>({"reason", "title"});
+        row("battery", int(TERMINATE_BATTERY), "Low battery power");
+        row("memory", int(TERMINATE_MEMORY), "Not enough memory");
+        row("too many experiments", int(TERMINATE_MAXEXP), "Not enough memory");
+        row("no sensor", int(TERMINATE_NOSENS), "No selected sensors");
     }
 
     void aRefusedRunIsExplained()

@@ -15,7 +15,7 @@ const QByteArray statusQuestion = bytes("47141095");
 const QByteArray startFrame = bytes("47142283");
 } // namespace
 
-class TestMainWindow : public QObject
+class TestMainWindow : public GuardedTest
 {
     Q_OBJECT
 
@@ -23,7 +23,7 @@ private Q_SLOTS:
     void aPortThatCannotBeOpenedIsTriedElevenTimes()
     {
         ClassBench bench(1, QStringLiteral("COMxx"));
-        bench.guard.expect(QStringLiteral("open failed"));
+        guard->expect(QStringLiteral("open failed"));
         bench.ports.refuse(QStringLiteral("COMxx"), QStringLiteral("no such port"));
         auto* hint = bench.window->findChild<QLabel*>(QStringLiteral("hint"));
         QVERIFY(hint->isVisible());
@@ -36,7 +36,6 @@ private Q_SLOTS:
         clickIcon(bench, 0);
         clickIcon(bench, 0); // refused while the first attempt runs
         QTRY_COMPARE_WITH_TIMEOUT(bench.ports.made(QStringLiteral("COMxx")), 22, 4000);
-        VERIFY_NO_WARNINGS(bench.guard);
     }
 
     void aSessionOpensOnTheWire()
@@ -55,7 +54,6 @@ private Q_SLOTS:
         QCOMPARE(bench.port(0)->writes[3].bytes.left(3), bytes("4714CC"));
         QCOMPARE(strip->state(0), Indicator::State::On);
         QVERIFY(bench.action("runAct")->isVisible());
-        VERIFY_NO_WARNINGS(bench.guard);
     }
 
     void aClickOnAConnectedLoggerOpensItsPortAgain()
@@ -67,7 +65,6 @@ private Q_SLOTS:
         QTRY_VERIFY(!before && bench.port(0));
         QTRY_COMPARE(bench.port(0)->written(), firstQuestions);
         QCOMPARE(bench.ports.made(ClassBench::name(1)), 1);
-        VERIFY_NO_WARNINGS(bench.guard);
     }
 
     void aLostLoggerEndsTheRunOnTheScreen()
@@ -84,7 +81,6 @@ private Q_SLOTS:
         QCOMPARE(bench.window->findChild<Indicator*>()->state(0), Indicator::State::Off);
         QVERIFY(!bench.logger(0)->isLoggerRecognized());
         QVERIFY(!bench.data(1)->finalData);
-        VERIFY_NO_WARNINGS(bench.guard);
     }
 
     void startsAreSpread()

@@ -2,35 +2,22 @@
 
 #include "app/common/settings.h"
 #include "app/startup.h"
+#include "tests/common/testsupport.h"
 
-class TestStartUp : public QObject
+class TestStartUp : public GuardedTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void theLocaleNamesATranslation_data()
     {
-        QTest::addColumn<QString>("language");
-        QTest::addColumn<QString>("system");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("system") << "def"
-                                << "de_DE"
-                                << "de";
-        QTest::newRow("system Spanish") << "def"
-                                        << "es_ES"
-                                        << "es-mx";
-        QTest::newRow("system Chinese is told by its region in small letters") << "def"
-                                                                               << "zh_CN"
-                                                                               << "zh";
-        QTest::newRow("small region") << "def"
-                                      << "zh-tw"
-                                      << "zh-tw";
-        QTest::newRow("Portuguese") << "pt"
-                                    << "ru_RU"
-                                    << "pt-br";
-        QTest::newRow("Russian") << "ru"
-                                 << "de_DE"
-                                 << "ru";
+        columns<QString, QString, QString>({"language", "system", "name"});
+        row("system", "def", "de_DE", "de");
+        row("system Spanish", "def", "es_ES", "es-mx");
+        row("system Chinese is told by its region in small letters", "def", "zh_CN", "zh");
+        row("small region", "def", "zh-tw", "zh-tw");
+        row("Portuguese", "pt", "ru_RU", "pt-br");
+        row("Russian", "ru", "de_DE", "ru");
     }
 
     void theLocaleNamesATranslation()
@@ -42,18 +29,11 @@ private Q_SLOTS:
 
     void theArgumentIsUsed_data()
     {
-        QTest::addColumn<QString>("argument");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<bool>("isJunior");
-        QTest::addColumn<bool>("isPanel");
-        QTest::newRow("a file wins over its own name") << "Lab.XML"
-                                                       << "Lab.XML" << false << false;
-        QTest::newRow("lab ends panel mode") << "--LAB"
-                                             << "" << true << false;
-        QTest::newRow("meter") << "meter"
-                               << "" << false << true;
-        QTest::newRow("anything else") << "--help"
-                                       << "" << false << false;
+        columns<QString, QString, bool, bool>({"argument", "file", "isJunior", "isPanel"});
+        row("a file wins over its own name", "Lab.XML", "Lab.XML", false, false);
+        row("lab ends panel mode", "--LAB", "", true, false);
+        row("meter", "meter", "", false, true);
+        row("anything else", "--help", "", false, false);
     }
 
     void theArgumentIsUsed()

@@ -33,7 +33,7 @@ QComboBox* functions(const ClassBench& bench)
 
 } // namespace
 
-class TestTools : public QObject
+class TestTools : public GuardedTest
 {
     Q_OBJECT
 
@@ -59,36 +59,17 @@ private Q_SLOTS:
         QTest::mouseClick(plot->canvas(), Qt::LeftButton);
         QTest::mouseClick(plot->canvas(), Qt::LeftButton, {}, QPoint(20, 20));
         QCOMPARE(plot->markers.size(), 4);
-        VERIFY_NO_WARNINGS(bench.guard);
-    }
-
-    void slopeGoesWithTheChosenGraph()
-    {
-        ClassBench bench(2);
-        Q_EMIT functions(bench)->activated(0);
-        QVERIFY2(bench.manager->plotC()->markers.isEmpty(), "too few samples");
-        fill(bench);
-        Q_EMIT functions(bench)->activated(0);
-        Q_EMIT bench.manager->plotAt(1)->changedActivePlot(1);
-        QVERIFY(bench.manager->plotAt(0)->markers.isEmpty());
-        QCOMPARE(bench.manager->plotAt(1)->markers.size(), 1);
-        Q_EMIT functions(bench)->activated(0);
-        QVERIFY(bench.manager->plotAt(1)->markers.isEmpty());
     }
 
     void functionsWorkOnTheChosenGraph_data()
     {
-        QTest::addColumn<int>("item");
-        QTest::addColumn<bool>("isStopped");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("line") << 1 << false << 0 << QString() << " = 6.00t + 0.0\nr = 1.00";
-        QTest::newRow("parabola") << 2 << false << 0 << QString() << "t² ";
-        QTest::newRow("smooth in a run") << 3 << false << 0 << QString() << QString();
-        QTest::newRow("smooth") << 3 << true << 0 << " (smooth)" << QString();
-        QTest::newRow("derivative") << 4 << false << 1 << "/time" << QString();
-        QTest::newRow("integral") << 5 << false << 0 << QString() << "Integral = 15 ";
+        columns<int, bool, int, QString, QString>({"item", "isStopped", "channels", "name", "text"});
+        row("line", 1, false, 0, QString(), " = 6.00t + 0.0\nr = 1.00");
+        row("parabola", 2, false, 0, QString(), "t² ");
+        row("smooth in a run", 3, false, 0, QString(), QString());
+        row("smooth", 3, true, 0, " (smooth)", QString());
+        row("derivative", 4, false, 1, "/time", QString());
+        row("integral", 5, false, 0, QString(), "Integral = 15 ");
     }
 
     void functionsWorkOnTheChosenGraph()

@@ -11,13 +11,14 @@
 
 #include "tests/app/classbench.h"
 
-class TestViews : public QObject
+class TestViews : public GuardedTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void cleanup() { QApplication::setFont(usualFont); }
+private:
+    void finish() override { QApplication::setFont(usualFont); }
 
+private Q_SLOTS:
     void eachCellKeepsItsView()
     {
         ClassBench bench(3);
@@ -45,7 +46,6 @@ private Q_SLOTS:
         QCOMPARE(views->currentIndex(), int(VIEW_BAR));
         choose(views, QStringLiteral("Graph view"));
         QCOMPARE(shows(1), line);
-        VERIFY_NO_WARNINGS(bench.guard);
     }
 
     void aNumberThatIsNoLayoutShowsTheClass()
@@ -73,8 +73,7 @@ private Q_SLOTS:
 
     void nothingOverlapsOrIsCut_data()
     {
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<int>("fontFactor");
+        columns<QSize, int>({"size", "fontFactor"});
         for (const QSize& size : {QSize(1024, 700), QSize(1920, 1080), QSize(3840, 2160)}) {
             for (int factor : {1, 2})
                 QTest::addRow("%d wide, text x %d", size.width(), factor) << size << factor;
