@@ -25,8 +25,6 @@ private:
     QtMessageHandler previous = nullptr;
 };
 
-#define VERIFY_NO_WARNINGS(guard) QCOMPARE((guard).failures().join(QLatin1Char('\n')), QString())
-
 /// A test class with a guard around each of its test functions, between begin() and finish().
 class GuardedTest : public QObject
 {
