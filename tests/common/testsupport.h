@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <QTest>
 
+#include <tuple>
+
 /// Turns every warning that a test did not announce into a failure: failures() is then not empty.
 class WarningGuard
 {
@@ -53,4 +55,17 @@ template<class... Types> void columns(std::initializer_list<const char*> names)
 template<class... Values> void row(const char* name, const Values&... values)
 {
     (QTest::newRow(name) << ... << values);
+}
+
+/// The values of a row: auto [size, text] = fetched<int, QString>({"size", "text"}).
+template<class... Values> std::tuple<Values...> fetched(std::initializer_list<const char*> names)
+{
+    std::tuple<Values...> row;
+    const char* const* name = names.begin();
+    const auto fetch = [&name](auto& value) {
+        using Value = std::decay_t<decltype(value)>;
+        value = *static_cast<Value*>(QTest::qData(*name++, qMetaTypeId<Value>()));
+    };
+    std::apply([&](Values&... values) { (fetch(values), ...); }, row);
+    return row;
 }
