@@ -53,9 +53,7 @@ private Q_SLOTS:
 
     void regressionsReachTheCertifiedDigits()
     {
-        QFETCH(QString, file);
-        QFETCH(int, degree);
-        QFETCH(double, later);
+        const auto [file, degree, later] = fetched<QString, int, double>({"file", "degree", "later"});
         QVector<double> k;
         QVector<QPointF> points = readCertified(file, &k);
         QCOMPARE(k.size(), degree + 1);
