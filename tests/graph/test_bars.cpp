@@ -28,12 +28,8 @@ private Q_SLOTS:
 
     void theWindowFitsTheNumberOfBars()
     {
-        QFETCH(int, samples);
-        QFETCH(double, dt);
-        QFETCH(bool, isRun);
-        QFETCH(int, first);
-        QFETCH(int, last);
-        QFETCH(double, perUnit);
+        const auto [samples, dt, isRun, first, last, perUnit] = fetched<int, double, bool, int, int, double>(
+            {"samples", "dt", "isRun", "first", "last", "perUnit"});
         fill(samples, dt);
         plot->updateBarData(isRun);
         QCOMPARE(left() * perUnit, first - 1.0 / 3);

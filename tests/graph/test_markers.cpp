@@ -35,11 +35,8 @@ private Q_SLOTS:
 
     void clicksPlaceCrosses()
     {
-        QFETCH(double, x);
-        QFETCH(int, besideX);
-        QFETCH(int, rows);
-        QFETCH(int, found);
-        QFETCH(QString, text);
+        const auto [x, besideX, rows, found, text] =
+            fetched<double, int, int, int, QString>({"x", "besideX", "rows", "found", "text"});
         show();
         // Room on both sides of the curves.
         plot->setAxisScale(QwtPlot::xBottom, -1, 11);
@@ -182,9 +179,7 @@ private Q_SLOTS:
 
     void cropInAnyOrder()
     {
-        QFETCH(bool, agreed);
-        QFETCH(double, first);
-        QFETCH(double, second);
+        const auto [agreed, first, second] = fetched<bool, double, double>({"agreed", "first", "second"});
         show();
         placeCrosses(0, first, second);
         for (double x : {1.0, 5.0, 9.0}) {
@@ -215,12 +210,9 @@ private Q_SLOTS:
 
     void regressionTexts()
     {
-        QFETCH(int, sensor);
-        QFETCH(int, degree);
-        QFETCH(double, dt);
-        QFETCH(double, slope);
-        QFETCH(double, start);
-        QFETCH(QString, text);
+        const auto [sensor, degree, dt, slope, start, text] =
+            fetched<int, int, double, double, double, QString>(
+                {"sensor", "degree", "dt", "slope", "start", "text"});
         show(dt, slope, start);
         placeCrosses(sensor, 80 * dt, 20 * dt);
         plot->doRegression(degree);
@@ -260,24 +252,18 @@ private Q_SLOTS:
                  data->interpolateY(1, plot->curveMarker.first()->xValue()));
     }
 
-    void analysesRefuse_data()
-    {
-        QTest::addColumn<QVector<double>>("crosses");
-        row("no cross", QVector<double>());
-        row("one cross", QVector<double>{2});
-        row("both at one time", QVector<double>{2, 2});
-    }
-
     void analysesRefuse()
     {
-        QFETCH(QVector<double>, crosses);
-        show();
-        for (double x : qAsConst(crosses))
-            plot->newMarker(0, -1, x, data->interpolateY(0, x));
-        plot->doRegression(1);
-        plot->doRegression(2);
-        plot->doIntegral();
-        QCOMPARE(plot->markers.size(), 2 * crosses.size());
+        // No cross, one, and both at one time.
+        for (const QVector<double>& crosses : {QVector<double>(), {2}, {2, 2}}) {
+            show();
+            for (double x : crosses)
+                plot->newMarker(0, -1, x, data->interpolateY(0, x));
+            plot->doRegression(1);
+            plot->doRegression(2);
+            plot->doIntegral();
+            QCOMPARE(plot->markers.size(), 2 * crosses.size());
+        }
     }
 
     void integralOutlivesNewCurves()
@@ -371,28 +357,6 @@ private Q_SLOTS:
         QTRY_VERIFY(!open || !open->isVisible());
     }
 
-    void balloonTail_data()
-    {
-        columns<QPointF, QPointF, QPointF>({"tip", "inside", "outside"});
-        // The box goes from (0, 0) to (80, 40), its tail stands on a quarter of a side.
-        row("below", QPointF(40, 140), QPointF(49, 41), QPointF(51, 41));
-        row("above", QPointF(40, -100), QPointF(40, -90), QPointF(46, -90));
-        row("left", QPointF(-100, 20), QPointF(-1, 24), QPointF(-1, 26));
-        row("right", QPointF(180, 20), QPointF(81, 16), QPointF(81, 14));
-    }
-
-    void balloonTail()
-    {
-        QFETCH(QPointF, tip);
-        QFETCH(QPointF, inside);
-        QFETCH(QPointF, outside);
-        const QRectF box(0, 0, 80, 40);
-        QVERIFY(myPlotMarker::isInTriangle(box, tip, inside));
-        QVERIFY(!myPlotMarker::isInTriangle(box, tip, outside));
-        QVERIFY(!myPlotMarker::isInTriangle(box, QPointF(60, 30), QPointF(55, 28)));
-        QVERIFY(!myPlotMarker::isInTriangle(box, QPointF(120, 60), QPointF(100, 50)));
-    }
-
     void tangentAtThePointer()
     {
         show();
@@ -477,7 +441,6 @@ private Q_SLOTS:
         QVERIFY(label->label().font().bold());
         QVERIFY(textOf(6).contains(QLatin1String("Time = 5.0 s")));
         QCOMPARE(Plot::markerIndex(label->typeName, false), int(MARKER_ANNOTATE));
-        QCOMPARE(Plot::markerIndex(QStringLiteral("no such"), false), -1);
         QCOMPARE(Plot::markerIndex(QString(), false), -1);
     }
 

@@ -129,10 +129,8 @@ private Q_SLOTS:
 
     void curvesStartHiddenByKind()
     {
-        QFETCH(int, index);
-        QFETCH(QVector<int>, ids);
-        QFETCH(int, hint);
-        QFETCH(QVector<int>, shown);
+        const auto [index, ids, hint, shown] =
+            fetched<int, QVector<int>, int, QVector<int>>({"index", "ids", "hint", "shown"});
         fill(*data, ids, 10, 1);
         data->curveModeHint.last() = hint;
         plot.reset(new Plot(data.data(), GRAPH_LINE, false, index));
@@ -321,23 +319,6 @@ private Q_SLOTS:
         QVERIFY(data->getSens(1)->readClassSetMinMax);
         const SensorPtr first = data->getSens(0);
         QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), qMakePair(first->minView, first->maxView));
-    }
-
-    void otherKindsAreHarmless()
-    {
-        fill(*data, threeSensors, 100, 0.1);
-        for (graphtype type : {GRAPH_BAR, GRAPH_FFT}) {
-            plot.reset(new Plot(data.data(), type, false, 0));
-            plot->resize(400, 300);
-            plot->Update();
-            plot->updateSens(1);
-            plot->enableZoom(true);
-            plot->otherColorChanged(1, Qt::red);
-            for (QWidget* part : {plot->canvas(), static_cast<QWidget*>(plot->titleLabel()),
-                                  static_cast<QWidget*>(plot->axisWidget(QwtPlot::xBottom))})
-                pressRightAt(part);
-            QVERIFY(!plot->grab().isNull());
-        }
     }
 
 private:

@@ -46,30 +46,6 @@ private Q_SLOTS:
         QCOMPARE(minval->value(), -559.5);
     }
 
-    void barStandsForAWindow()
-    {
-        qRegisterMetaType<Qt::Orientation>("Qt::Orientation");
-        ScrollBar bar(Qt::Horizontal);
-        QSignalSpy moved(&bar, qOverload<Qt::Orientation, double, double>(&ScrollBar::valueChanged));
-        bar.setBase(0, 200);
-        bar.moveSlider(50, 100);
-        QCOMPARE(bar.pageStep(), 250000);
-        QCOMPARE(bar.minimum(), 125000);
-        QCOMPARE(bar.value(), 375000);
-        QCOMPARE(bar.singleStep(), 2500);
-        bar.setBase(0, 400); // the window stays
-        QCOMPARE(bar.minWindow(), 50.0);
-        QCOMPARE(bar.maxWindow(), 100.0);
-        bar.setInverted(true);
-        QCOMPARE(bar.value(), 1000000 - 187500);
-        QCOMPARE(bar.minWindow(), 50.0);
-        QCOMPARE(moved.count(), 0);
-        bar.setValue(bar.minimum());
-        QCOMPARE(moved.count(), 1);
-        QCOMPARE(moved[0][1].toDouble(), 350.0);
-        QCOMPARE(moved[0][2].toDouble(), 400.0);
-    }
-
     void windowScrollsAlongTheBars()
     {
         QwtPlot plot;

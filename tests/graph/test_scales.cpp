@@ -185,9 +185,7 @@ private Q_SLOTS:
 
     void timeTexts()
     {
-        QFETCH(double, end);
-        QFETCH(double, res);
-        QFETCH(double, time);
+        const auto [end, res, time] = fetched<double, double, double>({"end", "res", "time"});
         Settings::mainStore().setValue(QLatin1String(Settings::language), "pl");
         TimeScaleDraw axis(false);
         axis.setUnitByMaxX(end, res);
@@ -206,10 +204,8 @@ private Q_SLOTS:
 
     void labels()
     {
-        QFETCH(bool, isBar);
-        QFETCH(QString, version);
-        QFETCH(double, end);
-        QFETCH(double, value);
+        const auto [isBar, version, end, value] =
+            fetched<bool, QString, double, double>({"isBar", "version", "end", "value"});
         Settings::mainStore().setValue(QLatin1String(Settings::version), version);
         TimeScaleDraw axis(isBar);
         axis.setUnitByMaxX(end, 1);
@@ -233,9 +229,7 @@ private Q_SLOTS:
 
     void ticksAreRoundInTheUnit()
     {
-        QFETCH(bool, isBar);
-        QFETCH(Range, span);
-        QFETCH(double, res);
+        const auto [isBar, span, res] = fetched<bool, Range, double>({"isBar", "span", "res"});
         TimeScaleDraw draw(isBar);
         draw.setUnitByMaxX(isBar ? 120 : span[1], res);
         const TimeScaleEngine engine(&draw);
