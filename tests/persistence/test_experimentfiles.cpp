@@ -1,5 +1,4 @@
 #include <QBuffer>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QSaveFile>
@@ -293,21 +292,6 @@ private Q_SLOTS:
         QCOMPARE(graph->markers[0]->iSens, 0);
     }
 
-    void appends()
-    {
-        makeExperiment();
-        QVERIFY(write());
-        QCOMPARE(ReadWrite::read(name, data.get(), graph.get(), bar.get(), true), QString("Line"));
-        QCOMPARE(data->getNSens(), 6);
-        QCOMPARE(data->getSens(3)->appendIndex, 1);
-        QCOMPARE(data->getSens(3)->name, data->getSens(0)->nameForLegend(true));
-        writeBytes(name, utf16(head + ph + tail));
-        QString reason;
-        QCOMPARE(ReadWrite::read(name, data.get(), graph.get(), bar.get(), true, &reason), QString("ERR1"));
-        QVERIFY(reason.contains("rate"));
-        QCOMPARE(data->getNSens(), 6);
-    }
-
     void failedWriteKeepsOldFile()
     {
         fillExperiment(data.get(), 0.5, 4000);
@@ -327,27 +311,6 @@ private Q_SLOTS:
             QCOMPARE(ReadWrite::read(name, data.get(), nullptr, nullptr), QString("Line"));
             QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList("class.xml"));
         }
-    }
-
-    void tenMillionElements()
-    {
-        QByteArray bytes = "<ExpDataRoot><Times>" + QByteArray("<T/>").repeated(10000000);
-        QBuffer buffer(&bytes);
-        buffer.open(QIODevice::ReadOnly);
-        const auto peak = [] {
-            const QByteArray status = bytesOf("/proc/self/status");
-            return status.mid(status.indexOf("VmHWM:") + 6, 20).trimmed().split(' ').first().toLongLong() *
-                   1024;
-        };
-        writeBytes("/proc/self/clear_refs", "5"); // the peak starts anew
-        [[maybe_unused]] const qint64 before = peak();
-        StoredExperiment stored;
-        QString reason;
-        QVERIFY(!ExperimentReader::read(&buffer, &stored, &reason));
-        QVERIFY2(reason.contains("ends"), qPrintable(reason));
-#ifndef __SANITIZE_ADDRESS__ // which keeps what was freed
-        QVERIFY2(peak() - before < 10 * bytes.size(), qPrintable(QString::number(peak() - before)));
-#endif
     }
 
     void numbersAreExact()

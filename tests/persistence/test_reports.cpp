@@ -1,8 +1,6 @@
 #include <QImage>
-#include <QPrinter>
 #include <QProcess>
 #include <QSaveFile>
-#include <QStandardPaths>
 #include <QXmlStreamReader>
 #include <QtTest>
 
@@ -121,10 +119,8 @@ private Q_SLOTS:
 
     void exportsTable()
     {
-        QFETCH(QString, language);
-        QFETCH(double, dt);
-        QFETCH(QByteArray, start);
-        QFETCH(QByteArray, lastLine);
+        const auto [language, dt, start, lastLine] =
+            fetched<QString, double, QByteArray, QByteArray>({"language", "dt", "start", "lastLine"});
         Settings::mainStore().setValue(Settings::language, language);
         Common::forgetLocale();
         fillExperiment(&data, dt);
@@ -208,15 +204,6 @@ private Q_SLOTS:
         QVERIFY(pdf.contains("Look") && pdf.contains("Amb. Temperature"));
         QVERIFY(outputOf("pdfinfo", {folder->filePath("graph.pdf")}).contains("850 x 567 pts"));
         QVERIFY(bytesOf(folder->filePath("graph.ps")).startsWith("%!PS-Adobe"));
-        if (QStandardPaths::findExecutable("gs").isEmpty())
-            QSKIP("Ghostscript is not installed");
-        const QString drawn = folder->filePath("ps.png");
-        QVERIFY(!outputOf("gs", {"-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=png16m", "-r85", "-o", drawn,
-                                 folder->filePath("graph.ps")})
-                     .isEmpty());
-        const QImage ps(drawn);
-        QVERIFY(qAbs(ps.width() - 1004) < 3 && qAbs(ps.height() - 669) < 3);
-        QVERIFY(count(ps, graph.getCurvePen(1).color().rgb()) > 1000);
     }
 
     void failedExportKeepsOldFile()
@@ -230,22 +217,6 @@ private Q_SLOTS:
         QCOMPARE(bytesOf(unknown), QByteArray("old"));
         QVERIFY(!ReadWrite::exportDocument(&graph, folder->filePath("none/graph.pdf"), &reason));
         QVERIFY2(reason.contains("No such file"), qPrintable(reason));
-    }
-
-    void printsOnAChosenPrinter()
-    {
-        Plot graph(&data, GRAPH_LINE, false, 0);
-        graph.updateTitle("Two\nlines");
-        const QString file = folder->filePath("print.pdf");
-        QVERIFY(ReadWrite::print(&graph, [&](QPrinter* printer) {
-            printer->setOutputFormat(QPrinter::PdfFormat);
-            printer->setOutputFileName(file);
-            return true;
-        }));
-        QVERIFY(outputOf("pdfinfo", {file}).contains("Two -- lines"));
-        QVERIFY(QFile::remove(file));
-        QVERIFY(ReadWrite::print(&graph, [](QPrinter*) { return false; }));
-        QVERIFY(!QFile::exists(file));
     }
 
     void remembersTheFolder()
@@ -276,10 +247,8 @@ private Q_SLOTS:
 
     void unpacks()
     {
-        QFETCH(QString, archiveName);
-        QFETCH(QVector<Entry>, entries);
-        QFETCH(QString, after);
-        QFETCH(QString, reason);
+        const auto [archiveName, entries, after, reason] =
+            fetched<QString, QVector<Entry>, QString, QString>({"archiveName", "entries", "after", "reason"});
         const QString archive = folder->filePath(archiveName);
         if (entries.isEmpty())
             writeBytes(archive, "no archive");
