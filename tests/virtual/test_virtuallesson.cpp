@@ -97,19 +97,6 @@ private Q_SLOTS:
         }
     }
 
-    void seedsRepeatAndDiffer()
-    {
-        const auto curve = [](quint32 seed) {
-            QVector<double> values;
-            for (int i = 0; i < 50; ++i)
-                values.append(LessonSignals(seed).value(SENSOR_EXT_TEMP_NTC, i));
-            return values;
-        };
-        QCOMPARE(curve(5), curve(5));
-        QVERIFY(curve(5) != curve(6));
-        QVERIFY(curve(5).first() > curve(5).last() + 20); // it cools down
-    }
-
     void aLineDoesToPacketsWhatItsFaultsSay_data()
     {
         // written: bytes of 20 answers of 33 and 20 samples of 9, -1: more than all
@@ -126,9 +113,7 @@ private Q_SLOTS:
 
     void aLineDoesToPacketsWhatItsFaultsSay()
     {
-        QFETCH(QString, fault);
-        QFETCH(double, value);
-        QFETCH(int, written);
+        const auto [fault, value, written] = fetched<QString, double, int>({"fault", "value", "written"});
         FaultyLine line(1);
         QString error;
         QVERIFY(line.faults.set(fault, value, &error));
@@ -165,26 +150,6 @@ private Q_SLOTS:
         }
     }
 
-    void sharesAreKeptAndRepeat()
-    {
-        const auto survivors = [](quint32 seed) {
-            FaultyLine line(seed);
-            line.faults.lose = 10;
-            for (int i = 0; i < 2000; ++i)
-                line.send({samplePacket(i)}, i);
-            LoggerPackets completed;
-            drain(line, nullptr, &completed);
-            QVector<int> numbers;
-            for (const LoggerPacket& packet : completed)
-                numbers.append(packet.sample);
-            return numbers;
-        };
-        const QVector<int> first = survivors(1);
-        QVERIFY(first.size() > 1740 && first.size() < 1860);
-        QCOMPARE(survivors(1), first);
-        QVERIFY(survivors(2) != first);
-    }
-
     void theCommandLineIsRead()
     {
         VirtualOptions options;
@@ -211,11 +176,6 @@ private Q_SLOTS:
         QVERIFY(options.loggers[2].name.startsWith(QStringLiteral("Tembrin_")));
         QCOMPARE(options.faults[0].logger, 1);
         QCOMPARE(options.script[0].second, QStringLiteral("pull 2"));
-
-        VirtualOptions standard;
-        QVERIFY(standard.read({"x"}, &error));
-        for (const LoggerIdentity& logger : standard.loggers)
-            QVERIFY(logger.mask != 0);
     }
 
     void aWrongCommandLineIsExplained_data()

@@ -131,9 +131,8 @@ private Q_SLOTS:
 
     void aSetupComesBackInTheStatus()
     {
-        QFETCH(QString, model);
-        QFETCH(int, firmware);
-        QFETCH(QByteArray, setup);
+        const auto [model, firmware, setup] =
+            fetched<QString, int, QByteArray>({"model", "firmware", "setup"});
         LoggerIdentity identity = identityOf(qPrintable(model));
         identity.firmwareMajor = firmware / 100;
         identity.firmwareMinor = firmware % 100;
@@ -234,22 +233,6 @@ private Q_SLOTS:
         QTEST(int(quint8(status[8])), "stored");
     }
 
-    void aFastRunIsStoredAndNotStreamed()
-    {
-        LoggerIdentity identity = identityOf("BIRCH");
-        identity.rate = 9; // 100000/Sec
-        identity.samplesIndex = 3;
-        Bench bench(identity);
-        QCOMPARE(events(bench.tell("471422")), QByteArray("22"));
-        QVERIFY(bench.wait(100).isEmpty());
-        const LoggerPackets end = bench.wait(2);
-        QCOMPARE(events(end), QByteArray("33"));
-        QVERIFY(samplesOf(end).isEmpty());
-        bench.tell("47144401");
-        const QByteArray first = joined(bench.tell("471446"));
-        QCOMPARE(first.mid(3, 8).toHex(), QByteArray("0000000103072710"));
-    }
-
     void aLateRequestMeansALostPacket_data()
     {
         columns<int, QVector<int>>({"mode", "numbers"});
@@ -315,58 +298,6 @@ private Q_SLOTS:
         QVERIFY(without.logger.plug(0, QUELLMARK_PHOTOGATE).isEmpty());
     }
 
-    void calibrationHasFiveResults_data()
-    {
-        columns<QByteArray, QByteArray>({"frames", "answers"});
-        // The room has 21 to 25 degrees.
-        row("good, then once is enough", QByteArray("4714E000E6 4714E000E6"), QByteArray("e0e1"));
-        row("back to default and anew", QByteArray("4714E000E6 4714E0FFFF 4714E000E6"), QByteArray("e0e0e0"));
-        row("too far", QByteArray("4714E00064"), QByteArray("e2"));
-        row("out of range", QByteArray("4714E00191"), QByteArray("e3"));
-        row("not idle", QByteArray("471422 4714E000E6"), QByteArray("22e4"));
-    }
-
-    void calibrationHasFiveResults()
-    {
-        QFETCH(QByteArray, frames);
-        Bench bench(identityOf("BIRCH"));
-        LoggerPackets packets;
-        for (const QByteArray& frame : frames.split(' '))
-            packets += bench.tell(frame);
-        QTEST(events(packets), "answers");
-    }
-
-    void aSnapshotHoldsEverySlotOfEveryModel()
-    {
-        for (const int code : {17, 18, 19, 34, 35, 36, 37, 51, 68, 85, 86, 102, 119, 136, 153, 170, 240}) {
-            Bench bench(identityOf(QByteArray::number(code).constData()));
-            int width = 0;
-            SampleWriter writer;
-            for (const int id : bench.logger.identity().model->sensorIds())
-                width += writer.width(id);
-            const QByteArray bytes = joined(bench.tell("471455"));
-            QVERIFY(isWholePacket(bytes));
-            QCOMPARE(bytes.size(), width + 5);
-            QCOMPARE(int(quint8(bytes[3])), bytes.size());
-        }
-    }
-
-    void aRunWaitsForItsTrigger()
-    {
-        LoggerIdentity identity = identityOf("EMBER_INT", 0x0002);
-        identity.samplesIndex = 0;
-        Bench bench(identity);
-        bench.tell("4714110002030001010005"
-                   "0000ff0000"); // voltage rising through 5
-        QCOMPARE(joined(bench.tell("471422")).size(), 33);
-        LoggerPackets packets;
-        for (int i = 0; i < 40 && packets.isEmpty(); ++i)
-            packets = bench.wait(1000);
-        const LoggerPackets samples = samplesOf(packets);
-        QVERIFY(!samples.isEmpty());
-        QCOMPARE(samples[0].sample, 0);
-    }
-
     void theManualRateTakesASampleAPress()
     {
         LoggerIdentity identity = identityOf("BIRCH", 0x0002);
@@ -413,9 +344,7 @@ private Q_SLOTS:
 
     void aVortaPacksItsSamplesInBlocks()
     {
-        QFETCH(QByteArray, rate);
-        QFETCH(int, size);
-        QFETCH(qint64, firstDue);
+        const auto [rate, size, firstDue] = fetched<QByteArray, int, qint64>({"rate", "size", "firstDue"});
         Bench bench(identityOf("VORTA"));
         LoggerPackets packets = bench.tell("672422" + rate + "0064");
         QCOMPARE(packets[0].bytes.mid(2, 2).toHex(), QByteArray("8422"));
