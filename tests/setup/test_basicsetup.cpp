@@ -87,10 +87,8 @@ private Q_SLOTS:
 
     void theRateShownIsTheRateSentAndTheRateOfTheRun()
     {
-        QFETCH(int, type);
-        QFETCH(int, firmware);
-        QFETCH(int, small);
-        QFETCH(QString, expected);
+        const auto [type, firmware, small, expected] =
+            fetched<int, int, int, QString>({"type", "firmware", "small", "expected"});
         bench->introduce(0, status({{4, type}, {5, firmware}, {6, small}, {7, 0}}));
         open();
         TembrinData& logger = bench->logger(0);

@@ -1,13 +1,11 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
-#include <QTabWidget>
 
 #include "graph/plot.h"
 #include "setup/designvalues.h"
@@ -76,9 +74,7 @@ private Q_SLOTS:
 
     void unitsAreStoredAndTheLoggersOwnAreSent()
     {
-        QFETCH(QString, button);
-        QFETCH(QString, keys);
-        QFETCH(QByteArray, frame);
+        const auto [button, keys, frame] = fetched<QString, QString, QByteArray>({"button", "keys", "frame"});
         open();
         dialog->findChild<QRadioButton*>(button)->click();
         QCOMPARE(bench->written(0), frame);
@@ -106,9 +102,8 @@ private Q_SLOTS:
 
     void aCalibrationTemperature()
     {
-        QFETCH(bool, celsius);
-        QFETCH(QString, typed);
-        QFETCH(QByteArray, frame);
+        const auto [celsius, typed, frame] =
+            fetched<bool, QString, QByteArray>({"celsius", "typed", "frame"});
         Settings::mainStore().setValue(Settings::unitsCelsius, celsius);
         open();
         find<QLineEdit>("currentTemperatureLineEdit")->setText(typed);
@@ -173,19 +168,6 @@ private Q_SLOTS:
         QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "0065"));
     }
 
-    void pagesAndControlsThatAreShown()
-    {
-        Settings::mainStore().setValue(Settings::selfTest, true);
-        open();
-        QCOMPARE(tabs(), QStringLiteral("Configuraton, Design"));
-        bench->port(0).feed(status({{4, 240}}));
-        QVERIFY(find<QCheckBox>("boxSound")->isHidden() && find<QCheckBox>("boxGPS")->isHidden());
-        Settings::mainStore().setValue(Settings::advanced, true);
-        open();
-        QCOMPARE(tabs(), QStringLiteral("Advanced setup, Configuraton, Debug, Design, Calibration"));
-        QVERIFY(!find<QGroupBox>("groupSeltTest")->isHidden());
-    }
-
     void aDesignShowsAtOnceAndIsKeptWhenSaved()
     {
         QSettings store = Settings::mainStore();
@@ -232,15 +214,6 @@ private:
         dialog->createAll(&bench->manager);
         connect(&bench->logger(0), &TembrinData::statusReceived, dialog.data(), &setupLogger::updateStatus);
         dialog->show();
-    }
-
-    QString tabs()
-    {
-        const auto* pages = find<QTabWidget>("tabs");
-        QStringList texts;
-        for (int i = 0; i < pages->count(); ++i)
-            texts << pages->tabText(i);
-        return texts.join(QStringLiteral(", "));
     }
 
     template<typename Control> Control* find(const char* name) { return control<Control>(*dialog, name); }
