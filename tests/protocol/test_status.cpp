@@ -102,9 +102,8 @@ private Q_SLOTS:
 
     void sensorLists()
     {
-        QFETCH(QByteArray, list);
-        QFETCH(QVector<int>, ids);
-        QFETCH(QString, language);
+        const auto [list, ids, language] =
+            fetched<QByteArray, QVector<int>, QString>({"list", "ids", "language"});
         Settings::mainStore().setValue(Settings::language, language);
         Common::forgetLocale();
         bench->feed(summed(list));
@@ -172,16 +171,6 @@ private Q_SLOTS:
             bench->feed(packet);
         QCOMPARE(bench->told.count("temperature"), 2);
         bench->feed(status({})); // the mark is shared by all loggers
-    }
-
-    void theFourthSampleCountFollowsTheModel()
-    {
-        bench->recognise();
-        bench->feed(status({{4, 240}}));
-        QCOMPARE(bench->data.SamplesNames[3], QStringLiteral("3000"));
-        bench->feed(status({}));
-        QCOMPARE(bench->data.SamplesNames[3], QStringLiteral("10000"));
-        QCOMPARE(TembrinData::modelName(37), QStringLiteral("Tembrin 0x25"));
     }
 
     void lookUpsFindCompositesByTheirChildren()

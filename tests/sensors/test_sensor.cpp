@@ -83,9 +83,7 @@ private Q_SLOTS:
 
     void decodesSamples()
     {
-        QFETCH(int, id);
-        QFETCH(QByteArray, bytes);
-        QFETCH(QVector<double>, values);
+        const auto [id, bytes, values] = fetched<int, QByteArray, QVector<double>>({"id", "bytes", "values"});
         Sensor sensor(id);
         const QVector<double> before(values.size(), 0.0);
         const auto* data = reinterpret_cast<const unsigned char*>(bytes.constData());
