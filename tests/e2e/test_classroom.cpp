@@ -74,19 +74,6 @@ private Q_SLOTS:
             QCOMPARE(data(i)->getXSize(), samplesSent(i));
     }
 
-    void aRefusalIsToldAndARunEndsByItself()
-    {
-        start(2, {QStringLiteral("--samples"), QStringLiteral("100")});
-        connectAll(2);
-        tell("battery 2 empty");
-        action("runAct")->trigger();
-        QTRY_COMPARE(prompt.asked.size(), 1);
-        QVERIFY(prompt.asked[0].startsWith(QLatin1String("Low battery power|")));
-        QTRY_COMPARE_WITH_TIMEOUT(data(0)->getXSize(), 100, 5000);
-        QTRY_VERIFY(action("runAct")->isVisible());
-        QVERIFY(data(0)->finalData);
-    }
-
 private:
     void checkAverage() const
     {

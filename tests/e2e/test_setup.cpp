@@ -43,18 +43,6 @@ private Q_SLOTS:
         }
     }
 
-    void aRunInProgressIsNotSetUp()
-    {
-        startClass();
-        run(3, 10);
-        window->findChild<QAction*>(QStringLiteral("basicSetupAct"))->trigger(); // does not stay open
-        QCOMPARE(prompt.asked.size(), 1);
-        QVERIFY(prompt.asked[0].startsWith(QLatin1String("Can't perform setup|")));
-        stop(3);
-        for (int i = 0; i < 3; ++i)
-            QVERIFY(received(i, "47 14 11").isEmpty());
-    }
-
     void theConfigurationOfTheClassAndItsLook()
     {
         startClass();
@@ -74,11 +62,6 @@ private Q_SLOTS:
         for (Plot* plot : {manager->plotAt(0), manager->plotAt(7), manager->plotC()})
             QCOMPARE(plot->canvasBackground().color(), QColor(0x20, 0x40, 0x60));
         QVERIFY(window->styleSheet().contains(QLatin1String("QMainWindow { background: rgb(32,64,96)")));
-        restart();
-        QCOMPARE(manager->plotAt(0)->canvasBackground().color(), QColor(0xf0, 0xf0, 0xf0));
-        Settings::mainStore().setValue(QStringLiteral("design/graph/background"), QStringLiteral("#204060"));
-        restart();
-        QCOMPARE(manager->plotAt(0)->canvasBackground().color(), QColor(0x20, 0x40, 0x60));
     }
 
 private:
@@ -89,14 +72,6 @@ private:
         connectAll(3);
         for (int i = 0; i < 3; ++i)
             QTRY_COMPARE(received(i, "47 14 CC").size(), 1); // the clock is the last of a session's opening
-    }
-
-    void restart()
-    {
-        window.reset();
-        window.reset(new MainWindow(&prompt));
-        manager = window->findChild<multiConnectionsManager*>();
-        window->show();
     }
 
     /// The frames with this beginning that have reached a logger, from its log.
