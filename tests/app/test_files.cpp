@@ -50,9 +50,7 @@ private Q_SLOTS:
 
     void savingEndsTheNeedToSave()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, filter);
-        QFETCH(bool, isSaved);
+        const auto [name, filter, isSaved] = fetched<QString, QString, bool>({"name", "filter", "isSaved"});
         ReadWrite::setDefaultDataPath(path("x.xml"));
         bench->prompt.file = name.isEmpty() ? QString() : path(name);
         bench->prompt.filter = filter;
@@ -93,10 +91,8 @@ private Q_SLOTS:
 
     void openingAFile()
     {
-        QFETCH(QString, name);
-        QFETCH(QByteArray, text);
-        QFETCH(int, samples);
-        QFETCH(QString, said);
+        const auto [name, text, samples, said] =
+            fetched<QString, QByteArray, int, QString>({"name", "text", "samples", "said"});
         save(path("a.xml"));
         if (!text.isEmpty()) {
             QFile file(path(name));

@@ -29,10 +29,9 @@ private Q_SLOTS:
 
     void aSampleJoinsTheExperimentOrStartsANewOne()
     {
-        QFETCH(QVector<int>, earlier);
-        QFETCH(bool, isStopped);
-        QFETCH(bool, isRunOrdered);
-        QFETCH(QVector<int>, numbers);
+        const auto [earlier, isStopped, isRunOrdered, numbers] =
+            fetched<QVector<int>, bool, bool, QVector<int>>(
+                {"earlier", "isStopped", "isRunOrdered", "numbers"});
         ClassBench bench(1);
         for (int number : earlier)
             bench.sample(0, short(number));

@@ -74,11 +74,8 @@ private Q_SLOTS:
 
     void functionsWorkOnTheChosenGraph()
     {
-        QFETCH(int, item);
-        QFETCH(bool, isStopped);
-        QFETCH(int, channels);
-        QFETCH(QString, name);
-        QFETCH(QString, text);
+        const auto [item, isStopped, channels, name, text] =
+            fetched<int, bool, int, QString, QString>({"item", "isStopped", "channels", "name", "text"});
         ClassBench bench(1);
         fill(bench);
         Plot* const plot = bench.manager->plotAt(0);

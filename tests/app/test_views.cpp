@@ -48,15 +48,6 @@ private Q_SLOTS:
         QCOMPARE(shows(1), line);
     }
 
-    void aNumberThatIsNoLayoutShowsTheClass()
-    {
-        ClassBench bench(2);
-        auto* layouts = bench.window->findChild<QComboBox*>(QStringLiteral("layouts"));
-        QVERIFY(QMetaObject::invokeMethod(bench.window.data(), "updateLayout", Q_ARG(int, 4)));
-        QCOMPARE(layouts->currentIndex(), int(LAYOUT_MULTI_TOGETHER));
-        QVERIFY(!bench.manager->plotC()->isHidden());
-    }
-
     void noTwoActionsShareAKey()
     {
         ClassBench bench(1);
