@@ -20,7 +20,7 @@ void pump(int ms)
 void pumpPending(UserEvents userEvents)
 {
     QCoreApplication::processEvents(userEvents == UserEvents::Later ? QEventLoop::ExcludeUserInputEvents
-                                                                     : QEventLoop::AllEvents);
+                                                                    : QEventLoop::AllEvents);
 }
 
 } // namespace Waits
