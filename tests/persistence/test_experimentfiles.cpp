@@ -1,4 +1,5 @@
 #include <QBuffer>
+#include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QSaveFile>
@@ -186,6 +187,44 @@ private Q_SLOTS:
         graph->setData();
         QVERIFY(write(QString::fromUtf8("Опыт")));
         QVERIFY(bytesOf(name) == inFahrenheit);
+    }
+
+    void fullDisk()
+    {
+        const QTemporaryDir mount;
+        if (QProcess::execute("mount", {"-t", "tmpfs", "-o", "size=256k", "tmpfs", mount.path()}) != 0)
+            QSKIP("needs the right to mount");
+        const QString full = mount.filePath("class.xml");
+        writeBytes(full, "old");
+        fillExperiment(data.get(), 0.5, 8000);
+        QString reason;
+        const bool isWritten = ReadWrite::write(full, "T", data.get(), {}, {}, {}, "Line", &reason);
+        const QByteArray left = bytesOf(full);
+        QProcess::execute("umount", {mount.path()});
+        QVERIFY(!isWritten);
+        QCOMPARE(left, QByteArray("old"));
+        QVERIFY2(reason.contains("space"), qPrintable(reason));
+    }
+
+    void tenMillionElementsTakeLittleMemory()
+    {
+        QByteArray bytes = "<ExpDataRoot><Times>" + QByteArray("<T/>").repeated(10000000);
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        const auto peak = [] {
+            const QByteArray status = bytesOf("/proc/self/status");
+            return status.mid(status.indexOf("VmHWM:") + 6, 20).trimmed().split(' ').first().toLongLong() *
+                   1024;
+        };
+        writeBytes("/proc/self/clear_refs", "5"); // the peak starts anew
+        [[maybe_unused]] const qint64 before = peak();
+        StoredExperiment stored;
+        QString reason;
+        QVERIFY(!ExperimentReader::read(&buffer, &stored, &reason));
+        QVERIFY2(reason.contains("ends"), qPrintable(reason));
+#ifndef __SANITIZE_ADDRESS__ // which keeps what was freed
+        QVERIFY2(peak() - before < 10 * bytes.size(), qPrintable(QString::number(peak() - before)));
+#endif
     }
 
     void brokenFile_data()

@@ -203,7 +203,11 @@ private Q_SLOTS:
         const QByteArray pdf = outputOf("pdftotext", {folder->filePath("graph.pdf"), "-"});
         QVERIFY(pdf.contains("Look") && pdf.contains("Amb. Temperature"));
         QVERIFY(outputOf("pdfinfo", {folder->filePath("graph.pdf")}).contains("850 x 567 pts"));
-        QVERIFY(bytesOf(folder->filePath("graph.ps")).startsWith("%!PS-Adobe"));
+        const QString drawn = folder->filePath("ps.png");
+        QVERIFY(!outputOf("gs", {"-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=png16m", "-r85", "-o", drawn,
+                                 folder->filePath("graph.ps")})
+                     .isEmpty());
+        QVERIFY(count(QImage(drawn), graph.getCurvePen(1).color().rgb()) > 1000);
     }
 
     void failedExportKeepsOldFile()
