@@ -224,7 +224,8 @@ QDateTime fromBcdDate(const QByteArray& bytes)
 
 int readSplit(const QByteArray& bytes, int at)
 {
-    const int high = static_cast<qint8>(quint8(bytes[at]));
+    const int first = quint8(bytes[at]);
+    const int high = first < 0x80 ? first : first - 0x100;
     const int low = quint8(bytes[at + 1]);
     return high < 0 && low > 0 ? high * 256 + low - 256 : high * 256 + low;
 }
