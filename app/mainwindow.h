@@ -348,6 +348,7 @@ private:
     QComboBox* views = nullptr;
     QSplitter* mainW = nullptr;
     QSplitter* graphW = nullptr;
+    bool isHeightShared = false; ///< class and cells have been given their first heights
     QWidget* graphGridW = nullptr;
     QGridLayout* graphGridL = nullptr;
     Plot* graph = nullptr; ///< of the class

@@ -135,6 +135,12 @@ void MainWindow::updateLayout(int view)
     graph->setVisible(layout != LAYOUT_MULTI_WINDOWS);
     if (layout == LAYOUT_MULTI_TOGETHER)
         activePlotChanged(-1);
+    if (layout == LAYOUT_MULTI_COMBO && !isHeightShared) {
+        // By their size hints the class would get a strip. From here on the user's own choice holds.
+        const int height = graphW->height();
+        graphW->setSizes({0, height * 2 / 5, height * 3 / 5});
+        isHeightShared = true;
+    }
     setMinimumSize(100, 100);
     if (geometry() != before)
         setGeometry(before);
