@@ -1,6 +1,6 @@
-#include "app/common/settings.h"
 #include "app/mainwindow.h"
 #include "app/startup.h"
+#include "common/settings.h"
 #include "resources/resources.h"
 
 #include <QApplication>

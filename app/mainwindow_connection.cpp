@@ -1,7 +1,7 @@
 #include "app/mainwindow.h"
 
-#include "app/common/settings.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
 #include "graph/plot.h"
 #include "instruments/indicator.h"
 #include "link/connectthread.h"

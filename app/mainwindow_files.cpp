@@ -1,8 +1,8 @@
 #include "app/mainwindow.h"
 
-#include "app/common/userprompt.h"
 #include "app/iconlists.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/userprompt.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "graph/scalemanager.h"

@@ -1,8 +1,8 @@
 #include "app/mainwindow.h"
 
-#include "app/common/settings.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "classroom/selectmanyloggers.h"
+#include "common/settings.h"
 #include "protocol/tembrinprotocol.h"
 
 #include <QPointer>

@@ -1,9 +1,9 @@
 #include "app/mainwindow.h"
 
-#include "app/common/userprompt.h"
-#include "app/common/waits.h"
 #include "app/refreshclock.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/userprompt.h"
+#include "common/waits.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "protocol/tembrindata.h"

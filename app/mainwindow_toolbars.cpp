@@ -1,9 +1,9 @@
 #include "app/mainwindow.h"
 
-#include "app/common/common.h"
 #include "app/icondelegate.h"
 #include "app/iconlists.h"
 #include "classroom/views.h"
+#include "common/common.h"
 
 #include <QAction>
 #include <QActionGroup>

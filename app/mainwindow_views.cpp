@@ -1,8 +1,8 @@
 #include "app/mainwindow.h"
 
-#include "app/common/settings.h"
 #include "app/refreshclock.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "instruments/indicator.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/common/userprompt.h"
+#include "common/userprompt.h"
 
 /// Asks and tells with the toolkit's own boxes and dialogs. What only tells does not wait for the person:
 /// the program goes on while the box is open.

@@ -1,6 +1,6 @@
 #include "app/startup.h"
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -23,10 +23,10 @@
 
 #include <qwt_plot_canvas.h>
 
-#include "app/common/settings.h"
-#include "app/common/waits.h"
 #include "app/mainwindow.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
+#include "common/waits.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "protocol/tembrindata.h"

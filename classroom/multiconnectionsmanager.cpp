@@ -1,6 +1,6 @@
 #include "classroom/multiconnectionsmanager.h"
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "protocol/tembrindata.h"

@@ -9,8 +9,8 @@
 
 #include <algorithm>
 
-#include "app/common/settings.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
 #include "protocol/tembrinprotocol.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "data/expdata.h"
 
-#include "app/common/common.h"
+#include "common/common.h"
 #include "data/timeaxis.h"
 
 const SensorPtr& ExpData::getSens(int i) const

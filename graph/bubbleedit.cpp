@@ -12,8 +12,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/common/settings.h"
-#include "app/common/userprompt.h"
+#include "common/settings.h"
+#include "common/userprompt.h"
 
 namespace {
 

@@ -17,8 +17,8 @@
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
-#include "app/common/common.h"
-#include "app/common/settings.h"
+#include "common/common.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "graph/curvepainter.h"
 #include "graph/myplotcurve.h"

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "app/common/userprompt.h"
+#include "common/userprompt.h"
 #include "data/expdata.h"
 #include "graph/myplotcurve.h"
 #include "graph/myplotmarker.h"

@@ -10,7 +10,7 @@
 #include <qwt_legend_label.h>
 #include <qwt_symbol.h>
 
-#include "app/common/userprompt.h"
+#include "common/userprompt.h"
 #include "data/expdata.h"
 #include "graph/colorscale.h"
 #include "graph/myplotcurve.h"

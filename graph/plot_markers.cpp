@@ -12,8 +12,8 @@
 #include <qwt_plot_canvas.h>
 #include <qwt_symbol.h>
 
-#include "app/common/common.h"
-#include "app/common/userprompt.h"
+#include "common/common.h"
+#include "common/userprompt.h"
 #include "data/expdata.h"
 #include "graph/myplotcurve.h"
 #include "graph/myplotmarker.h"

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "app/common/common.h"
+#include "common/common.h"
 #include "data/expdata.h"
 #include "graph/myplotmarker.h"
 #include "graph/timescaledraw.h"

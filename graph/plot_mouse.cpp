@@ -10,7 +10,7 @@
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
-#include "app/common/userprompt.h"
+#include "common/userprompt.h"
 #include "data/expdata.h"
 #include "graph/scalemanager.h"
 #include "graph/setrange.h"

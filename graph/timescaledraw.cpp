@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "app/common/common.h"
-#include "app/common/settings.h"
+#include "common/common.h"
+#include "common/settings.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "instruments/indicator.h"
 
-#include "app/common/screenflags.h"
-#include "app/common/userprompt.h"
+#include "common/screenflags.h"
+#include "common/userprompt.h"
 #include "instruments/pairingtool.h"
 
 #include <QHBoxLayout>

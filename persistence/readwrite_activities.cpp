@@ -13,7 +13,7 @@
 
 #include <memory>
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <QTextStream>
 #include <QUrl>
 
-#include "app/common/common.h"
+#include "common/common.h"
 #include "data/expdata.h"
 #include "persistence/numbertext.h"
 #include "persistence/safefile.h"

@@ -17,7 +17,7 @@
 
 #include <qwt_plot_renderer.h>
 
-#include "app/common/userprompt.h"
+#include "common/userprompt.h"
 #include "graph/plot.h"
 #include "persistence/safefile.h"
 

@@ -1,7 +1,7 @@
 #include "protocol/tembrindata.h"
 
-#include "app/common/common.h"
-#include "app/common/settings.h"
+#include "common/common.h"
+#include "common/settings.h"
 #include "protocol/packets.h"
 
 #include <algorithm>

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "link/serialmonitorthread.h"
 #include "protocol/tembrindata.h"
 

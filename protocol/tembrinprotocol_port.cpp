@@ -1,6 +1,6 @@
 #include "protocol/tembrinprotocol.h"
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "link/myporttalker.h"
 #include "link/portlistener.h"
 #include "link/serialmonitorthread.h"

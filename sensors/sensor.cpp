@@ -1,6 +1,6 @@
 #include "sensors/sensor.h"
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "sensors/sensorsmaster.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#include "app/common/common.h"
-#include "app/common/settings.h"
+#include "common/common.h"
+#include "common/settings.h"
 #include "sensors/calibration.h"
 #include "sensors/sensor.h"
 #include "sensors/sensorsmaster.h"

@@ -1,6 +1,6 @@
 #include "setup/designvalues.h"
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "graph/plot.h"
 #include "instruments/tabledesign.h"
 

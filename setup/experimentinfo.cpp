@@ -10,8 +10,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-#include "app/common/screenflags.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/screenflags.h"
 #include "protocol/tembrindata.h"
 #include "setup/dialogtools.h"
 

@@ -10,9 +10,9 @@
 #include <QScrollArea>
 #include <QSplitter>
 
-#include "app/common/common.h"
-#include "app/common/screenflags.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/common.h"
+#include "common/screenflags.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 #include "setup/dialogtools.h"

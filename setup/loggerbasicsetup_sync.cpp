@@ -8,8 +8,8 @@
 #include <QScopedValueRollback>
 #include <QStyle>
 
-#include "app/common/userprompt.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/userprompt.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 #include "setup/dialogtools.h"

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "app/common/common.h"
+#include "common/common.h"
 #include "protocol/tembrindata.h"
 
 namespace {

@@ -13,9 +13,9 @@
 #include <QTabBar>
 #include <QTabWidget>
 
-#include "app/common/settings.h"
-#include "app/common/userprompt.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
+#include "common/userprompt.h"
 #include "data/expdata.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"

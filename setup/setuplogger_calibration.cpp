@@ -9,8 +9,8 @@
 
 #include <limits>
 
-#include "app/common/common.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/common.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 #include "setup/dialogtools.h"

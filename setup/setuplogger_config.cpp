@@ -5,8 +5,8 @@
 #include <QDoubleSpinBox>
 #include <QRadioButton>
 
-#include "app/common/settings.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"

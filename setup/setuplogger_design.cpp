@@ -7,7 +7,7 @@
 #include <QPushButton>
 #include <QScopedValueRollback>
 
-#include "app/common/userprompt.h"
+#include "common/userprompt.h"
 #include "setup/dialogtools.h"
 #include "setup/loggerbasicsetup.h"
 

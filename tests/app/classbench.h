@@ -2,9 +2,9 @@
 
 #include <QTest>
 
-#include "app/common/settings.h"
 #include "app/mainwindow.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "protocol/tembrindata.h"

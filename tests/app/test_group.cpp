@@ -4,10 +4,10 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include "app/common/settings.h"
 #include "app/mainwindow.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "classroom/selectmanyloggers.h"
+#include "common/settings.h"
 #include "protocol/tembrindata.h"
 #include "resources/resources.h"
 #include "tests/classroom/dialoghand.h"

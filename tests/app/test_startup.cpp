@@ -1,7 +1,7 @@
 #include <QTest>
 
-#include "app/common/settings.h"
 #include "app/startup.h"
+#include "common/settings.h"
 #include "tests/common/testsupport.h"
 
 class TestStartUp : public GuardedTest

@@ -1,8 +1,8 @@
 #include <QElapsedTimer>
 #include <QTest>
 
-#include "app/common/settings.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 #include "tests/common/testsupport.h"

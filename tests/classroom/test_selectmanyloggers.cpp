@@ -1,6 +1,6 @@
-#include "app/common/settings.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "classroom/selectmanyloggers.h"
+#include "common/settings.h"
 #include "tests/classroom/dialoghand.h"
 #include "tests/common/testsupport.h"
 #include <QLabel>

@@ -2,7 +2,7 @@
 
 #include <QStringList>
 
-#include "app/common/userprompt.h"
+#include "common/userprompt.h"
 
 /// Answers for the boxes and dialogs of a test, which notes what was asked as "title|text".
 class FakePrompt : public UserPrompt

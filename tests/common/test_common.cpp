@@ -2,9 +2,9 @@
 #include <QTest>
 #include <QTimer>
 
-#include "app/common/common.h"
-#include "app/common/settings.h"
-#include "app/common/waits.h"
+#include "common/common.h"
+#include "common/settings.h"
+#include "common/waits.h"
 #include "tests/common/testsupport.h"
 
 class TestCommon : public GuardedTest

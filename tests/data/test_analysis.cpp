@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "tests/common/testsupport.h"
 #include "tests/data/fedlogger.h"
 

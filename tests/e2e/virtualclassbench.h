@@ -9,9 +9,9 @@
 #include <QTest>
 #include <QTimer>
 
-#include "app/common/settings.h"
 #include "app/mainwindow.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "protocol/tembrindata.h"
 #include "resources/resources.h"

@@ -6,7 +6,7 @@
 #include <qwt_symbol.h>
 #include <qwt_text.h>
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "graph/bubbleedit.h"
 #include "tests/graph/plottest.h"
 

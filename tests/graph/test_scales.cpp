@@ -2,8 +2,8 @@
 
 #include <qwt_scale_map.h>
 
-#include "app/common/common.h"
-#include "app/common/settings.h"
+#include "common/common.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "graph/scalemanager.h"
 #include "graph/timescaledraw.h"

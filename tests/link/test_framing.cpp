@@ -2,7 +2,7 @@
 #include <QTest>
 #include <QTimer>
 
-#include "app/common/waits.h"
+#include "common/waits.h"
 #include "link/connectthread.h"
 #include "link/myporttalker.h"
 #include "link/portlistener.h"

@@ -1,7 +1,7 @@
 #include <QElapsedTimer>
 #include <QTest>
 
-#include "app/common/waits.h"
+#include "common/waits.h"
 #include "link/qtserialportadapter.h"
 #include "link/serialmonitorthread.h"
 #include "tests/common/testsupport.h"

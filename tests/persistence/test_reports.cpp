@@ -7,7 +7,7 @@
 #include <archive.h>
 #include <archive_entry.h>
 
-#include "app/common/common.h"
+#include "common/common.h"
 #include "graph/myplotmarker.h"
 #include "graph/plot.h"
 #include "persistence/readwrite.h"

@@ -3,7 +3,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "sensors/sensorids.h"
 

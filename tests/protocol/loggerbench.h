@@ -4,7 +4,7 @@
 #include <QStringList>
 #include <QTest>
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "link/portlistener.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"

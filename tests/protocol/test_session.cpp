@@ -3,7 +3,7 @@
 
 #include <thread>
 
-#include "app/common/waits.h"
+#include "common/waits.h"
 #include "link/connectthread.h"
 #include "link/myporttalker.h"
 #include "tests/protocol/loggerbench.h"

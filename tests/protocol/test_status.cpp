@@ -1,6 +1,6 @@
 #include <QTest>
 
-#include "app/common/common.h"
+#include "common/common.h"
 #include "tests/protocol/loggerbench.h"
 
 class TestStatus : public BenchTest

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 #include "sensors/sensor.h"
 #include "sensors/sensorsmaster.h"
 

@@ -3,8 +3,8 @@
 #include <QTest>
 #include <QTranslator>
 
-#include "app/common/common.h"
-#include "app/common/settings.h"
+#include "common/common.h"
+#include "common/settings.h"
 #include "sensors/sensor.h"
 #include "sensors/sensorsmaster.h"
 #include "tests/common/testsupport.h"

@@ -2,8 +2,8 @@
 
 #include <QTest>
 
-#include "app/common/settings.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "resources/resources.h"
 #include "tests/common/fakeprompt.h"

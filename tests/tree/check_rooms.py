@@ -3,12 +3,12 @@ import pathlib
 import re
 import sys
 
-ORDER = ["app/common", "sensors", "link", "protocol", "data", "graph", "persistence", "resources", "instruments",
+ORDER = ["common", "sensors", "link", "protocol", "data", "graph", "persistence", "resources", "instruments",
          "classroom", "setup", "app"]
 # Rooms on one level do not know each other.
-LEVELS = {"app/common": 0, "sensors": 1, "link": 1, "protocol": 2, "data": 3, "graph": 4, "persistence": 5,
+LEVELS = {"common": 0, "sensors": 1, "link": 1, "protocol": 2, "data": 3, "graph": 4, "persistence": 5,
           "resources": 5, "instruments": 5, "classroom": 6, "setup": 7, "app": 8}
-VIRTUAL_MAY_USE = {"virtual", "app/common", "sensors"}
+VIRTUAL_MAY_USE = {"virtual", "common", "sensors"}
 
 
 def room_of(path):

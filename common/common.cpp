@@ -1,6 +1,6 @@
-#include "app/common/common.h"
+#include "common/common.h"
 
-#include "app/common/settings.h"
+#include "common/settings.h"
 
 #include <QLocale>
 

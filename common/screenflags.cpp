@@ -1,4 +1,4 @@
-#include "app/common/screenflags.h"
+#include "common/screenflags.h"
 
 namespace {
 bool screenIs4K = false;

@@ -1,4 +1,4 @@
-#include "app/common/waits.h"
+#include "common/waits.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
