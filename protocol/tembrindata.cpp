@@ -86,6 +86,7 @@ void TembrinData::setupSensorsForType(int type)
                 sensors.append(SensorPtr::create(id));
         }
     }
+    noteSockets();
     Q_EMIT loggerTypeChanged();
 }
 
@@ -145,6 +146,11 @@ QString TembrinData::getRateNameFromDT(double dt) const
                                                   : RateNames[found - RateTables::seconds];
 }
 
+double TembrinData::samplePeriod() const
+{
+    return vorta ? VortaRates[settings.vortaRate] : Rates[settings.rate];
+}
+
 quint16 TembrinData::activeMask() const
 {
     quint16 mask = 0;
@@ -164,6 +170,7 @@ void TembrinData::setActiveFromMask(quint16 mask)
         if (active)
             activeIndices.append(i);
     }
+    settings.mask = mask;
 }
 
 void TembrinData::keepLastRunParameters()
@@ -227,6 +234,7 @@ void TembrinData::handleSensID(unsigned char* udata, int len)
     clearSensors();
     for (int i = 0; i < static_cast<int>(packet->ids.size()); ++i)
         appendFromSlot(i, packet->ids[i], packet->external1, packet->external2);
+    noteSockets();
     // No logger has this type, so that the next status counts as a change of type and all views take the
     // list.
     tembrinType = 0;
@@ -267,16 +275,17 @@ void TembrinData::replaceSensor(bool first, int id)
         return;
     sensor->adoptIdentity(id);
     forgetOnlineMask();
+    noteSockets();
 }
 
-short TembrinData::externalCode(bool first) const
+void TembrinData::noteSockets()
 {
-    const int slot = first ? ext1Index : ext2Index;
-    if (slot < 0 || slot >= sensors.size())
-        return 0;
-    const int id = sensors.at(slot)->ID;
-    const bool isKnown = Sensor::isIDVernier(id) || Sensor::isIDVestrel(id);
-    return isKnown ? static_cast<short>(Sensor::IDToCode(id)) : 0;
+    const int slots[] = {ext1Index, ext2Index};
+    for (int i = 0; i < 2; ++i) {
+        const bool hasSocket = slots[i] >= 0 && slots[i] < sensors.size();
+        const int id = hasSocket ? sensors.at(slots[i])->ID : 0;
+        settings.external[i] = Sensor::isIDVernier(id) || Sensor::isIDVestrel(id) ? id : 0;
+    }
 }
 
 void TembrinData::noteGates(int first, int second)

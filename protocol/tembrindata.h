@@ -12,6 +12,7 @@
 #include "link/packetidentifier.h"
 #include "protocol/expinfo.h"
 #include "protocol/loggermodels.h"
+#include "protocol/loggersettings.h"
 #include "protocol/ratetables.h"
 #include "sensors/sensor.h"
 
@@ -64,21 +65,12 @@ public:
     static constexpr const auto& VortaRates = RateTables::vortaSeconds; ///< the same by `Vorta_rate`, 1 to 5
 
     // --- What the logger is set to do --------------------------------------------------------------------
-    short rate = 2;    ///< index into Rates, always inside it
-    short samples = 1; ///< index into SamplesNames, always inside it
+    /// As its packets said; what is wanted of it stands in TembrinProtocol.
+    const LoggerSettings& reported() const { return settings; }
+    /// Seconds between two samples of a run as reported, 0 at the rate Manual.
+    double samplePeriod() const;
     short numExperiments = 0;
-    short runState = -1; ///< 0 is idle
-    short trigType = 0;
-    short trigSens = 7; ///< list index
-    short trigLevel = 25;
-    short rangeSens = 0; ///< list index, 0xFF when off
-    short rangeMin = 0;
-    bool confSound = false;
-    bool confFarenheit = false;
-    bool confBTEnabled = false;
-    bool confGPSEnabled = false;
-    bool confHPA = false;
-    int confLanguage = 0;
+    short runState = -1;      ///< 0 is idle
     QDateTime loggerDateTime; ///< UTC, of the last good status
 
     // --- What it is --------------------------------------------------------------------------------------
@@ -125,8 +117,6 @@ public:
     QVector<expInfo> expList;
 
     // --- Vorta -------------------------------------------------------------------------------------------
-    short Vorta_rate = 2;    ///< index into VortaRates, always 1 to 5
-    short Vorta_samples = 0; ///< a number, not an index
     short Vorta_offset1 = 0;
     short Vorta_offset2 = 0;
     short Vorta_gain = 0; ///< tenths for the first force channel
@@ -134,11 +124,11 @@ public:
     short Vorta_SoftwareVersion = 0;
     int onlineCounter = 0; ///< number of the next block of a run
     bool Vorta_drawOnline = true;
-    bool Vorta_invertForce = false;
 
     // --- Identity and status (tembrindata.cpp, tembrindata_status.cpp) -----------------------------------
     bool isIdle() const { return runState == 0; }
-    bool isFastRate() const { return rate >= RateTables::firstFast; }
+    /// A run of this logger is stored, and not streamed, at the rate that it reported.
+    bool isFastRate() const { return !vorta && settings.rate >= RateTables::firstFast; }
     bool isVorta() const { return vorta; }
     void setVorta(bool tf) { vorta = tf; }
     bool isLoggerRecognized() const { return loggerRecognized; }
@@ -187,8 +177,6 @@ public:
     int getExtSensID2() const { return ext2Code; }
     /// Gives the first or second external socket a new identity; an ID that can't be there changes nothing.
     void replaceSensor(bool first, int id);
-    /// What the logging setup says of a socket: 0 for none and for a port that nothing is known of.
-    short externalCode(bool first) const;
 
     // --- Byte stream (tembrindata_identify.cpp) ----------------------------------------------------------
     PacketKind identifyPacket(const char* bytes, int size, int* length) override;
@@ -259,6 +247,28 @@ Q_SIGNALS:
     void temperatureChangeWarning(int index);
 
 private:
+    LoggerSettings settings;
+
+public:
+    // Under their old names, until the last reader has moved to reported().
+    short& rate = settings.rate;
+    short& samples = settings.samples;
+    short& trigType = settings.trigType;
+    short& trigSens = settings.trigSens;
+    short& trigLevel = settings.trigLevel;
+    short& rangeSens = settings.rangeSens;
+    short& rangeMin = settings.rangeMin;
+    bool& confSound = settings.sound;
+    bool& confFarenheit = settings.fahrenheit;
+    bool& confBTEnabled = settings.bluetooth;
+    bool& confGPSEnabled = settings.gps;
+    bool& confHPA = settings.hpa;
+    int& confLanguage = settings.language;
+    short& Vorta_rate = settings.vortaRate;
+    short& Vorta_samples = settings.vortaSamples;
+    bool& Vorta_invertForce = settings.vortaInvertForce;
+
+private:
     // Identity and sensors
     void setNames();
     void setSamplesNamesForType();
@@ -267,6 +277,7 @@ private:
     void appendFromSlot(int slot, int id, int external1, int external2);
     void noteGates(int first, int second);
     void plugIn(bool first, int id);
+    void noteSockets();
     /// Whenever the list or the width of an entry changes.
     void forgetOnlineMask() { onlineMask = -1; }
 

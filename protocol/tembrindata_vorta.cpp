@@ -94,8 +94,6 @@ void TembrinData::reactToVortaStatus(int eventCode)
         break;
     case eventStarted:
         onlineCounter = 0; // the end of the run before may have been lost
-        if (isFastRate())
-            Q_EMIT offlineRunStarted(true);
         break;
     case eventNoBattery:
         Q_EMIT runTerminated(index, int(TERMINATE_BATTERY));

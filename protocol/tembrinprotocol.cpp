@@ -22,6 +22,12 @@ void prepare(QTimer* timer, int ms)
     timer->setInterval(ms);
 }
 
+/// What the logging setup says of a socket: 0 for none and for one that nothing is known of.
+short socketCode(int slot, int id)
+{
+    return slot < 0 || id == 0 ? short(0) : static_cast<short>(Sensor::IDToCode(id));
+}
+
 } // namespace
 
 TembrinProtocol::TembrinProtocol(int index, QObject* parent)
@@ -42,6 +48,11 @@ TembrinProtocol::TembrinProtocol(int index, QObject* parent)
     connect(tembrinData, &TembrinData::communicationEstablished, &statusTimer, &QTimer::stop);
     connect(&blTimer, &QTimer::timeout, this, &TembrinProtocol::BLTimeout);
     connect(&cmdTimer, &QTimer::timeout, this, &TembrinProtocol::cmdTimeout);
+    // Before anybody else hears of an answer, so that who does may ask whether it confirmed.
+    connect(tembrinData, &TembrinData::commandAccepted, this,
+            [this](int, commandType cmd) { noteAnswer(cmd); });
+    connect(tembrinData, &TembrinData::needLoggerType, this, &TembrinProtocol::noteNewSensors);
+    connect(tembrinData, &TembrinData::recognizedVorta, this, &TembrinProtocol::noteNewSensors);
     connect(tembrinData, &TembrinData::needNextPacket, this, &TembrinProtocol::sendNextPacket);
     connect(tembrinData, &TembrinData::needLoggerType, this, &TembrinProtocol::requestLoggerType);
     connect(tembrinData, &TembrinData::stopTransmission, this, &TembrinProtocol::stopTransmission);
@@ -81,24 +92,24 @@ void TembrinProtocol::sendCommand(commandType cmd)
 
 QVector<short> TembrinProtocol::loggingSetup() const
 {
-    const TembrinData& data = *tembrinData;
-    return {static_cast<short>(data.activeMask()),
-            data.fixedRateDecrease(data.rate),
-            data.samples,
-            data.trigType,
-            data.trigSens,
-            data.trigLevel,
-            data.externalCode(true),
-            data.externalCode(false),
-            data.rangeSens,
-            data.rangeMin};
+    const LoggerSettings setup = wanted();
+    return {static_cast<short>(setup.mask),
+            tembrinData->fixedRateDecrease(setup.rate),
+            setup.samples,
+            setup.trigType,
+            setup.trigSens,
+            setup.trigLevel,
+            socketCode(tembrinData->ext1Index, setup.external[0]),
+            socketCode(tembrinData->ext2Index, setup.external[1]),
+            setup.rangeSens,
+            setup.rangeMin};
 }
 
 QVector<short> TembrinProtocol::configuration() const
 {
-    const TembrinData& data = *tembrinData;
-    return {data.confSound,      data.confFarenheit, data.confBTEnabled,
-            data.confGPSEnabled, data.confHPA,       static_cast<short>(data.confLanguage)};
+    const LoggerSettings conf = wanted();
+    return {conf.sound, conf.fahrenheit, conf.bluetooth,
+            conf.gps,   conf.hpa,        static_cast<short>(conf.language)};
 }
 
 void TembrinProtocol::sendCommand(commandType cmd, short argument)
@@ -126,10 +137,12 @@ void TembrinProtocol::sendVortaCommand(commandType cmd)
 {
     if (!isConnect || !talker)
         return;
-    if (cmd == CMD_VORTA_START)
-        talker->sendVortaCommand(cmd, {tembrinData->Vorta_rate, tembrinData->Vorta_samples});
-    else
-        talker->sendVortaCommand(cmd);
+    if (cmd == CMD_VORTA_START) {
+        const LoggerSettings setup = wanted();
+        talker->sendVortaCommand(cmd, {setup.vortaRate, setup.vortaSamples});
+        return;
+    }
+    talker->sendVortaCommand(cmd);
 }
 
 void TembrinProtocol::sendBLCommand(commandType cmd)

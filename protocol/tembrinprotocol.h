@@ -8,12 +8,14 @@
 #include <QVector>
 
 #include <memory>
+#include <optional>
 
 #include "link/commandtype.h"
 #include "link/connectthread.h"
 #include "link/portdiscovery.h"
 #include "link/possibledevice.h"
 #include "link/serialport.h"
+#include "protocol/loggersettings.h"
 
 class MyPortTalker;
 class PortListener;
@@ -81,8 +83,22 @@ public:
     QString getGroupName() const { return groupName; }
     void setGroupName(const QString& name) { groupName = name; }
 
-    /// The main way of sending: adds the arguments from `tembrinData`, and translates or drops the command
-    /// for a Vorta logger.
+    // --- What is wanted of the logger --------------------------------------------------------------------
+    /// What a setup or a configuration sends: the wanted parts that the logger has not confirmed yet, and for
+    /// the rest what it reported.
+    LoggerSettings wanted() const;
+    /// Wants mask, rate, samples, sockets, trigger, range and the Vorta parts of `settings`. Nothing is sent.
+    /// A mask is of the sensors of one list: another list of sensors ends the want.
+    void wantSetup(const LoggerSettings& settings);
+    /// Wants the configuration flags and the language of `settings`. Nothing is sent.
+    void wantConfiguration(const LoggerSettings& settings);
+    /// No wanted setup is open: the logger answered one with this mask, rate, number of samples and sockets.
+    /// For a Vorta logger nothing is ever open: the wanted setup lasts, and each start of a run carries it.
+    bool isSetupConfirmed() const;
+    bool isConfigurationConfirmed() const { return !wantedConfiguration; }
+
+    /// The main way of sending: a setup, a configuration and the start of a Vorta logger carry wanted().
+    /// Translates or drops the command for a Vorta logger.
     void sendCommand(commandType cmd);
     /// With one argument and without translation.
     void sendCommand(commandType cmd, short argument);
@@ -150,6 +166,14 @@ private:
     void repeatStatusQuestion();
     QVector<short> loggingSetup() const;
     QVector<short> configuration() const;
+    void noteAnswer(commandType cmd);
+    bool isReportedAs(const LoggerSettings& setup) const;
+    void noteNewSensors();
+    QVector<int> fixedSensors() const;
+
+    std::optional<LoggerSettings> wantedSetup;
+    std::optional<LoggerSettings> wantedConfiguration;
+    QVector<int> wantedSensors; ///< the list that the wanted mask speaks of
 
     SerialPortFactory portFactory;
     PortDiscovery discovery;

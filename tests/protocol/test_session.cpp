@@ -69,15 +69,95 @@ private Q_SLOTS:
         QCOMPARE(written(), summed("4714DD 15 02") + summed("471444 03") + summed("471499"));
     }
 
+    void aWantedSetupIsOpenUntilTheLoggerAnswersThisOne_data()
+    {
+        columns<QByteArray, bool>({"answer", "confirmed"});
+        // Wanted: mask 0x13, rate code 4, 3 for 10000 samples, 337 is code 26 in both sockets.
+        const std::initializer_list<std::pair<int, int>> same = {{3, 0x11}, {10, 0x13}, {11, 4},
+                                                                 {12, 3},   {25, 0x1C}, {26, 0x26}};
+        const auto changed = [&](int offset, int value) {
+            QByteArray packet = status(same);
+            packet.chop(1);
+            packet[offset] = char(value);
+            return summed(packet);
+        };
+        row("this one", status(same), true);
+        row("a socket names its sensor", changed(25, 101), true);
+        row("an earlier mask", changed(10, 0x03), false);
+        row("an earlier rate", changed(11, 3), false);
+        row("an earlier number", changed(12, 2), false);
+        row("an earlier socket", changed(25, 0x26), false);
+        row("a key of the logger", changed(3, 0x00), false);
+        row("a damaged one", status(same).replace(32, 1, "\x77"), false);
+    }
+
+    void aWantedSetupIsOpenUntilTheLoggerAnswersThisOne()
+    {
+        QFETCH(QByteArray, answer);
+        bench->recognise();
+        TembrinProtocol& protocol = bench->protocol;
+        LoggerSettings setup = protocol.wanted();
+        setup.mask = 0xFF13; // of six sensors
+        setup.rate = 4;
+        setup.samples = 3;
+        setup.external[0] = VERNIER_PH;
+        setup.sound = false; // no part of a setup
+        protocol.wantSetup(setup);
+        bench->feed(status({{3, 0}, {21, 2}})); // pressed in the middle: changes nothing of what is sent
+        protocol.sendCommand(CMD_TEMBRIN_LOGGING_SETUP);
+        const QByteArray frame = summed("471411 0013 04 03 01 02 012C 1C 26 FF 0032");
+        QCOMPARE(written(), frame);
+        QVERIFY(protocol.wanted().sound && protocol.isConfigurationConfirmed());
+
+        bool told = false;
+        connect(&bench->data, &TembrinData::commandAccepted, this,
+                [&] { told = protocol.isSetupConfirmed(); });
+        bench->feed(answer);
+        QTEST(protocol.isSetupConfirmed(), "confirmed");
+        QTEST(told, "confirmed");
+        if (!told) {
+            protocol.sendCommand(CMD_TEMBRIN_LOGGING_SETUP);
+            QCOMPARE(written(), frame + frame);
+        }
+        bench->feed(status({{11, 2}})); // what a logger reports later is what it is set to
+        QCOMPARE(protocol.wanted().rate, short(told ? 2 : 4));
+        bench->feed(bytes("2E6982 01020407202700000000000000000000 00 92")); // the same list
+        QTEST(protocol.isSetupConfirmed(), "confirmed");
+        bench->feed(bytes("2E6982 01020405202700000000000000000000 00 94")); // another
+        QVERIFY(protocol.isSetupConfirmed());
+    }
+
+    void aWantedConfigurationIsOpenUntilAnsweredAsSent()
+    {
+        bench->recognise();
+        LoggerSettings conf = bench->protocol.wanted();
+        conf.sound = false;
+        conf.fahrenheit = true;
+        conf.language = 3;
+        bench->protocol.wantConfiguration(conf);
+        bench->feed(status({}));
+        bench->protocol.sendCommand(CMD_CONFIGURE_TEMBRIN);
+        QCOMPARE(written(), summed("4714DD 16 03"));
+        bench->feed(status({{3, 0xDD}}));
+        QVERIFY(!bench->protocol.isConfigurationConfirmed());
+        bench->feed(status({{3, 0xDD}, {30, 0x16}, {31, 3}}));
+        QVERIFY(bench->protocol.isConfigurationConfirmed());
+    }
+
     void aVortaGetsItsOwnCommandsOrNone()
     {
         bench->protocol.sendCommand(CMD_GET_ALL_SENSORS_ID);
         bench->feed(summed("3E7983 10 01 02 00 03 0064 0000 0000 00"));
+        LoggerSettings setup;
+        setup.vortaRate = 4;
+        setup.vortaSamples = 1000;
+        bench->protocol.wantSetup(setup);
         bench->port().writes.clear();
+        bench->feed(summed("3E7983 22 01 02 01 03 0064 0000 0000 00")); // reports what it last did
         for (const commandType cmd : {CMD_START_LOGGING, CMD_TEMBRIN_LOGGING_SETUP, CMD_GET_TEMBRIN_STATUS,
                                       CMD_GET_ALL_SENSORS_VALUES, CMD_STOP_LOGGING})
             bench->protocol.sendCommand(cmd);
-        QCOMPARE(written(), summed("672422 03 0064") + summed("672455") + summed("672433"));
+        QCOMPARE(written(), summed("672422 04 03E8") + summed("672455") + summed("672433"));
     }
 
     void loaderAndLongCommandsAreRepeatedSoOften()

@@ -126,12 +126,12 @@ private Q_SLOTS:
         bench->feed(bytes(sensorListHex));
         const SensorPtr first = bench->data.sensors.at(4);
         first->minView = -7;
-        QCOMPARE(bench->data.externalCode(true), short(0)); // a port that nothing is known of
+        QCOMPARE(bench->data.reported().external[0], 0); // a port that nothing is known of
         bench->feed(status({{25, 101}, {26, 3}}));
         QCOMPARE(first->ID, int(QUELLMARK_CURRENT));
         QCOMPARE(bench->data.sensors.at(5)->ID, VERNIER_CODE + 3);
-        QCOMPARE(bench->data.externalCode(true), short(101));
-        QCOMPARE(bench->data.externalCode(false), short(3));
+        QCOMPARE(bench->data.reported().external[0], int(QUELLMARK_CURRENT));
+        QCOMPARE(bench->data.reported().external[1], VERNIER_CODE + 3);
         QCOMPARE(first->minView, -7.0);
 
         bench->feed(status({{3, 0x46}, {25, 103}}));

@@ -1,0 +1,97 @@
+#include "protocol/packets.h"
+#include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
+
+namespace {
+
+/// A sensor that names itself can't be talked out of its socket, nor into it.
+bool canBeTold(int wantedID, int reportedID)
+{
+    return wantedID != 0 && Sensor::isIDVestrel(wantedID) == Sensor::isIDVestrel(reportedID);
+}
+
+} // namespace
+
+LoggerSettings TembrinProtocol::wanted() const
+{
+    LoggerSettings settings = tembrinData->reported();
+    settings.mask = tembrinData->activeMask();
+    if (wantedSetup)
+        settings.takeSetup(*wantedSetup);
+    if (wantedConfiguration)
+        settings.takeConfiguration(*wantedConfiguration);
+    return settings;
+}
+
+void TembrinProtocol::wantSetup(const LoggerSettings& settings)
+{
+    wantedSetup = settings;
+    const int sensors = tembrinData->getSensors().size();
+    if (sensors < 16)
+        wantedSetup->mask &= (1u << sensors) - 1;
+    wantedSensors = fixedSensors();
+}
+
+void TembrinProtocol::wantConfiguration(const LoggerSettings& settings)
+{
+    wantedConfiguration = settings;
+}
+
+bool TembrinProtocol::isSetupConfirmed() const
+{
+    return !wantedSetup || tembrinData->isVorta();
+}
+
+/// An answer to an earlier command of the kind says nothing of what is wanted by now.
+void TembrinProtocol::noteAnswer(commandType cmd)
+{
+    if (cmd == CMD_TEMBRIN_LOGGING_SETUP && wantedSetup) {
+        if (isReportedAs(*wantedSetup))
+            wantedSetup.reset();
+        else
+            qCInfo(lcProtocol) << "logger" << index << "answered a setup with other settings than are wanted";
+    } else if (cmd == CMD_CONFIGURE_TEMBRIN && wantedConfiguration) {
+        if (tembrinData->reported().isSameConfiguration(*wantedConfiguration))
+            wantedConfiguration.reset();
+        else
+            qCInfo(lcProtocol) << "logger" << index << "answered a configuration with another than is wanted";
+    }
+}
+
+bool TembrinProtocol::isReportedAs(const LoggerSettings& setup) const
+{
+    const LoggerSettings& reported = tembrinData->reported();
+    // A rate that a logger lacks comes back as its nearest, so what counts is what went over the wire.
+    if (reported.mask != setup.mask || reported.samples != setup.samples ||
+        tembrinData->fixedRateDecrease(reported.rate) != tembrinData->fixedRateDecrease(setup.rate))
+        return false;
+    const int slots[] = {tembrinData->ext1Index, tembrinData->ext2Index};
+    for (int i = 0; i < 2; ++i) {
+        if (slots[i] >= 0 && canBeTold(setup.external[i], reported.external[i]) &&
+            setup.external[i] != reported.external[i])
+            return false;
+    }
+    return true;
+}
+
+void TembrinProtocol::noteNewSensors()
+{
+    if (!wantedSetup || wantedSensors == fixedSensors())
+        return;
+    qCInfo(lcProtocol) << "logger" << index << "has other sensors than the wanted setup was made for";
+    wantedSetup.reset();
+}
+
+/// The sensors of the list, without what happens to be plugged in.
+QVector<int> TembrinProtocol::fixedSensors() const
+{
+    QVector<int> ids;
+    const SensorList& list = tembrinData->getSensors();
+    for (int i = 0; i < list.size(); ++i) {
+        const bool isSocket = tembrinData->isExtSens1(i) || tembrinData->isExtSens2(i);
+        // Which of the two thermometers an old logger has, it tells only after the list.
+        const bool isThermometer = list.at(i)->ID == SENSOR_EXT_TEMP_NTC;
+        ids.append(isSocket ? int(SENSOR_EXTERNAL) : isThermometer ? int(SENSOR_EXT_TEMP) : list.at(i)->ID);
+    }
+    return ids;
+}
