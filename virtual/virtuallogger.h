@@ -78,6 +78,9 @@ public:
 
     const LoggerIdentity& identity() const { return self; }
     bool hasSocket(int socket) const;
+    bool isRunning() const { return run.isOn; }
+    /// The sensors that a sample of the present run, or else the last one, holds, in order.
+    QVector<int> sampleIds() const;
     /// One line on what the logger is doing.
     QString summary() const;
 

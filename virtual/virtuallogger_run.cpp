@@ -205,6 +205,16 @@ QByteArray VirtualLogger::sampleBytes(const Experiment& experiment, double secon
     return bytes;
 }
 
+QVector<int> VirtualLogger::sampleIds() const
+{
+    QVector<int> ids;
+    for (int slot = 0; slot < recording.ids.size(); ++slot) {
+        if (recording.mask & (1U << slot))
+            ids.append(recording.ids[slot]);
+    }
+    return ids;
+}
+
 LessonSignals VirtualLogger::runSignals(int number) const
 {
     return LessonSignals(self.seed + quint32(number) * 7919U);
