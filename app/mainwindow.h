@@ -13,6 +13,7 @@
 #include <memory>
 #include <vector>
 
+#include "common/classsize.h"
 #include "graph/plot.h"
 #include "link/commandtype.h"
 
@@ -210,7 +211,7 @@ private:
         bool isNew = false;       ///< has samples that are not marked for painting
         bool startsClass = false; ///< its next sample starts the class set anew
     };
-    LiveState live[8];
+    LiveState live[mostLoggers];
     bool isClassNew = false;
 
     // Download, in mainwindow_download.cpp

@@ -21,8 +21,8 @@ void installTranslations(QCoreApplication* application);
 /// The style sheet of the application, empty where it can't be read.
 QString styleSheet();
 
-/// Writes the log to "log.txt" in the working directory, and to the standard streams. The file is removed at
-/// each start, wanted or not.
+/// Where the settings ask for it, writes the log to "log.txt" in the working directory and to the standard
+/// streams, the debug lines of all rooms too. The file is removed at each start, wanted or not.
 void startLog();
 
 } // namespace StartUp

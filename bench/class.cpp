@@ -25,6 +25,7 @@
 
 #include "app/mainwindow.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/classsize.h"
 #include "common/settings.h"
 #include "common/waits.h"
 #include "data/expdata.h"
@@ -34,7 +35,7 @@
 
 namespace {
 
-constexpr int loggerCount = 8;
+constexpr int loggerCount = mostLoggers;
 
 qint64 monotonicNs()
 {

@@ -21,13 +21,14 @@
 #include <qwt_plot_curve.h>
 #include <qwt_plot_grid.h>
 
+#include "common/classsize.h"
 #include "data/expdata.h"
 #include "graph/colorscale.h"
 #include "graph/plot.h"
 
 namespace {
 
-constexpr int loggers = 8;
+constexpr int loggers = mostLoggers;
 constexpr int curvesPerPlot = 4;
 constexpr int rounds = 9;
 constexpr int plainWidth = 2;

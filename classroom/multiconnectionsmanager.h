@@ -5,6 +5,7 @@
 #include <QTimer>
 
 #include "classroom/views.h"
+#include "common/classsize.h"
 #include "link/commandtype.h"
 #include "link/serialport.h"
 #include "sensors/sensor.h"
@@ -31,7 +32,7 @@ public:
 
     // Loggers, in multiconnectionsmanager.cpp
 
-    static constexpr int nMaxTembrins() { return 8; }
+    static constexpr int nMaxTembrins() { return mostLoggers; }
     int nDefTembrins() const { return nDef; }
     void setDefTembrins(int n) { nDef = qBound(0, n, nMaxTembrins()); }
     /// At least one logger is in use.
@@ -162,7 +163,7 @@ private:
     void takeDownload(int index, bool success);
     void repeatDownload();
 
-    Logger loggers[8];
+    Logger loggers[mostLoggers];
     int nDef = 0;
     ExpData* classData = nullptr;
     Plot* classPlot = nullptr;

@@ -137,7 +137,7 @@ bool Indicator::eventFilter(QObject* object, QEvent* event)
         const Qt::MouseButton button = static_cast<QMouseEvent*>(event)->button();
         if (index >= 0 && button == Qt::LeftButton)
             Q_EMIT tryToConnect(index);
-        else if (index >= 0 && button == Qt::RightButton)
+        else if (index >= 0 && button == Qt::RightButton && isConnected(index))
             confirmDelete(index);
         else if (object == pair)
             openPairing();

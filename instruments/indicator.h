@@ -4,6 +4,8 @@
 #include <QString>
 #include <QWidget>
 
+#include "common/classsize.h"
+
 class QLabel;
 class UserPrompt;
 
@@ -15,7 +17,7 @@ class Indicator : public QWidget
     Q_OBJECT
 
 public:
-    static constexpr int nBT = 8;
+    static constexpr int nBT = mostLoggers;
 
     enum class State
     {
@@ -38,6 +40,10 @@ public:
     /// The names that the warning before a deletion tells.
     void setLoggerDetails(int index, const QString& loggerName, const QString& groupName);
     State state(int index) const { return slots_[index].state; }
+    bool isConnected(int index) const
+    {
+        return slots_[index].state == State::On || slots_[index].state == State::Comm;
+    }
 
     bool isJunior = false;
 

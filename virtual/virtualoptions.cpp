@@ -1,5 +1,6 @@
 #include "virtual/virtualoptions.h"
 
+#include "common/classsize.h"
 #include "sensors/sensorids.h"
 #include "virtual/models.h"
 #include "virtual/rates.h"
@@ -11,8 +12,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr int mostLoggers = 8;
 
 QString defaultDirectory()
 {

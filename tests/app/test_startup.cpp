@@ -1,3 +1,5 @@
+#include <QLoggingCategory>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include "app/startup.h"
@@ -47,6 +49,27 @@ private Q_SLOTS:
         QTEST(Settings::isJuniorEdition(), "isJunior");
         QCOMPARE(Settings::mainStore().value(QLatin1String(Settings::vestrelPanel), false).toBool(), isPanel);
         Settings::mainStore().clear();
+    }
+
+    void loggingWritesTheDebugLinesOfAllRooms()
+    {
+        const QTemporaryDir folder;
+        const QString before = QDir::currentPath();
+        QDir::setCurrent(folder.path());
+        const QLoggingCategory room("pellandra.link", QtInfoMsg);
+        StartUp::startLog();
+        QVERIFY(!room.isDebugEnabled());
+        Settings::mainStore().setValue(QLatin1String(Settings::logging), true);
+        const QtMessageHandler guards = qInstallMessageHandler(nullptr);
+        StartUp::startLog();
+        qCDebug(room, "nine bytes");
+        qInstallMessageHandler(guards);
+        QLoggingCategory::setFilterRules({});
+        Settings::mainStore().clear();
+        QFile log(QStringLiteral("log.txt"));
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        QVERIFY(log.readAll().endsWith(": nine bytes\n"));
+        QDir::setCurrent(before);
     }
 };
 

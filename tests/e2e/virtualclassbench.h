@@ -11,6 +11,7 @@
 
 #include "app/mainwindow.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/classsize.h"
 #include "common/settings.h"
 #include "data/expdata.h"
 #include "protocol/tembrindata.h"
@@ -202,5 +203,5 @@ protected:
     QStringList ports;
     bool isReady = false;
     QString recordFile;
-    QHash<int, QByteArray> record[8]; ///< bytes by sample number
+    QHash<int, QByteArray> record[mostLoggers]; ///< bytes by sample number
 };

@@ -1,10 +1,15 @@
+#include <QApplication>
 #include <QFile>
 #include <QLabel>
+#include <QMainWindow>
 #include <QSignalSpy>
+#include <QStatusBar>
+#include <QStatusTipEvent>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include "instruments/indicator.h"
+#include "instruments/statusline.h"
 #include "tests/common/fakeprompt.h"
 #include "tests/common/testsupport.h"
 
@@ -36,6 +41,11 @@ private Q_SLOTS:
     void aRightClickDeletesOnlyAfterYes()
     {
         QSignalSpy deletes(strip.data(), &Indicator::deleteFromLogger);
+        prompt.confirmed = true;
+        QTest::mouseClick(icon(0), Qt::RightButton); // not connected: there is nothing to offer
+        QCOMPARE(prompt.asked, QStringList());
+        prompt.confirmed = false;
+        strip->setBT(0, true);
         strip->setLoggerDetails(0, QStringLiteral("Tembrin_0421"), QStringLiteral("Ada"));
         QTest::mouseClick(icon(0), Qt::RightButton);
         QCOMPARE(deletes.count(), 0);
@@ -66,6 +76,31 @@ private Q_SLOTS:
         QTest::mouseClick(pair, Qt::LeftButton);
         QTRY_VERIFY(QFile::exists(trace));
         QCOMPARE(messages.count(), 1);
+    }
+
+    void theStatusLineStandsThroughStatusTips()
+    {
+        QMainWindow window;
+        window.resize(600, 200);
+        auto* line = new StatusLine;
+        window.statusBar()->addPermanentWidget(line);
+        window.show();
+        QVERIFY(!line->isVisible());
+        line->setWaiting(QStringLiteral("Please wait"));
+        QStatusTipEvent tip(QStringLiteral("Stops all"));
+        QApplication::sendEvent(&window, &tip);
+        QStatusTipEvent noTip({});
+        QApplication::sendEvent(&window, &noTip);
+        QVERIFY(line->isVisible());
+        QCOMPARE(line->text(), QStringLiteral("Please wait"));
+        line->setOutcome(QString(500, QLatin1Char('m')) + QLatin1String("\nof group Ada"));
+        QCOMPARE(line->text(), line->toolTip());
+        QVERIFY(line->toolTip().endsWith(QLatin1String("m of group Ada")));
+        QTRY_VERIFY(line->width() > 300 && line->width() <= 400);
+        line->setWaiting({});
+        QVERIFY(line->isVisible());
+        line->setOutcome({});
+        QVERIFY(!line->isVisible());
     }
 
 private:

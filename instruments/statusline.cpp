@@ -1,0 +1,103 @@
+#include "instruments/statusline.h"
+
+#include <QEvent>
+#include <QFontMetrics>
+#include <QPainter>
+
+namespace {
+
+constexpr int margin = 4;
+constexpr int between = 12; ///< pixels from what is going on to how the last thing ended
+constexpr int leastWidth = 80;
+
+/// A line has no room for a second one.
+QString flat(const QString& text)
+{
+    return text.simplified();
+}
+
+} // namespace
+
+StatusLine::StatusLine(QWidget* parent)
+    : QFrame(parent)
+{
+    setObjectName(QStringLiteral("statusLine"));
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
+    setVisible(false);
+}
+
+void StatusLine::setWaiting(const QString& text)
+{
+    show(&waitingText, flat(text));
+}
+
+void StatusLine::setOutcome(const QString& text)
+{
+    show(&outcomeText, flat(text));
+}
+
+void StatusLine::show(QString* part, const QString& text)
+{
+    if (*part == text)
+        return;
+    *part = text;
+    setToolTip(this->text());
+    setAccessibleName(this->text());
+    setVisible(!this->text().isEmpty());
+    updateGeometry();
+    update();
+}
+
+QString StatusLine::text() const
+{
+    if (waitingText.isEmpty() || outcomeText.isEmpty())
+        return waitingText + outcomeText;
+    return waitingText + QStringLiteral(" · ") + outcomeText;
+}
+
+QFont StatusLine::boldFont() const
+{
+    QFont bold = font();
+    bold.setBold(true);
+    return bold;
+}
+
+QSize StatusLine::sizeHint() const
+{
+    int width = 2 * margin;
+    if (!waitingText.isEmpty())
+        width += QFontMetrics(boldFont()).horizontalAdvance(waitingText);
+    if (!outcomeText.isEmpty())
+        width += QFontMetrics(font()).horizontalAdvance(outcomeText);
+    if (!waitingText.isEmpty() && !outcomeText.isEmpty())
+        width += between;
+    return {qMin(width, window()->width() * 2 / 3), QFontMetrics(boldFont()).height() + margin};
+}
+
+QSize StatusLine::minimumSizeHint() const
+{
+    return {qMin(leastWidth, sizeHint().width()), sizeHint().height()};
+}
+
+void StatusLine::paintEvent(QPaintEvent* event)
+{
+    QFrame::paintEvent(event);
+    QPainter painter(this);
+    QRect room = contentsRect().adjusted(margin, 0, -margin, 0);
+    for (const auto& [text, look] : {std::pair(waitingText, boldFont()), std::pair(outcomeText, font())}) {
+        if (text.isEmpty() || room.width() <= 0)
+            continue;
+        painter.setFont(look);
+        const QFontMetrics metrics(look);
+        painter.drawText(room, Qt::AlignVCenter | Qt::AlignLeft,
+                         metrics.elidedText(text, Qt::ElideRight, room.width()));
+        room.setLeft(room.left() + metrics.horizontalAdvance(text) + between);
+    }
+}
+
+void StatusLine::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        updateGeometry();
+    QFrame::changeEvent(event);
+}
