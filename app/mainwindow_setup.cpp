@@ -13,11 +13,8 @@ void MainWindow::doBasicSetup()
     const QPointer<loggerBasicSetup> dialog = new loggerBasicSetup(prompt, this);
     basicSetupDlg = dialog;
     dialog->createAll(mTembrin);
-    if (!dialog->dontOpenFlag) {
-        connect(mTembrin->tembrinDataAt(0), &TembrinData::statusReceived, dialog.data(),
-                &loggerBasicSetup::updateStatus);
+    if (!dialog->dontOpenFlag)
         dialog->exec();
-    }
     basicSetupDlg = nullptr;
     if (dialog)
         dialog->deleteLater();

@@ -14,9 +14,8 @@
 #include "common/common.h"
 #include "common/screenflags.h"
 #include "protocol/tembrindata.h"
-#include "protocol/tembrinprotocol.h"
+#include "setup/classlink.h"
 #include "setup/dialogtools.h"
-#include "setup/ratechoice.h"
 
 using DialogTools::named;
 using DialogTools::sized;
@@ -26,8 +25,7 @@ namespace {
 const QSize basicDialogSize(510, 546);
 constexpr int mostPictureEdge = 256;
 constexpr int usualIcon = 32;
-constexpr int listPadding = 14;   ///< pixels that a list needs above and below its text
-constexpr int samplesOffered = 4; ///< to all but Vorta loggers
+constexpr int listPadding = 14; ///< pixels that a list needs above and below its text
 
 QLabel* picture(const QString& path, const char* name, const QString& spoken, int edge)
 {
@@ -74,6 +72,9 @@ void loggerBasicSetup::createWidgets()
     runLength->setWordWrap(true);
     invertForceBox = named(new QCheckBox(tr("Invert Force")), "invertForceBox");
 
+    warnings = named(new QLabel, "setupWarnings");
+    warnings->setProperty("isWarning", true);
+    warnings->setWordWrap(true);
     hint = named(new QLabel, "setupHint");
     hint->setWordWrap(true);
     Exit = named(new QPushButton(tr("Exit")), "Exit");
@@ -130,43 +131,37 @@ void loggerBasicSetup::createLayout()
     all->addLayout(lists);
     all->addWidget(invertForceBox);
     all->addWidget(photogateGroupBox);
+    all->addWidget(warnings);
     all->addLayout(below);
 }
 
 void loggerBasicSetup::createAll(multiConnectionsManager* manager)
 {
     mTembrin = manager;
-    tembrin = manager->tembrinAt(0);
-    tembrinData = tembrin->tembrinData;
-    photogateGroupBox->setChecked(tembrinData->photogateEnabled);
-    cardWidthLineEdit->setText(Common::myToString(tembrinData->photoObjW, 'g', 6));
-    fillSensors();
-    fillLists();
+    link = new ClassLink(manager, this);
+    cardWidthLineEdit->setText(Common::myToString(link->leaderState().photoObjW, 'g', 6));
     connectControls();
-    const auto atFirst = selection();
     modifyAll();
-    if (isBusy() && selection() != atFirst)
-        refuse();
-    isReady = true;
     setTitleFonts();
+    dontOpenFlag = isRefused();
     DialogTools::fitToScreen(this, basicDialogSize, {sensorArea});
 }
 
 void loggerBasicSetup::connectControls()
 {
-    for (QComboBox* list : {comboRate, comboSamples})
-        connect(list, qOverload<int>(&QComboBox::currentIndexChanged), this,
-                qOverload<int>(&loggerBasicSetup::somethingChanged));
-    connect(invertForceBox, &QCheckBox::clicked, this, qOverload<>(&loggerBasicSetup::somethingChanged));
+    connect(comboRate, qOverload<int>(&QComboBox::currentIndexChanged), this, &loggerBasicSetup::rateChosen);
+    connect(comboSamples, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &loggerBasicSetup::samplesChosen);
+    connect(invertForceBox, &QCheckBox::clicked, this, &loggerBasicSetup::invertForceChosen);
     connect(photogateGroupBox, &QGroupBox::clicked, this, &loggerBasicSetup::photoGateChanged);
     connect(cardWidthLineEdit, &QLineEdit::textChanged, this, &loggerBasicSetup::takePhotogate);
     connect(Exit, &QPushButton::clicked, this, &loggerBasicSetup::on_Exit_clicked);
+    connect(link, &ClassLink::changed, this, &loggerBasicSetup::modifyAll);
 }
 
 /// The rows of the sensors, anew when the logger has told of another list.
 void loggerBasicSetup::fillSensors()
 {
-    sensors = tembrinData->getSensors();
     sensBoxes.clear();
     comboBoxes = {nullptr, nullptr};
     while (QLayoutItem* item = vboxSensors->takeAt(0)) {
@@ -176,70 +171,46 @@ void loggerBasicSetup::fillSensors()
         }
         delete item;
     }
-    for (int i = 0; i < sensors.size(); ++i)
+    for (int i = 0; i < shownSensors.size(); ++i)
         vboxSensors->addWidget(createSensorRow(i));
     vboxSensors->addStretch(1);
 }
 
 QWidget* loggerBasicSetup::createSensorRow(int i)
 {
-    const Sensor& sensor = *sensors[i];
+    const ClassPlan::Channel& channel = link->plan.channels()[i];
+    const Sensor sensor(channel.id);
     auto* box = new QCheckBox(sensor.name);
     box->setObjectName(QStringLiteral("sensBox%1").arg(i + 1));
     box->setFont(sized(comboRate->font(), textSize));
     box->setIcon(QIcon(sensor.iconNameColor));
     box->setIconSize(QSize(iconDim, iconDim));
-    connect(box, &QCheckBox::clicked, this, qOverload<>(&loggerBasicSetup::somethingChanged));
+    connect(box, &QCheckBox::clicked, this, [this, i](bool isOn) { ticked(i, isOn); });
     sensBoxes.append(box);
-    if (!isSocket(i))
+    if (channel.socket < 0)
         return box;
 
     auto* row = new QSplitter(Qt::Horizontal);
     row->setChildrenCollapsible(false);
     row->addWidget(box);
-    row->addWidget(createSocketList(i));
+    row->addWidget(createSocketList(channel.socket));
     row->setStretchFactor(1, 1);
     DialogTools::keepFromWheel(row);
     return row;
 }
 
-QComboBox* loggerBasicSetup::createSocketList(int i)
+QComboBox* loggerBasicSetup::createSocketList(int socket)
 {
-    const bool first = tembrinData->isExtSens1(i);
     auto* list = new QComboBox;
-    list->setObjectName(first ? QStringLiteral("socketList1") : QStringLiteral("socketList2"));
-    list->setAccessibleName(tr("Sensor in socket %1").arg(first ? 1 : 2));
+    list->setObjectName(QStringLiteral("socketList%1").arg(socket + 1));
+    list->setAccessibleName(tr("Sensor in socket %1").arg(socket + 1));
     list->setFont(sized(comboRate->font(), textSize));
     list->setMaximumHeight(qMax(iconDim, list->fontMetrics().height() + listPadding));
     list->addItems(Sensor::vernierList());
-    list->setCurrentIndex(socketEntry(i));
     connect(list, qOverload<int>(&QComboBox::currentIndexChanged), this,
-            first ? &loggerBasicSetup::vernierChanged : &loggerBasicSetup::vernierChanged2);
-    comboBoxes[first ? 0 : 1] = list;
+            [this, socket](int index) { plugVernier(socket, index); });
+    comboBoxes[socket] = list;
     return list;
-}
-
-void loggerBasicSetup::fillLists()
-{
-    isVortaShown = tembrinData->isVorta();
-    rates = RateChoice::offered(*tembrinData);
-    const QSignalBlocker quietRate(comboRate);
-    const QSignalBlocker quietSamples(comboSamples);
-    comboRate->clear();
-    comboSamples->clear();
-    if (isVortaShown) {
-        for (int i = 1; i < RateTables::vortaCount; ++i)
-            comboRate->addItem(tembrinData->VortaRateNames[i]);
-    } else {
-        for (const short rate : qAsConst(rates))
-            comboRate->addItem(tembrinData->RateNames[rate]);
-    }
-    const int counts = isVortaShown ? int(std::size(tembrinData->SamplesNames)) : samplesOffered;
-    for (int i = 0; i < counts; ++i)
-        comboSamples->addItem(tembrinData->SamplesNames[i]);
-    comboRate->setCurrentIndex(isVortaShown ? 0 : 2);
-    comboSamples->setCurrentIndex(1);
-    invertForceBox->setVisible(isVortaShown);
 }
 
 void loggerBasicSetup::setTitleFonts()
@@ -251,10 +222,10 @@ void loggerBasicSetup::setTitleFonts()
                            static_cast<QWidget*>(labelSamples), static_cast<QWidget*>(invertForceBox),
                            static_cast<QWidget*>(photogateGroupBox)})
         title->setFont(titles);
-    for (QWidget* value :
-         {static_cast<QWidget*>(comboRate), static_cast<QWidget*>(comboSamples),
-          static_cast<QWidget*>(runLength), static_cast<QWidget*>(labelCardWidth),
-          static_cast<QWidget*>(cardWidthLineEdit), static_cast<QWidget*>(cardWidthUnit),
-          static_cast<QWidget*>(cardWidthHint), static_cast<QWidget*>(hint), static_cast<QWidget*>(Exit)})
+    for (QWidget* value : {static_cast<QWidget*>(comboRate), static_cast<QWidget*>(comboSamples),
+                           static_cast<QWidget*>(runLength), static_cast<QWidget*>(labelCardWidth),
+                           static_cast<QWidget*>(cardWidthLineEdit), static_cast<QWidget*>(cardWidthUnit),
+                           static_cast<QWidget*>(cardWidthHint), static_cast<QWidget*>(warnings),
+                           static_cast<QWidget*>(hint), static_cast<QWidget*>(Exit)})
         value->setFont(values);
 }

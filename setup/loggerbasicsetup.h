@@ -2,9 +2,7 @@
 
 #include <QDialog>
 #include <QList>
-#include <QPair>
-
-#include "sensors/sensor.h"
+#include <QVector>
 
 class QCheckBox;
 class QComboBox;
@@ -14,13 +12,14 @@ class QLineEdit;
 class QPushButton;
 class QScrollArea;
 class QVBoxLayout;
+class ClassLink;
 class TembrinData;
-class TembrinProtocol;
 class UserPrompt;
 class multiConnectionsManager;
 
-/// Chooses what the next experiment records. It shows the settings of logger 0; a change reaches the first
-/// logger at once and all others when the dialog closes. While it is open it follows what logger 0 reports.
+/// Chooses what the next experiment records. It edits one plan for the class, which starts from the settings
+/// of the first logger; a change reaches that logger at once and all others when the dialog closes. What was
+/// not chosen here follows what the first logger reports.
 class loggerBasicSetup : public QDialog
 {
     Q_OBJECT
@@ -31,10 +30,10 @@ public:
 
     /// Fills the dialog; once, before it is shown.
     void createAll(multiConnectionsManager* manager);
-    /// From logger 0 to the dialog. Nothing is sent.
+    /// From the plan to the dialog. Nothing is sent.
     void modifyAll();
 
-    bool dontOpenFlag = false; ///< a change met a running logger, so the dialog must not be shown
+    bool dontOpenFlag = false; ///< a logger runs, so the dialog must not be shown
 
     /// Point sizes of titles and values in the next dialogs of this run.
     static int getTitlesSize() { return titlesSize; }
@@ -50,13 +49,19 @@ public Q_SLOTS:
 
 private Q_SLOTS:
     void on_Exit_clicked();
-    void somethingChanged();
-    void somethingChanged(int index);
-    void vernierChanged(int index);
-    void vernierChanged2(int index);
     void photoGateChanged();
 
 private:
+    /// A line of a list.
+    struct Entry
+    {
+        int value = 0; ///< a rate or a number of samples, as the plan counts them
+        QString text;
+        QString tip;
+        bool operator==(const Entry& other) const;
+    };
+    using Entries = QVector<Entry>;
+
     // Widgets, in loggerbasicsetup.cpp
     void createWidgets();
     void createPhotogate();
@@ -64,44 +69,45 @@ private:
     void connectControls();
     void fillSensors();
     QWidget* createSensorRow(int i);
-    QComboBox* createSocketList(int i);
-    void fillLists();
+    QComboBox* createSocketList(int socket);
     void setTitleFonts();
 
-    // Between the dialog and the loggers, in loggerbasicsetup_sync.cpp
-    bool isBusy() const;
-    void refuse();
-    bool isSocket(int i) const;
-    int socketEntry(int i) const;
+    // Between the dialog and the plan, in loggerbasicsetup_sync.cpp
+    bool isRefused();
+    int socketEntry(int id) const;
     void showSensors();
     void showSocket(int i);
     void showPhotogate();
-    void showRate();
-    void showVorta();
-    void showRunLength();
-    void showHint();
+    void showLists();
+    void fillList(QComboBox* list, Entries* present, const Entries& wanted, int value);
+    Entries rateEntries() const;
+    Entries sampleEntries() const;
+    void ticked(int i, bool isOn);
+    void rateChosen(int index);
+    void samplesChosen(int index);
+    void invertForceChosen(bool isOn);
+    void plugVernier(int socket, int index);
     void takePhotogate();
-    void takeSetup();
-    void takeVorta();
-    void keepVortaSensors();
-    void plugVernier(bool first, int index);
-    /// What the two lists show.
-    QPair<int, int> selection() const;
+    void planChanged();
+
+    // What the plan means for the class, in loggerbasicsetup_notes.cpp
+    void showRunLength();
+    QString runLengthOf(int slot) const;
+    QString fastNote(const QVector<int>& loggers) const;
+    void showHint();
 
     static int titlesSize;
     static int textSize;
 
     UserPrompt* prompt;
     multiConnectionsManager* mTembrin = nullptr;
-    TembrinProtocol* tembrin = nullptr; ///< of logger 0
-    TembrinData* tembrinData = nullptr;
-    SensorList sensors;   ///< one row each
-    QVector<short> rates; ///< the rate that each entry of comboRate stands for
-    bool isVortaShown = false;
+    ClassLink* link = nullptr;
+    QVector<int> shownSensors; ///< one row each; the sockets count as such
+    Entries rates;             ///< what the two lists show
+    Entries sampleCounts;
     QList<QCheckBox*> sensBoxes;
     QList<QComboBox*> comboBoxes; ///< of socket 1 and 2, null where there is none
     int iconDim = 32;
-    bool isReady = false;   ///< changes are acted on
     bool isFilling = false; ///< a change is the dialog's own
     bool needToUpdateAll = false;
 
@@ -121,6 +127,7 @@ private:
     QLineEdit* cardWidthLineEdit = nullptr;
     QLabel* cardWidthUnit = nullptr;
     QLabel* cardWidthHint = nullptr; ///< why the width was not taken
+    QLabel* warnings = nullptr;      ///< what the plan can't be for some groups
     QLabel* hint = nullptr;          ///< who gets a change, and when
     QPushButton* Exit = nullptr;
 };

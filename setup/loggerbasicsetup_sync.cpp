@@ -9,171 +9,253 @@
 #include <QStyle>
 
 #include "classroom/multiconnectionsmanager.h"
+#include "classroom/ratechoice.h"
 #include "common/userprompt.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
+#include "setup/classlink.h"
 #include "setup/dialogtools.h"
-#include "setup/ratechoice.h"
 
 namespace {
 
 constexpr int voltageEntry = VERNIER_VOLTAGE - VERNIER_FIRST;
-constexpr int vortaFastest = RateTables::vortaCount - 1; ///< carries the channels 0, 2 and 4 only
-
-bool isMissingAtFastest(int sensor)
-{
-    return sensor == 1 || sensor == 3;
-}
+constexpr int samplesOffered = 4; ///< to all but Vorta loggers
 
 } // namespace
 
-bool loggerBasicSetup::isBusy() const
+/// The last question before anything is changed: a run that is on must not be disturbed.
+bool loggerBasicSetup::isRefused()
 {
-    return mTembrin->isTembrinConnect(0) && !tembrinData->isIdle();
-}
-
-void loggerBasicSetup::refuse()
-{
+    const QStringList running = link->running();
+    if (running.isEmpty())
+        return false;
     modifyAll();
-    dontOpenFlag = true;
     // A dialog that is not shown goes at once, and with it what stands on it.
-    QWidget* shown = isVisible() ? this : parentWidget();
-    prompt->warning(shown, tr("Can't perform setup"),
-                    tr("Please stop logging before changing the logger SETUP."));
+    QWidget* on = isVisible() ? this : parentWidget();
+    prompt->warning(on, tr("Can't perform setup"),
+                    tr("Please stop logging before changing the logger SETUP.") + QLatin1Char('\n') +
+                        tr("Running: %1.").arg(running.join(QStringLiteral(", "))));
+    return true;
 }
 
-bool loggerBasicSetup::isSocket(int i) const
-{
-    return tembrinData->isExtSens1(i) || tembrinData->isExtSens2(i);
-}
-
-/// The entry of the socket's list: what the socket holds, else what the logger last told, else a voltage.
-int loggerBasicSetup::socketEntry(int i) const
-{
-    if (Sensor::isIDVernier(sensors[i]->ID))
-        return sensors[i]->ID - VERNIER_FIRST;
-    const int told =
-        (tembrinData->isExtSens1(i) ? tembrinData->getExtSensID1() : tembrinData->getExtSensID2()) - 1;
-    return told >= 0 && told <= voltageEntry ? told : voltageEntry;
-}
-
-// --- From logger 0 to the dialog ---
+// --- From the plan to the dialog ---
 
 void loggerBasicSetup::updateStatus()
 {
+    link->follow();
     modifyAll();
 }
 
 void loggerBasicSetup::modifyAll()
 {
     const QScopedValueRollback<bool> own(isFilling, true);
-    if (sensors != tembrinData->getSensors())
+    QVector<int> list;
+    for (const ClassPlan::Channel& channel : link->plan.channels())
+        list.append(channel.socket >= 0 ? -1 - channel.socket : channel.id);
+    if (list != shownSensors) {
+        shownSensors = list;
         fillSensors();
-    if (isVortaShown != tembrinData->isVorta() || rates != RateChoice::offered(*tembrinData) ||
-        comboSamples->itemText(3) != tembrinData->SamplesNames[3])
-        fillLists();
+    }
     showPhotogate();
     takePhotogate();
     showSensors();
-    if (isVortaShown)
-        showVorta();
-    else
-        showRate();
+    showLists();
     showRunLength();
     showHint();
 }
 
 void loggerBasicSetup::showPhotogate()
 {
-    photogateGroupBox->setVisible(tembrinData->hasPhotogateCompatibleSensor || tembrinData->hasPhotogate);
-    if (photogateGroupBox->isCheckable() == tembrinData->hasPhotogate) {
-        photogateGroupBox->setCheckable(!tembrinData->hasPhotogate);
-        photogateGroupBox->setChecked(tembrinData->hasPhotogate); // else the toolkit ticks it by itself
-    }
+    const TembrinData& leader = link->leaderState();
+    const bool isReal = leader.hasPhotogate;
+    photogateGroupBox->setVisible(leader.hasPhotogateCompatibleSensor || isReal || link->plan.canBeGate());
+    photogateGroupBox->setCheckable(!isReal);
+    if (!isReal)
+        photogateGroupBox->setChecked(link->plan.isGate());
     for (QLabel* picture : {diagram, gateIcon})
         picture->setMinimumSize(iconDim, iconDim);
 }
 
 void loggerBasicSetup::showSensors()
 {
-    for (int i = 0; i < sensors.size(); ++i) {
-        sensBoxes[i]->setChecked(sensors[i]->active);
-        sensBoxes[i]->setAccessibleName(sensors[i]->name);
-        if (isSocket(i))
+    const QVector<ClassPlan::Channel>& channels = link->plan.channels();
+    for (int i = 0; i < channels.size(); ++i) {
+        sensBoxes[i]->setChecked(channels[i].isTicked);
+        if (channels[i].socket >= 0)
             showSocket(i);
+        else
+            sensBoxes[i]->setAccessibleName(sensBoxes[i]->text());
     }
 }
 
 /// A sensor that names itself is named by its box, any other by the list.
 void loggerBasicSetup::showSocket(int i)
 {
-    const Sensor& sensor = *sensors[i];
+    const ClassPlan::Channel& channel = link->plan.channels()[i];
+    const Sensor sensor(channel.id);
     QCheckBox* box = sensBoxes[i];
-    QComboBox* list = comboBoxes[tembrinData->isExtSens1(i) ? 0 : 1];
+    QComboBox* list = comboBoxes[channel.socket];
     const bool isNamed = Sensor::isIDVestrel(sensor.ID);
     box->setText(isNamed ? sensor.name : QString());
+    box->setAccessibleName(sensor.name);
     box->setIcon(QIcon(sensor.iconNameColor));
     list->setVisible(!isNamed);
-    list->setCurrentIndex(socketEntry(i));
+    list->setCurrentIndex(socketEntry(channel.id));
 }
 
-void loggerBasicSetup::showRate()
+int loggerBasicSetup::socketEntry(int id) const
 {
-    comboRate->setCurrentIndex(rates.indexOf(tembrinData->rate));
-    comboSamples->setCurrentIndex(tembrinData->samples < comboSamples->count() ? tembrinData->samples : -1);
+    return Sensor::isIDVernier(id) ? id - VERNIER_FIRST : voltageEntry;
 }
 
-void loggerBasicSetup::showVorta()
+bool loggerBasicSetup::Entry::operator==(const Entry& other) const
 {
-    invertForceBox->setChecked(tembrinData->Vorta_invertForce);
-    comboRate->setCurrentIndex(tembrinData->Vorta_rate - 1);
-    int entry = comboSamples->count() - 1;
-    while (entry > 0 && comboSamples->itemText(entry).toInt() != tembrinData->Vorta_samples)
-        --entry;
-    comboSamples->setCurrentIndex(entry);
+    return value == other.value && text == other.text && tip == other.tip;
 }
 
-void loggerBasicSetup::showRunLength()
+void loggerBasicSetup::showLists()
 {
-    const int samples = comboSamples->currentText().toInt();
-    const double period = isVortaShown ? tembrinData->VortaRates[tembrinData->Vorta_rate]
-                                       : tembrinData->Rates[tembrinData->rate];
-    QString text = period > 0 ? tr("The run takes %1.").arg(RateChoice::duration(samples * period))
-                              : tr("Each sample is taken by hand, with the key of the logger.");
-    if (!isVortaShown && tembrinData->isFastRate())
-        text += QLatin1Char(' ') + tr("The loggers store it, and the graphs show it when it has ended.");
-    runLength->setText(text);
+    const LoggerSettings& shown = link->plan.settings();
+    const bool isVorta = link->plan.isVorta();
+    fillList(comboRate, &rates, rateEntries(), isVorta ? shown.vortaRate : shown.rate);
+    fillList(comboSamples, &sampleCounts, sampleEntries(), isVorta ? shown.vortaSamples : shown.samples);
+    invertForceBox->setVisible(isVorta);
+    invertForceBox->setChecked(shown.vortaInvertForce);
 }
 
-void loggerBasicSetup::showHint()
+void loggerBasicSetup::fillList(QComboBox* list, Entries* present, const Entries& wanted, int value)
 {
-    int connected = 0;
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
-        connected += mTembrin->isTembrinConnect(i) ? 1 : 0;
-    if (connected == 0)
-        hint->setText(tr("No logger is connected, so nothing can be sent."));
-    else if (connected == 1)
-        hint->setText(tr("A change is sent to the logger at once."));
+    if (*present != wanted) {
+        *present = wanted;
+        list->clear();
+        for (const Entry& entry : wanted) {
+            list->addItem(entry.text, entry.value);
+            if (entry.tip.isEmpty())
+                continue;
+            list->setItemData(list->count() - 1, entry.tip, Qt::ToolTipRole);
+            list->setItemData(list->count() - 1, entry.text + QLatin1String(". ") + entry.tip,
+                              Qt::AccessibleTextRole);
+        }
+    }
+    list->setCurrentIndex(list->findData(value));
+    list->setToolTip(list->currentData(Qt::ToolTipRole).toString());
+}
+
+/// A rate that a group lacks names it. One that the logger reports and does not offer stands last.
+loggerBasicSetup::Entries loggerBasicSetup::rateEntries() const
+{
+    const TembrinData& leader = link->leaderState();
+    Entries entries;
+    if (link->plan.isVorta()) {
+        for (int i = 1; i < RateTables::vortaCount; ++i)
+            entries.append({i, leader.VortaRateNames[i], {}});
+        return entries;
+    }
+    QVector<short> offered = RateChoice::offered(leader);
+    if (!offered.contains(link->plan.settings().rate))
+        offered.append(link->plan.settings().rate);
+    for (const short rate : qAsConst(offered)) {
+        Entry entry{rate, leader.RateNames[rate], {}};
+        const QStringList lacking = link->lackingRate(rate);
+        if (!lacking.isEmpty()) {
+            const QString names = lacking.join(QStringLiteral(", "));
+            constexpr int namesInLine = 2;
+            entry.text += QLatin1Char(' ') + (lacking.size() <= namesInLine
+                                                  ? tr("(not %1)").arg(names)
+                                                  : tr("(not %n groups)", nullptr, lacking.size()));
+            entry.tip = tr("%1 can't record at this rate and gets the nearest of its own.").arg(names);
+        }
+        entries.append(entry);
+    }
+    return entries;
+}
+
+/// The usual numbers, and the logger's own where it has another.
+loggerBasicSetup::Entries loggerBasicSetup::sampleEntries() const
+{
+    const TembrinData& leader = link->leaderState();
+    const LoggerSettings& shown = link->plan.settings();
+    const bool isVorta = link->plan.isVorta();
+    Entries entries;
+    for (int i = 0; i < (isVorta ? int(std::size(leader.SamplesNames)) : samplesOffered); ++i)
+        entries.append({isVorta ? leader.SamplesNames[i].toInt() : i, leader.SamplesNames[i], {}});
+    if (!isVorta && shown.samples >= samplesOffered)
+        entries.append({shown.samples, leader.SamplesNames[shown.samples], {}});
+    const auto isOwn = [&shown](const Entry& entry) { return entry.value == shown.vortaSamples; };
+    if (isVorta && std::none_of(entries.begin(), entries.end(), isOwn))
+        entries.append({shown.vortaSamples, QString::number(shown.vortaSamples), {}});
+    return entries;
+}
+
+// --- From the dialog to the plan ---
+
+void loggerBasicSetup::ticked(int i, bool isOn)
+{
+    if (isRefused())
+        return;
+    link->plan.tick(i, isOn);
+    planChanged();
+}
+
+void loggerBasicSetup::rateChosen(int index)
+{
+    if (isFilling || index < 0 || isRefused())
+        return;
+    const short rate = short(rates[index].value);
+    if (link->plan.isVorta())
+        link->plan.chooseVortaRate(rate);
     else
-        hint->setText(
-            tr("A change is sent to the first logger at once and to all others when you press Exit."));
+        link->plan.chooseRate(rate);
+    planChanged();
 }
 
-QPair<int, int> loggerBasicSetup::selection() const
+void loggerBasicSetup::samplesChosen(int index)
 {
-    return {comboRate->currentIndex(), comboSamples->currentIndex()};
+    if (isFilling || index < 0 || isRefused())
+        return;
+    const short samples = short(sampleCounts[index].value);
+    if (link->plan.isVorta())
+        link->plan.chooseVortaSamples(samples);
+    else
+        link->plan.chooseSamples(samples);
+    planChanged();
 }
 
-// --- From the dialog to the loggers ---
+void loggerBasicSetup::invertForceChosen(bool isOn)
+{
+    if (isRefused())
+        return;
+    link->plan.chooseInvertForce(isOn);
+    Sensor::setInvertForce(isOn);
+    planChanged();
+}
+
+void loggerBasicSetup::plugVernier(int socket, int index)
+{
+    if (isFilling || isRefused())
+        return;
+    link->plan.plug(socket, index + VERNIER_FIRST);
+    planChanged();
+}
+
+/// The pulse sensor can stand in for a gate; which of the two its channel is follows the tick.
+void loggerBasicSetup::photoGateChanged()
+{
+    if (isRefused())
+        return;
+    link->plan.chooseGate(photogateGroupBox->isChecked());
+    planChanged();
+}
 
 void loggerBasicSetup::takePhotogate()
 {
     bool isGood = false;
     const double width = DialogTools::typedNumber(cardWidthLineEdit->text(), &isGood);
     isGood = isGood && width > 0;
+    const bool isGate = !photogateGroupBox->isCheckable() || photogateGroupBox->isChecked();
     for (int i = 0; i < qMax(1, mTembrin->nDefTembrins()); ++i) {
         TembrinData* logger = mTembrin->tembrinDataAt(i);
-        logger->photogateEnabled = !photogateGroupBox->isCheckable() || photogateGroupBox->isChecked();
+        logger->photogateEnabled = isGate;
         if (isGood)
             logger->photoObjW = width;
     }
@@ -184,124 +266,11 @@ void loggerBasicSetup::takePhotogate()
     cardWidthLineEdit->style()->polish(cardWidthLineEdit);
 }
 
-void loggerBasicSetup::somethingChanged(int)
+void loggerBasicSetup::planChanged()
 {
-    somethingChanged();
-}
-
-void loggerBasicSetup::somethingChanged()
-{
-    if (isFilling)
-        return;
-    if (isBusy()) {
-        refuse();
-        return;
-    }
-    if (!isReady)
-        return;
-    if (isVortaShown)
-        takeVorta();
-    else
-        takeSetup();
-    showRunLength();
-}
-
-void loggerBasicSetup::takeSetup()
-{
-    for (int i = 0; i < sensors.size(); ++i)
-        sensors[i]->active = sensBoxes[i]->isChecked();
-    // Without a choice in the list the logger keeps the rate that it has.
-    tembrinData->rate = rates.value(comboRate->currentIndex(), tembrinData->rate);
-    if (comboSamples->currentIndex() >= 0)
-        tembrinData->samples = short(comboSamples->currentIndex());
-    for (int i = 1; i < mTembrin->nDefTembrins(); ++i) {
-        TembrinData* other = mTembrin->tembrinDataAt(i);
-        if (other->isVorta())
-            continue;
-        other->rate = RateChoice::counterpart(*other, tembrinData->rate);
-        other->samples = tembrinData->samples;
-        for (const SensorPtr& sensor : other->getSensors()) {
-            const int same = tembrinData->getIndexByID(sensor->ID);
-            sensor->active = same >= 0 && sensors[same]->active;
-        }
-    }
-    mTembrin->sendCommandToFirstLogger(CMD_TEMBRIN_LOGGING_SETUP);
     needToUpdateAll = true;
-}
-
-/// Nothing is sent: the start of a run carries rate and samples.
-void loggerBasicSetup::takeVorta()
-{
-    tembrinData->Vorta_rate = short(comboRate->currentIndex() + 1);
-    tembrinData->Vorta_samples = comboSamples->currentText().toShort();
-    tembrinData->Vorta_invertForce = invertForceBox->isChecked();
-    Sensor::setInvertForce(tembrinData->Vorta_invertForce);
-    keepVortaSensors();
-    for (int i = 1; i < mTembrin->nDefTembrins(); ++i) {
-        TembrinData* other = mTembrin->tembrinDataAt(i);
-        if (!other->isVorta())
-            continue;
-        other->Vorta_rate = tembrinData->Vorta_rate;
-        other->Vorta_samples = tembrinData->Vorta_samples;
-        other->Vorta_invertForce = tembrinData->Vorta_invertForce;
-        other->setActiveFromMask(tembrinData->activeMask());
-    }
+    link->sendSetupToLeader();
     modifyAll();
-}
-
-/// The boxes decide, but one sensor always stays, and the fastest rate has no room for all.
-void loggerBasicSetup::keepVortaSensors()
-{
-    const bool isFastest = tembrinData->Vorta_rate == vortaFastest;
-    int lastActive = -1;
-    int count = 0;
-    for (int i = 0; i < sensors.size(); ++i) {
-        if (sensors[i]->active)
-            lastActive = i;
-        sensors[i]->active = sensBoxes[i]->isChecked() && !(isFastest && isMissingAtFastest(i));
-        count += sensors[i]->active ? 1 : 0;
-    }
-    if (count == 0 && lastActive >= 0)
-        sensors[isFastest && isMissingAtFastest(lastActive) ? 0 : lastActive]->active = true;
-    // What the packets of a run are read by.
-    tembrinData->setActiveFromMask(tembrinData->activeMask());
-}
-
-void loggerBasicSetup::vernierChanged(int index)
-{
-    plugVernier(true, index);
-}
-
-void loggerBasicSetup::vernierChanged2(int index)
-{
-    plugVernier(false, index);
-}
-
-void loggerBasicSetup::plugVernier(bool first, int index)
-{
-    if (isFilling)
-        return;
-    if (isBusy()) {
-        refuse();
-        return;
-    }
-    tembrinData->replaceSensor(first, index + VERNIER_FIRST);
-    tembrin->sendCommand(CMD_TEMBRIN_LOGGING_SETUP);
-}
-
-/// The heart sensor can stand in for a gate; which of the two its channel is follows the tick.
-void loggerBasicSetup::photoGateChanged()
-{
-    if (isBusy()) {
-        photogateGroupBox->setChecked(!photogateGroupBox->isChecked());
-        refuse();
-        return;
-    }
-    const int id = photogateGroupBox->isChecked() ? QUELLMARK_PHOTOGATE_HEART : QUELLMARK_HEARTRATE_WAVE;
-    tembrinData->replaceSensor(true, id);
-    takePhotogate();
-    showSensors();
-    somethingChanged();
 }
 
 void loggerBasicSetup::reject()
@@ -312,6 +281,6 @@ void loggerBasicSetup::reject()
 void loggerBasicSetup::on_Exit_clicked()
 {
     if (needToUpdateAll)
-        mTembrin->sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        link->sendSetupToAll();
     done(0);
 }

@@ -111,50 +111,93 @@ private Q_SLOTS:
         QCOMPARE(bench->written(0), QByteArray()); // what a logger reports is not sent back
     }
 
-    void anotherLoggerGetsTheNearestRateThatItHas()
+    void aGroupThatCantDoAsTheClassIsNamed_data()
     {
-        bench->introduce(0, idle);
-        bench->introduce(1, status({{5, 3}, {7, 0}}));
-        open();
-        rate()->setCurrentText(QStringLiteral("25000/Sec"));
-        QCOMPARE(bench->logger(0).rate, short(8));
-        QCOMPARE(bench->logger(1).rate, short(7)); // of the same name in its firmware
-        rate()->setCurrentText(QStringLiteral("100000/Sec"));
-        QCOMPARE(bench->logger(1).rate, short(7));
+        columns<QByteArray, QByteArray, QByteArray, QString, int, int, QString>(
+            {"first", "second", "sensors", "rate", "code", "otherCode", "warning"});
+        const QByteArray old = status({{4, 17}, {7, 0}});
+        const QString left = QStringLiteral("Not all can record at this rate (%1). Such a curve is left out "
+                                            "of the class graph.");
+        row("no such rate", idle, old, QByteArray(sensorListHex), "25/Sec (not Blue)", 4, 3,
+            left.arg("Blue: 10/Sec"));
+        row("nor a faster one", idle, old, QByteArray(sensorListHex), "100000/Sec (not Blue)", 7, 4,
+            left.arg("Blue: 100/Sec"));
+        row("one of this name", idle, status({{5, 3}, {7, 0}}), QByteArray(sensorListHex),
+            "25000/Sec (not Blue)", 6, 7, left.arg("Blue: 25000/Sec"));
+        row("the same", idle, old, QByteArray(sensorListHex), "100/Sec", 5, 4, "");
+        row("no sensor", idle, idle, QByteArray(fewSensorsHex), "10/Sec", 3, 3,
+            "None of the chosen sensors: Blue.");
     }
 
-    void aRunInProgressIsNotDisturbed_data()
+    void aGroupThatCantDoAsTheClassIsNamed()
     {
-        columns<int, bool>({"code", "opens"});
-        row("with the settings of the dialog's start", 2, true);
-        row("with others", 3, false);
+        const auto [first, second, sensors] =
+            fetched<QByteArray, QByteArray, QByteArray>({"first", "second", "sensors"});
+        bench->introduce(0, first);
+        bench->introduce(1, second, sensors.constData());
+        bench->manager.tembrinAt(1)->setGroupName(QStringLiteral("Blue"));
+        bench->manager.setPacing(5000, 1);
+        open();
+        QFETCH(QString, rate);
+        QVERIFY(this->rate()->findText(rate) >= 0);
+        this->rate()->setCurrentText(rate);
+        samples()->setCurrentIndex(1);
+        QTEST(find<QLabel>("setupWarnings")->text(), "warning");
+        QCOMPARE(rate.contains('('), this->rate()->toolTip().contains(QLatin1String("Blue")));
+        QFETCH(int, code);
+        QCOMPARE(int(bench->written(0).at(5)), code);
+        dialog->close();
+        bench->port(0).feed(status({{3, 0x11}, {7, 0}}));
+        QTRY_VERIFY(!bench->port(1).writes.isEmpty());
+        QTEST(int(bench->written(1).at(5)), "otherCode");
     }
 
     void aRunInProgressIsNotDisturbed()
     {
-        QFETCH(int, code);
-        QFETCH(bool, opens);
-        const QString warning =
-            QStringLiteral("Can't perform setup|Please stop logging before changing the logger SETUP.");
-        bench->introduce(0, status({{7, 5}, {11, code}, {12, 1}}));
+        bench->introduce(0, idle);
+        bench->introduce(1, status({{7, 5}}));
+        bench->manager.tembrinAt(1)->setGroupName(QStringLiteral("Blue"));
+        const QString warning = QStringLiteral(
+            "Can't perform setup|Please stop logging before changing the logger SETUP.\nRunning: Blue.");
         open();
-        QCOMPARE(dialog->dontOpenFlag, !opens);
-        QCOMPARE(bench->prompt.asked, opens ? QStringList() : QStringList(warning));
+        QVERIFY(dialog->dontOpenFlag);
+        QCOMPARE(bench->prompt.asked, QStringList(warning));
+        bench->port(1).feed(idle);
+        open();
+        QVERIFY(!dialog->dontOpenFlag);
+        bench->port(1).feed(status({{7, 5}}));
         bench->prompt.asked.clear();
         box(1)->click();
         rate()->setCurrentIndex(0);
         QCOMPARE(bench->prompt.asked, QStringList({warning, warning}));
         QVERIFY(!box(1)->isChecked());
-        QCOMPARE(rate()->currentText(), bench->logger(0).RateNames[code]);
+        QCOMPARE(rate()->currentText(), QStringLiteral("10/Sec"));
         dialog->close();
-        QCOMPARE(bench->written(0), QByteArray());
+        QCOMPARE(bench->written(0) + bench->written(1), QByteArray());
+    }
+
+    void aSilentLoggerIsToldAsSilent()
+    {
+        bench->introduce(1, idle);
+        bench->manager.tembrinAt(0)->setGroupName(QStringLiteral("Red"));
+        open();
+        QCOMPARE(bench->prompt.asked, QStringList());
+        QCOMPARE(find<QLabel>("setupWarnings")->text(),
+                 QStringLiteral("Connected, but without an answer: Red."));
+        box(1)->click();
+        QCOMPARE(bench->written(1),
+                 setupFrame(0x07, 3, 2, "2626")); // it leads in the stead of the silent one
     }
 
     void theDialogFollowsTheLogger()
     {
         bench->introduce(0, idle);
         open();
+        bench->port(0).feed(status({{3, 0x10}, {7, 0}, {12, 4}}));
+        QCOMPARE(samples()->currentText(), QStringLiteral("30000")); // which is not offered otherwise
+        QCOMPARE(find<QLabel>("runLength")->text(), QStringLiteral("The run takes 51 min 12 s."));
         bench->port(0).feed(status({{3, 0}, {4, 240}, {7, 0}, {10, 3}, {11, 6}, {12, 3}}));
+        QCOMPARE(samples()->count(), 4);
         QVERIFY(box(1)->isChecked() && !box(2)->isChecked());
         QCOMPARE(rate()->currentText(), QStringLiteral("25000/Sec"));
         QCOMPARE(samples()->currentText(), QStringLiteral("3000"));
@@ -194,11 +237,14 @@ private Q_SLOTS:
         auto* group = find<QGroupBox>("photogateGroupBox");
         auto* width = find<QLineEdit>("cardWidthLineEdit");
         QVERIFY(group->isHidden());
-        bench->port(0).feed(summed("2E6985 6A00"));
+        bench->port(0).feed(summed("2E6985 006A")); // a pulse sensor, in the second socket
         QVERIFY(!group->isHidden() && !logger.photogateEnabled);
         QTest::keyClick(group, Qt::Key_Space);
         QVERIFY(logger.photogateEnabled);
-        QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "7100"));
+        QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "0071"));
+        QTest::keyClick(group, Qt::Key_Space);
+        QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "006A"));
+        QTest::keyClick(group, Qt::Key_Space);
         for (const char* bad : {"", "wide", "0", "-0.2", "inf"}) {
             width->setText(QLatin1String(bad));
             QCOMPARE(logger.photoObjW, 0.05);
@@ -210,7 +256,11 @@ private Q_SLOTS:
         bench->port(0).feed(summed("2E6985 7000"));
         QVERIFY(!group->isCheckable() && logger.photogateEnabled);
         bench->port(0).feed(summed("2E6985 6A00"));
-        QVERIFY(group->isCheckable() && !logger.photogateEnabled);
+        QVERIFY(group->isCheckable() && group->isChecked()); // as it was chosen
+        bench->written(0);
+        QTest::keyClick(group, Qt::Key_Space);
+        QVERIFY(!logger.photogateEnabled);
+        QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "6A00"));
     }
 
     void aVortaLoggerKeepsASensorAndHasFewerAtItsFastest()
@@ -231,10 +281,10 @@ private Q_SLOTS:
         samples()->setCurrentIndex(4);
         QCOMPARE(ticked(), QStringLiteral("0 4"));
         QCOMPARE(find<QLabel>("runLength")->text(), QStringLiteral("The run takes 1 min 1 s."));
-        QCOMPARE(bench->logger(0).Vorta_rate, short(5));
-        QCOMPARE(bench->logger(0).Vorta_samples, short(30000));
         dialog->close();
         QCOMPARE(bench->written(0), QByteArray());
+        bench->manager.sendCommand(0, CMD_START_LOGGING);
+        QCOMPARE(bench->written(0), summed("672422 05 7530"));
     }
 
 private:
@@ -242,8 +292,6 @@ private:
     {
         dialog.reset(new loggerBasicSetup(&bench->prompt));
         dialog->createAll(&bench->manager);
-        connect(&bench->logger(0), &TembrinData::statusReceived, dialog.data(),
-                &loggerBasicSetup::updateStatus);
         dialog->show();
     }
 

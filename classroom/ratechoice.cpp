@@ -1,4 +1,4 @@
-#include "setup/ratechoice.h"
+#include "classroom/ratechoice.h"
 
 #include <QCoreApplication>
 
