@@ -11,6 +11,7 @@
 #include "link/connectthread.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
+#include "setup/unitgroups.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -209,9 +210,7 @@ void MainWindow::doExitAfterCtrlS()
 
 void MainWindow::leave()
 {
-    // The next start then agrees with the logger on the unit.
-    Settings::mainStore().setValue(QLatin1String(Settings::unitsCelsius),
-                                   !tembrin->tembrinData->confFarenheit);
+    UnitGroups::agreeWith(*tembrin);
     disconnectAll();
     std::exit(0);
 }

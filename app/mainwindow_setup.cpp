@@ -1,7 +1,6 @@
 #include "app/mainwindow.h"
 
 #include "classroom/multiconnectionsmanager.h"
-#include "protocol/tembrindata.h"
 #include "setup/loggerbasicsetup.h"
 #include "setup/setuplogger.h"
 
@@ -37,11 +36,6 @@ void MainWindow::doSetup()
 
 void MainWindow::connectSetupDialog(setupLogger* dialog)
 {
-    const TembrinData* state = mTembrin->tembrinDataAt(0);
-    connect(state, &TembrinData::statusReceived, dialog, &setupLogger::updateStatus);
-    connect(state, &TembrinData::calibrationResult, dialog, &setupLogger::calib_result);
-    connect(state, &TembrinData::testDataReceived, dialog, &setupLogger::test_data_result);
-    connect(state, &TembrinData::newSnapReceived, dialog, &setupLogger::test_vorta_show_results);
     connect(dialog, &setupLogger::useGraphDesignValues, this, &MainWindow::useGraphDesignValues);
     connect(dialog, &setupLogger::useMainDesignValues, this, &MainWindow::useMainDesignValues);
 }

@@ -225,14 +225,15 @@ void ClassPlan::keepVortaSensors(quint16 before)
     }
 }
 
-void ClassPlan::chooseTrigger(const LoggerSettings& trigger)
+void ClassPlan::chooseTrigger(const LoggerSettings& trigger, bool isLasting)
 {
     shown.trigType = trigger.trigType;
     shown.trigSens = trigger.trigSens;
     shown.trigLevel = trigger.trigLevel;
     shown.rangeSens = trigger.rangeSens;
     shown.rangeMin = trigger.rangeMin;
-    chosen |= Trigger;
+    if (isLasting)
+        chosen |= Trigger;
 }
 
 void ClassPlan::chooseConfiguration(Field field, const LoggerSettings& conf)
@@ -254,37 +255,48 @@ void ClassPlan::setUnits(bool fahrenheit, bool hpa)
 
 // --- For any logger ---
 
-LoggerSettings ClassPlan::settingsFor(const TembrinProtocol& logger) const
+LoggerSettings ClassPlan::settingsFor(const TembrinProtocol& logger, Parts parts) const
 {
     const TembrinData& state = *logger.tembrinData;
     LoggerSettings settings = logger.wanted();
-    if (state.isVorta() == vorta) {
-        settings.mask = maskFor(state);
-        settings.vortaRate = shown.vortaRate;
-        settings.vortaSamples = shown.vortaSamples;
-        settings.vortaInvertForce = shown.vortaInvertForce;
-    }
+    if (parts.testFlag(RunPart) && state.isVorta() == vorta)
+        takeRun(state, &settings);
     if (state.isVorta())
         return settings;
-    if (!vorta) {
-        settings.rate = RateChoice::counterpart(state, shown.rate);
-        settings.samples = shown.samples;
-        for (int i = 0; i < sockets; ++i) {
-            if (placeOf(state, i) >= 0)
-                settings.external[i] = known(socketSensor(state, i));
-        }
+    for (int i = 0; i < sockets; ++i) {
+        if (parts.testFlag(SocketPart) && !vorta && placeOf(state, i) >= 0)
+            settings.external[i] = known(socketSensor(state, i));
     }
-    if (has(Trigger)) {
-        settings.trigType = shown.trigType;
-        settings.trigSens = shown.trigSens;
-        settings.trigLevel = shown.trigLevel;
-        settings.rangeSens = shown.rangeSens;
-        settings.rangeMin = shown.rangeMin;
+    if (parts.testFlag(TriggerPart))
+        takeTrigger(&settings);
+    if (parts.testFlag(ConfigurationPart)) {
+        const bool bluetooth = settings.bluetooth; // each logger's own
+        settings.takeConfiguration(shown);
+        settings.bluetooth = bluetooth;
     }
-    const bool bluetooth = settings.bluetooth; // each logger's own
-    settings.takeConfiguration(shown);
-    settings.bluetooth = bluetooth;
     return settings;
+}
+
+void ClassPlan::takeRun(const TembrinData& logger, LoggerSettings* settings) const
+{
+    settings->mask = maskFor(logger);
+    if (vorta) {
+        settings->vortaRate = shown.vortaRate;
+        settings->vortaSamples = shown.vortaSamples;
+        settings->vortaInvertForce = shown.vortaInvertForce;
+    } else {
+        settings->rate = RateChoice::counterpart(logger, shown.rate);
+        settings->samples = shown.samples;
+    }
+}
+
+void ClassPlan::takeTrigger(LoggerSettings* settings) const
+{
+    settings->trigType = shown.trigType;
+    settings->trigSens = shown.trigSens;
+    settings->trigLevel = shown.trigLevel;
+    settings->rangeSens = shown.rangeSens;
+    settings->rangeMin = shown.rangeMin;
 }
 
 /// What will be in a socket of this logger: a sensor that names itself stays, and the class shares the rest.

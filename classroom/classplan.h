@@ -37,6 +37,15 @@ public:
         InvertForce = 0x200
     };
     Q_DECLARE_FLAGS(Fields, Field)
+    /// What of the plan a command is to carry.
+    enum Part
+    {
+        SocketPart = 1, ///< sensors in the sockets
+        RunPart = 3,    ///< these, which sensors are recorded, how fast and how often
+        TriggerPart = 4,
+        ConfigurationPart = 8
+    };
+    Q_DECLARE_FLAGS(Parts, Part)
 
     /// What was not chosen becomes what `now` says of the leader.
     void follow(const TembrinData& leader, const LoggerSettings& now);
@@ -62,16 +71,17 @@ public:
     void chooseVortaRate(short rate);
     void chooseVortaSamples(short samples);
     void chooseInvertForce(bool isOn);
-    /// The parts of trigger and range are taken.
-    void chooseTrigger(const LoggerSettings& trigger);
+    /// The parts of trigger and range are taken; they stay where `isLasting`.
+    void chooseTrigger(const LoggerSettings& trigger, bool isLasting = true);
     /// Sound, Gps or Language is taken from `conf`.
     void chooseConfiguration(Field field, const LoggerSettings& conf);
     /// The units that the loggers show are always the program's.
     void setUnits(bool fahrenheit, bool hpa);
 
-    /// What a logger has to be sent: its own wanted settings, with what the plan says of such a logger. A
-    /// Vorta logger and the others take nothing of a setup that was made for the other kind.
-    LoggerSettings settingsFor(const TembrinProtocol& logger) const;
+    /// What a logger has to be sent: its own wanted settings, with what these parts of the plan say of such a
+    /// logger. A Vorta logger and the others take nothing of a setup that was made for the other kind.
+    LoggerSettings settingsFor(const TembrinProtocol& logger,
+                               Parts parts = Parts(RunPart) | ConfigurationPart) const;
     /// The logger takes part in the setup, but at another rate than the one shown.
     bool lacksRate(const TembrinData& logger) const { return lacksRate(logger, shown.rate); }
     bool lacksRate(const TembrinData& logger, short rate) const;
@@ -80,6 +90,8 @@ public:
 
 private:
     Channel* like(const Channel& row);
+    void takeRun(const TembrinData& logger, LoggerSettings* settings) const;
+    void takeTrigger(LoggerSettings* settings) const;
     bool has(Field field) const { return chosen.testFlag(field); }
     void nameSockets(const TembrinData& leader);
     void keepVortaSensors(quint16 before);
@@ -96,3 +108,4 @@ private:
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(ClassPlan::Fields)
+Q_DECLARE_OPERATORS_FOR_FLAGS(ClassPlan::Parts)

@@ -75,18 +75,18 @@ void ClassLink::follow()
 
 // --- To the loggers ---
 
-void ClassLink::want(int slot)
+void ClassLink::want(int slot, ClassPlan::Parts parts)
 {
     TembrinProtocol* session = manager->tembrinAt(slot);
-    const LoggerSettings settings = plan.settingsFor(*session);
+    const LoggerSettings settings = plan.settingsFor(*session, parts);
     session->wantSetup(settings);
     if (session->tembrinData->isVorta())
         session->tembrinData->setActiveFromMask(settings.mask); // what the packets of its run are read by
 }
 
-void ClassLink::sendSetupToLeader()
+void ClassLink::sendSetupToLeader(ClassPlan::Parts parts)
 {
-    want(first->index);
+    want(first->index, parts);
     isSetupDue = true;
     answerTimer.start();
     first->sendCommand(CMD_TEMBRIN_LOGGING_SETUP);
@@ -94,17 +94,17 @@ void ClassLink::sendSetupToLeader()
 
 void ClassLink::sendConfigurationToLeader()
 {
-    first->wantConfiguration(plan.settingsFor(*first));
+    first->wantConfiguration(plan.settingsFor(*first, ClassPlan::ConfigurationPart));
     isConfigurationDue = true;
     answerTimer.start();
     first->sendCommand(CMD_CONFIGURE_TEMBRIN);
 }
 
-void ClassLink::sendSetupToAll()
+void ClassLink::sendSetupToAll(ClassPlan::Parts parts)
 {
     for (int i = 0; i < manager->nDefTembrins(); ++i) {
         if (isInPlan(i))
-            want(i);
+            want(i, parts);
     }
     if (!plan.isVorta())
         manager->sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
@@ -115,7 +115,7 @@ void ClassLink::sendConfigurationToAll()
     for (int i = 0; i < manager->nDefTembrins(); ++i) {
         TembrinProtocol* session = manager->tembrinAt(i);
         if (!session->tembrinData->isVorta())
-            session->wantConfiguration(plan.settingsFor(*session));
+            session->wantConfiguration(plan.settingsFor(*session, ClassPlan::ConfigurationPart));
     }
     manager->sendCmdToAll(CMD_CONFIGURE_TEMBRIN);
 }

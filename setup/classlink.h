@@ -30,11 +30,11 @@ public:
     void follow();
 
     /// The plan becomes what is wanted of the leader, which hears of it now.
-    void sendSetupToLeader();
+    void sendSetupToLeader(ClassPlan::Parts parts = ClassPlan::RunPart);
     void sendConfigurationToLeader();
     /// The plan becomes what is wanted of every logger in use, and those that are connected hear of it in
     /// turn.
-    void sendSetupToAll();
+    void sendSetupToAll(ClassPlan::Parts parts = ClassPlan::RunPart);
     void sendConfigurationToAll();
 
     /// Slots in use whose logger is connected and has told what it is.
@@ -56,7 +56,7 @@ private:
     bool isKnown(int slot) const;
     bool isInPlan(int slot) const;
     void watch(int slot);
-    void want(int slot);
+    void want(int slot, ClassPlan::Parts parts);
     template<typename Test> QStringList namesOf(Test test) const;
 
     multiConnectionsManager* manager;

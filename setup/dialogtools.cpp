@@ -4,7 +4,9 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
+#include <QDoubleSpinBox>
 #include <QEvent>
+#include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -48,6 +50,38 @@ public:
 };
 
 } // namespace
+
+QFormLayout* DialogTools::formIn(QWidget* parent)
+{
+    auto* form = new QFormLayout(parent);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    return form;
+}
+
+QDoubleSpinBox* DialogTools::wholeNumbers(int least, int most, int step)
+{
+    auto* spin = new QDoubleSpinBox;
+    spin->setDecimals(0);
+    spin->setRange(least, most);
+    spin->setSingleStep(step);
+    return spin;
+}
+
+QSpinBox* DialogTools::counter(int least, int most, int start)
+{
+    auto* spin = new QSpinBox;
+    spin->setRange(least, most);
+    spin->setValue(start);
+    return spin;
+}
+
+QPushButton* DialogTools::button(const QString& text, const char* name)
+{
+    auto* made = named(new QPushButton(text), name);
+    made->setAutoDefault(false);
+    return made;
+}
 
 QFont DialogTools::sized(QFont font, int points)
 {

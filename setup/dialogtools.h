@@ -1,12 +1,16 @@
 #pragma once
 
 #include <QFont>
+#include <QFormLayout>
 #include <QSize>
 #include <QString>
 #include <QVector>
 
 class QDialog;
+class QDoubleSpinBox;
+class QPushButton;
 class QScrollArea;
+class QSpinBox;
 class QWidget;
 
 /// What the setup dialogs share: names, fonts, look and the way to the screen.
@@ -21,6 +25,21 @@ Control* named(Control* control, const char* name, const QString& spoken = QStri
         control->setAccessibleName(spoken);
     return control;
 }
+
+/// A label and its control in one row; the label is what a screen reader says of the control.
+template<typename Control>
+Control* addRow(QFormLayout* form, const QString& label, Control* control, const char* name)
+{
+    named(control, name, label);
+    form->addRow(label, control);
+    return control;
+}
+
+QFormLayout* formIn(QWidget* parent);
+QDoubleSpinBox* wholeNumbers(int least, int most, int step);
+QSpinBox* counter(int least, int most, int start);
+/// A button that the Enter key does not press by itself.
+QPushButton* button(const QString& text, const char* name);
 
 /// `font` at so many points, or at more where the desktop's own text is large.
 QFont sized(QFont font, int points);

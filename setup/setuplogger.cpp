@@ -1,14 +1,8 @@
 #include "setup/setuplogger.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDoubleSpinBox>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QRadioButton>
-#include <QScopedValueRollback>
 #include <QScrollArea>
 #include <QTabBar>
 #include <QTabWidget>
@@ -19,7 +13,13 @@
 #include "data/expdata.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
+#include "setup/calibrationpage.h"
+#include "setup/classlink.h"
+#include "setup/configpage.h"
+#include "setup/debugpage.h"
+#include "setup/designpage.h"
 #include "setup/dialogtools.h"
+#include "setup/triggerpage.h"
 
 using DialogTools::named;
 
@@ -30,28 +30,46 @@ const QSize setupDialogSize(427, 512);
 setupLogger::setupLogger(UserPrompt* prompt, QWidget* parent)
     : QDialog(parent)
     , prompt(prompt)
-    , isCelsius(Settings::mainStore().value(QLatin1String(Settings::unitsCelsius), true).toBool())
 {
     named(this, "setupLogger");
     setWindowTitle(tr("Configuration"));
     DialogTools::applyLook(this);
     tabs = named(new QTabWidget, "tabs", tr("Pages"));
-    createAdvancedPage();
-    createConfigPage();
-    createDebugPage();
-    createDesignPage();
-    createCalibrationPage();
+    createPages();
     createLayout();
     hidePages();
-    modifyDesignDialog();
+}
+
+void setupLogger::createPages()
+{
+    const QSettings store = Settings::mainStore();
+    trigger = new TriggerPage;
+    config = new ConfigPage;
+    debug = new DebugPage;
+    design = new DesignPage(prompt);
+    calibration = new CalibrationPage(store.value(QLatin1String(Settings::unitsCelsius), true).toBool());
+    calibration->showSelfTest(store.value(QLatin1String(Settings::selfTest), false).toBool());
+    advancedPages.append(addPage("tabAdvanced", tr("Advanced setup"), trigger));
+    addPage("tabConfig", tr("Configuraton"), config);
+    advancedPages.append(addPage("tabDebug", tr("Debug"), debug));
+    addPage("tabDesign", tr("Design"), design);
+    advancedPages.append(addPage("tabCalibration", tr("Calibration"), calibration));
+}
+
+/// A page that is scrolled where large text or a small screen leaves no room for all of it.
+QScrollArea* setupLogger::addPage(const char* name, const QString& title, QWidget* content)
+{
+    QScrollArea* page = named(DialogTools::scrolled(content), name, title);
+    DialogTools::keepFromWheel(content);
+    tabs->addTab(page, title);
+    return page;
 }
 
 void setupLogger::createLayout()
 {
     labelVersions = named(new QLabel, "labelVersions");
     labelVersions->setWordWrap(true);
-    Exit = named(new QPushButton(tr("Exit")), "Exit");
-    Exit->setAutoDefault(false);
+    Exit = DialogTools::button(tr("Exit"), "Exit");
     auto* below = new QHBoxLayout;
     below->addWidget(labelVersions, 1);
     below->addWidget(Exit);
@@ -62,10 +80,8 @@ void setupLogger::createLayout()
 
 void setupLogger::hidePages()
 {
-    const QSettings store = Settings::mainStore();
-    groupSeltTest->setVisible(store.value(QLatin1String(Settings::selfTest), false).toBool());
-    if (!store.value(QLatin1String(Settings::advanced), false).toBool()) {
-        for (QScrollArea* page : {tabDebug, tabCalibration, tabAdvanced}) {
+    if (!Settings::mainStore().value(QLatin1String(Settings::advanced), false).toBool()) {
+        for (QScrollArea* page : qAsConst(advancedPages)) {
             tabs->removeTab(tabs->indexOf(page));
             page->setParent(this);
             page->hide();
@@ -77,14 +93,10 @@ void setupLogger::hidePages()
 void setupLogger::createAll(multiConnectionsManager* manager)
 {
     mTembrin = manager;
-    tembrin = manager->tembrinAt(0);
-    tembrinData = tembrin->tembrinData;
-    for (const QString& type : tembrinData->TrigTypeNames)
-        comboTrigType->addItem(type);
-    connectControls();
+    link = new ClassLink(manager, this);
     modifyAll();
-    lastEdited = edited();
-    isReady = true;
+    connectPages();
+    connectLogger();
     QVector<QScrollArea*> pages;
     for (int i = 0; i < tabs->count(); ++i)
         pages.append(qobject_cast<QScrollArea*>(tabs->widget(i)));
@@ -93,108 +105,154 @@ void setupLogger::createAll(multiConnectionsManager* manager)
         this, setupDialogSize.expandedTo({tabs->tabBar()->sizeHint().width() + margin, 0}), pages);
 }
 
-void setupLogger::connectControls()
+void setupLogger::connectPages()
 {
-    connectConfiguration();
-    connectSetup();
-    connectCalibration();
-    connectDebug();
+    connect(link, &ClassLink::changed, this, &setupLogger::modifyAll);
+    connect(config, &ConfigPage::chosen, this, &setupLogger::configurationChosen);
+    connect(config, &ConfigPage::unitChosen, this, &setupLogger::unitChosen);
+    connect(config, &ConfigPage::kernelChosen, this, &setupLogger::kernelChosen);
+    connect(trigger, &TriggerPage::triggerChosen, this, &setupLogger::triggerChosen);
+    connect(trigger, &TriggerPage::socketChosen, this, &setupLogger::socketChosen);
+    connect(design, &DesignPage::mainChanged, this, &setupLogger::useMainDesignValues);
+    connect(design, &DesignPage::graphChanged, this, &setupLogger::useGraphDesignValues);
+    connect(design, &DesignPage::tableChanged, this, &setupLogger::useTableDesignValues);
     connect(Exit, &QPushButton::clicked, this, &setupLogger::on_Exit_clicked);
 }
 
-void setupLogger::fillLists()
+void setupLogger::connectLogger()
 {
-    sensors = tembrinData->getSensors();
-    for (QComboBox* list : {comboTrigSens, comboDynamicSensor}) {
-        list->clear();
-        for (const SensorPtr& sensor : qAsConst(sensors))
-            list->addItem(sensor->name);
-    }
+    TembrinProtocol* logger = link->leader();
+    TembrinData* state = logger->tembrinData;
+    connect(calibration, &CalibrationPage::calibrate, logger,
+            [logger](short tenths) { logger->sendCommand(CMD_CALIBRATE_TEMP, tenths); });
+    connect(calibration, &CalibrationPage::testAsked, logger,
+            [logger] { logger->sendCommand(CMD_GET_TEST_DATA); });
+    connect(calibration, &CalibrationPage::vortaTestAsked, logger,
+            [logger] { logger->sendVortaCommand(CMD_VORTA_CALIBRATE_AND_TEST); });
+    connect(debug, &DebugPage::command, logger, [logger](commandType cmd) { logger->sendCommand(cmd); });
+    connect(debug, &DebugPage::vortaCommand, logger, &TembrinProtocol::sendVortaCommand);
+    connect(debug, &DebugPage::vortaRun, this, &setupLogger::startVorta);
+    connect(debug, &DebugPage::drawOnline, state, [state](bool isOn) { state->Vorta_drawOnline = isOn; });
+    connect(state, &TembrinData::calibrationResult, this, &setupLogger::calib_result);
+    connect(state, &TembrinData::testDataReceived, this, &setupLogger::test_data_result);
+    connect(state, &TembrinData::newSnapReceived, this, &setupLogger::test_vorta_show_results);
+    connect(this, &setupLogger::externalSet, state, &TembrinData::handleQuellmarkSensors);
 }
 
 void setupLogger::updateStatus()
 {
+    link->follow();
     modifyAll();
 }
 
 void setupLogger::modifyAll()
 {
-    const auto before = trigger();
-    const bool isSameList = sensors == tembrinData->getSensors();
-    {
-        const QScopedValueRollback<bool> own(isFilling, true);
-        if (!isSameList)
-            fillLists();
-        showTrigger();
-        showConfiguration();
-        showUnits();
-        showSockets();
-        showVorta();
-    }
-    labelVersions->setText(tembrinData->versionLine());
+    const TembrinData& state = link->leaderState();
+    const bool isOtherTrigger = trigger->show(link->plan, state);
+    const ExpData* data = mTembrin->dataAt(0);
+    config->show(link->plan, state.tembrinType == LOGGER_SORREL_BASIC, data ? data->smoothKernel : 3);
+    debug->show(link->plan.settings(), state.Vorta_drawOnline);
+    labelVersions->setText(state.versionLine());
     // The class shares the trigger that was chosen on the first logger.
-    if (isSameList && trigger() != before)
-        somethingChanged();
-}
-
-void setupLogger::showTrigger()
-{
-    if (tembrinData->rangeSens < sensors.size())
-        comboDynamicSensor->setCurrentIndex(tembrinData->rangeSens);
-    comboTrigSens->setCurrentIndex(tembrinData->trigSens < sensors.size() ? tembrinData->trigSens : -1);
-    comboTrigType->setCurrentIndex(tembrinData->trigType);
-    // What a person is typing stays.
-    if (!spinRangeMin->hasFocus())
-        spinRangeMin->setValue(tembrinData->rangeMin);
-    if (!spinTrigLevel->hasFocus())
-        spinTrigLevel->setValue(tembrinData->trigLevel);
-}
-
-void setupLogger::showConfiguration()
-{
-    const bool isBasic = tembrinData->tembrinType == LOGGER_SORREL_BASIC;
-    boxSound->setVisible(!isBasic);
-    boxGPS->setVisible(!isBasic);
-    boxSound->setChecked(tembrinData->confSound);
-    boxGPS->setChecked(tembrinData->confGPSEnabled);
-    comboLanguage->setCurrentIndex(
-        tembrinData->confLanguage < comboLanguage->count() ? tembrinData->confLanguage : -1);
-    if (const ExpData* data = mTembrin->dataAt(0))
-        smootSpinBox->setValue(data->smoothKernel);
-}
-
-void setupLogger::showUnits()
-{
-    const QSettings store = Settings::mainStore();
-    const auto isOn = [&store](const char* key, bool preset) {
-        return store.value(QLatin1String(key), preset).toBool();
-    };
-    const bool isKmh = isOn(Settings::unitsKmh, true);
-    const bool isMph = isOn(Settings::unitsMph, true);
-    (isOn(Settings::unitsCelsius, true) ? unitsCelsius : unitsFahrenheit)->setChecked(true);
-    (isOn(Settings::unitsBaroHpa, false) ? unitsBaro_hPa : unitsBaro_mBar)->setChecked(true);
-    (isOn(Settings::unitsAirKpa, true) ? unitsKPA : unitsPSI)->setChecked(true);
-    (isOn(Settings::unitsMeter, true) ? unitsMeters : unitsFeet)->setChecked(true);
-    (isKmh ? unitsKMH : isMph ? unitsMPH : unitsMS)->setChecked(true);
-}
-
-void setupLogger::showSockets()
-{
-    const int slots[] = {tembrinData->ext1Index, tembrinData->ext2Index};
-    QComboBox* const lists[] = {comboBox, comboBox_2};
-    for (int i = 0; i < 2; ++i) {
-        const bool hasSocket = slots[i] >= 0 && slots[i] < sensors.size();
-        lists[i]->setEnabled(hasSocket);
-        const int id = hasSocket && Sensor::isIDVestrel(sensors[slots[i]]->ID) ? sensors[slots[i]]->ID : 0;
-        lists[i]->setCurrentIndex(lists[i]->findData(id));
+    if (isOtherTrigger && link->running().isEmpty()) {
+        link->plan.chooseTrigger(trigger->trigger(link->plan.settings()), false);
+        link->sendSetupToAll(ClassPlan::TriggerPart);
     }
 }
 
-void setupLogger::showVorta()
+// --- What a person chooses ---
+
+bool setupLogger::isRefused()
 {
-    rateSpinBox->setValue(tembrinData->Vorta_rate);
-    SampleSpinBox_2->setValue(tembrinData->Vorta_samples);
-    drawGraphCheckBox->setChecked(tembrinData->Vorta_drawOnline);
+    const QStringList running = link->running();
+    if (running.isEmpty())
+        return false;
+    modifyAll();
+    prompt->warning(this, tr("Can't perform setup"),
+                    tr("Please stop logging before changing the logger SETUP.") + QLatin1Char('\n') +
+                        tr("Running: %1.").arg(running.join(QStringLiteral(", "))));
+    return true;
+}
+
+void setupLogger::configurationChosen(ClassPlan::Field field)
+{
+    link->plan.chooseConfiguration(field, config->shown(link->plan.settings()));
+    sendConf();
+}
+
+void setupLogger::sendConf()
+{
+    const LoggerSettings shown = config->shown(link->plan.settings());
+    link->plan.setUnits(shown.fahrenheit, shown.hpa);
+    link->sendConfigurationToLeader();
+    needToUpdateAll = true;
+}
+
+void setupLogger::unitChosen(bool isOfLoggers)
+{
+    unitChanged = true;
+    if (isOfLoggers)
+        sendConf();
+}
+
+/// Smoothing is the program's own; no logger hears of it.
+void setupLogger::kernelChosen(int size)
+{
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        if (ExpData* data = mTembrin->dataAt(i))
+            data->smoothKernel = size;
+    }
+    if (ExpData* data = mTembrin->dataC())
+        data->smoothKernel = size;
+}
+
+void setupLogger::triggerChosen()
+{
+    const LoggerSettings chosen = trigger->trigger(link->plan.settings());
+    if (isRefused())
+        return;
+    link->plan.chooseTrigger(chosen);
+    link->sendSetupToAll(ClassPlan::TriggerPart);
+}
+
+void setupLogger::socketChosen(int socket)
+{
+    const int id = trigger->socketSensor(socket);
+    if (isRefused())
+        return;
+    // The other socket is named where it holds one of the family, and left alone where it does not.
+    const int other = trigger->socketSensor(1 - socket);
+    const int unchanged = other > 0 ? other : -1;
+    Q_EMIT externalSet(socket == 0 ? id : unchanged, socket == 0 ? unchanged : id);
+    link->plan.plug(socket, id);
+    link->sendSetupToAll(ClassPlan::SocketPart);
+}
+
+void setupLogger::startVorta(int rate, int samples)
+{
+    TembrinProtocol* logger = link->leader();
+    LoggerSettings settings = logger->wanted();
+    settings.vortaRate = short(rate);
+    settings.vortaSamples = short(samples);
+    logger->wantSetup(settings);
+    logger->sendVortaCommand(CMD_VORTA_START);
+}
+
+// --- Answers of the logger ---
+
+void setupLogger::calib_result(int reason)
+{
+    calibration->showResult(reason);
+}
+
+void setupLogger::test_data_result(const QVector<unsigned char>& results)
+{
+    calibration->showTest(results);
+}
+
+void setupLogger::test_vorta_show_results()
+{
+    calibration->showVorta(link->leaderState());
 }
 
 void setupLogger::reject()
@@ -205,7 +263,7 @@ void setupLogger::reject()
 void setupLogger::on_Exit_clicked()
 {
     if (needToUpdateAll)
-        mTembrin->sendCmdToAll(CMD_CONFIGURE_TEMBRIN);
+        link->sendConfigurationToAll();
     if (unitChanged) {
         // On the window behind: this one goes, and with it what stands on it.
         prompt->information(parentWidget(), tr("Change of units"),

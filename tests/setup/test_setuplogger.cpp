@@ -10,6 +10,7 @@
 #include "graph/plot.h"
 #include "setup/designvalues.h"
 #include "setup/setuplogger.h"
+#include "setup/unitgroups.h"
 #include "tests/setup/setupbench.h"
 
 namespace {
@@ -47,14 +48,22 @@ private Q_SLOTS:
         QCOMPARE(bench->written(0), summed("4714DD 0D 02"));
         find<QComboBox>("comboLanguage")->setCurrentIndex(3);
         QCOMPARE(bench->written(0), summed("4714DD 0D 03"));
-        bench->port(0).feed(status({{30, 0x01}, {31, 1}})); // changed on the logger, so shown and not sent
-        QCOMPARE(find<QComboBox>("comboLanguage")->currentText(), QStringLiteral("Spanish"));
-        QVERIFY(!find<QCheckBox>("boxGPS")->isChecked());
+        const auto shown = [this] {
+            return QStringLiteral("%1%2 ")
+                       .arg(find<QCheckBox>("boxSound")->isChecked())
+                       .arg(find<QCheckBox>("boxGPS")->isChecked()) +
+                   find<QComboBox>("comboLanguage")->currentText();
+        };
+        bench->port(0).feed(status({{30, 0x00}, {31, 1}})); // before the answer, so it says nothing
+        QCOMPARE(shown(), QStringLiteral("11 Portuguese"));
+        bench->port(0).feed(status({{3, 0xDD}, {30, 0x0D}, {31, 3}}));
+        bench->port(0).feed(status({{30, 0x04}, {31, 1}})); // what was not chosen follows a key of the logger
+        QCOMPARE(shown(), QStringLiteral("01 Portuguese"));
         QCOMPARE(bench->written(0) + bench->written(1), QByteArray());
         dialog->close();
-        QCOMPARE(bench->written(0), summed("4714DD 01 01"));
+        QCOMPARE(bench->written(0), summed("4714DD 0C 03"));
         bench->port(0).feed(status({{3, 0xDD}}));
-        QTRY_COMPARE(bench->port(1).written(), summed("4714DD 09 03"));
+        QTRY_COMPARE(bench->port(1).written(), summed("4714DD 08 03"));
         QCOMPARE(bench->prompt.asked, QStringList());
     }
 
@@ -132,16 +141,52 @@ private Q_SLOTS:
                  QStringLiteral("RAM\tPASS\nGPS\tFAIL\namb. temp\tPASS\next. temp\tPASS\nsound\tFAIL\n"));
     }
 
-    void smoothingGoesToAllLoggersWithTheRateThatEachHas()
+    void smoothingIsTheProgramsOwn()
     {
         open();
         auto* kernel = find<QSpinBox>("smootSpinBox");
         kernel->setValue(6); // typed
         QCOMPARE(kernel->value(), 7);
-        QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF));
         QCOMPARE(bench->manager.dataAt(1)->smoothKernel, 7);
-        bench->port(0).feed(status({{3, 0x11}}));
-        QTRY_COMPARE(bench->port(1).written(), setupFrame(4, 2, 1, 0xFF));
+        dialog->close();
+        QCOMPARE(bench->written(0) + bench->written(1), QByteArray());
+    }
+
+    void theNextStartAgreesWithTheLoggerOnTheUnit_data()
+    {
+        columns<QByteArray, bool, bool, bool>({"said", "isConnected", "before", "celsius"});
+        row("Fahrenheit", status({{30, 0x02}}), true, true, false);
+        row("Celsius", status({{30, 0x05}}), true, false, true);
+        row("lost", status({{30, 0x05}}), false, false, false);
+        row("silent", QByteArray(), true, false, false);
+        row("Vorta", summed("3E7983 10 11 12 00 03 0064 0000 0000 00"), true, false, false);
+    }
+
+    void theNextStartAgreesWithTheLoggerOnTheUnit()
+    {
+        const auto [said, isConnected, before] =
+            fetched<QByteArray, bool, bool>({"said", "isConnected", "before"});
+        bench.reset(new SetupBench(1));
+        if (said.startsWith('.'))
+            bench->port(0).feed(bytes(sensorListHex));
+        bench->port(0).feed(said);
+        if (!isConnected)
+            bench->manager.release(0);
+        Settings::mainStore().setValue(Settings::unitsCelsius, before);
+        UnitGroups::agreeWith(*bench->manager.tembrinAt(0));
+        QTEST(Settings::mainStore().value(Settings::unitsCelsius).toBool(), "celsius");
+    }
+
+    void aUnitOfTheNextStartIsSentAndStays()
+    {
+        open();
+        find<QRadioButton>("unitsFahrenheit")->click();
+        QCOMPARE(bench->written(0), summed("4714DD 07 02"));
+        dialog->close();
+        QCOMPARE(bench->prompt.asked.join('|'),
+                 QStringLiteral("Change of units|Please restart Kormelin for the change to take effect."));
+        UnitGroups::agreeWith(*bench->manager.tembrinAt(0)); // the answer is still due
+        QVERIFY(!Settings::mainStore().value(Settings::unitsCelsius).toBool());
     }
 
     void aTriggerSetOnTheFirstLoggerIsSharedUnchanged()

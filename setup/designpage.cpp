@@ -1,4 +1,4 @@
-#include "setup/setuplogger.h"
+#include "setup/designpage.h"
 
 #include <QDoubleSpinBox>
 #include <QGridLayout>
@@ -24,22 +24,22 @@ struct ColorRow
 
 // clang-format off
 constexpr ColorRow colorRows[DesignValues::ColorCount] = {
-    {"appBackButton", QT_TRANSLATE_NOOP("setupLogger", "Background"),
-     QT_TRANSLATE_NOOP("setupLogger", "Select color for app background")},
-    {"backgroundButton", QT_TRANSLATE_NOOP("setupLogger", "Background"),
-     QT_TRANSLATE_NOOP("setupLogger", "Select color for graph background")},
-    {"activeButton", QT_TRANSLATE_NOOP("setupLogger", "Active graph"),
-     QT_TRANSLATE_NOOP("setupLogger", "Select color for active graph background")},
-    {"majGridButton", QT_TRANSLATE_NOOP("setupLogger", "Major grid"),
-     QT_TRANSLATE_NOOP("setupLogger", "Select color for major grid line")},
-    {"minGridButton", QT_TRANSLATE_NOOP("setupLogger", "Minor grid"),
-     QT_TRANSLATE_NOOP("setupLogger", "Select color for minor grid line")},
-    {"titleButton", QT_TRANSLATE_NOOP("setupLogger", "Title"),
-     QT_TRANSLATE_NOOP("setupLogger", "Select color for title")},
-    {"evenButton", QT_TRANSLATE_NOOP("setupLogger", "Even Column"),
-     QT_TRANSLATE_NOOP("setupLogger", "Select color for even columns")},
-    {"oddButton", QT_TRANSLATE_NOOP("setupLogger", "Odd Column"),
-     QT_TRANSLATE_NOOP("setupLogger", "Select color for odd columns")},
+    {"appBackButton", QT_TRANSLATE_NOOP("DesignPage", "Background"),
+     QT_TRANSLATE_NOOP("DesignPage", "Select color for app background")},
+    {"backgroundButton", QT_TRANSLATE_NOOP("DesignPage", "Background"),
+     QT_TRANSLATE_NOOP("DesignPage", "Select color for graph background")},
+    {"activeButton", QT_TRANSLATE_NOOP("DesignPage", "Active graph"),
+     QT_TRANSLATE_NOOP("DesignPage", "Select color for active graph background")},
+    {"majGridButton", QT_TRANSLATE_NOOP("DesignPage", "Major grid"),
+     QT_TRANSLATE_NOOP("DesignPage", "Select color for major grid line")},
+    {"minGridButton", QT_TRANSLATE_NOOP("DesignPage", "Minor grid"),
+     QT_TRANSLATE_NOOP("DesignPage", "Select color for minor grid line")},
+    {"titleButton", QT_TRANSLATE_NOOP("DesignPage", "Title"),
+     QT_TRANSLATE_NOOP("DesignPage", "Select color for title")},
+    {"evenButton", QT_TRANSLATE_NOOP("DesignPage", "Even Column"),
+     QT_TRANSLATE_NOOP("DesignPage", "Select color for even columns")},
+    {"oddButton", QT_TRANSLATE_NOOP("DesignPage", "Odd Column"),
+     QT_TRANSLATE_NOOP("DesignPage", "Select color for odd columns")},
 };
 // clang-format on
 
@@ -54,10 +54,11 @@ QLabel* labelFor(QWidget* control, const QString& text)
 
 } // namespace
 
-void setupLogger::createDesignPage()
+DesignPage::DesignPage(UserPrompt* prompt, QWidget* parent)
+    : QWidget(parent)
+    , prompt(prompt)
 {
-    auto* content = new QWidget;
-    auto* page = new QGridLayout(content);
+    auto* page = new QGridLayout(this);
     QGridLayout* grid = nullptr;
     page->addWidget(designGroup("groupDesignMain", tr("Kormelin"), &grid), 0, 0);
     addColor(grid, DesignValues::MainBackground);
@@ -83,23 +84,23 @@ void setupLogger::createDesignPage()
     designHint->setWordWrap(true);
     for (QPushButton* button : {saveButton, defaultButton})
         button->setAutoDefault(false);
-    connect(saveButton, &QPushButton::clicked, this, &setupLogger::on_saveButton_clicked);
-    connect(defaultButton, &QPushButton::clicked, this, &setupLogger::on_defaultButton_clicked);
+    connect(saveButton, &QPushButton::clicked, this, &DesignPage::save);
+    connect(defaultButton, &QPushButton::clicked, this, &DesignPage::toPresets);
     page->addWidget(designHint, 3, 0, 1, 2);
     page->addWidget(defaultButton, 4, 0);
     page->addWidget(saveButton, 4, 1);
     page->setRowStretch(5, 1);
-    tabDesign = addPage("tabDesign", tr("Design"), content);
+    modifyDesignDialog();
 }
 
-QGroupBox* setupLogger::designGroup(const char* name, const QString& title, QGridLayout** grid)
+QGroupBox* DesignPage::designGroup(const char* name, const QString& title, QGridLayout** grid)
 {
     auto* group = named(new QGroupBox(title), name);
     *grid = new QGridLayout(group);
     return group;
 }
 
-void setupLogger::addColor(QGridLayout* grid, DesignValues::ColorOf which)
+void DesignPage::addColor(QGridLayout* grid, DesignValues::ColorOf which)
 {
     const ColorRow& row = colorRows[which];
     auto* button = named(new QPushButton, row.name, tr(row.title));
@@ -112,7 +113,7 @@ void setupLogger::addColor(QGridLayout* grid, DesignValues::ColorOf which)
     colorButtons[which] = button;
 }
 
-void setupLogger::addWidth(QGridLayout* grid, DesignValues::WidthOf which)
+void DesignPage::addWidth(QGridLayout* grid, DesignValues::WidthOf which)
 {
     auto* spin = named(new QDoubleSpinBox, widthNames[which]);
     spin->setAccessibleName(which == DesignValues::MajorGridWidth ? tr("Width of major grid lines")
@@ -133,8 +134,8 @@ void setupLogger::addWidth(QGridLayout* grid, DesignValues::WidthOf which)
     widthSpins[which] = spin;
 }
 
-QSpinBox* setupLogger::addTextSize(QGridLayout* grid, const char* name, const QString& label, int least,
-                                   int most)
+QSpinBox* DesignPage::addTextSize(QGridLayout* grid, const char* name, const QString& label, int least,
+                                  int most)
 {
     auto* spin = named(new QSpinBox, name, label);
     spin->setRange(least, most);
@@ -144,7 +145,7 @@ QSpinBox* setupLogger::addTextSize(QGridLayout* grid, const char* name, const QS
     return spin;
 }
 
-void setupLogger::modifyDesignDialog()
+void DesignPage::modifyDesignDialog()
 {
     const QScopedValueRollback<bool> own(isFilling, true);
     for (int i = 0; i < DesignValues::ColorCount; ++i)
@@ -156,12 +157,12 @@ void setupLogger::modifyDesignDialog()
     showNotSaved();
 }
 
-void setupLogger::showNotSaved()
+void DesignPage::showNotSaved()
 {
     designHint->setText(tr("A change shows at once. Save the design to keep it for the next start."));
 }
 
-void setupLogger::showColor(int which)
+void DesignPage::showColor(int which)
 {
     const QColor color = DesignValues::color(which).get();
     colorButtons[which]->setStyleSheet(QStringLiteral("background-color: rgb(%1,%2,%3)")
@@ -171,7 +172,7 @@ void setupLogger::showColor(int which)
     colorButtons[which]->setAccessibleDescription(color.name());
 }
 
-void setupLogger::pickColor(int which)
+void DesignPage::pickColor(int which)
 {
     const DesignValues::Color& design = DesignValues::color(which);
     const auto picked = prompt->color(this, tr(colorRows[which].title), design.get().rgba());
@@ -182,29 +183,29 @@ void setupLogger::pickColor(int which)
     tellDesign(design.place);
 }
 
-void setupLogger::tellDesign(DesignValues::Place place)
+void DesignPage::tellDesign(DesignValues::Place place)
 {
     showNotSaved();
     switch (place) {
     case DesignValues::Place::Main:
-        Q_EMIT useMainDesignValues();
+        Q_EMIT mainChanged();
         break;
     case DesignValues::Place::Graph:
-        Q_EMIT useGraphDesignValues();
+        Q_EMIT graphChanged();
         break;
     case DesignValues::Place::Table:
-        Q_EMIT useTableDesignValues();
+        Q_EMIT tableChanged();
         break;
     }
 }
 
-void setupLogger::on_saveButton_clicked()
+void DesignPage::save()
 {
     DesignValues::save();
     designHint->setText(tr("The design is saved."));
 }
 
-void setupLogger::on_defaultButton_clicked()
+void DesignPage::toPresets()
 {
     DesignValues::toPresets();
     modifyDesignDialog();
