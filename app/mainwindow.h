@@ -276,7 +276,6 @@ private:
     void doImport(const QString& fname);
     void showClassFile(const QString& fname, const QString& view);
     void handleOnlyStaticClassMode(bool tf);
-    void disableRepeatMode();
     QString getView() const;
     void setView(const QString& view);
     bool writeExperiment(const QString& fname, const ExpData* set);

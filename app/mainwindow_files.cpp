@@ -130,7 +130,6 @@ void MainWindow::appendFile(const QString& fname)
     if (view.isEmpty())
         return;
     qCInfo(appLog, "appended %s", qPrintable(fname));
-    disableRepeatMode();
     data->setXYIndex(-1);
     handleOnlyStaticClassMode(false);
     setView(QString()); // where the graph of logger 0 shows
@@ -173,7 +172,6 @@ void MainWindow::showClassFile(const QString& fname, const QString& view)
     qCInfo(appLog, "opened %s", qPrintable(fname));
     ExpData* classSet = mTembrin->dataC();
     const int active = classSet->activeSensIndex();
-    disableRepeatMode();
     data->setXYIndex(-1);
     setView(view);
     handleOnlyStaticClassMode(true);
@@ -187,7 +185,6 @@ void MainWindow::showClassFile(const QString& fname, const QString& view)
 void MainWindow::doRead(const QString& fname)
 {
     QString reason;
-    disableRepeatMode();
     setSelected(0, 0);
     data->setXYIndex(-1);
     if (ReadWrite::read(fname, data, nullptr, nullptr, false, &reason).isEmpty()) {
@@ -212,11 +209,6 @@ void MainWindow::handleOnlyStaticClassMode(bool tf)
     }
     if (layouts)
         layouts->setEnabled(!tf);
-}
-
-void MainWindow::disableRepeatMode()
-{
-    mTembrin->tembrinDataAt(0)->disableRepeatedRun();
 }
 
 QString MainWindow::getView() const

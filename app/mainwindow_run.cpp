@@ -95,9 +95,7 @@ void MainWindow::startNextLogger()
 
 double MainWindow::sampleTime(int index) const
 {
-    const TembrinData* state = mTembrin->tembrinDataAt(index);
-    return state->tembrinType == LOGGER_VORTA ? TembrinData::VortaRates[state->Vorta_rate]
-                                              : TembrinData::Rates[state->rate];
+    return mTembrin->tembrinDataAt(index)->samplePeriod();
 }
 
 void MainWindow::onlineReceived(int index, short current, const QVector<QVector<double>>& samplesBlock,
@@ -149,15 +147,14 @@ bool MainWindow::startsExperiment(int index, int current) const
 
 void MainWindow::startExperiment(int index, double dt)
 {
-    TembrinData* state = mTembrin->tembrinDataAt(index);
+    const TembrinData* state = mTembrin->tembrinDataAt(index);
     ExpData* set = mTembrin->dataAt(index);
     data->setXYIndex(-1);
     set->setXYIndex(-1);
     mTembrin->setIgnoreOnlineAfterStop(index, false);
     if (graph->isHidden() && layouts)
         layouts->setCurrentIndex(LAYOUT_MULTI_WINDOWS);
-    state->keepLastRunParameters();
-    set->setDataNewEmpty(state->getSensors(), dt, mTembrin->groupName(index));
+    set->setDataNewEmpty(state->runChannels(), dt, mTembrin->groupName(index));
     classMembers |= 1U << index;
     mTembrin->plotAt(index)->setMarkers();
     live[index].startsClass = true;
@@ -180,12 +177,9 @@ void MainWindow::startClassExperiment(double dt)
 void MainWindow::storeSamples(int index, int current, double dt, const QVector<QVector<double>>& samplesBlock)
 {
     ExpData* set = mTembrin->dataAt(index);
-    if (samplesBlock.isEmpty()) {
-        set->addSample(short(current));
-    } else {
-        for (int i = 0; i < samplesBlock.size(); ++i)
-            set->addSample(dt * (current * samplesBlock.size() + i), samplesBlock[i]);
-    }
+    const double step = dt > 0 ? dt : 1; // by hand: sample numbers
+    for (int i = 0; i < samplesBlock.size(); ++i)
+        set->addSample(step * (current * samplesBlock.size() + i), samplesBlock[i]);
     live[index].isNew = true;
     if (current > 0 && index < mTembrin->nDefTembrins() && !isOnlyStaticClassMode) {
         mTembrin->dataC()->addSample(index, set);

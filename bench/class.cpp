@@ -177,15 +177,16 @@ SentSamples readRecord(const QString& fileName)
 }
 
 /// The values of one sample's bytes, in the order of the data set's channels, decoded by sensors of our own.
-QVector<double> decode(const SensorList& sensors, const QByteArray& bytes)
+QVector<double> decode(const QVector<SensorKind>& kinds, const QByteArray& bytes)
 {
     QVector<double> values;
     int position = 0;
-    for (const SensorPtr& sensor : sensors) {
-        sensor->setLastValue(reinterpret_cast<const unsigned char*>(bytes.constData()) + position,
-                             sensor->numBytes);
-        position += sensor->numBytes;
-        values += sensor->lastValue;
+    for (const SensorKind& kind : kinds) {
+        const int before = values.size();
+        values.resize(before + kind.valueCount());
+        kind.decode(reinterpret_cast<const unsigned char*>(bytes.constData()) + position,
+                    values.data() + before);
+        position += kind.numBytes();
     }
     return position == bytes.size() ? values : QVector<double>();
 }
@@ -199,13 +200,14 @@ struct Comparison
 
 Comparison compare(const QVector<SentSample>& sent, const ExpData& stored, const TembrinData& logger)
 {
-    SensorList own;
-    for (const SensorPtr& sensor : logger.sensors) {
-        if (sensor->active)
-            own.append(SensorPtr::create(sensor->ID));
+    QVector<SensorKind> own;
+    const SensorList& list = logger.getSensors();
+    for (int i = 0; i < list.size(); ++i) {
+        if (logger.reported().mask >> i & 1)
+            own.append(SensorKind(list.at(i)->ID));
     }
     Comparison result{sent.size(), stored.getXSize(), 0};
-    const double period = TembrinData::Rates[logger.rate];
+    const double period = logger.samplePeriod();
     for (int k = 0; k < qMin(result.sent, result.stored); ++k) {
         const QVector<double> values = decode(own, sent.at(k).bytes);
         bool same =

@@ -136,7 +136,7 @@ SensorList multiConnectionsManager::getSensorsC()
     }
     if (sensors.isEmpty())
         return sensors;
-    SensorPtr average(new Sensor(sensors.first()->ID));
+    SensorPtr average(new Sensor(sensors.first()->ID, sensors.first()->units()));
     average->active = true;
     average->groupName = tr("Average");
     sensors.append(average);

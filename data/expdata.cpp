@@ -159,15 +159,15 @@ void ExpData::getLoggerExperiment()
     repeatExpMode = false;
     appendIndex = 0;
     needSave = true;
-    if (!tembrin || tembrin->tembrinData->getBufferNSamp() <= 0)
+    if (!tembrin || tembrin->tembrinData->storedRun().columns.value(0).isEmpty())
         return;
 
-    TembrinData* logger = tembrin->tembrinData;
-    fillSensorListFromLoggerList(logger->getSensors(), true);
+    const StoredRun& run = tembrin->tembrinData->storedRun();
+    fillSensorListFromLoggerList(run.channels, true);
     emptyChannels(nSens);
     keepSelectionInside();
-    dt = logger->Rates[logger->actRate];
-    y = logger->getSamplesVector();
+    dt = run.dt;
+    y = run.columns;
     y.resize(nSens);
     // A download that lost its end has fewer samples than it announced.
     int samples = 0;

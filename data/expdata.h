@@ -75,9 +75,8 @@ public:
 
     // --- samples (expdata_live.cpp); each costs a constant time per channel ---
 
-    /// Takes the last values of the logger's sensors as online sample `nSamp`.
-    void addSample(short nSamp);
-    /// Appends one value per channel at `xval` seconds, base units. In repeat mode `yval` holds the
+    /// Appends one value per channel at `xval` seconds, base units; derived channels behind them follow by
+    /// themselves. In repeat mode `yval` holds the
     /// channels of the new run, half of all.
     void addSample(double xval, const QVector<double>& yval);
 
@@ -245,6 +244,7 @@ private:
     void trackExtremes(int iSens, double value, bool isFirst);
     void followLiveRange(int iSens, bool isFirst);
     double liveValue(int iSens) const;
+    void addRow(double xval, const QVector<double>& yval);
 
     // Joining
     void appendMissingTimes(const QVector<double>& times);

@@ -1,42 +1,26 @@
 #include "data/expdata.h"
 
-#include "protocol/tembrindata.h"
-#include "protocol/tembrinprotocol.h"
-
-void ExpData::addSample(short nSamp)
-{
-    needSave = true;
-    const int n = repeatExpMode ? sensors.size() / 2 : sensors.size();
-    row.resize(n);
-    for (int i = 0; i < n; ++i)
-        row[i] = liveValue(i);
-    addSample(dt > 0 ? dt * nSamp : nSamp, row);
-}
-
-/// The value of a channel in the row being gathered. A derived channel reads its origin from the same row.
+/// The value of a derived channel in the row being gathered; it reads its origin from the same row.
 double ExpData::liveValue(int iSens) const
 {
-    const SensorPtr& sensor = getSens(iSens);
-    if (!sensor || sensor->lastValue.isEmpty())
+    const int origin = getSens(iSens)->specialOriginIndex;
+    const QVector<double>& stored = getYNoConv(repeatExpMode ? origin + row.size() : origin);
+    if (origin < 0 || origin >= iSens || stored.isEmpty() || dt <= 0)
         return 0.0;
-    if (sensor->ID == SENSOR_SPECIAL) {
-        const int origin = sensor->specialOriginIndex;
-        const QVector<double>& stored = getYNoConv(repeatExpMode ? origin + row.size() : origin);
-        if (origin >= 0 && origin < iSens && !stored.isEmpty())
-            sensor->lastValue[0] = (row.at(origin) - stored.constLast()) / dt;
-    } else if (sensor->isVirtual && tembrin) {
-        const SensorList& list = tembrin->tembrinData->sensors;
-        const int parent = sensor->inLoggerIndex;
-        if (parent >= 0 && parent < list.size()) {
-            const QVector<double>& values = list.at(parent)->lastValue;
-            if (sensor->virtualIndex >= 0 && sensor->virtualIndex < values.size())
-                sensor->lastValue[0] = values.at(sensor->virtualIndex);
-        }
-    }
-    return sensor->lastValue.constFirst();
+    return (row.at(origin) - stored.constLast()) / dt;
 }
 
 void ExpData::addSample(double xval, const QVector<double>& yval)
+{
+    needSave = true;
+    const int n = repeatExpMode ? sensors.size() / 2 : sensors.size();
+    row = yval;
+    for (int i = row.size(); i < n && getSens(i) && getSens(i)->ID == SENSOR_SPECIAL; ++i)
+        row.append(liveValue(i));
+    addRow(xval, row);
+}
+
+void ExpData::addRow(double xval, const QVector<double>& yval)
 {
     // A repeated run walks along the axis that the run before it made.
     if (!repeatExpMode || x.isEmpty() || xval > x.constLast())

@@ -52,6 +52,5 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, size_t size)
         QByteArray::fromRawData(reinterpret_cast<const char*>(bytes) + 2, int(size) - 2);
     for (int position = 0; position < stream.size(); position += piece)
         port.feed(stream.mid(position, piece));
-    data.getSamplesVector();
     return 0;
 }

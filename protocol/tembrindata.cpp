@@ -39,14 +39,15 @@ bool isSameSensor(int id, int other)
 
 } // namespace
 
-TembrinData::TembrinData(int index, QObject* parent)
+TembrinData::TembrinData(int index, const Units& units, QObject* parent)
     : QObject(parent)
     , index(index)
-    , unitIsFahrenheit(!Settings::mainStore().value(Settings::unitsCelsius, true).toBool())
+    , units(units)
+    , download(index)
 {
     setNames();
     setupSensorsForType(LOGGER_BIRCH);
-    setupPacketTimer();
+    connectDownload();
 }
 
 TembrinData::~TembrinData() = default;
@@ -83,7 +84,7 @@ void TembrinData::setupSensorsForType(int type)
             dataPacketSize = model->packetSize;
         for (const int id : model->sensorIDs) {
             if (id != 0)
-                sensors.append(SensorPtr::create(id));
+                sensors.append(SensorPtr::create(id, units));
         }
     }
     noteSockets();
@@ -93,7 +94,8 @@ void TembrinData::setupSensorsForType(int type)
 void TembrinData::clearSensors()
 {
     sensors.clear();
-    activeIndices.clear();
+    snapshotValues.clear();
+    isRunFrozen = false;
     extTempIndex = ext1Index = ext2Index = -1;
     forgetOnlineMask();
 }
@@ -102,8 +104,9 @@ void TembrinData::forgetConnection()
 {
     forgetOnlineMask();
     samplesWaiting = 0;
-    downloadOpen = false;
-    packetTimer.stop();
+    isRunFrozen = false;
+    vortaRun.interrupt();
+    download.cancel();
 }
 
 QString TembrinData::modelName(int type)
@@ -148,7 +151,9 @@ QString TembrinData::getRateNameFromDT(double dt) const
 
 double TembrinData::samplePeriod() const
 {
-    return vorta ? VortaRates[settings.vortaRate] : Rates[settings.rate];
+    if (vorta)
+        return vortaRun.period() > 0 ? vortaRun.period() : VortaRates[settings.vortaRate];
+    return Rates[settings.rate];
 }
 
 quint16 TembrinData::activeMask() const
@@ -163,21 +168,9 @@ quint16 TembrinData::activeMask() const
 
 void TembrinData::setActiveFromMask(quint16 mask)
 {
-    activeIndices.clear();
-    for (int i = 0; i < sensors.size(); ++i) {
-        const bool active = mask >> i & 1;
-        sensors.at(i)->active = active;
-        if (active)
-            activeIndices.append(i);
-    }
+    for (int i = 0; i < sensors.size(); ++i)
+        sensors.at(i)->active = mask >> i & 1;
     settings.mask = mask;
-}
-
-void TembrinData::keepLastRunParameters()
-{
-    lastRate = rate;
-    lastSamples = samples;
-    lastMask = static_cast<short>(activeMask());
 }
 
 void TembrinData::setActiveSensors(const SensorList& list)
@@ -230,6 +223,7 @@ void TembrinData::handleSensID(unsigned char* udata, int len)
         return;
     qCDebug(lcProtocol) << "logger" << index << *packet;
     vorta = false;
+    vortaRun.forget();
     gotSensorList = true;
     clearSensors();
     for (int i = 0; i < static_cast<int>(packet->ids.size()); ++i)
@@ -255,7 +249,7 @@ void TembrinData::appendFromSlot(int slot, int id, int external1, int external2)
             hasPhotogate = true;
     }
     if (id != 0)
-        sensors.append(SensorPtr::create(id));
+        sensors.append(SensorPtr::create(id, units));
     if (isExternalTemperature(id))
         extTempIndex = slot;
 }
@@ -263,19 +257,21 @@ void TembrinData::appendFromSlot(int slot, int id, int external1, int external2)
 void TembrinData::replaceSensor(bool first, int id)
 {
     const int slot = first ? ext1Index : ext2Index;
-    if (id == VERNIER_CODE)
-        id = VERNIER_VOLTAGE;
-    if (slot < 0 || slot >= sensors.size())
+    id = Sensor::socketID(id);
+    if (slot < 0 || slot >= sensors.size() || id == 0 || sensors.at(slot)->ID == id)
         return;
-    if (!Sensor::isIDVernierOrExternal(id) && !Sensor::isIDVestrel(id))
-        return;
-    // The object stays, since data sets and views hold it.
-    const SensorPtr& sensor = sensors.at(slot);
-    if (sensor->ID == id)
-        return;
-    sensor->adoptIdentity(id);
-    forgetOnlineMask();
+    qCDebug(lcProtocol) << "logger" << index << "socket" << (first ? 1 : 2) << "holds sensor" << id;
+    replaceEntry(slot, id);
     noteSockets();
+}
+
+/// A new object: who holds the old one keeps what it was.
+void TembrinData::replaceEntry(int slot, int id)
+{
+    const SensorPtr sensor = SensorPtr::create(id, units);
+    sensor->active = sensors.at(slot)->active;
+    sensors[slot] = sensor;
+    forgetOnlineMask();
 }
 
 void TembrinData::noteSockets()

@@ -6,14 +6,15 @@
 #include <QTimer>
 #include <QVector>
 
-#include <array>
-
 #include "link/commandtype.h"
 #include "link/packetidentifier.h"
 #include "protocol/expinfo.h"
 #include "protocol/loggermodels.h"
 #include "protocol/loggersettings.h"
 #include "protocol/ratetables.h"
+#include "protocol/rundecoder.h"
+#include "protocol/storeddownload.h"
+#include "protocol/vortarun.h"
 #include "sensors/sensor.h"
 
 namespace Packets {
@@ -21,7 +22,6 @@ struct Info;
 struct Status;
 struct StoredData;
 struct VortaStatus;
-using VortaWords = std::array<quint16, 5>;
 } // namespace Packets
 
 /// Reasons of runTerminated(int, int).
@@ -52,8 +52,9 @@ class TembrinData : public QObject, public PacketIdentifier
 
 public:
     using SampleBlock = QVector<QVector<double>>;
+    using StoredRun = ::StoredRun;
 
-    explicit TembrinData(int index, QObject* parent = nullptr);
+    explicit TembrinData(int index, const Units& units = {}, QObject* parent = nullptr);
     ~TembrinData() override;
 
     // --- Names shown to the user -------------------------------------------------------------------------
@@ -67,7 +68,8 @@ public:
     // --- What the logger is set to do --------------------------------------------------------------------
     /// As its packets said; what is wanted of it stands in TembrinProtocol.
     const LoggerSettings& reported() const { return settings; }
-    /// Seconds between two samples of a run as reported, 0 at the rate Manual.
+    /// Seconds between two samples of a run as reported, 0 at the rate Manual; of a Vorta logger as it was
+    /// started.
     double samplePeriod() const;
     short numExperiments = 0;
     short runState = -1;      ///< 0 is idle
@@ -84,7 +86,6 @@ public:
 
     // --- Sensors -----------------------------------------------------------------------------------------
     SensorList sensors;
-    QVector<int> activeIndices; ///< list indices of the last mask, ascending
     int extTempIndex = -1;
     int ext1Index = -1; ///< the external sockets, -1 if the logger has none
     int ext2Index = -1;
@@ -94,12 +95,6 @@ public:
     bool hasPhotogate = false;
     bool photogateEnabled = false;
     double photoObjW = 0.05; ///< width of the card, m
-    bool unitIsFahrenheit;   ///< the program's own unit
-
-    // --- The last run ------------------------------------------------------------------------------------
-    short lastRate = -1;
-    short lastSamples = -1;
-    short lastMask = -1;
 
     // --- Cutting of the byte stream ----------------------------------------------------------------------
     int onlineMask = -1; ///< mask that onlineBytesPerSample was counted for, -1 for none
@@ -107,22 +102,11 @@ public:
     int samplesWaiting = 0; ///< whole packets behind the present one
     int dataPacketSize = 767;
 
-    // --- Download ----------------------------------------------------------------------------------------
-    int lastPacket = -1; ///< number of the last good packet
-    int expectedPackets = 0;
-    QVector<unsigned char> dataBuffer;
-    short actSamples = 0;
-    short actRate = 0; ///< index into Rates, always inside it
-    int storedBytesPerSample = 0;
     QVector<expInfo> expList;
 
     // --- Vorta -------------------------------------------------------------------------------------------
-    short Vorta_offset1 = 0;
-    short Vorta_offset2 = 0;
-    short Vorta_gain = 0; ///< tenths for the first force channel
     short Vorta_HardwareVersion = 0;
     short Vorta_SoftwareVersion = 0;
-    int onlineCounter = 0; ///< number of the next block of a run
     bool Vorta_drawOnline = true;
 
     // --- Identity and status (tembrindata.cpp, tembrindata_status.cpp) -----------------------------------
@@ -152,8 +136,6 @@ public:
     /// Bit i is set when sensors[i] is active.
     quint16 activeMask() const;
     void setActiveFromMask(quint16 mask);
-    void keepLastRunParameters();
-    void disableRepeatedRun() { lastRate = -1; }
     /// The sensors whose ID occurs in `list` become active, all others not.
     void setActiveSensors(const SensorList& list);
 
@@ -181,13 +163,23 @@ public:
     // --- Byte stream (tembrindata_identify.cpp) ----------------------------------------------------------
     PacketKind identifyPacket(const char* bytes, int size, int* length) override;
 
+    // --- Samples (tembrindata_online.cpp, tembrindata_vorta.cpp) -----------------------------------------
+    /// The channels of the run that samples come from: new objects, composites as their children, as they
+    /// were at the run's first sample. Before any run those that the logger is set to record.
+    SensorList runChannels() const;
+    /// The last snapshot: an entry for each sensor of the list, with a value for each child of a composite.
+    const SampleBlock& snapshot() const { return snapshotValues; }
+    /// Of a Vorta logger: what its next run is read by.
+    void chooseVortaRun(const LoggerSettings& setup);
+    /// The start of a Vorta run was sent.
+    void expectVortaRun(const LoggerSettings& setup);
+    const ForceCalibration& forceCalibration(int channel) const { return vortaRun.calibration(channel); }
+
     // --- Download (tembrindata_download.cpp) -------------------------------------------------------------
-    int getBufferNSamp() const { return actSamples; }
-    /// The downloaded experiment, one column per channel (a composite gives one per child), in base units. A
-    /// sample that the received bytes don't reach is left out.
-    SampleBlock getSamplesVector();
+    /// The last download that ended well, by the identities of its own header.
+    const StoredRun& storedRun() const { return download.result(); }
     /// A download was begun and has not ended.
-    bool isDownloading() const { return downloadOpen; }
+    bool isDownloading() const { return download.isOpen(); }
     /// Ends a download without a result, and the logger's part in it too.
     void cancelDownload();
 
@@ -217,9 +209,10 @@ public Q_SLOTS:
 Q_SIGNALS:
     void newSnapReceived();
     void onlineReceived(short currentSample, int samplesWaiting);
-    /// A sample, or a block of them from a Vorta logger: `data` is empty for every other logger, whose values
-    /// stand in the sensors until the next packet. A negative sample says that the computer is too slow.
-    void onlineReceived(int index, short currentSample, QVector<QVector<double>> data, int samplesWaiting);
+    /// A sample, or a block of them from a Vorta logger. A row has one value for each of runChannels(), in
+    /// order; the number of the first row is currentSample * rows.size(). A negative sample says that the
+    /// computer is too slow, and has no rows. A direct receiver that keeps no copy costs no allocation.
+    void onlineReceived(int index, short currentSample, QVector<QVector<double>> rows, int samplesWaiting);
     void statusReceived();
     void testDataReceived(QVector<unsigned char> results);
     void needNextPacket();
@@ -277,6 +270,7 @@ private:
     void appendFromSlot(int slot, int id, int external1, int external2);
     void noteGates(int first, int second);
     void plugIn(bool first, int id);
+    void replaceEntry(int slot, int id);
     void noteSockets();
     /// Whenever the list or the width of an entry changes.
     void forgetOnlineMask() { onlineMask = -1; }
@@ -294,14 +288,12 @@ private:
     void countOnlineBytes(quint16 mask);
     int bytesPerSample(quint16 mask) const;
 
+    // Samples
+    void freezeRun(quint16 mask);
+
     // Download
-    void setupPacketTimer();
-    void startDownload();
-    void noPacketLeft();
-    void endDownload(bool success);
-    void takeDownloadHeader(const Packets::StoredData& packet);
-    bool isAllReceived() const;
-    int storedSampleSize() const;
+    void connectDownload();
+    StoredDownload::Header downloadHeader(const Packets::StoredData& packet) const;
     void forgetExperimentTable();
     void rejectExperimentTable(const char* why);
     expInfo experimentRow(const Packets::Info& packet) const;
@@ -309,14 +301,16 @@ private:
     // Vorta
     void takeVortaFields(const Packets::VortaStatus& status);
     void becomeVorta();
-    void calibrateForce();
     void reactToVortaStatus(int eventCode);
-    QVector<double> vortaSample(const Packets::VortaWords& words, quint16 carried) const;
     void takeVortaBlock(const unsigned char* bytes, int len, int sampleCount);
 
+    const Units units;
     bool vorta = false;
-    bool downloadOpen = false;
-    int packetRepeats = 0; ///< requests since the last good packet
-    QTimer packetTimer;
-    static bool temperatureWarned; ///< one mark for all loggers of the program
+    bool isUnitTold = false; ///< that the logger's temperature unit differs
+    RunDecoder run;          ///< of a usual logger
+    bool isRunFrozen = false;
+    VortaRun vortaRun{units};
+    SampleBlock rows{1}; ///< one row, used again for each sample
+    SampleBlock snapshotValues;
+    StoredDownload download;
 };

@@ -3,41 +3,22 @@
 #include "protocol/packets.h"
 
 #include <algorithm>
-#include <cmath>
-#include <iterator>
 
 namespace {
 
-constexpr int packetTimeout = 400; ///< ms
-constexpr int mostRepeats = 10;    ///< requests without progress
-constexpr int endTimeout = 2000;   ///< ms from the last packet to the logger's own word that it was the last
-constexpr int manualHeader = 6;    ///< bytes before each sample that was taken by hand
-constexpr int samplesOfDownload = 1000;
-constexpr int socketsHeader = 20;
+constexpr int socketsHeader = 20; ///< bytes of packet 0 that are no samples
 constexpr int plainHeader = 18;
-constexpr int packetFrame = 7;
 
 } // namespace
 
-void TembrinData::setupPacketTimer()
+void TembrinData::connectDownload()
 {
-    packetTimer.setSingleShot(true);
-    connect(&packetTimer, &QTimer::timeout, this, &TembrinData::timeoutWaitingPacket);
-}
-
-void TembrinData::startDownload()
-{
-    lastPacket = -1;
-    expectedPackets = 1; // until packet 0 tells
-    dataBuffer.clear();
-    actSamples = 0;
-    actRate = 0;
-    storedBytesPerSample = 0;
-    packetRepeats = 0;
-    downloadOpen = true;
-    packetTimer.start(packetTimeout);
-    Q_EMIT donePacket(0, 1);
-    Q_EMIT needNextPacket();
+    connect(&download, &StoredDownload::needNextPacket, this, &TembrinData::needNextPacket);
+    connect(&download, &StoredDownload::donePacket, this, &TembrinData::donePacket);
+    connect(&download, &StoredDownload::ended, this, [this](bool success) {
+        Q_EMIT downloadComplete(index, success);
+        Q_EMIT commandAccepted(index, CMD_DOWNLOAD_STORED_DATA);
+    });
 }
 
 void TembrinData::handleDataPacket(unsigned char* udata, int len)
@@ -50,124 +31,42 @@ void TembrinData::handleDataPacket(unsigned char* udata, int len)
         qCInfo(lcProtocol) << "logger" << index << "Packet" << packet->number << "wrong CS";
         return;
     }
-    if (!downloadOpen || packet->number != lastPacket + 1) {
+    if (!download.isNext(packet->number)) {
         qCInfo(lcProtocol) << "logger" << index << "Expected a different packet than" << packet->number;
         return;
     }
-    lastPacket = packet->number;
-    packetRepeats = 0;
     if (packet->number == 0)
-        takeDownloadHeader(*packet);
-    std::copy(packet->samples, packet->samples + packet->samplesSize, std::back_inserter(dataBuffer));
-    // Not later than the signals: a receiver that pumps events must find the timer as it belongs.
-    packetTimer.start(isAllReceived() ? endTimeout : packetTimeout);
-    Q_EMIT needNextPacket();
-    Q_EMIT donePacket(lastPacket + 1, expectedPackets);
+        download.setHeader(downloadHeader(*packet));
+    download.take(*packet);
 }
 
-void TembrinData::takeDownloadHeader(const Packets::StoredData& packet)
+StoredDownload::Header TembrinData::downloadHeader(const Packets::StoredData& packet) const
 {
+    StoredDownload::Header header;
+    header.decoder = RunDecoder(sensors, packet.mask, units);
+    header.rate = fixedRate(static_cast<short>(packet.rateCode));
+    header.samples = packet.sampleCount;
+    header.size = packet.withSockets ? socketsHeader : plainHeader;
     if (packet.withSockets) {
-        replaceSensor(true, Sensor::codeToID(packet.externalCode1));
-        replaceSensor(false, Sensor::codeToID(packet.externalCode2));
+        const int codes[] = {packet.externalCode1, packet.externalCode2};
+        const int slots[] = {ext1Index, ext2Index};
+        for (int i = 0; i < 2; ++i) {
+            if (const int id = Sensor::socketID(Sensor::codeToID(codes[i])))
+                header.decoder.replace(slots[i], SensorKind(id, units));
+        }
     }
-    actRate = fixedRate(static_cast<short>(packet.rateCode));
-    actSamples = static_cast<short>(packet.sampleCount);
-    lastRate = actRate;
-    lastMask = static_cast<short>(packet.mask);
-    lastSamples = samplesOfDownload;
-    for (int i = 0; i < sensors.size(); ++i)
-        sensors.at(i)->downloadActive = packet.mask >> i & 1;
-    storedBytesPerSample = bytesPerSample(packet.mask);
-
-    const int header = packet.withSockets ? socketsHeader : plainHeader;
-    const double bytes = header - dataPacketSize + double(actSamples) * storedBytesPerSample;
-    expectedPackets = std::max(1, static_cast<int>(std::ceil(bytes / (dataPacketSize - packetFrame))) + 1);
+    return header;
 }
 
 void TembrinData::timeoutWaitingPacket()
 {
-    if (!downloadOpen)
-        return;
-    if (isAllReceived()) {
-        // Only the logger's last word was lost.
-        endDownload(true);
-        return;
-    }
-    qCInfo(lcProtocol) << "logger" << index << "timed out waiting for stored packet" << lastPacket + 1;
-    if (packetRepeats >= mostRepeats) {
-        endDownload(false);
-        return;
-    }
-    ++packetRepeats;
-    packetTimer.start(packetTimeout);
-    Q_EMIT needNextPacket();
-}
-
-void TembrinData::noPacketLeft()
-{
-    if (!downloadOpen)
-        return;
-    // Samples taken by hand fill more packets than are expected for their values alone.
-    const bool isByHand = actRate == 0 && isAllReceived();
-    endDownload(lastPacket + 1 == expectedPackets || isByHand);
-}
-
-void TembrinData::endDownload(bool success)
-{
-    downloadOpen = false;
-    packetTimer.stop();
-    Q_EMIT downloadComplete(index, success);
-    Q_EMIT commandAccepted(index, CMD_DOWNLOAD_STORED_DATA);
+    download.ask();
 }
 
 void TembrinData::cancelDownload()
 {
-    downloadOpen = false;
-    packetTimer.stop();
+    download.cancel();
     Q_EMIT stopTransmission();
-}
-
-int TembrinData::storedSampleSize() const
-{
-    return storedBytesPerSample + (actRate == 0 ? manualHeader : 0);
-}
-
-bool TembrinData::isAllReceived() const
-{
-    return lastPacket >= 0 && dataBuffer.size() >= actSamples * storedSampleSize();
-}
-
-TembrinData::SampleBlock TembrinData::getSamplesVector()
-{
-    SensorList channels;
-    int columnCount = 0;
-    for (const SensorPtr& sensor : qAsConst(sensors)) {
-        if (!sensor->downloadActive)
-            continue;
-        channels.append(sensor);
-        columnCount += sensor->lastValue.size();
-    }
-    SampleBlock columns(columnCount);
-    const int sampleSize = storedSampleSize();
-    const int reached = sampleSize > 0 ? dataBuffer.size() / sampleSize : 0;
-    const int count = std::clamp<int>(actSamples, 0, reached);
-    for (QVector<double>& column : columns)
-        column.reserve(count);
-
-    const unsigned char* at = dataBuffer.constData();
-    for (int n = 0; n < count; ++n) {
-        if (actRate == 0)
-            at += manualHeader;
-        int column = 0;
-        for (const SensorPtr& sensor : qAsConst(channels)) {
-            sensor->setLastValue(at, sensor->numBytes);
-            at += sensor->numBytes;
-            for (const double value : qAsConst(sensor->lastValue))
-                columns[column++].append(value);
-        }
-    }
-    return columns;
 }
 
 void TembrinData::forgetExperimentTable()
@@ -218,11 +117,15 @@ expInfo TembrinData::experimentRow(const Packets::Info& packet) const
         if (!(packet.mask >> i & 1))
             continue;
         const Sensor& sensor = *sensors.at(i);
-        names.append(sensor.name);
-        if (isExtSens1(i) || isExtSens2(i))
-            row.iconNames.append(Sensor::vestrelIconForID(isExtSens1(i) ? row.ext1ID : row.ext2ID));
-        else
+        if (isExtSens1(i) || isExtSens2(i)) {
+            const int recorded = isExtSens1(i) ? row.ext1ID : row.ext2ID;
+            const int id = Sensor::socketID(recorded);
+            names.append(recorded != 0 && id != 0 ? Sensor(id, units).name : sensor.name);
+            row.iconNames.append(Sensor::vestrelIconForID(recorded));
+        } else {
+            names.append(sensor.name);
             row.iconNames.append(sensor.iconNameColor);
+        }
     }
     row.sensNames = names.join(QStringLiteral(", "));
     return row;

@@ -1,49 +1,57 @@
+#include "protocol/packets.h"
 #include "protocol/tembrindata.h"
 
-#include "protocol/packets.h"
-
-namespace {
-
-/// Hands one sensor its bytes and moves on; false when they don't reach.
-bool takeValue(Sensor* sensor, const unsigned char** data, int* left)
-{
-    if (sensor->numBytes > *left)
-        return false;
-    sensor->setLastValue(*data, sensor->numBytes);
-    *data += sensor->numBytes;
-    *left -= sensor->numBytes;
-    return true;
-}
-
-} // namespace
-
-// Runs for every sample: nothing here allocates.
+// Runs for every sample: nothing here allocates but for the first of a run.
 void TembrinData::handleOnline(unsigned char* udata, int len)
 {
-    auto packet = Packets::parseOnline(udata, len);
+    const auto packet = Packets::parseOnline(udata, len);
     if (!packet)
         return;
     qCDebug(lcProtocol) << "logger" << index << *packet;
-    if (packet->sample == 0)
-        setActiveFromMask(packet->mask);
-    for (const int i : qAsConst(activeIndices)) {
-        if (!takeValue(sensors.at(i).data(), &packet->data, &packet->dataSize))
-            break;
-    }
-    Q_EMIT onlineReceived(index, packet->sample, SampleBlock(), samplesWaiting);
+    if (!isRunFrozen || packet->sample == 0 || packet->mask != run.mask())
+        freezeRun(packet->mask);
+    if (packet->dataSize < run.bytesPerSample())
+        return;
+    run.decode(packet->data, rows[0].data());
+    Q_EMIT onlineReceived(index, packet->sample, rows, samplesWaiting);
+}
+
+void TembrinData::freezeRun(quint16 mask)
+{
+    run = RunDecoder(sensors, mask, units);
+    isRunFrozen = true;
+    rows[0].resize(run.valueCount());
+    setActiveFromMask(mask);
+    qCDebug(lcProtocol) << "logger" << index << "a run, or a part of one, begins with mask" << Qt::hex << mask
+                        << Qt::dec << "and" << run.valueCount() << "values a sample";
+}
+
+SensorList TembrinData::runChannels() const
+{
+    if (vorta && vortaRun.period() > 0)
+        return vortaRun.channels();
+    if (!vorta && run.sensorCount() > 0)
+        return run.channels();
+    return RunDecoder(sensors, activeMask(), units).channels();
 }
 
 void TembrinData::handleTelemetry(unsigned char* udata, int len)
 {
-    auto packet = Packets::parseSnapshot(udata, len);
+    const auto packet = Packets::parseSnapshot(udata, len);
     if (!packet)
         return;
     qCDebug(lcProtocol) << "logger" << index << *packet;
     if (!packet->sumGood)
         qCInfo(lcProtocol) << "logger" << index << "CS in trouble";
-    for (const SensorPtr& sensor : qAsConst(sensors)) {
-        if (!takeValue(sensor.data(), &packet->data, &packet->dataSize))
+    snapshotValues.resize(sensors.size());
+    int at = 0;
+    for (int i = 0; i < sensors.size(); ++i) {
+        const SensorKind kind(sensors.at(i)->ID, units);
+        if (at + kind.numBytes() > packet->dataSize)
             break;
+        snapshotValues[i].resize(kind.valueCount());
+        kind.decode(packet->data + at, snapshotValues[i].data());
+        at += kind.numBytes();
     }
     Q_EMIT newSnapReceived();
 }

@@ -11,8 +11,6 @@ constexpr int languageWithNtc = 2; ///< loggers in this language came with the o
 
 } // namespace
 
-bool TembrinData::temperatureWarned = false;
-
 void TembrinData::handleStatus(unsigned char* udata, int len)
 {
     const auto packet = Packets::parseStatus(udata, len);
@@ -48,20 +46,20 @@ void TembrinData::takeStatusFields(const Packets::Status& status)
     runState = status.runState;
     numExperiments = static_cast<short>(status.numExperiments);
     // By the type in this packet: the one held is 0 until the first status after a sensor list is through.
-    rate = RateTables::fromCode(static_cast<short>(status.rateCode), status.type, status.firmware,
-                                status.smallFirmware);
-    samples = static_cast<short>(qMin<int>(status.samples, std::size(SamplesNames) - 1));
-    trigType = static_cast<short>(status.trigType);
-    trigSens = static_cast<short>(status.trigSens);
-    trigLevel = static_cast<short>(status.trigLevel);
-    rangeSens = static_cast<short>(status.rangeSens);
-    rangeMin = static_cast<short>(status.rangeMin);
-    confLanguage = status.language;
-    confSound = status.options & 0x01;
-    confFarenheit = status.options & 0x02;
-    confBTEnabled = status.options & 0x04;
-    confGPSEnabled = status.options & 0x08;
-    confHPA = status.options & 0x10;
+    settings.rate = RateTables::fromCode(static_cast<short>(status.rateCode), status.type, status.firmware,
+                                         status.smallFirmware);
+    settings.samples = static_cast<short>(qMin<int>(status.samples, std::size(SamplesNames) - 1));
+    settings.trigType = static_cast<short>(status.trigType);
+    settings.trigSens = static_cast<short>(status.trigSens);
+    settings.trigLevel = static_cast<short>(status.trigLevel);
+    settings.rangeSens = static_cast<short>(status.rangeSens);
+    settings.rangeMin = static_cast<short>(status.rangeMin);
+    settings.language = status.language;
+    settings.sound = status.options & 0x01;
+    settings.fahrenheit = status.options & 0x02;
+    settings.bluetooth = status.options & 0x04;
+    settings.gps = status.options & 0x08;
+    settings.hpa = status.options & 0x10;
 }
 
 /// The old firmware reports one thermometer for both kinds; which one is there follows from its language.
@@ -70,25 +68,19 @@ void TembrinData::followExternalTemperature()
     const bool isOld = firmwareVersion <= 1 || (firmwareVersion == 2 && firmwareSmallVersion <= 9);
     if (!isOld || extTempIndex < 0 || extTempIndex >= sensors.size())
         return;
-    const int required = confLanguage == languageWithNtc ? SENSOR_EXT_TEMP_NTC : SENSOR_EXT_TEMP;
-    SensorPtr& sensor = sensors[extTempIndex];
-    if (sensor->ID == required)
-        return;
-    const bool active = sensor->active;
-    sensor = SensorPtr::create(required);
-    sensor->active = active;
-    forgetOnlineMask();
+    const int required = settings.language == languageWithNtc ? SENSOR_EXT_TEMP_NTC : SENSOR_EXT_TEMP;
+    if (sensors.at(extTempIndex)->ID != required)
+        replaceEntry(extTempIndex, required);
 }
 
 void TembrinData::checkTemperatureUnit()
 {
-    if (confFarenheit == unitIsFahrenheit) {
-        temperatureWarned = false;
-    } else if (!temperatureWarned) {
-        // The mark first: who is warned may pump events, and the next status must not warn again.
-        temperatureWarned = true;
+    const bool isOther = settings.fahrenheit != units.fahrenheit;
+    const bool isNew = isOther && !isUnitTold;
+    // The mark first: who is warned may pump events, and the next status must not warn again.
+    isUnitTold = isOther;
+    if (isNew)
         Q_EMIT temperatureChangeWarning(index);
-    }
 }
 
 void TembrinData::takeModel(int type)
@@ -131,13 +123,13 @@ void TembrinData::reactToStatus(int eventCode)
         Q_EMIT commandAccepted(index, CMD_STOP_LOGGING);
         break;
     case eventDownload:
-        startDownload();
+        download.start(dataPacketSize);
         break;
     case eventTable:
         forgetExperimentTable();
         break;
     case eventNoPacketLeft:
-        noPacketLeft();
+        download.finish();
         break;
     case eventLongCommand:
         Q_EMIT gotBrevikString();

@@ -31,9 +31,15 @@ short socketCode(int slot, int id)
 } // namespace
 
 TembrinProtocol::TembrinProtocol(int index, QObject* parent)
+    : TembrinProtocol(index, Units::load(Settings::mainStore()), parent)
+{
+}
+
+TembrinProtocol::TembrinProtocol(int index, const Units& units, QObject* parent)
     : QObject(parent)
     , index(index)
-    , tembrinData(new TembrinData(index, this))
+    , units(units)
+    , tembrinData(new TembrinData(index, units, this))
     , loggerKey(Settings::loggerKey(index))
     , groupKey(Settings::groupKey(index))
     , portFactory(systemPortFactory())
@@ -139,6 +145,7 @@ void TembrinProtocol::sendVortaCommand(commandType cmd)
         return;
     if (cmd == CMD_VORTA_START) {
         const LoggerSettings setup = wanted();
+        tembrinData->expectVortaRun(setup);
         talker->sendVortaCommand(cmd, {setup.vortaRate, setup.vortaSamples});
         return;
     }

@@ -16,6 +16,7 @@
 #include "link/possibledevice.h"
 #include "link/serialport.h"
 #include "protocol/loggersettings.h"
+#include "sensors/units.h"
 
 class MyPortTalker;
 class PortListener;
@@ -36,10 +37,13 @@ public:
         EventDriven = 1
     };
 
+    TembrinProtocol(int index, const Units& units, QObject* parent = nullptr);
+    /// In the units of the settings store, for those that are not handed any yet.
     explicit TembrinProtocol(int index, QObject* parent = nullptr);
     ~TembrinProtocol() override;
 
     const int index;                ///< logger slot, 0 to 7
+    const Units units;              ///< in which the program shows what it measures
     TembrinData* const tembrinData; ///< child of this object
 
     // --- The connection ----------------------------------------------------------------------------------

@@ -30,6 +30,7 @@ void TembrinProtocol::wantSetup(const LoggerSettings& settings)
     if (sensors < 16)
         wantedSetup->mask &= (1u << sensors) - 1;
     wantedSensors = fixedSensors();
+    tembrinData->chooseVortaRun(*wantedSetup);
 }
 
 void TembrinProtocol::wantConfiguration(const LoggerSettings& settings)
@@ -76,8 +77,12 @@ bool TembrinProtocol::isReportedAs(const LoggerSettings& setup) const
 
 void TembrinProtocol::noteNewSensors()
 {
-    if (!wantedSetup || wantedSensors == fixedSensors())
+    if (!wantedSetup)
         return;
+    if (wantedSensors == fixedSensors()) {
+        tembrinData->chooseVortaRun(*wantedSetup);
+        return;
+    }
     qCInfo(lcProtocol) << "logger" << index << "has other sensors than the wanted setup was made for";
     wantedSetup.reset();
 }

@@ -3,8 +3,6 @@
 #include "common/settings.h"
 #include "sensors/sensorsmaster.h"
 
-#include <algorithm>
-
 namespace {
 
 QString translated(const char* text)
@@ -57,8 +55,14 @@ const ClassTexts& classTexts()
 } // namespace
 
 Sensor::Sensor(int ID, int inLoggerIndex, int virtualIndex)
+    : Sensor(ID, Units::load(Settings::mainStore()), inLoggerIndex, virtualIndex)
+{
+}
+
+Sensor::Sensor(int ID, const Units& units, int inLoggerIndex, int virtualIndex)
     : ID(ID)
     , row(sensorRow(ID))
+    , ownUnits(units)
 {
     classTexts();
     if (inLoggerIndex >= 0) {
@@ -66,7 +70,6 @@ Sensor::Sensor(int ID, int inLoggerIndex, int virtualIndex)
         this->virtualIndex = virtualIndex;
         isVirtual = true;
     }
-    lastValue.fill(0, row ? std::max(row->nSens, 1) : 1);
     if (!row)
         return;
 
@@ -76,7 +79,7 @@ Sensor::Sensor(int ID, int inLoggerIndex, int virtualIndex)
     demoVal = row->demoVal;
     numBytes = row->numBytes;
     showCurve = row->showCurve;
-    precision = ID == SENSOR_SOUND && Settings::isJuniorEdition() ? 0 : row->prec;
+    precision = ID == SENSOR_SOUND && units.wholeDecibels ? 0 : row->prec;
     setChildren();
     if (ID == SENSOR_SOUND) {
         minView = barUserMin = 55;
@@ -84,7 +87,7 @@ Sensor::Sensor(int ID, int inLoggerIndex, int virtualIndex)
         barUserScale = true;
         readSetMinMax = true;
     }
-    applyAltUnit(Settings::mainStore());
+    applyAltUnit();
 }
 
 void Sensor::setTexts()
@@ -117,22 +120,6 @@ void Sensor::setChildren()
         virtualSensorsMax.append(child.max);
         virtualSensorPrec.append(child.prec);
     }
-}
-
-void Sensor::adoptIdentity(int id)
-{
-    const Sensor other(id);
-    name = other.name;
-    unitName = other.unitName;
-    min = other.min;
-    max = other.max;
-    demoVal = other.demoVal;
-    precision = other.precision;
-    ID = other.ID;
-    numBytes = other.numBytes;
-    iconNameColor = other.iconNameColor;
-    row = other.row;
-    alternativeUnit = other.alternativeUnit;
 }
 
 QString Sensor::getNameWithUnit(bool newline) const
@@ -173,6 +160,13 @@ bool Sensor::isIDVestrel(int id)
 bool Sensor::isIDVernierOrExternal(int id)
 {
     return isIDVernier(id) || id == SENSOR_EXTERNAL || id == SENSOR_EXTERNAL_B;
+}
+
+int Sensor::socketID(int id)
+{
+    if (id == VERNIER_CODE)
+        return VERNIER_VOLTAGE;
+    return isIDVernierOrExternal(id) || isIDVestrel(id) ? id : 0;
 }
 
 bool Sensor::isPhotoGate(int id)

@@ -7,16 +7,17 @@
 #include <QVector>
 
 #include "sensors/sensorids.h"
+#include "sensors/units.h"
 
 class Sensor;
-class QSettings;
 struct SensorRow;
 /// Several holders (a logger's list, data sets, views) keep one sensor alive.
 using SensorPtr = QSharedPointer<Sensor>;
 using SensorList = QVector<SensorPtr>;
 
-/// One measurement channel, built from the catalogue by its sensor ID. Every value inside is in the base unit
-/// of the catalogue; the user's unit is applied on the way out and taken off on the way in.
+/// One measurement channel, built from the catalogue by its sensor ID: what it is called and how it is shown.
+/// Samples are kept elsewhere and in the base unit of the catalogue; the user's unit is applied on the way
+/// out and taken off on the way in.
 class Sensor : public QObject
 {
     Q_OBJECT
@@ -31,7 +32,12 @@ public:
 
     /// `inLoggerIndex` and `virtualIndex` make this a child of the composite at that place of the logger's
     /// list. An ID without a catalogue row gives empty texts and zero numbers.
-    explicit Sensor(int ID, int inLoggerIndex = -1, int virtualIndex = -1);
+    explicit Sensor(int ID, const Units& units = {}, int inLoggerIndex = -1, int virtualIndex = -1);
+    /// In the units of the settings store, for those that are not handed any yet.
+    Sensor(int ID, int inLoggerIndex, int virtualIndex = -1);
+
+    /// The units that this channel was built with.
+    const Units& units() const { return ownUnits; }
 
     /// The name alone without a unit, else "name[unit]" with a line feed or a blank between.
     QString getNameWithUnit(bool newline) const;
@@ -47,31 +53,8 @@ public:
     bool needAltUnit() const { return alternativeUnit > 0; }
     AltUnit altUnit() const;
 
-    /// Becomes the sensor `id` where it stands: name, unit and the choice of unit, range, demo value,
-    /// decimals, ID, width on the wire and icon are taken over; what the user set on the channel (view
-    /// ranges, active) stays.
-    void adoptIdentity(int id);
-
-    void setOffset(int offset) { forceOffset = offset; }
-    /// Raw steps a newton; 0, of a logger that was never calibrated, counts as 1.
-    void setGain(float gain) { forceGain = gain == 0.0F ? 1.0F : gain; }
-
-    /// A raw word to a value in the base unit, by this sensor's ID or by another.
-    double convert(quint16 word) const { return convert(word, ID); }
-    double convert(quint16 word, int forID) const;
-    /// A field of a position: four bytes for latitude and longitude, two for speed and angle. 0 on too few
-    /// bytes.
-    double convert(const unsigned char* bytes, int n, int forID) const;
-
-    /// A raw word into lastValue[0]; a result above `max` counts as 0.
-    void setLastValue(quint16 word);
-    /// One sample of this channel, `n` bytes; composites fill one entry per child. Too few bytes change
-    /// nothing.
-    void setLastValue(const unsigned char* bytes, int n);
-    /// The last value in the unit on display; with `clip` cut down to `precision` decimals. 0 where there is
-    /// no `v`.
-    double getLastValue(int v, bool clip) const;
-
+    /// A value of this channel in the unit on display; with `clip` cut down to `precision` decimals.
+    double shownValue(double base, bool clip) const;
     double convertToAltUnit(double value) const;
     double convertFromAltUnit(double value) const;
     /// The text of a value that is in the unit on display: cut down, not rounded, to `precision` decimals.
@@ -84,12 +67,13 @@ public:
     static bool isIDVernier(int id);
     static bool isIDVestrel(int id);
     static bool isIDVernierOrExternal(int id);
+    /// What a socket holds by this ID, 0 if no socket can hold it. Code 0, of which nothing is known, reads
+    /// as a voltage.
+    static int socketID(int id);
     static bool isPhotoGate(int id);
     static QStringList vernierList();
     static QString vestrelIconForID(int id);
     static QString vestrelIconForExt();
-    /// Turns the sign of the Vorta force channels round, for all sensors.
-    static void setInvertForce(bool tf);
 
     QString name;
     QString unitName;
@@ -126,13 +110,10 @@ public:
     int virtualIndex = -1;   ///< place among the parent's children
     bool active = false;
     bool downloadActive = false;
-    QVector<double> lastValue; ///< base unit; one entry per child, one for a plain channel
-    int numBytes = 0;          ///< bytes of one sample on the wire
+    int numBytes = 0; ///< bytes of one sample on the wire
     QString iconNameGray;
     QString iconNameColor;
     QString iconNameColorActive;
-    int forceOffset = 0;
-    float forceGain = 1;
     int specialType = 0;
     bool isRate = false; ///< a change per second, which has a unit but no zero point of its own
     int specialOriginIndex = -1;
@@ -142,13 +123,12 @@ public:
 private:
     void setTexts();
     void setChildren();
-    void applyAltUnit(const QSettings& store);
-    double convertInternal(quint16 word, int forID) const;
-    double force(int val) const;
+    void applyAltUnit();
     /// The ID that decides on the unit: for a derived curve that of the channel it came from.
     int unitID() const;
     double cutDown(double value) const;
 
     const SensorRow* row = nullptr; ///< null for an ID without one
-    int alternativeUnit = 0;        ///< 0 base unit, 1 or 2 an alternative
+    Units ownUnits;
+    int alternativeUnit = 0; ///< 0 base unit, 1 or 2 an alternative
 };

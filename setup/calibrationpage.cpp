@@ -146,11 +146,12 @@ void CalibrationPage::showTest(const QVector<unsigned char>& results)
 void CalibrationPage::showVorta(const TembrinData& logger)
 {
     const SensorList& list = logger.getSensors();
-    if (!logger.isVorta() || list.size() < 5)
+    const TembrinData::SampleBlock& values = logger.snapshot();
+    if (!logger.isVorta() || list.size() < 5 || values.size() < list.size())
         return;
-    const auto value = [&list](int i) { return decimals(list[i]->getLastValue(0, true)); };
-    const auto offset = [&list](int i) { return QString::number(list[i]->forceOffset); };
-    const auto gain = [&list](int i) { return decimals(double(list[i]->forceGain)); };
+    const auto value = [&](int i) { return decimals(list[i]->shownValue(values[i].value(0), true)); };
+    const auto offset = [&](int i) { return QString::number(logger.forceCalibration(i).offset); };
+    const auto gain = [&](int i) { return decimals(double(logger.forceCalibration(i).gain)); };
     QString text = tr("F50=%1 off=%2 gain=%3\n").arg(value(0), offset(0), gain(0));
     text += tr("F5=%1 ").arg(value(1)) + tr("off=%1 ").arg(offset(1)) + tr("gain=%1\n").arg(gain(1));
     text +=

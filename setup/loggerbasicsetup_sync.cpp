@@ -226,7 +226,6 @@ void loggerBasicSetup::invertForceChosen(bool isOn)
     if (isRefused())
         return;
     link->plan.chooseInvertForce(isOn);
-    Sensor::setInvertForce(isOn);
     planChanged();
 }
 

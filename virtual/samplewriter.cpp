@@ -48,31 +48,28 @@ void appendAngle(QByteArray& bytes, double degrees, char positive, char negative
 
 } // namespace
 
-Sensor* SampleWriter::catalogue(int sensorId)
+const SensorKind& SampleWriter::catalogue(int sensorId)
 {
-    SensorPtr& sensor = sensors[sensorId];
-    if (!sensor)
-        sensor = SensorPtr::create(sensorId);
-    return sensor.data();
+    const auto known = kinds.constFind(sensorId);
+    return known != kinds.constEnd() ? *known : *kinds.insert(sensorId, SensorKind(sensorId));
 }
 
 int SampleWriter::width(int sensorId)
 {
-    return catalogue(sensorId)->numBytes;
+    return catalogue(sensorId).numBytes();
 }
 
 void SampleWriter::setForce(int sensorId, int offset, float gain)
 {
-    catalogue(sensorId)->setOffset(offset);
-    catalogue(sensorId)->setGain(gain);
+    kinds.insert(sensorId, SensorKind(sensorId, {}, {offset, gain}));
 }
 
 quint16 SampleWriter::word(int sensorId, double value)
 {
-    const Sensor* sensor = catalogue(sensorId);
+    const SensorKind kind = catalogue(sensorId);
     const WordRange range = wordRange(sensorId);
     const auto wordAt = [&range](int i) { return quint16(range.isSigned ? i ^ 0x8000 : i); };
-    const auto valueAt = [&](int i) { return sensor->convert(wordAt(i), sensorId); };
+    const auto valueAt = [&](int i) { return kind.convert(wordAt(i)); };
     const bool rises = valueAt(range.last) > valueAt(range.first);
     int low = range.first;
     int high = range.last;
@@ -96,12 +93,12 @@ QByteArray SampleWriter::block(int sensorId, const LessonSignals& lesson, double
         Wire::append16(bytes, qRound(lesson.value(SENSOR_GPS_ANGLE, seconds) * 10));
         return bytes;
     }
-    const Sensor* sensor = catalogue(sensorId);
-    if (sensor->hasVirtual) {
-        for (const int child : sensor->virtualSensorIDs)
-            Wire::append16(bytes, word(child, lesson.value(child, seconds)));
-    } else if (sensor->numBytes == 2) {
-        const double shift = sensor->isTemperature() ? offset : 0;
+    const SensorKind kind = catalogue(sensorId);
+    if (kind.isComposite()) {
+        for (int i = 0; i < kind.valueCount(); ++i)
+            Wire::append16(bytes, word(kind.childID(i), lesson.value(kind.childID(i), seconds)));
+    } else if (kind.numBytes() == 2) {
+        const double shift = SensorKind::isTemperature(sensorId) ? offset : 0;
         Wire::append16(bytes, word(sensorId, lesson.value(sensorId, seconds) + shift));
     }
     return bytes;

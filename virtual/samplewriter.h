@@ -1,7 +1,8 @@
 #pragma once
 
-#include "sensors/sensor.h"
+#include "sensors/sensorkind.h"
 
+#include <QByteArray>
 #include <QHash>
 
 class LessonSignals;
@@ -21,7 +22,7 @@ public:
     QByteArray block(int sensorId, const LessonSignals& lesson, double seconds, double offset = 0);
 
 private:
-    Sensor* catalogue(int sensorId);
+    const SensorKind& catalogue(int sensorId);
 
-    QHash<int, SensorPtr> sensors;
+    QHash<int, SensorKind> kinds;
 };

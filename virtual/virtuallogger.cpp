@@ -1,5 +1,6 @@
 #include "virtual/virtuallogger.h"
 
+#include "sensors/sensor.h"
 #include "sensors/sensorids.h"
 #include "virtual/models.h"
 #include "virtual/rates.h"

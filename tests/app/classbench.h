@@ -45,9 +45,8 @@ public:
     /// A sample arrives, the same value on every channel.
     void sample(int i, short number, double value = 0, int waiting = 0)
     {
-        for (const SensorPtr& sensor : logger(i)->sensors)
-            sensor->lastValue = {value};
-        Q_EMIT logger(i)->onlineReceived(i, number, {}, waiting);
+        const QVector<double> row(logger(i)->runChannels().size(), value);
+        Q_EMIT logger(i)->onlineReceived(i, number, {row}, waiting);
     }
 
     FakePorts ports;

@@ -211,11 +211,13 @@ QVector<double> VirtualBench::values(const Said& said)
     QVector<double> row;
     int offset = 0;
     for (const int id : said.ids) {
-        Sensor sensor(id);
-        const QByteArray block = said.packet.sampleBytes.mid(offset, sensor.numBytes);
-        sensor.setLastValue(reinterpret_cast<const unsigned char*>(block.constData()), block.size());
-        row += sensor.lastValue;
-        offset += sensor.numBytes;
+        const SensorKind kind(id);
+        const QByteArray block =
+            said.packet.sampleBytes.mid(offset, kind.numBytes()).leftJustified(kind.numBytes());
+        QVector<double> values(kind.valueCount());
+        kind.decode(reinterpret_cast<const unsigned char*>(block.constData()), values.data());
+        row += values;
+        offset += kind.numBytes();
     }
     return row;
 }

@@ -13,9 +13,14 @@ public:
     {
         feed(QByteArray::fromHex("2e6982") + sensorIDs.leftJustified(18, '\0'), &TembrinData::handleSensID);
         logger().tembrinType = LOGGER_BIRCH;
+        QObject::connect(
+            &logger(), qOverload<int, short, QVector<QVector<double>>, int>(&TembrinData::onlineReceived),
+            [this](int, short, const QVector<QVector<double>>& rows, int) { lastRow = rows.value(0); });
     }
 
     TembrinData& logger() { return *protocol.tembrinData; }
+    /// The row of the sample that came last.
+    const QVector<double>& row() const { return lastRow; }
 
     void online(quint16 mask, short sample, const QByteArray& values)
     {
@@ -28,10 +33,12 @@ public:
     void download(quint16 mask, int rate, int samples, const QByteArray& values)
     {
         feed(summed(QByteArray::fromHex("2e698344230400"), 33), &TembrinData::handleStatus);
+        const QByteArray noneLeft = QByteArray::fromHex("2e698346230400");
         feed(summed(QByteArray::fromHex("2e6944000000") + word(mask) + char(rate) + word(quint16(samples)) +
                         QByteArray(6, '\0') + values,
                     767),
              &TembrinData::handleDataPacket);
+        feed(summed(noneLeft, 33), &TembrinData::handleStatus);
     }
 
     static QByteArray word(quint16 w) { return QByteArray(1, char(w >> 8)) + char(w & 0xFF); }
@@ -39,6 +46,8 @@ public:
     TembrinProtocol protocol;
 
 private:
+    QVector<double> lastRow;
+
     static QByteArray summed(const QByteArray& bytes, int size)
     {
         quint8 sum = 0;

@@ -89,7 +89,7 @@ private Q_SLOTS:
         FedLogger fed(QByteArray{"\x1e"}); // ambient temperature
         ExpData data(&fed.protocol);
         fed.online(1, 0, QByteArray::fromHex("000a"));
-        data.setDataNewEmpty(fed.logger().getSensors(), 1);
+        data.setDataNewEmpty(fed.logger().runChannels(), 1);
         for (const double value : {1.0, 2.0, 9.0})
             data.addSample(value, {value});
         const QString name = data.getSens(0)->name;
@@ -107,8 +107,8 @@ private Q_SLOTS:
         const auto sample = [&](short n, quint16 millimetres) {
             fed.online(1, n, FedLogger::word(millimetres));
             if (n == 0)
-                data.setDataNewEmpty(fed.logger().getSensors(), 0.5);
-            data.addSample(n);
+                data.setDataNewEmpty(fed.logger().runChannels(), 0.5);
+            data.addSample(n * 0.5, fed.row());
         };
         sample(0, 1000);
         data.addSpecialCurve(ExpData::CURVE_DERIV);

@@ -62,15 +62,14 @@ private Q_SLOTS:
         FedLogger fed(QByteArray{"\x02\x0e\x1e"}); // pH, colorimeter, ambient temperature
         ExpData data(&fed.protocol);
         fed.online(0b110, 0, QByteArray::fromHex("03e807d00bb800c8"));
-        data.setDataNewEmpty(fed.logger().getSensors(), 0.1024);
-        data.addSample(short(0));
+        data.setDataNewEmpty(fed.logger().runChannels(), 0.1024);
+        data.addSample(0, fed.row());
         const SensorPtr& temp = data.getSens(3);
-        QCOMPARE(temp, fed.logger().getSensors().at(2));
         QCOMPARE(temp->mapMin, 17.0);
         QCOMPARE(temp->mapMax, 23.0);
 
         fed.online(0b110, 1, QByteArray::fromHex("044c076c0bb8ffce"));
-        data.addSample(short(1));
+        data.addSample(0.1024, fed.row());
         QCOMPARE(data.getX(), Values({0.0, 0.1024}));
         QCOMPARE(data.getYNoConv(1), Values({20.0, 19.0}));
         QCOMPARE(data.getYNoConv(3), Values({20.0, -5.0}));
@@ -82,8 +81,8 @@ private Q_SLOTS:
         ExpData classData;
         classData.setDataNewEmpty({temp, data.getSens(1)}, 0.1024);
         QCOMPARE(classData.getSensors(), SensorList({temp, data.getSens(1)}));
-        data.setDataNewEmpty(fed.logger().getSensors(), 0);
-        data.addSample(short(3));
+        data.setDataNewEmpty(fed.logger().runChannels(), 0);
+        data.addSample(3, fed.row());
         QCOMPARE(data.getX(), Values({3.0}));
     }
 

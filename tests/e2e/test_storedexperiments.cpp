@@ -171,7 +171,7 @@ private:
         QVector<QVector<double>> channels(data(i)->getNSens());
         int at = 0;
         for (int n = 0; n < number(first, 9); ++n) {
-            const QVector<double> row = values(i, samples, &Sensor::downloadActive, &at);
+            const QVector<double> row = values(i, number(first, 6), samples, &at);
             for (int channel = 0; channel < row.size(); ++channel)
                 channels[channel].append(row[channel]);
         }

@@ -158,23 +158,26 @@ protected:
     int samplesSent(int i) const { return record[i].size(); }
 
     /// What the bytes of a sample say, read sensor by sensor without the program's decoder.
-    /// `at` (may be null) moves on to the next sample.
-    QVector<double> values(int i, const QByteArray& bytes, bool Sensor::*isIn = &Sensor::active,
-                           int* at = nullptr) const
+    QVector<double> values(int i, const QByteArray& bytes) const
+    {
+        int at = 0;
+        return values(i, manager->tembrinDataAt(i)->reported().mask, bytes, &at);
+    }
+    /// The same of the sample at `at`, which moves on to the next one.
+    QVector<double> values(int i, int mask, const QByteArray& bytes, int* at) const
     {
         QVector<double> row;
-        int offset = at ? *at : 0;
-        for (const SensorPtr& active : manager->tembrinDataAt(i)->getSensors()) {
-            if (!(*active.*isIn))
+        const SensorList& list = manager->tembrinDataAt(i)->getSensors();
+        for (int place = 0; place < list.size(); ++place) {
+            if (!(mask >> place & 1))
                 continue;
-            Sensor sensor(active->ID);
-            const QByteArray block = bytes.mid(offset, sensor.numBytes);
-            sensor.setLastValue(reinterpret_cast<const unsigned char*>(block.constData()), block.size());
-            row += sensor.lastValue;
-            offset += sensor.numBytes;
+            const SensorKind kind(list.at(place)->ID);
+            const QByteArray block = bytes.mid(*at, kind.numBytes()).leftJustified(kind.numBytes());
+            QVector<double> decoded(kind.valueCount());
+            kind.decode(reinterpret_cast<const unsigned char*>(block.constData()), decoded.data());
+            row += decoded;
+            *at += kind.numBytes();
         }
-        if (at)
-            *at = offset;
         return row;
     }
 

@@ -135,26 +135,45 @@ private Q_SLOTS:
         bench->feed(bytes("0011") + first + second + bytes("2E6999") + bytes(statusHex) + second.left(7));
         // What waits is counted by size alone.
         QCOMPARE(bench->told, (QStringList{"online 0+3", "online 1+2", "status", "mode"}));
-        QCOMPARE(value(0), Sensor(SENSOR_UV).convert(1));
-        QCOMPARE(value(1), Sensor(SENSOR_PH).convert(2));
-        QCOMPARE(value(2), Sensor(SENSOR_BAROMETER).convert(3));
+        QCOMPARE(bench->lastBlock, rows({{SENSOR_UV, 1}, {SENSOR_PH, 2}, {SENSOR_BAROMETER, 3}}));
         bench->feed(second.mid(7));
         QCOMPARE(bench->told.last(), QStringLiteral("online 1+0"));
     }
 
-    void onlyTheFirstSampleSaysWhichSensorsAreRead()
+    void aRunIsReadByWhatItsFirstSampleFound()
     {
-        bench->feed(summed("2E6984 0D 0006 0000 0400 0500")); // pH and barometer
-        const double ph = value(1);
-        QCOMPARE(ph, Sensor(SENSOR_PH).convert(0x400));
-        bench->feed(summed("2E6984 0D 0003 FFFF 0600 0700")); // another mask, negative number
+        const auto& block = bench->lastBlock;
+        bench->feed(summed("2E6984 0D 0012 0000 0400 0500")); // pH and the first socket, by now a voltage
+        QCOMPARE(block, rows({{SENSOR_PH, 0x400}, {VERNIER_VOLTAGE, 0x500}}));
+        const SensorList channels = bench->data.runChannels();
+        // A plug, a key of the logger and a new plug again: nothing of it is this run's.
+        bench->feed(summed("2E6985 6500") + status({{3, 0}, {10, 0x05}, {25, 107}}));
+        QCOMPARE(bench->data.getSensors().at(4)->ID, int(QUELLMARK_TEMPERATURE));
+        bench->feed(summed("2E6984 0D 0012 0001 0401 0501"));
+        QCOMPARE(block, rows({{SENSOR_PH, 0x401}, {VERNIER_VOLTAGE, 0x501}}));
+        QCOMPARE(channels.at(1)->ID, int(VERNIER_VOLTAGE));
+        QCOMPARE(bench->data.runChannels().at(1)->ID, int(VERNIER_VOLTAGE));
+        QVERIFY(channels.at(1) != bench->data.runChannels().at(1));
+        // Another mask is another run; so is what comes over a new line.
+        bench->feed(summed("2E6984 0B 0010 0002 0502"));
+        QCOMPARE(block, rows({{QUELLMARK_TEMPERATURE, 0x502}}));
+        bench->feed(summed("2E6985 6600"));
+        bench->protocol.open();
+        bench->protocol.init();
+        bench->feed(summed("2E6984 0B 0010 FFFF 0503"));
         QCOMPARE(bench->told.last(), QStringLiteral("online -1+0"));
-        QCOMPARE(value(1), Sensor(SENSOR_PH).convert(0x600));
-        QCOMPARE(value(2), Sensor(SENSOR_BAROMETER).convert(0x700));
-        // Fewer bytes than the sensors of the first sample want: what is there, and nothing beyond.
-        bench->feed(summed("2E6984 0B 0001 0002 0800"));
-        QCOMPARE(value(1), Sensor(SENSOR_PH).convert(0x800));
-        QCOMPARE(value(2), Sensor(SENSOR_BAROMETER).convert(0x700));
+        QCOMPARE(block, rows({{QUELLMARK_RESPIRATION, 0x503}}));
+    }
+
+    void aCompositeIsItsChildren()
+    {
+        bench->feed(summed("2E6984 17 000A 0000 0400 22 7530 53 23 7530 57 00FB 0E10"));
+        QVector<int> ids;
+        for (const SensorPtr& channel : bench->data.runChannels())
+            ids.append(channel->ID);
+        QCOMPARE(ids, (QVector<int>{SENSOR_PH, SENSOR_GPS_LAT, SENSOR_GPS_LONG, SENSOR_GPS_SPEED,
+                                    SENSOR_GPS_ANGLE}));
+        QCOMPARE(bench->lastBlock.at(0).mid(1), (QVector<double>{-34.5, -35.5, 25.1, 360}));
     }
 
     void bytesPerSampleAreCountedAnewForANewList()
@@ -171,12 +190,21 @@ private Q_SLOTS:
     {
         bench->feed(summed("2E6981 1B 0101 0202 0303 000000000000000000000000 0404 0505"));
         QCOMPARE(bench->told, QStringList{"snapshot"});
-        QCOMPARE(value(0), Sensor(SENSOR_UV).convert(0x101));
-        QCOMPARE(value(4), Sensor(VERNIER_VOLTAGE).convert(0x404));
+        const auto& values = bench->data.snapshot();
+        QCOMPARE(values.at(0), QVector<double>{SensorKind(SENSOR_UV).convert(0x101)});
+        QCOMPARE(values.at(3).size(), 4);
+        QCOMPARE(values.at(4), QVector<double>{SensorKind(VERNIER_VOLTAGE).convert(0x404)});
     }
 
 private:
-    double value(int sensor) const { return bench->data.sensors.at(sensor)->lastValue.at(0); }
+    /// One row, of the values of these words.
+    static QVector<QVector<double>> rows(std::initializer_list<std::pair<int, int>> words)
+    {
+        QVector<double> row;
+        for (const auto& [id, word] : words)
+            row.append(SensorKind(id).convert(quint16(word)));
+        return {row};
+    }
 };
 
 QTEST_GUILESS_MAIN(TestPackets)

@@ -1,3 +1,4 @@
+#include <QSignalSpy>
 #include <QTest>
 
 #include "common/common.h"
@@ -17,7 +18,7 @@ private Q_SLOTS:
         QCOMPARE(data.versionLine(), QStringLiteral("Tembrin Birch, firmware 4.05"));
         QCOMPARE(data.runState, short(0));
         QCOMPARE(data.numExperiments, short(3));
-        QCOMPARE(data.activeIndices, (QVector<int>{0, 2}));
+        QCOMPARE(data.reported().mask, quint16(0x0005));
         QCOMPARE(data.activeMask(), quint16(0x0005));
         QCOMPARE(data.rate, short(3));
         QCOMPARE(data.samples, short(2));
@@ -44,7 +45,7 @@ private Q_SLOTS:
         bench->feed(damaged);
         QCOMPARE(bench->told, QStringList{"established"});
         QCOMPARE(bench->data.tembrinType, short(0));
-        QVERIFY(bench->data.activeIndices.isEmpty());
+        QCOMPARE(bench->data.reported().mask, quint16(0));
         bench->feed(bytes(statusHex));
         QCOMPARE(bench->told, (QStringList{"established", "type changed", "status", "mode"}));
     }
@@ -124,30 +125,30 @@ private Q_SLOTS:
     void socketsFollowWhatIsPluggedIn()
     {
         bench->feed(bytes(sensorListHex));
-        const SensorPtr first = bench->data.sensors.at(4);
-        first->minView = -7;
+        const SensorPtr held = bench->data.getSensors().at(4);
+        const auto first = [this] { return bench->data.getSensors().at(4)->ID; };
         QCOMPARE(bench->data.reported().external[0], 0); // a port that nothing is known of
         bench->feed(status({{25, 101}, {26, 3}}));
-        QCOMPARE(first->ID, int(QUELLMARK_CURRENT));
+        QCOMPARE(first(), int(QUELLMARK_CURRENT));
         QCOMPARE(bench->data.sensors.at(5)->ID, VERNIER_CODE + 3);
         QCOMPARE(bench->data.reported().external[0], int(QUELLMARK_CURRENT));
         QCOMPARE(bench->data.reported().external[1], VERNIER_CODE + 3);
-        QCOMPARE(first->minView, -7.0);
+        QCOMPARE(held->ID, int(SENSOR_EXTERNAL)); // who holds the old one keeps what it was
 
         bench->feed(status({{3, 0x46}, {25, 103}}));
-        QCOMPARE(first->ID, int(QUELLMARK_CURRENT)); // the end of a download says nothing of sockets
+        QCOMPARE(first(), int(QUELLMARK_CURRENT)); // the end of a download says nothing of sockets
 
         bench->told.clear();
         bench->feed(summed("2E6985 6A 00"));
         QCOMPARE(bench->told, QStringList{"status"});
-        QCOMPARE(first->ID, int(QUELLMARK_HEARTRATE_WAVE));
+        QCOMPARE(first(), int(QUELLMARK_HEARTRATE_WAVE));
         QCOMPARE(bench->data.sensors.at(5)->ID, int(SENSOR_EXTERNAL_B));
         QVERIFY(bench->data.hasPhotogateCompatibleSensor && !bench->data.hasPhotogate);
         QCOMPARE(bench->data.getExtSensID1(), 106);
         bench->feed(summed("2E6985 05 00")); // no sensor that a socket can hold
-        QCOMPARE(first->ID, int(QUELLMARK_HEARTRATE_WAVE));
+        QCOMPARE(first(), int(QUELLMARK_HEARTRATE_WAVE));
         bench->data.handleQuellmarkSensors(112, -1);
-        QCOMPARE(first->ID, int(QUELLMARK_PHOTOGATE));
+        QCOMPARE(first(), int(QUELLMARK_PHOTOGATE));
         QCOMPARE(bench->data.getExtSensID2(), 0);
     }
 
@@ -165,12 +166,17 @@ private Q_SLOTS:
 
     void anotherTemperatureUnitWarnsOnceUntilTheyAgree()
     {
+        TembrinProtocol another(4, Units());
+        QSignalSpy alsoTold(another.tembrinData, &TembrinData::temperatureChangeWarning);
         bench->recognise();
-        const QByteArray fahrenheit = status({{30, 0x17}});
+        QByteArray fahrenheit = status({{30, 0x17}});
         for (const QByteArray& packet : {fahrenheit, fahrenheit, status({}), fahrenheit})
             bench->feed(packet);
         QCOMPARE(bench->told.count("temperature"), 2);
-        bench->feed(status({})); // the mark is shared by all loggers
+        // Each logger is told of, whatever the others say.
+        another.tembrinData->handleStatus(reinterpret_cast<unsigned char*>(fahrenheit.data()),
+                                          fahrenheit.size());
+        QCOMPARE(alsoTold.count(), 1);
     }
 
     void lookUpsFindCompositesByTheirChildren()

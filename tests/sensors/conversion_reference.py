@@ -207,7 +207,11 @@ def text(sensor, shown, decimals):
         degrees = math.floor(abs(shown))
         rest = (abs(shown) - degrees) * 60
         minutes = math.floor(rest)
-        return "%d\u00b0%02d'%.2f''%s" % (degrees, minutes, (rest - minutes) * 60, letter)
+        seconds = "%.2f" % ((rest - minutes) * 60)
+        if seconds == "60.00":
+            seconds = "0.00"
+            degrees, minutes = (degrees, minutes + 1) if minutes < 59 else (degrees + 1, 0)
+        return "%d\u00b0%02d'%s''%s" % (degrees, minutes, seconds, letter)
     return "%.*f" % (decimals, math.floor(shown * 10 ** decimals) / 10 ** decimals)
 
 

@@ -8,6 +8,7 @@
 
 #include "common/settings.h"
 #include "sensors/sensor.h"
+#include "sensors/sensorkind.h"
 #include "sensors/sensorsmaster.h"
 
 namespace {
@@ -19,20 +20,15 @@ namespace {
 constexpr double shownValues[] = {-1234.5678, -34.5, -1.23, -0.5,    0,     0.05,
                                   1.999999,   23.45, 59.99, 101.325, 179.5, 54321.98};
 
-Sensor* configured(Sensor* sensor)
-{
-    sensor->setOffset(32768);
-    sensor->setGain(400);
-    return sensor;
-}
+constexpr ForceCalibration force{32768, 400};
 
 void printValues()
 {
     for (const SensorRow* row = sensorsMaster(); row->ID != SENSOR_LAST; ++row) {
-        const QScopedPointer<Sensor> sensor(configured(new Sensor(row->ID)));
+        const SensorKind kind(row->ID, {}, force);
         QVector<quint64> values(65536);
         for (int word = 0; word < values.size(); ++word) {
-            const double value = sensor->convert(static_cast<quint16>(word));
+            const double value = kind.convert(static_cast<quint16>(word));
             quint64 bits = 0;
             std::memcpy(&bits, &value, sizeof bits);
             values[word] = qToLittleEndian(bits);
@@ -41,30 +37,29 @@ void printValues()
     }
 }
 
-void chooseUnits(int unitSet)
+Units unitsOf(int unitSet)
 {
-    QSettings store = Settings::mainStore();
-    for (const char* key :
-         {Settings::unitsCelsius, Settings::unitsMeter, Settings::unitsAirKpa, Settings::unitsKmh})
-        store.setValue(QLatin1String(key), unitSet == 0);
-    store.setValue(QLatin1String(Settings::unitsBaroHpa), unitSet != 0);
-    store.setValue(QLatin1String(Settings::unitsMph), unitSet == 1);
+    Units units;
+    units.fahrenheit = units.feet = units.psi = units.hpa = unitSet != 0;
+    units.speed = unitSet == 0 ? Units::Kmh : unitSet == 1 ? Units::Mph : Units::MetersPerSecond;
+    return units;
 }
 
 void printTexts(int unitSet)
 {
-    chooseUnits(unitSet);
+    const Units units = unitsOf(unitSet);
     for (const SensorRow* row = sensorsMaster(); row->ID != SENSOR_LAST; ++row) {
-        const QScopedPointer<Sensor> sensor(configured(new Sensor(row->ID)));
+        const Sensor sensor(row->ID, units);
+        const SensorKind kind(row->ID, units, force);
         for (int word = 0; word < 65536; word += 257) {
-            const double value = sensor->convert(static_cast<quint16>(word));
-            const double shown = sensor->convertToAltUnit(value);
+            const double value = kind.convert(static_cast<quint16>(word));
+            const double shown = sensor.convertToAltUnit(value);
             std::printf("%d\t%d\t%d\t%.17g\t%.17g\t%.17g\t%s\n", unitSet, row->ID, word, value, shown,
-                        sensor->convertFromAltUnit(shown), qUtf8Printable(sensor->valueToString(shown)));
+                        sensor.convertFromAltUnit(shown), qUtf8Printable(sensor.valueToString(shown)));
         }
         for (const double shown : shownValues)
             std::printf("%d\t%d\t-\t-\t%.17g\t%.17g\t%s\n", unitSet, row->ID, shown,
-                        sensor->convertFromAltUnit(shown), qUtf8Printable(sensor->valueToString(shown)));
+                        sensor.convertFromAltUnit(shown), qUtf8Printable(sensor.valueToString(shown)));
     }
 }
 
@@ -78,7 +73,6 @@ int main(int argc, char** argv)
 
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     if (arguments.isEmpty()) {
-        chooseUnits(0);
         printValues();
     } else {
         Settings::mainStore().setValue(QLatin1String(Settings::language), arguments.last());

@@ -6,6 +6,7 @@
 #include "common/common.h"
 #include "common/settings.h"
 #include "sensors/sensor.h"
+#include "sensors/sensorkind.h"
 #include "sensors/sensorsmaster.h"
 #include "tests/common/testsupport.h"
 
@@ -84,32 +85,21 @@ private Q_SLOTS:
     void decodesSamples()
     {
         const auto [id, bytes, values] = fetched<int, QByteArray, QVector<double>>({"id", "bytes", "values"});
-        Sensor sensor(id);
-        const QVector<double> before(values.size(), 0.0);
-        const auto* data = reinterpret_cast<const unsigned char*>(bytes.constData());
-        sensor.setLastValue(data, bytes.size() - 1);
-        QCOMPARE(sensor.lastValue, before);
-        sensor.setLastValue(data, bytes.size());
-        QCOMPARE(sensor.lastValue, values);
+        const SensorKind kind(id);
+        QCOMPARE(kind.numBytes(), bytes.size());
+        QVector<double> decoded(kind.valueCount());
+        kind.decode(reinterpret_cast<const unsigned char*>(bytes.constData()), decoded.data());
+        QCOMPARE(decoded, values);
     }
 
     void forceFollowsItsCalibration()
     {
-        Sensor force(SENSOR_VORTA_FORCE50);
-        force.setOffset(30000);
-        force.setGain(100);
+        const SensorKind force(SENSOR_VORTA_FORCE50, {}, {30000, 100});
         QCOMPARE(force.convert(31000), 10.0);
         QCOMPARE(force.convert(0), -50.0);
-        Sensor::setInvertForce(true);
-        QCOMPARE(force.convert(31000), -10.0);
-        Sensor::setInvertForce(false);
-        force.setGain(0); // of a logger that was never calibrated
-        QCOMPARE(force.convert(30001), 1.0);
-        Sensor ph(SENSOR_PH);
-        ph.setLastValue(quint16(14000));
-        QCOMPARE(ph.lastValue[0], 14.0);
-        ph.setLastValue(quint16(14001));
-        QCOMPARE(ph.lastValue[0], 0.0);
+        QCOMPARE(SensorKind(SENSOR_VORTA_FORCE50, {}, {30000, 100, true}).convert(31000), -10.0);
+        // Of a logger that was never calibrated.
+        QCOMPARE(SensorKind(SENSOR_VORTA_FORCE50, {}, {30000, 0}).convert(30001), 1.0);
     }
 
     // The values and texts in these units are the matter of the reference in the other language.
@@ -135,7 +125,7 @@ private Q_SLOTS:
             Settings::mainStore().clear();
             for (const QByteArray& key : row.keys)
                 choose(key.constData(), key == "units/baro_hpa");
-            const Sensor sensor(row.id);
+            const Sensor sensor(row.id, Units::load(Settings::mainStore()));
             QCOMPARE(sensor.unitName, row.unit);
             QCOMPARE(sensor.max, row.maximum);
             QCOMPARE(sensor.maxView, sensor.max);
@@ -168,38 +158,32 @@ private Q_SLOTS:
     void soundHasAFixedView()
     {
         choose(Settings::version, "VestrelJunior");
-        const Sensor sound(SENSOR_SOUND);
+        const Sensor sound(SENSOR_SOUND, Units::load(Settings::mainStore()));
         QCOMPARE(sound.min, 0.0);
         QCOMPARE(sound.minView, 55.0);
         QVERIFY(sound.barUserScale && sound.readSetMinMax);
         QCOMPARE(sound.precision, 0.0);
     }
 
-    void pluggedInThermometerShowsItsUnit()
+    void aCoordinateNeverShowsSixtySeconds()
     {
-        choose(Settings::unitsCelsius, false);
-        Sensor socket(SENSOR_EXTERNAL);
-        socket.active = true;
-        socket.adoptIdentity(QUELLMARK_TEMPERATURE);
-        QCOMPARE(socket.name, QStringLiteral("Temperature"));
-        QCOMPARE(socket.convertToAltUnit(100), 212.0);
-        QCOMPARE(socket.max, 230.0);
-        QCOMPARE(socket.maxView, 5.0);
-        QVERIFY(socket.active);
-        socket.adoptIdentity(VERNIER_VOLTAGE);
-        QVERIFY(!socket.needAltUnit());
-        QCOMPARE(socket.convert(0), 6.25);
+        const Sensor latitude(SENSOR_GPS_LAT);
+        QCOMPARE(latitude.valueToString(-34.5), QString::fromUtf8("34°30'0.00''S"));
+        QCOMPARE(latitude.valueToString(34.51666666), QString::fromUtf8("34°31'0.00''N"));
+        QCOMPARE(latitude.valueToString(34.99999999), QString::fromUtf8("35°00'0.00''N"));
     }
 
     void unknownSensorIsEmpty()
     {
-        Sensor sensor(44);
-        const unsigned char bytes[12] = {1, 2, 3, 4};
-        sensor.setLastValue(bytes, 12);
+        const Sensor sensor(44);
         QVERIFY(sensor.name.isEmpty() && sensor.iconNameColor.isEmpty());
         QCOMPARE(sensor.numBytes, 0);
         QCOMPARE(sensor.max, 0.0);
-        QCOMPARE(sensor.getLastValue(0, true), 0.0);
+        const SensorKind kind(44);
+        double value = 1;
+        kind.decode(nullptr, &value);
+        QCOMPARE(value, 0.0);
+        QCOMPARE(kind.numBytes(), 0);
     }
 
     void codesOfExternalSensors()

@@ -95,7 +95,7 @@ private Q_SLOTS:
                 store.contains(key) ? QString::number(int(store.value(key).toBool())) : QStringLiteral("-");
         QCOMPARE(stored, keys);
         QFETCH(int, sensor);
-        QTEST(Sensor(sensor).unitName, "unit");
+        QTEST(Sensor(sensor, Units::load(Settings::mainStore())).unitName, "unit");
     }
 
     void aCalibrationTemperature_data()

@@ -1,5 +1,6 @@
 #include <QTest>
 
+#include "sensors/sensor.h"
 #include "sensors/sensorids.h"
 #include "tests/common/testsupport.h"
 #include "virtual/faultyline.h"
@@ -67,7 +68,7 @@ private Q_SLOTS:
                 double most = sensor.min;
                 for (int i = 0; i < 400 && !isVorta; ++i) {
                     const double wanted = LessonSignals(quint32(i % 8)).value(channel, i * 0.31);
-                    const double value = sensor.convert(writer.word(channel, wanted));
+                    const double value = SensorKind(channel).convert(writer.word(channel, wanted));
                     const QByteArray place = QByteArray::number(channel) + " " + QByteArray::number(wanted);
                     QVERIFY2(qAbs(value - wanted) <= 0.02 * (sensor.max - sensor.min), place.constData());
                     QVERIFY2(value >= sensor.min && value <= sensor.max, place.constData());
@@ -83,17 +84,18 @@ private Q_SLOTS:
     void aWalkIsSeenByTheGps()
     {
         SampleWriter writer;
-        Sensor gps(SENSOR_GPS);
+        const SensorKind gps(SENSOR_GPS);
+        double values[SensorKind::mostValues];
         const LessonSignals lesson(3);
         for (int second = 0; second < 300; second += 7) {
             const QByteArray bytes = writer.block(SENSOR_GPS, lesson, second);
             QCOMPARE(bytes.size(), 12);
-            gps.setLastValue(reinterpret_cast<const unsigned char*>(bytes.constData()), bytes.size());
+            gps.decode(reinterpret_cast<const unsigned char*>(bytes.constData()), values);
             for (int i = 0; i < 4; ++i) {
                 const double tolerance = i < 2 ? 1.0 / 60000 : 0.051;
-                QVERIFY(qAbs(gps.lastValue[i] - lesson.value(SENSOR_GPS_LAT + i, second)) <= tolerance);
+                QVERIFY(qAbs(values[i] - lesson.value(SENSOR_GPS_LAT + i, second)) <= tolerance);
             }
-            QVERIFY(gps.lastValue[2] > 2 && gps.lastValue[2] < 8);
+            QVERIFY(values[2] > 2 && values[2] < 8);
         }
     }
 

@@ -354,10 +354,8 @@ private Q_SLOTS:
         const LoggerPackets samples = samplesOf(packets);
         QTEST(samples.size(), "blocks");
         QCOMPARE(packets.last().bytes.mid(2, 2).toHex(), QByteArray("8433"));
-        Sensor force(SENSOR_VORTA_FORCE50);
-        force.setOffset(2051);
-        force.setGain(28.5F);
-        Sensor z(SENSOR_VORTA_ACC_Z);
+        const SensorKind force(SENSOR_VORTA_FORCE50, {}, {2051, 28.5F});
+        const SensorKind z(SENSOR_VORTA_ACC_Z);
         const LessonSignals lesson(7919); // of run 1
         const double period = LoggerRates::period(rate.toInt(), LoggerModel::Vorta);
         const int width = size == 254 ? 5 : 8;
