@@ -58,14 +58,13 @@ void MainWindow::downloadWhenAllStopped()
 
 void MainWindow::doSelectExperiment()
 {
-    constexpr int first = 0;
-    const TembrinData* state = mTembrin->tembrinDataAt(first);
-    if (!mTembrin->isTembrinConnect(first) || state->isVorta()) {
-        statusBar()->showMessage(tr("The first logger is not connected, or it has no memory."));
+    if (experimentInfo::loggersWithMemory(*mTembrin).isEmpty()) {
+        statusBar()->showMessage(tr("No logger with a memory is connected."));
         return;
     }
     delivered = classMembers; // the others stay in the class
-    const QPointer<experimentInfo> dialog = new experimentInfo(mTembrin, first, this);
+    const QPointer<experimentInfo> dialog = new experimentInfo(mTembrin, 0, this);
+    connect(dialog.data(), &experimentInfo::fetchingSameRun, this, [this] { delivered = 0; });
     dialog->exec();
     if (dialog)
         dialog->deleteLater();

@@ -1,91 +1,79 @@
 #include "setup/experimentinfo.h"
 
+#include <QCheckBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
-#include <QLocale>
-#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QTableWidget>
+#include <QScopedValueRollback>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 #include "classroom/multiconnectionsmanager.h"
 #include "common/screenflags.h"
 #include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
 #include "setup/dialogtools.h"
+#include "setup/experimentpage.h"
 
 namespace {
-
-constexpr int iconSize = 32;
-constexpr int iconGap = 5;
-constexpr int columnGap = 20;
 const QSize tableDialogSize(640, 420);
-constexpr int msForTable = 2500; ///< the longest table takes about a second on the line
-constexpr int mostQuestions = 3;
-
-enum column
-{
-    COLUMN_DATE,
-    COLUMN_TIME,
-    COLUMN_RATE,
-    COLUMN_SAMPLES,
-    COLUMN_SENSORS,
-    COLUMNS
-};
-
-int scale()
-{
-    return ScreenFlags::is4K() ? 2 : 1;
-}
-
+const QString comma = QStringLiteral(", ");
 } // namespace
 
-experimentInfo::experimentInfo(multiConnectionsManager* mTembrin, int index, QWidget* parent)
+experimentInfo::experimentInfo(multiConnectionsManager* mTembrin, int first, QWidget* parent)
     : QDialog(parent)
     , mTembrin(mTembrin)
-    , logger(mTembrin->tembrinDataAt(index))
-    , index(index)
-    , table(DialogTools::named(new QTableWidget(0, COLUMNS, this), "tableExperiments",
-                               tr("Experiments stored in the logger")))
-    , hint(DialogTools::named(new QLabel(this), "hint"))
-    , progress(DialogTools::named(new QProgressBar(this), "progressBar", tr("Progress of the download")))
-    , pushDownload(DialogTools::named(new QPushButton(tr("Download"), this), "pushDownload"))
-    , pushCancel(DialogTools::named(new QPushButton(tr("Cancel"), this), "pushCancel"))
+    , tabs(DialogTools::named(new QTabWidget, "tabs", tr("Groups")))
+    , sameRun(DialogTools::named(new QCheckBox(tr("The same run for all")), "sameRun"))
+    , hint(DialogTools::named(new QLabel, "hint"))
+    , progress(DialogTools::named(new QProgressBar, "progressBar", tr("Progress of the download")))
+    , pushDownload(DialogTools::named(new QPushButton(tr("Download")), "pushDownload"))
+    , pushCancel(DialogTools::named(new QPushButton(tr("Cancel")), "pushCancel"))
 {
     setObjectName(QStringLiteral("experimentInfo"));
     setWindowTitle(tr("Select experiment"));
     DialogTools::applyLook(this);
-    createTable();
+    addPages(first);
     createLayout();
-    DialogTools::fitToScreen(this, tableDialogSize * scale());
+    DialogTools::fitToScreen(this, tableDialogSize * (ScreenFlags::is4K() ? 2 : 1));
 
-    connect(logger, &TembrinData::gotExperimentInfo, this, &experimentInfo::fillTable);
-    connect(logger, &TembrinData::donePacket, this, &experimentInfo::showProgress);
     connect(mTembrin, &multiConnectionsManager::passedOver, this, &experimentInfo::handlePassedOver);
     connect(mTembrin, &multiConnectionsManager::doneSendCommandToAll, this, &experimentInfo::handleDone);
+    connect(tabs, &QTabWidget::currentChanged, this, &experimentInfo::updateButtons);
+    connect(sameRun, &QCheckBox::clicked, this, [this] { chosenChanged(page()); });
     connect(pushDownload, &QPushButton::clicked, this, &experimentInfo::on_pushDownload_clicked);
     connect(pushCancel, &QPushButton::clicked, this, &experimentInfo::reject);
-    tableTimer.setSingleShot(true);
-    tableTimer.setInterval(msForTable);
-    connect(&tableTimer, &QTimer::timeout, this, &experimentInfo::askForTable);
-    askForTable();
+    updateButtons();
 }
 
-void experimentInfo::createTable()
+QVector<int> experimentInfo::loggersWithMemory(const multiConnectionsManager& mTembrin)
 {
-    table->setHorizontalHeaderLabels({tr("Date"), tr("Time"), tr("Rate"), tr("Samples"), tr("Sensors")});
-    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table->setSelectionMode(QAbstractItemView::SingleSelection);
-    table->setShowGrid(false);
-    table->setTabKeyNavigation(false);
-    table->verticalHeader()->hide();
-    table->horizontalHeader()->setHighlightSections(false);
-    table->horizontalHeader()->setStretchLastSection(true);
-    table->horizontalHeaderItem(COLUMN_SENSORS)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    connect(table, &QTableWidget::itemSelectionChanged, this, &experimentInfo::updateButtons);
-    connect(table, &QTableWidget::cellDoubleClicked, this, &experimentInfo::on_pushDownload_clicked);
+    QVector<int> loggers;
+    for (int i = 0; i < mTembrin.nDefTembrins(); ++i) {
+        const TembrinData* state = mTembrin.tembrinDataAt(i);
+        if (mTembrin.isTembrinConnect(i) && state->isLoggerRecognized() && !state->isVorta())
+            loggers.append(i);
+    }
+    return loggers;
+}
+
+void experimentInfo::addPages(int first)
+{
+    for (const int i : loggersWithMemory(*mTembrin)) {
+        TembrinProtocol* session = mTembrin->tembrinAt(i);
+        auto* added = new ExperimentPage(session);
+        pages.append(added);
+        const int tab = tabs->addTab(added, groupOf(added));
+        tabs->setTabToolTip(tab, session->loggerName());
+        if (i == first)
+            tabs->setCurrentIndex(tab);
+        connect(added, &ExperimentPage::chosenChanged, this, [this, added] { chosenChanged(added); });
+        connect(added, &ExperimentPage::downloadAsked, this, &experimentInfo::on_pushDownload_clicked);
+        connect(session->tembrinData, &TembrinData::donePacket, this,
+                [this, i](int val, int total) { showProgress(i, val, total); });
+        connect(session->tembrinData, &TembrinData::downloadComplete, this, &experimentInfo::handleComplete);
+    }
 }
 
 void experimentInfo::createLayout()
@@ -93,134 +81,160 @@ void experimentInfo::createLayout()
     progress->setRange(0, 100);
     progress->setValue(0);
     hint->setWordWrap(true);
+    hint->setText(tr("Choose an experiment and press Download."));
+    sameRun->setVisible(pages.size() > 1);
     pushDownload->setDefault(true);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(progress, 1);
     buttons->addWidget(pushDownload);
     buttons->addWidget(pushCancel);
     auto* all = new QVBoxLayout(this);
-    all->addWidget(table, 1);
+    all->addWidget(tabs, 1);
+    all->addWidget(sameRun);
     all->addWidget(hint);
     all->addLayout(buttons);
 }
 
-void experimentInfo::askForTable()
+ExperimentPage* experimentInfo::page() const
 {
+    return pages.value(tabs->currentIndex());
+}
+
+QString experimentInfo::groupOf(const ExperimentPage* of) const
+{
+    const QString name = mTembrin->groupName(of->index());
+    return name.isEmpty() ? tr("Logger %1").arg(of->index() + 1) : name;
+}
+
+bool experimentInfo::isSameForAll() const
+{
+    return sameRun->isChecked();
+}
+
+// --- What is chosen ---
+
+void experimentInfo::chosenChanged(ExperimentPage* leader)
+{
+    if (isChoosing)
+        return;
+    // A table that comes late takes the run that is already chosen.
+    if (isSameForAll() && jobs.isEmpty())
+        chooseSameRun(leader == page() || !page() ? leader : page());
     updateButtons();
-    if (logger->numExperiments <= 0) {
-        hint->setText(tr("No experiment is stored in this logger."));
+}
+
+/// In every other page the run that began when the one chosen in `leader` did; who has none is named.
+void experimentInfo::chooseSameRun(ExperimentPage* leader)
+{
+    const QScopedValueRollback<bool> own(isChoosing, true);
+    if (!leader || leader->chosen() < 0)
         return;
+    const QDateTime start = leader->startOf(leader->chosen());
+    QStringList without;
+    for (ExperimentPage* other : qAsConst(pages)) {
+        if (other == leader)
+            continue;
+        const int row = other->nearestTo(start);
+        other->choose(row);
+        if (row < 0)
+            without.append(groupOf(other));
     }
-    if (tableQuestions == mostQuestions) {
-        hint->setText(tr("The logger does not tell what is stored in it. Close this window and try again."));
-        return;
-    }
-    ++tableQuestions;
-    hint->setText(tr("Please wait while the logger tells what is stored in it."));
-    mTembrin->sendCommand(index, CMD_GET_EXPERIMENTS_TABLE);
-    tableTimer.start();
+    hint->setText(
+        without.isEmpty()
+            ? tr("All have a run of %1.").arg(leader->nameOf(leader->chosen()))
+            : tr("Without a run of %1: %2.").arg(leader->nameOf(leader->chosen()), without.join(comma)));
 }
 
-void experimentInfo::fillTable()
-{
-    tableTimer.stop();
-    table->setRowCount(0);
-    table->setIconSize(QSize(0, 0)); // grows with the strips
-    for (const expInfo& experiment : qAsConst(logger->expList))
-        addRow(experiment);
-    table->resizeColumnsToContents();
-    for (int i = 0; i < COLUMN_SENSORS; ++i)
-        table->setColumnWidth(i, table->columnWidth(i) + columnGap * scale());
-    table->selectRow(table->rowCount() - 1);
-    table->scrollToBottom();
-    table->setFocus();
-    hint->setText(tr("Choose an experiment and press Download."));
-}
-
-void experimentInfo::addRow(const expInfo& experiment)
-{
-    const int row = table->rowCount();
-    table->insertRow(row);
-    const QLocale locale;
-    const QString texts[COLUMNS] = {
-        locale.toString(experiment.datetime.date(), QLocale::ShortFormat),
-        experiment.datetime.time().toString(QStringLiteral("HH:mm:ss")),
-        experiment.rate,
-        QString::number(experiment.samples),
-        QString(),
-    };
-    for (int i = 0; i < COLUMNS; ++i) {
-        auto* item = new QTableWidgetItem(texts[i]);
-        item->setTextAlignment(i == COLUMN_SENSORS ? Qt::AlignVCenter | Qt::AlignLeft : Qt::AlignCenter);
-        table->setItem(row, i, item);
-    }
-    QTableWidgetItem* sensors = table->item(row, COLUMN_SENSORS);
-    const QPixmap strip = iconStrip(experiment.iconNames);
-    QIcon icon(strip);
-    icon.addPixmap(strip, QIcon::Selected); // without the tint of the selection
-    sensors->setIcon(icon);
-    table->setIconSize(table->iconSize().expandedTo(strip.size()));
-    sensors->setData(Qt::AccessibleTextRole, experiment.sensNames);
-    sensors->setToolTip(experiment.sensNames);
-    table->setRowHeight(row, (iconSize + 2 * iconGap) * scale());
-}
-
-QPixmap experimentInfo::iconStrip(const QStringList& iconNames) const
-{
-    const int size = iconSize * scale();
-    const int step = size + iconGap * scale();
-    QPixmap strip(qMax(1, step * iconNames.size()), size);
-    strip.fill(Qt::transparent);
-    QPainter painter(&strip);
-    for (int i = 0; i < iconNames.size(); ++i)
-        QIcon(iconNames.at(i)).paint(&painter, i * step, 0, size, size);
-    return strip;
-}
+// --- Fetching ---
 
 void experimentInfo::on_pushDownload_clicked()
 {
-    const int row = table->currentRow();
-    if (fetching >= 0 || row < 0)
+    if (!jobs.isEmpty() || !page() || page()->chosen() < 0)
         return;
-    fetching = row;
-    progress->setValue(0);
-    mTembrin->downloadFrom(index, row + 1);
-    if (mTembrin->isSending(CMD_DOWNLOAD_STORED_DATA)) {
-        hint->setText(tr("Fetching the experiment of %1.").arg(nameOf(row)));
-    } else {
-        fetching = -1;
-        hint->setText(tr("The logger is not connected."));
+    for (ExperimentPage* each : qAsConst(pages)) {
+        if (each->chosen() >= 0 && (isSameForAll() || each == page()))
+            jobs.append({each, each->chosen()});
     }
-    updateButtons();
-}
-
-void experimentInfo::showProgress(int val, int total)
-{
-    if (fetching >= 0 && total > 0)
-        progress->setValue(100 * val / total);
-}
-
-void experimentInfo::handlePassedOver(int loggerIndex)
-{
-    if (fetching < 0 || loggerIndex != index)
-        return;
-    hint->setText(tr("The experiment of %1 could not be fetched.").arg(nameOf(fetching)));
+    jobCount = jobs.size();
+    fetched.clear();
+    failed.clear();
     progress->setValue(0);
-    fetching = -1;
+    if (isSameForAll())
+        Q_EMIT fetchingSameRun();
+    fetchNext();
+}
+
+void experimentInfo::fetchNext()
+{
+    isFirstDone = false;
+    while (!jobs.isEmpty()) {
+        const auto [each, row] = jobs.first();
+        if (mTembrin->isTembrinConnect(each->index())) {
+            hint->setText(tr("Fetching the experiment of %1 from %2.").arg(each->nameOf(row), groupOf(each)));
+            updateButtons();
+            mTembrin->downloadFrom(each->index(), row + 1);
+            return;
+        }
+        failed.append(groupOf(each));
+        jobs.removeFirst();
+    }
+    endFetching();
+}
+
+void experimentInfo::handleComplete(int logger, bool success)
+{
+    if (jobs.isEmpty() || isFirstDone || !success || jobs.first().first->index() != logger)
+        return;
+    const auto [each, row] = jobs.first();
+    fetched.append(
+        tr("%1 (%2)", "date and time of an experiment (group)").arg(each->nameOf(row), groupOf(each)));
+    isFirstDone = true;
+}
+
+void experimentInfo::handlePassedOver(int logger)
+{
+    if (jobs.isEmpty() || isFirstDone || jobs.first().first->index() != logger)
+        return;
+    failed.append(groupOf(jobs.first().first));
+    isFirstDone = true;
 }
 
 void experimentInfo::handleDone()
 {
-    if (fetching >= 0)
-        hint->setText(tr("The experiment of %1 is on the graph now.").arg(nameOf(fetching)));
-    fetching = -1;
+    if (jobs.isEmpty())
+        return;
+    if (!isFirstDone)
+        failed.append(groupOf(jobs.first().first));
+    jobs.removeFirst();
+    fetchNext();
+}
+
+void experimentInfo::endFetching()
+{
+    QStringList lines;
+    if (!fetched.isEmpty())
+        lines.append(tr("On the graph now: %1.").arg(fetched.join(comma)));
+    if (!failed.isEmpty())
+        lines.append(tr("Could not be fetched: %1.").arg(failed.join(comma)));
+    hint->setText(lines.join(QLatin1Char('\n')));
+    if (fetched.isEmpty())
+        progress->setValue(0);
     updateButtons();
+}
+
+void experimentInfo::showProgress(int logger, int val, int total)
+{
+    if (jobs.isEmpty() || total <= 0 || jobs.first().first->index() != logger)
+        return;
+    const int done = jobCount - jobs.size();
+    const double part = qBound(0.0, double(val) / total, 1.0);
+    progress->setValue(int(100 * (done + part) / jobCount));
 }
 
 void experimentInfo::reject()
 {
-    if (fetching >= 0) {
-        fetching = -1;
+    if (!jobs.isEmpty()) {
+        jobs.clear();
         mTembrin->cancelDownload();
     }
     QDialog::reject();
@@ -228,11 +242,10 @@ void experimentInfo::reject()
 
 void experimentInfo::updateButtons()
 {
-    pushDownload->setEnabled(fetching < 0 && !table->selectedItems().isEmpty());
-}
-
-QString experimentInfo::nameOf(int row) const
-{
-    return tr("%1, %2", "date, time")
-        .arg(table->item(row, COLUMN_DATE)->text(), table->item(row, COLUMN_TIME)->text());
+    const bool isFetching = !jobs.isEmpty();
+    const ExperimentPage* shown = page();
+    sameRun->setEnabled(!isFetching);
+    pushDownload->setText(isSameForAll() ? tr("Download for all") : tr("Download"));
+    pushDownload->setEnabled(!isFetching && shown && shown->chosen() >= 0);
+    pushCancel->setText(!isFetching && !fetched.isEmpty() ? tr("Close") : tr("Cancel"));
 }

@@ -1,56 +1,73 @@
 #pragma once
 
 #include <QDialog>
-#include <QPixmap>
-#include <QTimer>
+#include <QPair>
+#include <QVector>
 
-#include "protocol/expinfo.h"
-
+class ExperimentPage;
+class QCheckBox;
 class QLabel;
 class QProgressBar;
 class QPushButton;
-class QTableWidget;
-class TembrinData;
+class QTabWidget;
 class multiConnectionsManager;
 
-/// Shows what is stored in one logger and fetches the experiment that a person chooses. It stays open, so
-/// that another one can be fetched; closing it ends a download under way.
+/// Shows what is stored in the loggers, a page for each, and fetches the experiment that a person chooses: of
+/// one logger, or the same run of all. It stays open, so that another one can be fetched; closing it ends a
+/// download under way.
 class experimentInfo : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// Asks logger `index` for its table at once.
-    experimentInfo(multiConnectionsManager* mTembrin, int index, QWidget* parent = nullptr);
+    /// Asks all loggers for their tables at once; the page of slot `first` is shown, if it has one.
+    explicit experimentInfo(multiConnectionsManager* mTembrin, int first = 0, QWidget* parent = nullptr);
+
+    /// Slots in use whose logger is connected and has a memory.
+    static QVector<int> loggersWithMemory(const multiConnectionsManager& mTembrin);
 
 public Q_SLOTS:
     void reject() override;
 
+Q_SIGNALS:
+    /// One run of the whole class is being fetched.
+    void fetchingSameRun();
+
 private Q_SLOTS:
     void on_pushDownload_clicked();
-    void fillTable();
-    void showProgress(int val, int total);
     void handlePassedOver(int logger);
+    void handleComplete(int logger, bool success);
     void handleDone();
 
 private:
-    void createTable();
+    /// An experiment to fetch: the page and its row.
+    using Job = QPair<ExperimentPage*, int>;
+
+    void addPages(int first);
     void createLayout();
-    void askForTable();
-    void addRow(const expInfo& experiment);
-    QPixmap iconStrip(const QStringList& iconNames) const;
+    ExperimentPage* page() const;
+    void chosenChanged(ExperimentPage* leader);
+    void chooseSameRun(ExperimentPage* leader);
+    bool isSameForAll() const;
+    void fetchNext();
+    void endFetching();
+    void showProgress(int logger, int val, int total);
     void updateButtons();
-    QString nameOf(int row) const;
+    QString groupOf(const ExperimentPage* page) const;
 
     multiConnectionsManager* mTembrin;
-    TembrinData* logger;
-    const int index;
-    QTableWidget* table;
+    QVector<ExperimentPage*> pages;
+    QTabWidget* tabs;
+    QCheckBox* sameRun;
     QLabel* hint;
     QProgressBar* progress;
     QPushButton* pushDownload;
     QPushButton* pushCancel;
-    QTimer tableTimer; ///< until the table counts as lost
-    int tableQuestions = 0;
-    int fetching = -1; ///< the row, -1 for none
+
+    QVector<Job> jobs; ///< that are not done; the first one is under way
+    int jobCount = 0;  ///< with those that are done
+    bool isFirstDone = false;
+    QStringList fetched; ///< names of what has arrived, and of what could not be had
+    QStringList failed;
+    bool isChoosing = false; ///< the dialog itself moves the choices
 };

@@ -1,6 +1,7 @@
 #include "setup/loggerbasicsetup.h"
 
 #include <QLabel>
+#include <QMap>
 
 #include <algorithm>
 
@@ -35,11 +36,14 @@ void loggerBasicSetup::showRunLength()
     QVector<int> loggers = link->known();
     if (!loggers.contains(first))
         loggers.prepend(first);
+    QMap<QString, QStringList> others;
     for (const int slot : qAsConst(loggers)) {
         const QString own = runLengthOf(slot);
         if (own != usual && !own.isEmpty())
-            text += QLatin1Char(' ') + tr("That of %1 takes %2.").arg(link->groupName(slot), own);
+            others[own].append(link->groupName(slot));
     }
+    for (auto other = others.cbegin(); other != others.cend(); ++other)
+        text += QLatin1Char(' ') + tr("%1 with %2.").arg(other.key(), other.value().join(comma));
     runLength->setText(text + fastNote(loggers));
 }
 
@@ -78,7 +82,7 @@ void loggerBasicSetup::showHint()
     }
     const QStringList noSensor = link->lackingSensors();
     if (!noSensor.isEmpty())
-        lines.append(tr("None of the chosen sensors: %1.").arg(noSensor.join(comma)));
+        lines.append(tr("Without any of the chosen sensors: %1.").arg(noSensor.join(comma)));
     const QStringList silent = link->silent();
     if (!silent.isEmpty())
         lines.append(tr("Connected, but without an answer: %1.").arg(silent.join(comma)));

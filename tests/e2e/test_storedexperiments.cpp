@@ -50,7 +50,8 @@ private Q_SLOTS:
         startWithLog(2, {QStringLiteral("--model"), QStringLiteral("Birch,Dune")});
         download();
         inDialog("selectExperimentAct", [this](QWidget* dialog) {
-            auto* table = dialog->findChild<QTableWidget*>();
+            auto* page = dialog->findChild<QWidget*>(QStringLiteral("experiments1"));
+            auto* table = page->findChild<QTableWidget*>();
             auto* start = dialog->findChild<QPushButton*>(QStringLiteral("pushDownload"));
             auto* progress = dialog->findChild<QProgressBar*>();
             QTRY_COMPARE(table->rowCount(), 2);

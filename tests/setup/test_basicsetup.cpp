@@ -126,7 +126,7 @@ private Q_SLOTS:
             "25000/Sec (not Blue)", 6, 7, left.arg("Blue: 25000/Sec"));
         row("the same", idle, old, QByteArray(sensorListHex), "100/Sec", 5, 4, "");
         row("no sensor", idle, idle, QByteArray(fewSensorsHex), "10/Sec", 3, 3,
-            "None of the chosen sensors: Blue.");
+            "Without any of the chosen sensors: Blue.");
     }
 
     void aGroupThatCantDoAsTheClassIsNamed()
@@ -187,6 +187,25 @@ private Q_SLOTS:
         box(1)->click();
         QCOMPARE(bench->written(1),
                  setupFrame(0x07, 3, 2, "2626")); // it leads in the stead of the silent one
+    }
+
+    void lateAnswersTakeNothingBack()
+    {
+        const auto answer = [](int mask) { return status({{3, 0x11}, {7, 0}, {10, mask}}); };
+        bench->introduce(0, status({{7, 0}, {10, 3}}));
+        open();
+        box(2)->click();
+        box(3)->click();
+        bench->port(0).feed(answer(7));
+        box(4)->click();
+        bench->port(0).feed(answer(15));
+        QCOMPARE(ticked(), QStringLiteral("0 1 2 3 4"));
+        dialog->close();
+        bench->port(0).feed(answer(31));
+        QVERIFY(bench->written(0).endsWith(setupFrame(31, 3, 2, "2626")));
+        bench->port(0).feed(status({{7, 0}, {10, 5}})); // somebody's key, when all is said
+        open();
+        QCOMPARE(ticked(), QStringLiteral("0 2"));
     }
 
     void theDialogFollowsTheLogger()
