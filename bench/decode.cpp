@@ -105,9 +105,6 @@ Result decode(const Load& load)
     TembrinData logger(0);
     PortListener listener(&port, &logger, 0);
     QObject::connect(&port, &SerialPort::readyRead, &listener, &PortListener::receive);
-    QObject::connect(&listener, &PortListener::sensorIDReceived, &logger, &TembrinData::handleSensID);
-    QObject::connect(&listener, &PortListener::statusReceived, &logger, &TembrinData::handleStatus);
-    QObject::connect(&listener, &PortListener::onlineReceived, &logger, &TembrinData::handleOnline);
     int next = 0;
     int delivered = 0;
     int gaps = 0; // a false packet may hide a lost one, but not in the numbers

@@ -5,33 +5,6 @@
 #include "protocol/tembrindata.h"
 #include "tests/link/fakeport.h"
 
-namespace {
-
-void connectHandlers(PortListener* listener, TembrinData* data)
-{
-    const auto join = [listener, data](auto signal, auto slot) {
-        QObject::connect(listener, signal, data, slot);
-    };
-    join(&PortListener::telemetryReceived, &TembrinData::handleTelemetry);
-    join(&PortListener::statusReceived, &TembrinData::handleStatus);
-    join(&PortListener::onlineReceived, &TembrinData::handleOnline);
-    join(&PortListener::tooSlowSignal, &TembrinData::tooSlowSignal);
-    join(&PortListener::dataPacketReceived, &TembrinData::handleDataPacket);
-    join(&PortListener::sensorIDReceived, &TembrinData::handleSensID);
-    join(&PortListener::testDataReceived, &TembrinData::handleTestData);
-    join(&PortListener::infoPacketReceived, &TembrinData::handleInfoPacket);
-    join(&PortListener::extEventReceived, &TembrinData::handleExtEvent);
-    join(&PortListener::VortaFetchReceived, &TembrinData::handleVortaFetch);
-    join(&PortListener::VortaStatusReceived, &TembrinData::handleVortaStatus);
-    join(&PortListener::VortaOnlineReceivedFast, &TembrinData::handleVortaOnlineFast);
-    join(&PortListener::VortaOnlineReceivedSlow, &TembrinData::handleVortaOnlineSlow);
-    join(&PortListener::bootloadProgMemReceived, &TembrinData::handleProgMem);
-    join(&PortListener::bootloadEepromReceived, &TembrinData::handleEEPROM);
-    join(&PortListener::bootloadCSReceived, &TembrinData::HandleBLCS);
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, size_t size)
 {
     ensureApplication();
@@ -45,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, size_t size)
     port.open(SerialPort::OpenMode::ReadWrite);
     PortListener listener(&port, &data, 0);
     QObject::connect(&port, &SerialPort::readyRead, &listener, &PortListener::receive);
-    connectHandlers(&listener, &data);
+    QObject::connect(&listener, &PortListener::tooSlowSignal, &data, &TembrinData::tooSlowSignal);
 
     const int piece = 1 + bytes[1];
     const QByteArray stream =

@@ -29,6 +29,13 @@ void PortListener::clearBuffer()
     readPosition = 0;
 }
 
+void PortListener::end()
+{
+    clearBuffer();
+    port = nullptr;
+    disconnect();
+}
+
 void PortListener::receive()
 {
     if (!port || port->bytesAvailable() <= 0)
@@ -100,45 +107,18 @@ void PortListener::deliver(PacketKind kind, unsigned char* data, int length)
     case PacketKind::Junk:
         qCDebug(linkLog) << "logger" << index << ": some junk was sent," << length << "bytes";
         break;
-    case PacketKind::Online:
+    case PacketKind::Sample:
         if (tooSlow)
             qCDebug(linkLog) << "<Slow: skip online data>";
         else
-            Q_EMIT onlineReceived(data, length);
+            identifier->handlePacket(data, length);
         break;
     case PacketKind::Status:
         tooSlow = false;
-        Q_EMIT statusReceived(data, length);
+        identifier->handlePacket(data, length);
         break;
-    case PacketKind::SensorID:
-        Q_EMIT sensorIDReceived(data, length);
-        break;
-    case PacketKind::Telemetry:
-        Q_EMIT telemetryReceived(data, length);
-        break;
-    case PacketKind::Data:
-        Q_EMIT dataPacketReceived(data, length);
-        break;
-    case PacketKind::Info:
-        Q_EMIT infoPacketReceived(data, length);
-        break;
-    case PacketKind::ExtEvent:
-        Q_EMIT extEventReceived(data, length);
-        break;
-    case PacketKind::TestData:
-        Q_EMIT testDataReceived(data, length);
-        break;
-    case PacketKind::VortaStatus:
-        Q_EMIT VortaStatusReceived(data, length);
-        break;
-    case PacketKind::VortaFetch:
-        Q_EMIT VortaFetchReceived(data, length);
-        break;
-    case PacketKind::VortaOnlineSlow:
-        Q_EMIT VortaOnlineReceivedSlow(data, length);
-        break;
-    case PacketKind::VortaOnlineFast:
-        Q_EMIT VortaOnlineReceivedFast(data, length);
+    case PacketKind::Packet:
+        identifier->handlePacket(data, length);
         break;
     case PacketKind::BootloadReady:
         Q_EMIT bootloadReady(false, length > 3 ? data[3] : 0);
@@ -154,15 +134,6 @@ void PortListener::deliver(PacketKind kind, unsigned char* data, int length)
         break;
     case PacketKind::BootloadEraseOK:
         Q_EMIT bootloadEraseOK();
-        break;
-    case PacketKind::BootloadProgMem:
-        Q_EMIT bootloadProgMemReceived(data, length);
-        break;
-    case PacketKind::BootloadEeprom:
-        Q_EMIT bootloadEepromReceived(data, length);
-        break;
-    case PacketKind::BootloadCS:
-        Q_EMIT bootloadCSReceived(data, length);
         break;
     }
 }

@@ -7,9 +7,9 @@
 #include <QObject>
 #include <QPointer>
 
-/// Collects the bytes of one logger's port, cuts them into packets as the identifier tells, and raises one
-/// signal per packet. The signals are direct calls; `data` points at the packet's first byte and is valid
-/// until the slot returns. A slot may pump events, clear the buffer, or have listener and port deleted later.
+/// Collects the bytes of one logger's port, cuts them into packets as the identifier tells, and hands them to
+/// it; the answers of a firmware loader are signals. Who takes a packet may pump events, clear the buffer,
+/// end the listening, or have listener and port deleted later.
 class PortListener : public QObject
 {
     Q_OBJECT
@@ -21,6 +21,8 @@ public:
 
     /// Forgets the bytes received but not yet cut.
     void clearBuffer();
+    /// Nothing is read or handed out any more.
+    void end();
 
 public Q_SLOTS:
     /// Reads what the port has and delivers every whole packet in order. May be entered again from a slot:
@@ -35,26 +37,11 @@ public Q_SLOTS:
     void reportReadFinished();
 
 Q_SIGNALS:
-    void sensorIDReceived(unsigned char* data, int length);
-    void statusReceived(unsigned char* data, int length);
-    void telemetryReceived(unsigned char* data, int length);
-    void onlineReceived(unsigned char* data, int length);
-    void dataPacketReceived(unsigned char* data, int length);
-    void infoPacketReceived(unsigned char* data, int length);
-    void extEventReceived(unsigned char* data, int length);
-    void testDataReceived(unsigned char* data, int length);
-    void VortaStatusReceived(unsigned char* data, int length);
-    void VortaFetchReceived(unsigned char* data, int length);
-    void VortaOnlineReceivedSlow(unsigned char* data, int length);
-    void VortaOnlineReceivedFast(unsigned char* data, int length);
     /// A firmware loader answered: a normal logger's with its version `ver`, or a Vorta's with 0.
     void bootloadReady(bool isVorta, int ver);
     void bootloadCommandOK();
     void bootloadCommandBad();
     void bootloadEraseOK();
-    void bootloadProgMemReceived(unsigned char* data, int length);
-    void bootloadEepromReceived(unsigned char* data, int length);
-    void bootloadCSReceived(unsigned char* data, int length);
     /// Bytes that make no packet piled up and were thrown away; online samples are skipped until the next
     /// status.
     void tooSlowSignal();

@@ -115,6 +115,8 @@ public:
     bool isFastRate() const { return !vorta && settings.rate >= RateTables::firstFast; }
     bool isVorta() const { return vorta; }
     void setVorta(bool tf) { vorta = tf; }
+    /// A good status has come since the last sensor list.
+    bool isTypeKnown() const { return tembrinType != 0; }
     bool isLoggerRecognized() const { return loggerRecognized; }
     void setLoggerRecognized(bool tf) { loggerRecognized = tf; }
     bool isGotSensorList() const { return gotSensorList; }
@@ -162,6 +164,7 @@ public:
 
     // --- Byte stream (tembrindata_identify.cpp) ----------------------------------------------------------
     PacketKind identifyPacket(const char* bytes, int size, int* length) override;
+    void handlePacket(unsigned char* data, int length) override;
 
     // --- Samples (tembrindata_online.cpp, tembrindata_vorta.cpp) -----------------------------------------
     /// The channels of the run that samples come from: new objects, composites as their children, as they
@@ -283,7 +286,11 @@ private:
     void reactToStatus(int eventCode);
 
     // Byte stream
-    bool passesGate(unsigned char family, unsigned char type) const;
+    struct PacketRow;
+    enum class Known;
+    static const PacketRow packetRows[];
+    static const PacketRow* rowOf(unsigned char family, unsigned char type);
+    bool isKnown(Known when) const;
     int packetSizeAt(const unsigned char* head, int size, int rowSize);
     void countOnlineBytes(quint16 mask);
     int bytesPerSample(quint16 mask) const;

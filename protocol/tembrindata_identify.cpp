@@ -13,10 +13,6 @@ constexpr unsigned char familyLogger = 0x2E;
 constexpr unsigned char familyVorta = 0x3E;
 constexpr unsigned char familyLoader = 0x4C;
 
-constexpr unsigned char typeSensorList = 0x82;
-constexpr unsigned char typeStatus = 0x83;
-constexpr unsigned char typeVortaStatusLong = 0x84;
-
 constexpr int snapshotFrame = 5; ///< start bytes, type, size, checksum
 constexpr int onlineFrame = 9;   ///< the same, mask and sample number
 
@@ -28,43 +24,6 @@ constexpr int sizeOfData = -3;
 constexpr int sizeNotKnownYet = 0;
 constexpr int sizeWrong = -1;
 
-struct PacketRow
-{
-    unsigned char family;
-    unsigned char type;
-    int size;
-    PacketKind kind;
-    bool countsWaiting; ///< packets of this size behind it are counted
-};
-
-constexpr PacketRow packetRows[] = {
-    {familyLogger, 0x82, 21, PacketKind::SensorID, false},
-    {familyLogger, 0x83, 33, PacketKind::Status, false},
-    {familyLogger, 0x81, sizeOfSnapshot, PacketKind::Telemetry, false},
-    {familyLogger, 0x84, sizeOfOnline, PacketKind::Online, true},
-    {familyLogger, 0x44, sizeOfData, PacketKind::Data, false},
-    {familyLogger, 0x54, sizeOfData, PacketKind::Data, false},
-    {familyLogger, 0x45, 16, PacketKind::Info, false},
-    {familyLogger, 0x55, 18, PacketKind::Info, false},
-    {familyLogger, 0x85, 6, PacketKind::ExtEvent, false},
-    {familyLogger, 0xA8, 12, PacketKind::TestData, false},
-    {familyVorta, 0x83, 16, PacketKind::VortaStatus, true},
-    {familyVorta, 0x84, 18, PacketKind::VortaStatus, true},
-    {familyVorta, 0x81, 14, PacketKind::VortaFetch, false},
-    {familyVorta, 0xF0, 12, PacketKind::VortaOnlineSlow, true},
-    {familyVorta, 0xF1, 36, PacketKind::VortaOnlineSlow, true},
-    {familyVorta, 0xF2, 84, PacketKind::VortaOnlineSlow, true},
-    {familyVorta, 0xF3, 254, PacketKind::VortaOnlineFast, true},
-    {familyLoader, 0x11, 5, PacketKind::BootloadReady, false},
-    {familyLoader, 0x12, 5, PacketKind::BootloadReadyVorta, false},
-    {familyLoader, 0x14, 4, PacketKind::BootloadCommandOK, false},
-    {familyLoader, 0x15, 4, PacketKind::BootloadCommandBad, false},
-    {familyLoader, 0x20, 4, PacketKind::BootloadEraseOK, false},
-    {familyLoader, 0x23, 136, PacketKind::BootloadProgMem, false},
-    {familyLoader, 0x24, 22, PacketKind::BootloadEeprom, false},
-    {familyLoader, 0x27, 9, PacketKind::BootloadCS, false},
-};
-
 bool isFamily(unsigned char byte)
 {
     return byte == familyLogger || byte == familyVorta || byte == familyLoader;
@@ -75,15 +34,6 @@ bool isSecondStartByte(unsigned char family, unsigned char byte)
     if (family == familyLogger)
         return byte == 0x69;
     return byte == 0x79 || (family == familyVorta && byte == 0x7A);
-}
-
-const PacketRow* rowOf(unsigned char family, unsigned char type)
-{
-    for (const PacketRow& row : packetRows) {
-        if (row.family == family && row.type == type)
-            return &row;
-    }
-    return nullptr;
 }
 
 PacketKind incomplete(int* length)
@@ -101,16 +51,91 @@ PacketKind junk(const unsigned char* bytes, int size, int* length)
 
 } // namespace
 
-bool TembrinData::passesGate(unsigned char family, unsigned char type) const
+/// When a packet is one: at any other time its bytes are junk.
+enum class TembrinData::Known
 {
-    if (family == familyLogger) {
-        if (!gotSensorList)
-            return type == typeSensorList;
-        return loggerRecognized || type == typeStatus;
+    Always,
+    BeforeListOrInSession,
+    AfterList,
+    InSession,
+    InDownload,
+    OfVorta
+};
+
+struct TembrinData::PacketRow
+{
+    unsigned char family;
+    unsigned char type;
+    int size;
+    Known when;
+    PacketKind kind;
+    bool countsWaiting; ///< packets of this size behind it are counted
+    void (TembrinData::*handler)(unsigned char*, int);
+};
+
+// clang-format off
+const TembrinData::PacketRow TembrinData::packetRows[] = {
+    {familyLogger, 0x84, sizeOfOnline, Known::InSession, PacketKind::Sample, true, &TembrinData::handleOnline},
+    {familyLogger, 0x83, 33, Known::AfterList, PacketKind::Status, false, &TembrinData::handleStatus},
+    {familyLogger, 0x82, 21, Known::BeforeListOrInSession, PacketKind::Packet, false, &TembrinData::handleSensID},
+    {familyLogger, 0x81, sizeOfSnapshot, Known::InSession, PacketKind::Packet, false, &TembrinData::handleTelemetry},
+    {familyLogger, 0x44, sizeOfData, Known::InDownload, PacketKind::Packet, false, &TembrinData::handleDataPacket},
+    {familyLogger, 0x54, sizeOfData, Known::InDownload, PacketKind::Packet, false, &TembrinData::handleDataPacket},
+    {familyLogger, 0x45, 16, Known::InSession, PacketKind::Packet, false, &TembrinData::handleInfoPacket},
+    {familyLogger, 0x55, 18, Known::InSession, PacketKind::Packet, false, &TembrinData::handleInfoPacket},
+    {familyLogger, 0x85, 6, Known::InSession, PacketKind::Packet, false, &TembrinData::handleExtEvent},
+    {familyLogger, 0xA8, 12, Known::InSession, PacketKind::Packet, false, &TembrinData::handleTestData},
+    {familyVorta, 0x83, 16, Known::Always, PacketKind::Packet, true, &TembrinData::handleVortaStatus},
+    {familyVorta, 0x84, 18, Known::Always, PacketKind::Packet, true, &TembrinData::handleVortaStatus},
+    {familyVorta, 0x81, 14, Known::OfVorta, PacketKind::Packet, false, &TembrinData::handleVortaFetch},
+    {familyVorta, 0xF0, 12, Known::OfVorta, PacketKind::Packet, true, &TembrinData::handleVortaOnlineSlow},
+    {familyVorta, 0xF1, 36, Known::OfVorta, PacketKind::Packet, true, &TembrinData::handleVortaOnlineSlow},
+    {familyVorta, 0xF2, 84, Known::OfVorta, PacketKind::Packet, true, &TembrinData::handleVortaOnlineSlow},
+    {familyVorta, 0xF3, 254, Known::OfVorta, PacketKind::Packet, true, &TembrinData::handleVortaOnlineFast},
+    {familyLoader, 0x11, 5, Known::Always, PacketKind::BootloadReady, false, nullptr},
+    {familyLoader, 0x12, 5, Known::Always, PacketKind::BootloadReadyVorta, false, nullptr},
+    {familyLoader, 0x14, 4, Known::Always, PacketKind::BootloadCommandOK, false, nullptr},
+    {familyLoader, 0x15, 4, Known::Always, PacketKind::BootloadCommandBad, false, nullptr},
+    {familyLoader, 0x20, 4, Known::Always, PacketKind::BootloadEraseOK, false, nullptr},
+    {familyLoader, 0x23, 136, Known::Always, PacketKind::Packet, false, &TembrinData::handleProgMem},
+    {familyLoader, 0x24, 22, Known::Always, PacketKind::Packet, false, &TembrinData::handleEEPROM},
+    {familyLoader, 0x27, 9, Known::Always, PacketKind::Packet, false, &TembrinData::HandleBLCS},
+};
+// clang-format on
+
+const TembrinData::PacketRow* TembrinData::rowOf(unsigned char family, unsigned char type)
+{
+    for (const PacketRow& row : packetRows) {
+        if (row.family == family && row.type == type)
+            return &row;
     }
-    if (family == familyVorta)
-        return vorta || type == typeStatus || type == typeVortaStatusLong;
-    return true;
+    return nullptr;
+}
+
+bool TembrinData::isKnown(Known when) const
+{
+    switch (when) {
+    case Known::Always:
+        return true;
+    case Known::BeforeListOrInSession:
+        return !gotSensorList || loggerRecognized;
+    case Known::AfterList:
+        return gotSensorList;
+    case Known::InSession:
+        return gotSensorList && loggerRecognized;
+    case Known::InDownload:
+        return gotSensorList && loggerRecognized && download.isOpen();
+    case Known::OfVorta:
+        return vorta;
+    }
+    return false;
+}
+
+void TembrinData::handlePacket(unsigned char* data, int length)
+{
+    const PacketRow* row = length > 2 ? rowOf(data[0], data[2]) : nullptr;
+    if (row && row->handler)
+        (this->*row->handler)(data, length);
 }
 
 PacketKind TembrinData::identifyPacket(const char* bytes, int size, int* length)
@@ -127,8 +152,8 @@ PacketKind TembrinData::identifyPacket(const char* bytes, int size, int* length)
     if (size < 3)
         return incomplete(length);
 
-    const PacketRow* row = passesGate(head[0], head[2]) ? rowOf(head[0], head[2]) : nullptr;
-    if (!row) {
+    const PacketRow* row = rowOf(head[0], head[2]);
+    if (!row || !isKnown(row->when)) {
         qCDebug(lcProtocol) << "logger" << index << "sent what is no packet for it now, type" << head[2];
         return junk(head, size, length);
     }

@@ -46,12 +46,13 @@ TembrinProtocol::TembrinProtocol(int index, const Units& units, QObject* parent)
     , discovery(systemPortDiscovery())
 {
     prepare(&sendIDTimer, questionInterval);
+    sendIDTimer.setTimerType(Qt::PreciseTimer); // else it may be late by a part of its interval
     prepare(&statusTimer, firstStatusTimeout);
     prepare(&blTimer, loaderTimeout);
     prepare(&cmdTimer, 0);
     connect(&sendIDTimer, &QTimer::timeout, this, &TembrinProtocol::sendIDTimeout);
     connect(&statusTimer, &QTimer::timeout, this, &TembrinProtocol::repeatStatusQuestion);
-    connect(tembrinData, &TembrinData::communicationEstablished, &statusTimer, &QTimer::stop);
+    connect(tembrinData, &TembrinData::loggerTypeChanged, &statusTimer, &QTimer::stop);
     connect(&blTimer, &QTimer::timeout, this, &TembrinProtocol::BLTimeout);
     connect(&cmdTimer, &QTimer::timeout, this, &TembrinProtocol::cmdTimeout);
     // Before anybody else hears of an answer, so that who does may ask whether it confirmed.
@@ -203,9 +204,9 @@ void TembrinProtocol::requestLoggerType()
 
 void TembrinProtocol::repeatStatusQuestion()
 {
-    if (!isConnect || tembrinData->isLoggerRecognized())
+    if (!isConnect || tembrinData->isTypeKnown())
         return;
-    qCInfo(lcProtocol) << "logger" << index << "has not sent its first status, asking again";
+    qCInfo(lcProtocol) << "logger" << index << "has sent no good status since its sensor list, asking again";
     requestLoggerType();
 }
 

@@ -163,7 +163,7 @@ private:
     UsbScan scanUSB();
     void connectPort();
     void watchPort();
-    void connectPackets();
+    void connectListener();
     /// Closes the port and lets go of it and of what stands on it.
     void endConnection(bool flush);
     void loseConnection();
@@ -185,7 +185,7 @@ private:
     std::unique_ptr<SerialMonitorThread> monitor; ///< polling mode only, made at first need
     int connection = 0; ///< counts the ports, so that what an old one still has to say is known as such
     QTimer sendIDTimer;
-    QTimer statusTimer; ///< from the question for the first status until it came
+    QTimer statusTimer; ///< from the question for the type until it is known
     QTimer blTimer;
     QTimer cmdTimer;
     int sendIDTries = 0;

@@ -114,6 +114,8 @@ int TembrinProtocol::init()
     tembrinData->forgetConnection();
     if (!port)
         return 0;
+    if (listener)
+        listener->end();
     discard(listener);
     discard(talker);
     listener = new PortListener(port, tembrinData, index, this);
@@ -122,7 +124,7 @@ int TembrinProtocol::init()
         watchPort();
     else
         connectPort();
-    connectPackets();
+    connectListener();
     return 0;
 }
 
@@ -153,27 +155,9 @@ void TembrinProtocol::watchPort()
         monitor->start();
 }
 
-void TembrinProtocol::connectPackets()
+void TembrinProtocol::connectListener()
 {
-    PortListener* from = listener;
-    TembrinData* to = tembrinData;
-    connect(from, &PortListener::telemetryReceived, to, &TembrinData::handleTelemetry);
-    connect(from, &PortListener::statusReceived, to, &TembrinData::handleStatus);
-    connect(from, &PortListener::onlineReceived, to, &TembrinData::handleOnline);
-    connect(from, &PortListener::tooSlowSignal, to, &TembrinData::tooSlowSignal);
-    connect(from, &PortListener::dataPacketReceived, to, &TembrinData::handleDataPacket);
-    connect(from, &PortListener::sensorIDReceived, to, &TembrinData::handleSensID);
-    connect(from, &PortListener::testDataReceived, to, &TembrinData::handleTestData);
-    connect(from, &PortListener::infoPacketReceived, to, &TembrinData::handleInfoPacket);
-    connect(from, &PortListener::extEventReceived, to, &TembrinData::handleExtEvent);
-    connect(from, &PortListener::VortaFetchReceived, to, &TembrinData::handleVortaFetch);
-    connect(from, &PortListener::VortaStatusReceived, to, &TembrinData::handleVortaStatus);
-    connect(from, &PortListener::VortaOnlineReceivedFast, to, &TembrinData::handleVortaOnlineFast);
-    connect(from, &PortListener::VortaOnlineReceivedSlow, to, &TembrinData::handleVortaOnlineSlow);
-    connect(from, &PortListener::bootloadProgMemReceived, to, &TembrinData::handleProgMem);
-    connect(from, &PortListener::bootloadEepromReceived, to, &TembrinData::handleEEPROM);
-    connect(from, &PortListener::bootloadCSReceived, to, &TembrinData::HandleBLCS);
-
+    connect(listener, &PortListener::tooSlowSignal, tembrinData, &TembrinData::tooSlowSignal);
     // A word of an earlier port may still be queued; it says nothing about this one.
     connect(port, &SerialPort::test, this, [this, present = connection](int code) {
         if (present == connection)
@@ -202,8 +186,9 @@ void TembrinProtocol::endConnection(bool flush)
 {
     ++connection;
     isConnect = false;
-    sendIDTimer.stop();
-    statusTimer.stop();
+    for (QTimer* timer : {&sendIDTimer, &statusTimer, &blTimer})
+        timer->stop();
+    stopCmdTimer();
     tembrinData->forgetConnection();
     if (monitor)
         monitor->stop();
@@ -214,7 +199,7 @@ void TembrinProtocol::endConnection(bool flush)
             port->closeWithoutFlush();
     }
     if (listener)
-        listener->clearBuffer();
+        listener->end();
     discard(listener);
     discard(talker);
     discard(port);

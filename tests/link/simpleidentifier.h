@@ -3,6 +3,9 @@
 #include "link/packetidentifier.h"
 
 #include <QByteArray>
+#include <QVector>
+
+#include <functional>
 
 /// Packets of the form '.', kind, length of the rest, rest; what does not begin with a '.' is junk.
 class SimpleIdentifier : public PacketIdentifier
@@ -19,6 +22,16 @@ public:
         *length = whole <= size ? whole : 0;
         return *length ? static_cast<PacketKind>(bytes[1]) : PacketKind::Incomplete;
     }
+
+    void handlePacket(unsigned char* data, int length) override
+    {
+        heard.append(QByteArray(reinterpret_cast<const char*>(data), length));
+        if (then)
+            then();
+    }
+
+    QVector<QByteArray> heard;
+    std::function<void()> then; ///< what the handler does after each
 
     static QByteArray packet(PacketKind kind, const QByteArray& body)
     {

@@ -14,7 +14,7 @@ namespace {
 
 QByteArray online(int number)
 {
-    return SimpleIdentifier::packet(PacketKind::Online, QByteArray::number(number).rightJustified(6, '0'));
+    return SimpleIdentifier::packet(PacketKind::Sample, QByteArray::number(number).rightJustified(6, '0'));
 }
 
 } // namespace
@@ -31,9 +31,7 @@ private:
         listener = new PortListener(port, &identifier, 3);
         connect(port, &SerialPort::readyRead, listener, &PortListener::receive);
         heard.clear();
-        connect(listener, &PortListener::onlineReceived, this, &TestFraming::hear);
-        connect(listener, &PortListener::statusReceived, this, &TestFraming::hear);
-        connect(listener, &PortListener::dataPacketReceived, this, &TestFraming::hear);
+        identifier.then = nullptr;
     }
 
     void finish() override
@@ -120,7 +118,7 @@ private Q_SLOTS:
         guard->expect("thrown away");
         port->feed("x");
         QCOMPARE(slow.size(), 1);
-        const QByteArray data = SimpleIdentifier::packet(PacketKind::Data, "stored");
+        const QByteArray data = SimpleIdentifier::packet(PacketKind::Packet, "stored");
         const QByteArray status = SimpleIdentifier::packet(PacketKind::Status, "fine");
         port->feed(online(1) + data + online(2) + status + online(3));
         QCOMPARE(heard, QVector<QByteArray>({data, status, online(3)}));
@@ -128,12 +126,12 @@ private Q_SLOTS:
 
     void aSlotThatPumpsEventsKeepsTheOrder()
     {
-        connect(listener, &PortListener::onlineReceived, this, [this] {
+        identifier.then = [this] {
             if (heard.size() == 2) {
                 port->feed(online(4) + online(5)); // comes in while the outer call is at packet 2
                 Waits::pumpPending();
             }
-        });
+        };
         port->feed(online(1) + online(2) + online(3));
         QCOMPARE(heard, QVector<QByteArray>({online(1), online(2), online(3), online(4), online(5)}));
     }
@@ -141,16 +139,27 @@ private Q_SLOTS:
     void aConnectionThatEndsInsideASlotIsSurvived()
     {
         QPointer<QObject> oldListener = listener;
-        connect(listener, &PortListener::onlineReceived, this, [this] {
+        identifier.then = [this] {
             QTimer::singleShot(0, this, [this] {
                 std::exchange(listener, nullptr)->deleteLater();
                 std::exchange(port, nullptr)->deleteLater();
             });
             Waits::pump(20);
-        });
+        };
         port->feed(online(1) + online(2));
         QVERIFY(!oldListener);
         QCOMPARE(heard, QVector<QByteArray>({online(1)}));
+    }
+
+    void nothingIsHandedOutBehindTheEnd()
+    {
+        identifier.then = [this] { listener->end(); };
+        QSignalSpy loader(listener, &PortListener::bootloadCommandOK);
+        const QByteArray answer = SimpleIdentifier::packet(PacketKind::BootloadCommandOK, "");
+        port->feed(answer + online(1) + online(2) + answer);
+        port->feed(online(3));
+        QCOMPARE(heard, QVector<QByteArray>({online(1)}));
+        QCOMPARE(loader.size(), 1);
     }
 
     void anAttemptEndsByItself()
@@ -168,15 +177,10 @@ private Q_SLOTS:
     }
 
 private:
-    void hear(unsigned char* data, int length)
-    {
-        heard.append(QByteArray(reinterpret_cast<const char*>(data), length));
-    }
-
     SimpleIdentifier identifier;
     FakePort* port = nullptr;
     PortListener* listener = nullptr;
-    QVector<QByteArray> heard;
+    QVector<QByteArray>& heard = identifier.heard;
 };
 
 QTEST_GUILESS_MAIN(TestFraming)

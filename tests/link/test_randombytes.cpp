@@ -62,8 +62,9 @@ private Q_SLOTS:
         PortListener listener(&port, &logger, 0);
         connect(&port, &SerialPort::readyRead, &listener, &PortListener::receive);
         qint64 packets = 0;
-        connect(&listener, &PortListener::dataPacketReceived, this, [&packets] { ++packets; });
-        connect(&listener, &PortListener::onlineReceived, this, [&packets] { ++packets; });
+        connect(&logger, &TembrinData::statusReceived, this, [&packets] { ++packets; });
+        connect(&logger, &TembrinData::newSnapReceived, this, [&packets] { ++packets; });
+        connect(&logger, &TembrinData::testDataReceived, this, [&packets] { ++packets; });
 
         std::mt19937_64 random(20260421);
         QByteArray block(blockSize, 0);

@@ -1,4 +1,5 @@
 #include <QElapsedTimer>
+#include <QSignalSpy>
 
 #include "tests/protocol/loggerbench.h"
 
@@ -208,6 +209,9 @@ private Q_SLOTS:
         badMemory[50] = badEeprom[10] = 0;
         bench->feed(memory + badMemory + eeprom + badEeprom);
         QCOMPARE(addresses, (QVector<int>{0x12345, 128, -1, 0, 0x140, 16}));
+        QSignalSpy sums(&bench->data, &TembrinData::gotBootloaderCS);
+        bench->feed(bytes("4C7927 11 00012345 00"));
+        QCOMPARE(sums.value(0), (QVariantList{0x11, 0x12345}));
     }
 
     void aVortaIsKnownByItsStatus()

@@ -35,6 +35,7 @@ private Q_SLOTS:
     {
         bench->feed(bytes(sensorListHex));
         QCOMPARE(written(), bytes("47141095"));
+        bench->feed(bytes(statusHex).replace(32, 1, "\x77")); // damaged: the type is not known by it
         QTRY_COMPARE_WITH_TIMEOUT(written(), bytes("47141095 47141095"), 2500);
         bench->feed(bytes(statusHex));
         QTest::qWait(2200);
@@ -173,6 +174,17 @@ private Q_SLOTS:
         QTRY_COMPARE(bench->port().writes.size(), 8); // 6 and 2, the last after a second
         QCOMPARE(bench->port().writes.last().bytes, summed("571613 00000100"));
         QCOMPARE(written().count(bytes("471491") + "ab"), 6);
+    }
+
+    void whatWasOwedToOneConnectionIsNotPaidToTheNext()
+    {
+        bench->protocol.sendCommandWithTimeout(CMD_BREVIK_WRITE_STRINGS, "ab", 300);
+        bench->protocol.sendBLCommand(CMD_BL_READ_PROG_MEM_PAGE, 0x100);
+        bench->protocol.release();
+        bench->protocol.open();
+        bench->protocol.init();
+        QTest::qWait(1100);
+        QCOMPARE(written(), QByteArray());
     }
 
     void aLostLineIsToldOnceAndLetsGoOfThePort()
