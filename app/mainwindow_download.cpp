@@ -75,8 +75,7 @@ void MainWindow::useDownload(int index, bool isOK)
     Plot* plot = mTembrin->plotAt(index);
     if (isOK) {
         handleOnlyStaticClassMode(false);
-        const StoredRun& run = mTembrin->tembrinDataAt(index)->storedRun();
-        mTembrin->dataAt(index)->takeExperiment(run.channels, run.dt, run.columns);
+        mTembrin->dataAt(index)->getLoggerExperiment();
         plot->setMarkers();
         graph->setMarkers();
         updateAll(index);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace {
 
@@ -55,8 +54,7 @@ std::optional<NearCurve::Hit> NearCurve::onPath(const QPointF& pos, int n, const
                                                 const std::function<QPointF(int)>& pointAt)
 {
     const auto pixelDistance = [&](const QPointF& value) {
-        const double dist = distance(pos, QwtScaleMap::transform(maps.x, maps.y, value));
-        return std::isnan(dist) ? std::numeric_limits<double>::infinity() : dist; // a gap is nowhere
+        return distance(pos, QwtScaleMap::transform(maps.x, maps.y, value));
     };
     const auto nearestOf = [&](int from, int to, int step) {
         int best = from;
@@ -85,7 +83,7 @@ std::optional<NearCurve::Hit> NearCurve::onPath(const QPointF& pos, int n, const
         const QPointF second = pointAt(neighbour);
         const double d1 = pixelDistance(first);
         const double d2 = pixelDistance(second);
-        if (d1 + d2 > 0 && std::isfinite(d2))
+        if (d1 + d2 > 0)
             value += d1 / (d1 + d2) * (second - first);
     }
     const double dist = pixelDistance(value);

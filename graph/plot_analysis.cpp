@@ -91,8 +91,7 @@ void Plot::doIntegral()
     area->curve = getCurve(iSens);
     area->integral = data->integral(iSens, x0, x1);
     const double middle = (x0 + x1) / 2;
-    area->setValue(middle, curveMarker[0]->yValue());
-    putOnCurve(area, iSens);
+    area->setValue(middle, data->interpolateY(iSens, middle));
     finishAnalysis(area);
 }
 
@@ -171,7 +170,7 @@ void Plot::moveDeriv(int iSens)
     slope->iSens = slope->connectTo->iSens = iSens;
     if (!wasShown)
         return;
-    putOnCurve(slope, iSens);
+    slope->setYValue(data->interpolateY(iSens, slope->xValue()));
     showSlope();
 }
 

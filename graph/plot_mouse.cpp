@@ -6,7 +6,6 @@
 #include <QMenu>
 #include <QMouseEvent>
 
-#include <qwt_legend.h>
 #include <qwt_plot_picker.h>
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
@@ -72,10 +71,10 @@ void Plot::enableSlope(bool tf)
 
 bool Plot::eventFilter(QObject* object, QEvent* event)
 {
-    auto* const widget = qobject_cast<QWidget*>(object);
-    if (legendView && widget && (widget == legendView->contentsWidget() || legendItems.contains(widget))) {
+    const int legendItem = legendItems.indexOf(qobject_cast<QWidget*>(object));
+    if (legendItem >= 0) {
         if (isPress(event, Qt::RightButton))
-            rightPressLegend(object, static_cast<const QMouseEvent*>(event));
+            handleLegendRight(legendItem);
         return false;
     }
     if (object == axisWidget(yLeft)) {

@@ -49,14 +49,13 @@ void Plot::setData()
 {
     if (type != GRAPH_LINE)
         return;
-    const QVector<CurveLook> before = looks();
     dropCurves();
     nSens = data->getNSens();
     hasColorimeter = data->hasColorimeter();
     if (activeSens >= nSens)
         activeSens = 0;
     for (int i = 0; i < nSens; ++i)
-        addCurve(i, before.value(i));
+        addCurve(i);
     fitLegend();
     if (index < 0)
         data->makeUniformScales();
@@ -71,38 +70,12 @@ void Plot::setData()
     replot();
 }
 
-QVector<Plot::CurveLook> Plot::looks() const
-{
-    QVector<CurveLook> result;
-    for (const myPlotCurve* curve : curves)
-        result.append({curve->getChannel(), curve->getMode(), curve->getColor()});
-    return result;
-}
-
-QString Plot::channelKey(int i) const
-{
-    const SensorPtr& sensor = data->getSens(i);
-    if (!sensor)
-        return QString();
-    return QStringLiteral("%1 %2 %3 %4")
-        .arg(sensor->ID)
-        .arg(sensor->specialType)
-        .arg(sensor->specialOriginIndex)
-        .arg(sensor->groupName);
-}
-
-void Plot::addCurve(int i, const CurveLook& before)
+void Plot::addCurve(int i)
 {
     auto* curve = new myPlotCurve(data, scaler.get(), i, columnPainter.get());
     curves.append(curve);
-    curve->setChannel(channelKey(i));
     if (isHiddenAtFirst(i))
         curve->hide();
-    if (!before.channel.isEmpty() && before.channel == curve->getChannel()) {
-        curve->setMode(before.mode);
-        if (before.color.isValid())
-            curve->setColor(before.color);
-    }
     const int hint = data->curveModeHint.value(i, -1);
     if (hint >= 0)
         curve->setMode(hint);
@@ -111,14 +84,15 @@ void Plot::addCurve(int i, const CurveLook& before)
     watchLegendItem(curve);
 }
 
-// The average of the class says something only for sensors of one kind.
+// The last curve of the class is the mean over the loggers, which says something only for sensors of one
+// kind.
 bool Plot::isHiddenAtFirst(int i) const
 {
     const SensorList& sensors = data->getSensors();
     if (isHiddenKind(idOf(sensors[i])))
         return true;
-    return index < 0 && i == data->meanIndex() &&
-           std::any_of(sensors.cbegin(), sensors.cbegin() + i + 1,
+    return index < 0 && i == nSens - 1 &&
+           std::any_of(sensors.cbegin(), sensors.cend(),
                        [&](const SensorPtr& sensor) { return idOf(sensor) != idOf(sensors.first()); });
 }
 
@@ -177,7 +151,6 @@ void Plot::updateScales()
         if (first && !first->readClassSetMinMax)
             data->makeUniformScales();
         scaler->updateClassScales(data);
-        renewAverageName();
     } else {
         scaler->updateScales(data);
     }

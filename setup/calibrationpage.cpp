@@ -35,9 +35,8 @@ QLabel* resultLabel(const char* name, const QString& spoken)
 
 } // namespace
 
-CalibrationPage::CalibrationPage(bool isCelsius, QWidget* parent)
+CalibrationPage::CalibrationPage(QWidget* parent)
     : QWidget(parent)
-    , isCelsius(isCelsius)
 {
     auto* layout = new QVBoxLayout(this);
     createTemperature(layout);
@@ -56,11 +55,6 @@ CalibrationPage::CalibrationPage(bool isCelsius, QWidget* parent)
 void CalibrationPage::createTemperature(QVBoxLayout* layout)
 {
     currentTemperatureLabel = named(new QLabel(tr("Current temperature (°C)")), "currentTemperatureLabel");
-    if (!isCelsius) {
-        QString text = currentTemperatureLabel->text();
-        text.chop(2);
-        currentTemperatureLabel->setText(text + QStringLiteral("F)"));
-    }
     currentTemperatureLineEdit =
         named(new QLineEdit, "currentTemperatureLineEdit", currentTemperatureLabel->text());
     currentTemperatureLabel->setBuddy(currentTemperatureLineEdit);
@@ -85,6 +79,14 @@ void CalibrationPage::createSelfTest()
     testResult = resultLabel("testResult", tr("Result of the self test"));
     layout->addWidget(buttonGetTestDataq);
     layout->addWidget(testResult);
+}
+
+void CalibrationPage::setFahrenheit(bool tf)
+{
+    isCelsius = !tf;
+    currentTemperatureLabel->setText(isCelsius ? tr("Current temperature (°C)")
+                                               : tr("Current temperature (°F)"));
+    currentTemperatureLineEdit->setAccessibleName(currentTemperatureLabel->text());
 }
 
 void CalibrationPage::showSelfTest(bool isOn)

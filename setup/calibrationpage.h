@@ -16,7 +16,10 @@ class CalibrationPage : public QWidget
     Q_OBJECT
 
 public:
-    explicit CalibrationPage(bool isCelsius, QWidget* parent = nullptr);
+    explicit CalibrationPage(QWidget* parent = nullptr);
+
+    /// In which unit a temperature is typed; degrees Celsius before.
+    void setFahrenheit(bool tf);
 
     void showSelfTest(bool isOn);
     /// A `calibrationReason`.
@@ -35,7 +38,7 @@ private:
     void createSelfTest();
     void takeTemperature();
 
-    const bool isCelsius;
+    bool isCelsius = true;
     QLabel* currentTemperatureLabel = nullptr;
     QLineEdit* currentTemperatureLineEdit = nullptr;
     QPushButton* buttonCalibTemp = nullptr;

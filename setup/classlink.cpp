@@ -3,6 +3,7 @@
 #include "classroom/multiconnectionsmanager.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
+#include "setup/plankeeper.h"
 
 namespace {
 constexpr int msForAnswer = 5000; ///< after that what the leader says counts again
@@ -78,10 +79,7 @@ void ClassLink::follow()
 void ClassLink::want(int slot, ClassPlan::Parts parts)
 {
     TembrinProtocol* session = manager->tembrinAt(slot);
-    const LoggerSettings settings = plan.settingsFor(*session, parts);
-    session->wantSetup(settings);
-    if (session->tembrinData->isVorta())
-        session->tembrinData->setActiveFromMask(settings.mask); // what the packets of its run are read by
+    session->wantSetup(plan.settingsFor(*session, parts));
 }
 
 void ClassLink::sendSetupToLeader(ClassPlan::Parts parts)
@@ -102,10 +100,15 @@ void ClassLink::sendConfigurationToLeader()
 
 void ClassLink::sendSetupToAll(ClassPlan::Parts parts)
 {
+    QVector<int> away;
     for (int i = 0; i < manager->nDefTembrins(); ++i) {
+        if (!isKnown(i))
+            away.append(i);
         if (isInPlan(i))
             want(i, parts);
     }
+    if (parts.testFlag(ClassPlan::RunPart))
+        PlanKeeper::keep(plan, away, manager);
     if (!plan.isVorta())
         manager->sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
 }

@@ -199,9 +199,10 @@ void experimentInfo::handlePassedOver(int logger)
     isFirstDone = true;
 }
 
+/// A command to the class is through, and not always the one that this window waits for.
 void experimentInfo::handleDone()
 {
-    if (jobs.isEmpty())
+    if (jobs.isEmpty() || (!isFirstDone && mTembrin->isSending(CMD_DOWNLOAD_STORED_DATA)))
         return;
     if (!isFirstDone)
         failed.append(groupOf(jobs.first().first));

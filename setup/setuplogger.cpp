@@ -47,7 +47,7 @@ void setupLogger::createPages()
     config = new ConfigPage;
     debug = new DebugPage;
     design = new DesignPage(prompt);
-    calibration = new CalibrationPage(store.value(QLatin1String(Settings::unitsCelsius), true).toBool());
+    calibration = new CalibrationPage;
     calibration->showSelfTest(store.value(QLatin1String(Settings::selfTest), false).toBool());
     advancedPages.append(addPage("tabAdvanced", tr("Advanced setup"), trigger));
     addPage("tabConfig", tr("Configuraton"), config);
@@ -94,6 +94,7 @@ void setupLogger::createAll(multiConnectionsManager* manager)
 {
     mTembrin = manager;
     link = new ClassLink(manager, this);
+    calibration->setFahrenheit(link->leader()->units.fahrenheit);
     modifyAll();
     connectPages();
     connectLogger();

@@ -121,8 +121,8 @@ void UnitGroups::storeAll(bool isOfLoggers)
 
 void UnitGroups::agreeWith(const TembrinProtocol& logger)
 {
-    const TembrinData& state = *logger.tembrinData;
-    if (!logger.isConnect || !state.isLoggerRecognized() || state.isVorta())
+    // A Vorta logger is never recognised by a status with a unit.
+    if (!logger.isConnect || !logger.tembrinData->isLoggerRecognized())
         return;
     Settings::mainStore().setValue(QLatin1String(Settings::unitsCelsius), !logger.wanted().fahrenheit);
 }

@@ -410,8 +410,9 @@ private Q_SLOTS:
 
     void storedMarkers()
     {
-        data.reset(new ExpData(inFahrenheit()));
+        Settings::mainStore().setValue(Settings::unitsCelsius, false);
         show();
+        Settings::mainStore().remove(Settings::unitsCelsius);
         const auto stored = [&](markerType type, double x, bool isLocked = false) {
             auto* marker = new myPlotMarker(0, type);
             marker->setValue(x, 20);

@@ -15,14 +15,10 @@ class SetupBench
 public:
     static constexpr int most = 3;
 
-    explicit SetupBench(int loggers)
+    explicit SetupBench(int loggers, bool isCelsius = true)
+        : store(isCelsius)
     {
         initPellandraResources();
-        QSettings store = Settings::mainStore();
-        store.clear();
-        for (int i = 0; i < most; ++i)
-            store.setValue(Settings::loggerKey(i), name(i));
-        store.sync();
         manager.setPortFactory(ports.factory());
         manager.setDefTembrins(loggers);
         for (int i = 0; i < most; ++i) {
@@ -51,6 +47,23 @@ public:
         return frames;
     }
 
+private:
+    /// What the program finds in its settings as it starts.
+    struct Store
+    {
+        explicit Store(bool isCelsius)
+        {
+            QSettings store = Settings::mainStore();
+            store.clear();
+            store.setValue(Settings::unitsCelsius, isCelsius);
+            for (int i = 0; i < most; ++i)
+                store.setValue(Settings::loggerKey(i), name(i));
+            store.sync();
+        }
+    };
+    Store store;
+
+public:
     FakePorts ports;
     FakePrompt prompt;
     multiConnectionsManager manager;

@@ -200,10 +200,14 @@ private Q_SLOTS:
         box(4)->click();
         bench->port(0).feed(answer(15));
         QCOMPARE(ticked(), QStringLiteral("0 1 2 3 4"));
-        dialog->close();
         bench->port(0).feed(answer(31));
         QVERIFY(bench->written(0).endsWith(setupFrame(31, 3, 2, "2626")));
-        bench->port(0).feed(status({{7, 0}, {10, 5}})); // somebody's key, when all is said
+        bench->port(0).feed(status({{7, 0}, {10, 2}})); // somebody's key moves what was not chosen here
+        QCOMPARE(ticked(), QStringLiteral("1 2 3 4"));
+        dialog->close();
+        QCOMPARE(bench->written(0), setupFrame(30, 3, 2, "2626"));
+        bench->port(0).feed(answer(30));
+        bench->port(0).feed(status({{7, 0}, {10, 5}})); // and all of it when the dialog has gone
         open();
         QCOMPARE(ticked(), QStringLiteral("0 2"));
     }

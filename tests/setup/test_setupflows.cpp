@@ -105,20 +105,33 @@ private Q_SLOTS:
         QVERIFY(bench->setup(1).sockets[1] == 0 || bench->setup(1).sockets[1] == voltage);
     }
 
+    void aLoggerThatIsAwayKeepsThePlan_data()
+    {
+        columns<bool>({"wasThere"});
+        row("lost in the lesson", true);
+        row("never there, and of another model than was thought", false);
+    }
+
     void aLoggerThatIsAwayKeepsThePlan()
     {
-        connectClass({"Birch", "Birch"});
-        bench->pull(1);
+        QFETCH(bool, wasThere);
+        connectClass({"Birch", "Fjord"}, wasThere ? 2 : 1);
+        if (wasThere)
+            bench->pull(1);
         QTRY_VERIFY(!bench->manager.isTembrinConnect(1));
         openSetup();
+        for (int i = 0; box(i); ++i) {
+            if (box(i)->isChecked() != box(i)->text().startsWith(QLatin1String("pH")))
+                box(i)->click();
+        }
         rate()->setCurrentText(QStringLiteral("100/Sec"));
         setup->close();
         bench->putBack(1);
         bench->open(1);
         QTRY_VERIFY(bench->isReady(1));
-        QCOMPARE(int(bench->session(1)->wanted().rate), perSec100);
         bench->manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
         QTRY_COMPARE(bench->logger(1).identity().rate, perSec100);
+        QCOMPARE(int(bench->logger(1).identity().mask), 1 << 2); // the pH sensor in its own list
     }
 
     void theClassIsConfiguredAsTheDialogShows_data()
@@ -154,13 +167,18 @@ private Q_SLOTS:
 private:
     static constexpr int perSec100 = 5;
 
-    void connectClass(std::initializer_list<const char*> models)
+    void connectClass(std::initializer_list<const char*> models, int present = 8)
     {
         QVector<LoggerIdentity> loggers;
         for (const char* model : models)
             loggers.append(VirtualBench::identity(model, "10/Sec", 100));
         bench.reset(new ManagerBench(loggers));
-        bench->openAll();
+        if (present >= bench->count())
+            bench->openAll();
+        for (int i = 0; i < present && present < bench->count(); ++i) {
+            bench->open(i);
+            QTRY_VERIFY(bench->isReady(i));
+        }
     }
 
     void openSetup()

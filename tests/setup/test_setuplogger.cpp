@@ -113,7 +113,8 @@ private Q_SLOTS:
     {
         const auto [celsius, typed, frame] =
             fetched<bool, QString, QByteArray>({"celsius", "typed", "frame"});
-        Settings::mainStore().setValue(Settings::unitsCelsius, celsius);
+        bench.reset(new SetupBench(2, celsius));
+        Settings::mainStore().setValue(Settings::unitsCelsius, !celsius); // which the next start may have
         open();
         find<QLineEdit>("currentTemperatureLineEdit")->setText(typed);
         find<QPushButton>("buttonCalibTemp")->click();
