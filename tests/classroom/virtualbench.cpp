@@ -12,12 +12,15 @@ constexpr int code = 2; // where a frame has it
 
 } // namespace
 
-LoggerIdentity VirtualBench::identity(const char* model, const char* rate, int samples, int stored)
+LoggerIdentity VirtualBench::identity(const char* model, const char* rate, int samples, int stored,
+                                      int firmware)
 {
     LoggerIdentity identity;
     identity.model = LoggerModels::find(QLatin1String(model));
     Q_ASSERT(identity.model);
     const int type = identity.model->code;
+    identity.firmwareMajor = firmware / 100;
+    identity.firmwareMinor = firmware % 100;
     identity.name = identity.model->displayName();
     identity.rate =
         LoggerRates::find(QLatin1String(rate), type, identity.firmwareMajor, identity.firmwareMinor);
@@ -259,12 +262,8 @@ void VirtualBench::deliver(int i)
         FakePort* line = port(i);
         if (place.isDead || !line || !line->isOpen())
             continue;
-        if (said.packet.run > 0) {
-            if (said.packet.run != place.arrivedRun)
-                place.arrived.clear();
-            place.arrivedRun = said.packet.run;
-            place.arrived.insert(said.packet.sample, values(said));
-        }
+        if (said.packet.run > 0)
+            place.arrived[said.packet.run].insert(said.packet.sample, values(said));
         line->feed(said.packet.bytes);
     }
 }

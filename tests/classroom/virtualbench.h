@@ -43,7 +43,7 @@ public:
 
     /// A logger of that model with its usual sensors on, for example {"Birch", "10/Sec", 100}.
     static LoggerIdentity identity(const char* model = "Birch", const char* rate = "10/Sec",
-                                   int samples = 1000, int stored = 0);
+                                   int samples = 1000, int stored = 0, int firmware = 405);
     explicit VirtualBench(const QVector<LoggerIdentity>& loggers);
     ~VirtualBench() override;
 
@@ -62,6 +62,7 @@ public:
     void putBack(int i);
     /// The port opens, and that is all: nothing that is sent reaches the logger, and it says nothing.
     void setDead(int i, bool isDead = true);
+    bool isDead(int i) const { return places[size_t(i)]->isDead; }
     /// The next `number` answers of the logger are lost; it has heard the questions. Samples are not counted.
     void dropAnswers(int i, int number);
     /// Everything that the logger says takes this long from now on.
@@ -96,8 +97,9 @@ public:
     bool isRunning(int i) const;
     /// The runs that it began, by whatever means.
     int runs(int i) const { return places[size_t(i)]->runs; }
-    /// The samples of its last run that reached the program, by values that do not go through its decoder.
-    Rows samples(int i) const { return places[size_t(i)]->arrived; }
+    /// The samples of a run, from 1 (0: of the last one), that reached the program, by values that do not go
+    /// through its decoder.
+    Rows samples(int i, int run = 0) const { return places[size_t(i)]->arrived.value(run ? run : runs(i)); }
 
 private:
     struct Said
@@ -111,9 +113,8 @@ private:
         std::unique_ptr<VirtualLogger> logger;
         QVector<QByteArray> heard;
         std::deque<Said> said;
-        Rows arrived;
+        QMap<int, Rows> arrived; ///< by run
         int runs = 0;
-        int arrivedRun = 0;
         int answersToDrop = 0;
         qint64 delay = 0; ///< ns
         int lostFrom = -1;

@@ -1,0 +1,1 @@
+// What all tests read of the toolkit is built beside this file.
