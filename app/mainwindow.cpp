@@ -100,7 +100,7 @@ void MainWindow::createLoggers()
         dataSets.push_back(std::make_unique<ExpData>(mTembrin->tembrinAt(i)));
         mTembrin->setDataAt(i, dataSets.back().get());
     }
-    dataSets.push_back(std::make_unique<ExpData>());
+    dataSets.push_back(std::make_unique<ExpData>(mTembrin->tembrinAt(0)->units));
     mTembrin->setDataC(dataSets.back().get());
     tembrin = mTembrin->tembrinAt(0);
     data = mTembrin->dataAt(0);

@@ -75,7 +75,8 @@ void MainWindow::useDownload(int index, bool isOK)
     Plot* plot = mTembrin->plotAt(index);
     if (isOK) {
         handleOnlyStaticClassMode(false);
-        mTembrin->dataAt(index)->getLoggerExperiment();
+        const StoredRun& run = mTembrin->tembrinDataAt(index)->storedRun();
+        mTembrin->dataAt(index)->takeExperiment(run.channels, run.dt, run.columns);
         plot->setMarkers();
         graph->setMarkers();
         updateAll(index);

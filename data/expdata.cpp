@@ -3,6 +3,8 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
@@ -39,18 +41,10 @@ constexpr FirstChannels firstChannels[] = {
     {LOGGER_VORTA, SENSOR_VORTA_FORCE50, SENSOR_VORTA_ACC_X},
 };
 
-/// A channel of this set's own: no setup of the logger can take it away, so it always counts as active.
-SensorPtr ownChannel(int ID, int inLoggerIndex = -1, int virtualIndex = -1)
-{
-    SensorPtr sensor = SensorPtr::create(ID, inLoggerIndex, virtualIndex);
-    sensor->active = true;
-    sensor->downloadActive = true;
-    return sensor;
-}
-
 } // namespace
 
-ExpData::ExpData()
+ExpData::ExpData(const Units& units)
+    : units(units)
 {
     // GCC 12 warns of uninitialised memory, wrongly, when a list of temporaries is assigned at -O3.
     sensors.append(ownChannel(SENSOR_VOLTAGE));
@@ -60,12 +54,16 @@ ExpData::ExpData()
 }
 
 ExpData::ExpData(TembrinProtocol* tembrin)
-    : tembrin(tembrin)
+    : cardWidth(tembrin->tembrinData->photoObjW)
+    , units(tembrin->units)
 {
-    setDummySensors(tembrin->tembrinData->tembrinType);
+    TembrinData* logger = tembrin->tembrinData;
+    setDummySensors(logger->tembrinType);
+    for (const SensorPtr& sensor : qAsConst(sensors))
+        sensor->inLoggerIndex = logger->getIndexByID(sensor->ID);
     emptyChannels(sensors.size());
     setSelectedSensor(0);
-    tembrin->tembrinData->setActiveSensors(sensors);
+    logger->setActiveSensors(sensors);
 }
 
 void ExpData::setDummySensors(int tembrinType)
@@ -76,44 +74,49 @@ void ExpData::setDummySensors(int tembrinType)
     if (row == std::end(firstChannels)) {
         qCInfo(lcData, "no first channels for logger type 0x%x", unsigned(tembrinType));
     } else {
-        for (const int ID : {row->first, row->second}) {
+        for (const int ID : {row->first, row->second})
             sensors.append(ownChannel(ID));
-            // The channel stays a plain one: only its place is noted.
-            if (tembrin)
-                sensors.last()->inLoggerIndex = tembrin->tembrinData->getIndexByID(ID);
-        }
     }
     nSens = sensors.size();
 }
 
 void ExpData::fillSensorListFromLoggerList(const SensorList& loggerSensors, bool isDownload)
 {
-    SensorList list;
-    list.reserve(loggerSensors.size());
+    SensorList channels;
     for (int i = 0; i < loggerSensors.size(); ++i) {
         const SensorPtr& sensor = loggerSensors.at(i);
-        if (!sensor) {
-            if (!tembrin)
-                list.append(ownChannel(0));
+        if (!sensor || !sensor->isActive(isDownload))
             continue;
-        }
-        sensor->readSetMinMax = false;
-        sensor->readClassMinMax = false;
-        sensor->readClassSetMinMax = false;
-        // A class or simulation list names channels, not what a logger could measure; dropping one would
-        // shift the places of the others.
-        if (tembrin && !sensor->isActive(isDownload))
-            continue;
-        if (!sensor->hasVirtual) {
-            list.append(sensor);
-            continue;
-        }
         for (int child = 0; child < sensor->virtualSensorIDs.size(); ++child)
-            list.append(ownChannel(sensor->virtualSensorIDs.at(child), i, child));
+            channels.append(ownChannel(sensor->virtualSensorIDs.at(child), i, child));
+        if (sensor->hasVirtual)
+            continue;
+        channels.append(ownCopy(sensor));
+        channels.last()->inLoggerIndex = i;
+    }
+    copyChannels(channels);
+}
+
+/// Every entry becomes a channel and keeps its place. What the user set on a view ends with its experiment.
+void ExpData::copyChannels(const SensorList& channels)
+{
+    SensorList list;
+    list.reserve(channels.size());
+    for (const SensorPtr& channel : channels) {
+        const SensorPtr copy = ownCopy(channel);
+        copy->readSetMinMax = copy->readClassMinMax = copy->readClassSetMinMax = false;
+        list.append(copy);
     }
     sensors = list;
     nSens = sensors.size();
-    needSave = true;
+}
+
+/// A channel of this set's own: no setup of the logger can take it away, so it always counts as active.
+SensorPtr ExpData::ownChannel(int ID, int inLoggerIndex, int virtualIndex) const
+{
+    SensorPtr sensor = SensorPtr::create(ID, units, inLoggerIndex, virtualIndex);
+    sensor->active = sensor->downloadActive = true;
+    return sensor;
 }
 
 void ExpData::setDataNewEmpty()
@@ -126,25 +129,24 @@ void ExpData::setDataNewEmpty()
     needSave = false;
 }
 
-void ExpData::setDataNewEmpty(const SensorList& loggerSensors, double dt, const QString& name)
+void ExpData::setDataNewEmpty(const SensorList& channels, double dt, const QString& name)
 {
     appendIndex = 0;
     this->dt = dt;
-    fillSensorListFromLoggerList(loggerSensors, false);
+    copyChannels(channels);
     x.clear();
     updateXExtent();
     emptyChannels(nSens);
     keepSelectionInside();
     finalData = false;
-    repeatExpMode = false;
+    needSave = false;
     groupName = name;
 }
 
 void ExpData::setDataNew(int nSens, const QVector<double>& t, double dt)
 {
     appendIndex = 0;
-    needSave = true;
-    repeatExpMode = false;
+    needSave = false;
     finalData = true;
     this->dt = dt;
     sensors = SensorList(qMax(0, nSens));
@@ -154,34 +156,29 @@ void ExpData::setDataNew(int nSens, const QVector<double>& t, double dt)
     updateXExtent();
 }
 
-void ExpData::getLoggerExperiment()
+void ExpData::takeExperiment(const SensorList& channels, double dt, const QVector<QVector<double>>& columns)
 {
-    repeatExpMode = false;
-    appendIndex = 0;
-    needSave = true;
-    if (!tembrin || tembrin->tembrinData->storedRun().columns.value(0).isEmpty())
-        return;
-
-    const StoredRun& run = tembrin->tembrinData->storedRun();
-    fillSensorListFromLoggerList(run.channels, true);
-    emptyChannels(nSens);
-    keepSelectionInside();
-    dt = run.dt;
-    y = run.columns;
-    y.resize(nSens);
     // A download that lost its end has fewer samples than it announced.
     int samples = 0;
-    for (const QVector<double>& channel : qAsConst(y))
+    for (const QVector<double>& channel : columns)
         samples = qMax(samples, channel.size());
+    if (samples == 0)
+        return;
+    setDataNewEmpty(channels, dt, groupName);
+    y = columns;
+    y.resize(nSens);
     x.resize(samples);
     for (int i = 0; i < samples; ++i)
-        x[i] = dt > 0 ? i * dt : i;
+        x[i] = i * samplePeriod();
     updateXExtent();
     for (int c = 0; c < nSens; ++c) {
         findMinMax(y.at(c), minY[c], maxY[c]);
         updateMapRange(c);
+        if (Sensor::fixedView(sensors.at(c)->ID))
+            viewExtremes(c);
     }
     finalData = true;
+    needSave = true;
 }
 
 void ExpData::addSensorData(int dataIndex, int masterID, const QVector<double>& v, int curveModeHint,
@@ -214,11 +211,13 @@ void ExpData::addSpecialSensorData(const QString& name, const QString& unit, int
     y[dataIndex] = v;
     findMinMax(v, minY[dataIndex], maxY[dataIndex]);
     updateMapRange(dataIndex);
-    if (v.isEmpty())
+    const auto isLess = [](double a, double b) { return a < b || (std::isnan(b) && !std::isnan(a)); };
+    const auto isMore = [](double a, double b) { return a > b || (std::isnan(b) && !std::isnan(a)); };
+    const auto lowest = std::min_element(v.cbegin(), v.cend(), isLess);
+    if (lowest == v.cend() || std::isnan(*lowest))
         return;
-    const auto range = std::minmax_element(v.cbegin(), v.cend());
-    sensor->min = sensor->minView = *range.first;
-    sensor->max = sensor->maxView = *range.second;
+    sensor->min = sensor->minView = *lowest;
+    sensor->max = sensor->maxView = *std::min_element(v.cbegin(), v.cend(), isMore);
 }
 
 void ExpData::setSensorSpecialName(int dataIndex, const QString& name)
@@ -249,6 +248,8 @@ void ExpData::replaceYVal(int iSens, int iSamp, double value)
 void ExpData::removeSamples(int from, int to)
 {
     from = qMax(0, from);
+    if (from <= qMin(to, x.size() - 1))
+        cutAway(x.at(from), x.at(qMin(to, x.size() - 1)));
     const auto cut = [from, to](QVector<double>& v) {
         const int n = qMin(to, v.size() - 1) - from + 1;
         if (n > 0)
@@ -273,6 +274,10 @@ void ExpData::doCrop(double x0, double x1)
     if (left >= x.size())
         return;
     const int n = notBefore(left + 1, x1) - left;
+    if (left > 0)
+        cutAway(std::numeric_limits<double>::lowest(), x.at(left - 1));
+    if (left + n < x.size())
+        cutAway(x.at(left + n), x.constLast());
     x = x.mid(left, n);
     for (int c = 0; c < y.size(); ++c) {
         y[c] = y.at(c).mid(left, n);
@@ -323,6 +328,8 @@ void ExpData::resizeChannels(int n)
 
 void ExpData::emptyChannels(int n)
 {
+    firstLive = 0;
+    cuts.clear();
     y.clear();
     minY.clear();
     maxY.clear();
@@ -331,42 +338,25 @@ void ExpData::emptyChannels(int n)
     resizeChannels(n);
 }
 
-SensorPtr ExpData::ownCopy(const Sensor& sensor)
+SensorPtr ExpData::ownCopy(const SensorPtr& sensor) const
 {
-    SensorPtr copy = ownChannel(sensor.ID);
-    copy->name = sensor.name;
-    copy->unitName = sensor.unitName;
-    copy->groupName = sensor.groupName;
-    copy->precision = sensor.precision;
-    copy->min = sensor.min;
-    copy->max = sensor.max;
-    copy->minView = sensor.minView;
-    copy->maxView = sensor.maxView;
-    copy->classMinView = sensor.classMinView;
-    copy->classMaxView = sensor.classMaxView;
-    copy->mapMin = sensor.mapMin;
-    copy->mapMax = sensor.mapMax;
-    copy->barUserMin = sensor.barUserMin;
-    copy->barUserMax = sensor.barUserMax;
-    copy->barUserScale = sensor.barUserScale;
-    copy->readSetMinMax = sensor.readSetMinMax;
-    copy->readClassMinMax = sensor.readClassMinMax;
-    copy->readClassSetMinMax = sensor.readClassSetMinMax;
-    copy->isVirtual = sensor.isVirtual;
-    copy->inLoggerIndex = sensor.inLoggerIndex;
-    copy->virtualIndex = sensor.virtualIndex;
-    copy->specialType = sensor.specialType;
-    copy->specialOriginIndex = sensor.specialOriginIndex;
-    copy->appendIndex = sensor.appendIndex;
+    if (!sensor)
+        return ownChannel(0);
+    const SensorPtr copy = SensorPtr::create(*sensor);
+    copy->active = copy->downloadActive = true;
     return copy;
 }
 
-int ExpData::closingChannel() const
+/// Half a sample more on each side: the same row of another group lies that near.
+void ExpData::cutAway(double from, double to)
 {
-    int i = sensors.size() - 1;
-    while (i > 0 && sensors.at(i) && sensors.at(i)->specialType > 0)
-        --i;
-    return i;
+    cuts.append({from - samplePeriod() / 2, to + samplePeriod() / 2});
+}
+
+bool ExpData::isCutAway(double t) const
+{
+    return std::any_of(cuts.cbegin(), cuts.cend(),
+                       [t](const QPair<double, double>& cut) { return t > cut.first && t < cut.second; });
 }
 
 void ExpData::updateXExtent()

@@ -9,13 +9,18 @@
 #include <qwt_series_data.h>
 
 #include "sensors/sensor.h"
+#include "sensors/units.h"
 
 class TembrinProtocol;
 class TimeAxis;
 
 /// One experiment: a time axis shared by all channels, the samples of each channel and the sensors that
 /// describe them. Samples and extremes are in the sensors' base units; the reading operations whose comment
-/// says so convert to the unit on display. A channel may be shorter or longer than the time axis.
+/// says so convert to the unit on display. A channel may be shorter or longer than the time axis; a sample
+/// that is not a number is a gap.
+///
+/// The sensors are this set's own: what it is given it copies, so nothing that a logger or another set does
+/// changes it. Channels that were derived stand behind all others and follow them.
 ///
 /// Qwt draws from it as curve data of one channel at a time: call setSensorToDraw() before size(), sample()
 /// and boundingRect(). An index without a channel reads as an empty channel and changes nothing on writing.
@@ -32,10 +37,11 @@ public:
         CURVE_DERIV = 2
     };
 
-    /// A data set without a logger, for the class or a simulation: two voltage channels, no samples.
-    ExpData();
+    /// A data set without a logger, for the class or a simulation: two voltage channels, no samples. Channels
+    /// that it makes itself show their values in `units`.
+    explicit ExpData(const Units& units = {});
     /// The data set of a logger, with the two channels that its model shows first; those become the
-    /// logger's active sensors. `tembrin` is not owned and outlives this object.
+    /// logger's active sensors. The logger is looked at this once.
     explicit ExpData(TembrinProtocol* tembrin);
 
     // --- filling (expdata.cpp) ---
@@ -43,16 +49,18 @@ public:
     /// The two channels that a logger model shows before a run; none for an unknown model code.
     void setDummySensors(int tembrinType);
     /// Rebuilds the channels from a logger's list: active (or downloaded) sensors only, composites as one
-    /// channel per child. Without a logger behind this set every entry is a channel and keeps its place.
+    /// channel per child. View ranges set by hand end here.
     void fillSensorListFromLoggerList(const SensorList& loggerSensors, bool isDownload);
     /// Empties the set, channels included.
     void setDataNewEmpty();
-    /// Starts a live experiment; `dt` in seconds, 0 for manual sampling.
-    void setDataNewEmpty(const SensorList& loggerSensors, double dt, const QString& name = QString());
+    /// Starts an experiment without samples, so there is nothing to save; `dt` in seconds, 0 for manual
+    /// sampling.
+    void setDataNewEmpty(const SensorList& channels, double dt, const QString& name = QString());
     /// Starts a load: `nSens` empty slots, times `t` in seconds (sample numbers when `dt` is 0).
     void setDataNew(int nSens, const QVector<double>& t, double dt);
-    /// Takes over a finished download of the logger; leaves the set as it is when there are no samples.
-    void getLoggerExperiment();
+    /// A finished download: channels and their columns of samples in base units, a column maybe shorter than
+    /// others. Leaves the set as it is when there are no samples.
+    void takeExperiment(const SensorList& channels, double dt, const QVector<QVector<double>>& columns);
     /// Fills a slot with a loaded channel of base-unit samples and works out its default view.
     void addSensorData(int dataIndex, int masterID, const QVector<double>& v, int curveModeHint,
                        bool appendMode = false);
@@ -75,19 +83,21 @@ public:
 
     // --- samples (expdata_live.cpp); each costs a constant time per channel ---
 
-    /// Appends one value per channel at `xval` seconds, base units; derived channels behind them follow by
-    /// themselves. In repeat mode `yval` holds the
-    /// channels of the new run, half of all.
-    void addSample(double xval, const QVector<double>& yval);
+    /// Appends one value per channel of the run at `xval` seconds, base units; derived channels follow.
+    void addSample(double xval, const QVector<double>& values);
 
-    // --- class set and joining (expdata_class.cpp) ---
+    // --- repeated runs (expdata_repeat.cpp) ---
 
-    /// Starts a repeated run: the last run stays as the first half of the channels.
+    /// Starts a repeated run: the last run stays as the first half of the channels. Rows of samples hold the
+    /// channels of the new run from now on, and go along the axis of the last as far as it reaches.
     void setDataAddRepeatExp();
-    bool isRepeatMode() const { return repeatExpMode; }
+    bool isRepeatMode() const { return firstLive > 0; }
     /// The repeated run has not caught up with the previous one.
     bool isRepeatMode1stPhase() const;
     void duplicateSensorList();
+
+    // --- appending (expdata_append.cpp) ---
+
     /// Makes room for `nSens` channels of an appended experiment. False, with nothing changed, if its rate
     /// or first time differ or it has no times.
     bool mergeDataFromNewOpen(int nSens, const QVector<double>& t, double dt);
@@ -95,17 +105,31 @@ public:
     void setShift(int iSens, int shift, bool newData);
     /// Moves the experiment appended last to `shift` samples later (earlier below 0) than the others.
     void shiftLastData(int shift);
-    /// Live class data: copies what channel `index` lacks of the selected channel of `refData`.
+
+    // --- class set (expdata_class.cpp): one channel per group, the average, then derived ones ---
+
+    /// The value of one group at time `t`, seconds or a sample number: the row of that time, to half a
+    /// sample, is found or inserted. A constant time for the newest rows. What the user cut away stays away.
+    void joinSample(int channel, double t, double value);
+    /// One group's channel anew from the selected channel of `from`; `kind` says what it is. The other
+    /// groups, what the user cut away and ranges set by hand for sensors of the kind stay.
+    void joinChannel(int channel, const SensorPtr& kind, const ExpData& from);
+    /// The channel of the average; that before the derived ones.
+    int meanIndex() const;
+    /// Over how many groups the average of a row is.
+    int valuesAt(int row) const;
+    /// How many groups the newest rows of the average are over.
+    int groupsInAverage() const;
+    /// joinSample() for what channel `index` lacks of the selected channel of `refData`.
     void addSample(int index, const ExpData* refData);
-    /// Brings the average, the last channel, up to date; with `reset` from the first sample on. A position
-    /// has an average once every channel that has samples reaches it.
+    /// The average over the groups that have a value; with `reset` from the first row on.
     void updateMean(bool reset);
-    /// Copies the whole selected channel of `fromData` into class channel `iSens`.
+    /// joinChannel() with the channel that is there.
     void copyValues(int iSens, const ExpData* fromData);
 
     // --- ranges (expdata_scales.cpp) ---
 
-    /// Extremes of `v`: a zero is the minimum only as the first element. Empty leaves both as they are.
+    /// Extremes of `v`: a zero is the minimum only as the first value. Without a value both stay.
     static void findMinMax(const QVector<double>& v, double& min, double& max);
     /// One common class range for all channels with this sensor ID; the last channel follows only.
     void makeUniformScales(int ID);
@@ -164,6 +188,8 @@ public:
     /// The index of the colorimeter's red channel, −1 without one.
     int hasColorimeter() const { return locateSensByID(SENSOR_COLORIMETER_R); }
 
+    /// Samples, or what the user did to them or marked on the graph, are not saved. Neither a load nor what
+    /// the program builds or empties raises it.
     bool isNeedSave() const { return needSave; }
     void setNeedSave(bool tf) { needSave = tf; }
     const QString& getGroupName() const { return groupName; }
@@ -172,6 +198,9 @@ public:
     void setAppendIndex(int i) { appendIndex = i; }
     int getLeftPad(int i) const { return leftPad.value(i, 0); }
     void setLeftPad(int i, int pad);
+
+    /// Width of the card that passes photogates, m.
+    void setCardWidth(double width) { cardWidth = width; }
 
     /// The axis that shows this set, for time texts; not owned, may be null.
     void setTimeScale(const TimeAxis* ts) { timeScale = ts; }
@@ -194,11 +223,13 @@ public:
     void smoothCurve();
     /// Appends a channel derived from the selected one. Nothing on fewer than two samples.
     void addSpecialCurve(int type);
-    /// The curve at time X: linear between samples and beyond the last, the first value before the first.
+    /// The curve at time X: linear between samples and beyond the last, the first value before the first. Not
+    /// a number inside a gap.
     double interpolateY(int iSens, double X) const;
-    /// Slope of the tangent at the point (x1, y1) of the curve; not finite outside the inner samples.
+    /// Slope of the tangent at the point (x1, y1) of the curve; not finite outside the inner samples and
+    /// beside a gap.
     double approximateDeriv(int iSens, double x1, double y1) const;
-    /// Area under the curve between two times, x1 below x2.
+    /// Area under the curve between two times, x1 below x2; a gap adds nothing.
     double integral(int iSens, double x1, double x2) const;
     /// Fit y = a x² + b x + c over a time span with the correlation r; degree 1 gives a = 0.
     void regression(int degree, int iSens, double x1, double x2, double* a, double* b, double* c,
@@ -233,25 +264,39 @@ private:
     void keepSelectionInside();
     void updateXExtent();
     double shown(int iSens, double value) const;
-    /// A sensor like `sensor` that no logger or other set shares.
-    static SensorPtr ownCopy(const Sensor& sensor);
-    /// The channel that closes the set and in a class is the average; curves derived later stand behind it.
-    int closingChannel() const;
+    double samplePeriod() const { return dt > 0 ? dt : 1.0; }
+    /// A channel like `sensor` that no logger or other set shares; null gives one without a meaning.
+    SensorPtr ownCopy(const SensorPtr& sensor) const;
+    SensorPtr ownChannel(int ID, int inLoggerIndex = -1, int virtualIndex = -1) const;
+    void copyChannels(const SensorList& channels);
+    void cutAway(double from, double to);
+    bool isCutAway(double t) const;
 
     // Ranges and live samples
     void updateMapRange(int iSens);
     void setDefaultView(int iSens);
-    void trackExtremes(int iSens, double value, bool isFirst);
+    void viewExtremes(int iSens);
+    void followValue(int iSens, double value);
     void followLiveRange(int iSens, bool isFirst);
-    double liveValue(int iSens) const;
-    void addRow(double xval, const QVector<double>& yval);
+    void putValue(int iSens, int row, double value);
 
     // Joining
-    void appendMissingTimes(const QVector<double>& times);
     void fitXToLongestChannel();
     void padFront(int iSens, int n);
+    int rowFor(double t);
+    int insertRow(int at, double t);
+    QVector<QPointF> valuesToJoin(const ExpData& from) const;
+    void takeKind(int channel, const SensorPtr& kind);
+    void mergeRows(int channel, const QVector<QPointF>& values);
+    void averageRow(int mean, int row);
+    void shareClassRange();
 
     // Analysis
+    void followOrigins(int first, int last);
+    double smoothedAt(const QVector<double>& v, int i) const;
+    double slopeAt(const QVector<double>& v, int i) const;
+    double timeBetween(int i, int k) const;
+    QVector<double> derived(int type, const QVector<double>& v) const;
     QString smoothedName(const QString& name) const;
     void describeSpecialCurve(int iSens, const Sensor& origin);
     int timedSamples(int iSens) const;
@@ -262,18 +307,19 @@ private:
     QVector<QVector<double>> y;
     SensorList sensors;
     int nSens = 0;
-    QVector<int> leftPad; ///< leading samples of a channel that only a shift put there
+    QVector<QPair<double, double>> cuts; ///< times that the user took away
+    QVector<int> leftPad;                ///< leading samples of a channel that only a shift put there
     double minX = 0.0;
     double maxX = 0.0;
     bool needSave = false;
     int iSensorToDraw = 0;
     int iSelectedSensor = 0;
     int xySensIndex = -1;
-    bool repeatExpMode = false;
-    int appendIndex = 0; ///< experiments appended so far
-    int lastShift = 0;   ///< samples by which the experiment appended last lies later
-    QVector<double> row; ///< the online sample being gathered; kept for its memory
+    int firstLive = 0;       ///< the channel that a row of samples begins with
+    int appendIndex = 0;     ///< experiments appended so far
+    int lastShift = 0;       ///< samples by which the experiment appended last lies later
+    double cardWidth = 0.05; ///< m
     const TimeAxis* timeScale = nullptr;
-    TembrinProtocol* tembrin = nullptr;
+    const Units units;
     QString groupName;
 };

@@ -5,35 +5,18 @@
 #include <limits>
 
 #include "data/regression.h"
-#include "protocol/tembrindata.h"
-#include "protocol/tembrinprotocol.h"
 
 namespace {
 
-constexpr double gateThreshold = 0.1;   ///< V, above it the beam is blocked
-constexpr double usualCardWidth = 0.05; ///< m, where no logger says another
+constexpr double gateThreshold = 0.1; ///< V, above it the beam is blocked
+constexpr double noValue = std::numeric_limits<double>::quiet_NaN();
 
-QVector<double> movingAverage(const QVector<double>& v, int kernel)
+/// From `i` in steps to the next value that is no gap; -1 without one.
+int nextValue(const QVector<double>& v, int i, int step)
 {
-    const int radius = qMax(0, (kernel - 1) / 2);
-    QVector<double> result(v.size());
-    for (int i = 0; i < v.size(); ++i) {
-        const int first = qMax(0, i - radius);
-        const int last = qMin(v.size() - 1, i + radius);
-        double sum = 0.0;
-        for (int k = first; k <= last; ++k)
-            sum += v.at(k);
-        result[i] = sum / (last - first + 1);
-    }
-    return result;
-}
-
-QVector<double> backwardDifference(const QVector<double>& v, double dt)
-{
-    QVector<double> result(v.size());
-    for (int i = 0; i < v.size(); ++i)
-        result[i] = (v.at(qMax(1, i)) - v.at(qMax(1, i) - 1)) / dt;
-    return result;
+    while (i >= 0 && i < v.size() && std::isnan(v.at(i)))
+        i += step;
+    return i < v.size() ? qMax(-1, i) : -1;
 }
 
 /// First and last moment at which the beam is blocked for the first time; false without a whole passage.
@@ -42,17 +25,19 @@ bool firstPassage(const QVector<double>& v, double dt, double* t0, double* t1)
     if (v.isEmpty() || v.constFirst() > gateThreshold || dt <= 0)
         return false;
     int i = 0;
-    while (i < v.size() && v.at(i) < gateThreshold)
+    while (i < v.size() && !(v.at(i) >= gateThreshold))
         ++i;
     *t0 = i * dt;
-    while (i < v.size() && v.at(i) > gateThreshold)
+    while (i < v.size() && !(v.at(i) <= gateThreshold))
         ++i;
     *t1 = i * dt;
     return i < v.size() && *t1 > *t0;
 }
 
-void fit(int degree, const QVector<QPointF>& points, double* a, double* b, double* c, double* r)
+void fit(int degree, QVector<QPointF> points, double* a, double* b, double* c, double* r)
 {
+    const auto isGap = [](const QPointF& p) { return std::isnan(p.x()) || std::isnan(p.y()); };
+    points.erase(std::remove_if(points.begin(), points.end(), isGap), points.end());
     if (degree == 1) {
         *a = 0.0;
         ExpData::linearRegression(points, b, c, r);
@@ -72,13 +57,55 @@ void ExpData::smoothCurve()
 {
     if (!getActiveSens() || getYSize(iSelectedSensor) == 0)
         return;
-    // A logger's own sensor goes on to the next run, whose curve is not smoothed.
-    SensorPtr& sensor = sensors[iSelectedSensor];
-    if (sensor->ID != SENSOR_SPECIAL)
-        sensor = ownCopy(*sensor);
+    const SensorPtr& sensor = sensors.at(iSelectedSensor);
     sensor->name = smoothedName(sensor->name);
-    y[iSelectedSensor] = movingAverage(y.at(iSelectedSensor), smoothKernel);
+    y[iSelectedSensor] = derived(CURVE_SMOOTH, y.at(iSelectedSensor));
     needSave = true;
+}
+
+QVector<double> ExpData::derived(int type, const QVector<double>& v) const
+{
+    QVector<double> result(v.size());
+    for (int i = 0; i < v.size(); ++i)
+        result[i] = type == CURVE_DERIV ? slopeAt(v, i) : smoothedAt(v, i);
+    return result;
+}
+
+/// The moving average around a sample. A gap stays one and has no part in its neighbours.
+double ExpData::smoothedAt(const QVector<double>& v, int i) const
+{
+    if (std::isnan(v.at(i)))
+        return noValue;
+    const int radius = qMax(0, (smoothKernel - 1) / 2);
+    const int last = qMin(v.size() - 1, i + radius);
+    double sum = 0.0;
+    int count = 0;
+    for (int k = qMax(0, i - radius); k <= last; ++k) {
+        if (std::isnan(v.at(k)))
+            continue;
+        sum += v.at(k);
+        ++count;
+    }
+    return sum / count;
+}
+
+/// The change per second since the value before, however long ago it was; of the first one to the next.
+double ExpData::slopeAt(const QVector<double>& v, int i) const
+{
+    if (std::isnan(v.at(i)))
+        return noValue;
+    const int before = nextValue(v, i - 1, -1);
+    const int from = before >= 0 ? before : i;
+    const int to = before >= 0 ? i : nextValue(v, i + 1, 1);
+    return to < 0 ? noValue : (v.at(to) - v.at(from)) / timeBetween(from, to);
+}
+
+/// A whole number of samples, as near as the times tell it.
+double ExpData::timeBetween(int i, int k) const
+{
+    const double period = samplePeriod();
+    const double steps = k < x.size() ? std::round((x.at(k) - x.at(i)) / period) : k - i;
+    return qMax(1.0, steps) * period;
 }
 
 void ExpData::addSpecialCurve(int type)
@@ -88,19 +115,19 @@ void ExpData::addSpecialCurve(int type)
     if (!from || getYSize(origin) < 2)
         return;
     const int added = sensors.size();
-    const SensorPtr sensor = SensorPtr::create(from->ID, added);
+    const SensorPtr sensor = ownCopy(from); // its unit is the origin's
     sensor->ID = SENSOR_SPECIAL;
     sensor->specialType = type;
     sensor->specialOriginIndex = origin;
-    sensor->active = sensor->downloadActive = true;
-    sensor->precision = from->precision;
-    sensor->groupName = from->groupName;
-    sensor->appendIndex = from->appendIndex;
+    sensor->isVirtual = true;
+    sensor->inLoggerIndex = added;
+    sensor->virtualIndex = -1;
+    sensor->readSetMinMax = sensor->readClassMinMax = sensor->readClassSetMinMax = false;
+    sensor->barUserScale = false;
     sensors.append(sensor);
     resizeChannels(sensors.size());
     leftPad[added] = leftPad.at(origin);
-    const QVector<double>& values = y.at(origin);
-    y[added] = type == CURVE_DERIV ? backwardDifference(values, dt) : movingAverage(values, smoothKernel);
+    y[added] = derived(type, y.at(origin));
     findMinMax(y.at(added), minY[added], maxY[added]);
     describeSpecialCurve(added, *from);
     needSave = true;
@@ -144,6 +171,8 @@ double ExpData::interpolateY(int iSens, double X) const
     const double y0 = getYAt(iSens, i - 1);
     const double y1 = getYAt(iSens, i);
     const double width = x.at(i) - x.at(i - 1);
+    if (width > 0 && X == x.at(i - 1))
+        return y0; // also where a gap follows
     return width > 0 ? y0 + ((X - x.at(i - 1)) / width) * (y1 - y0) : y1;
 }
 
@@ -178,8 +207,11 @@ double ExpData::integral(int iSens, double x1, double x2) const
 {
     const QVector<QPointF> points = span(iSens, x1, x2);
     double area = 0.0;
-    for (int i = 1; i < points.size(); ++i)
-        area += (points.at(i).x() - points.at(i - 1).x()) * (points.at(i).y() + points.at(i - 1).y()) / 2;
+    for (int i = 1; i < points.size(); ++i) {
+        const QPointF step = points.at(i) - points.at(i - 1);
+        if (!std::isnan(step.y()))
+            area += step.x() * (points.at(i).y() + points.at(i - 1).y()) / 2;
+    }
     return area;
 }
 
@@ -249,7 +281,7 @@ void ExpData::photoSpeed(int iSens, double* speed, double* midTime, double* delt
     const SensorPtr& gate = getSens(iSens);
     if (!gate || !Sensor::isPhotoGate(gate->ID) || !firstPassage(getYNoConv(iSens), dt, &t0, &t1))
         return;
-    *width = tembrin ? tembrin->tembrinData->photoObjW : usualCardWidth;
+    *width = cardWidth;
     *deltaT = t1 - t0;
     *speed = *width / *deltaT;
     *midTime = (t0 + t1) / 2;
@@ -277,7 +309,9 @@ void ExpData::photoAccel(int iSens1, int iSens2, double* accel, double* deltaV, 
 void ExpData::calcStat(double* min, double* max, double* avg, double* stdv) const
 {
     *min = *max = *avg = *stdv = 0.0;
-    const QVector<double> values = getY(iSelectedSensor);
+    QVector<double> values = getY(iSelectedSensor);
+    values.erase(std::remove_if(values.begin(), values.end(), [](double v) { return std::isnan(v); }),
+                 values.end());
     if (values.isEmpty())
         return;
     const auto range = std::minmax_element(values.cbegin(), values.cend());

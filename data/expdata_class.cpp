@@ -1,177 +1,259 @@
+// Several groups on one time axis. Rows are found by time, so a group that lost a sample has a gap there and
+// nothing behind it moves.
+
 #include "data/expdata.h"
 
-void ExpData::setDataAddRepeatExp()
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr double gap = std::numeric_limits<double>::quiet_NaN();
+
+bool hasValue(const QVector<double>& v, int row)
 {
-    needSave = true;
-    if (!repeatExpMode) {
-        duplicateSensorList();
-        curveModeHint.fill(-1);
-        repeatExpMode = true;
-    } else {
-        const int half = nSens / 2;
-        y.remove(0, half);
-        minY.remove(0, half);
-        maxY.remove(0, half);
-        leftPad.remove(0, half);
-    }
-    resizeChannels(sensors.size());
-    finalData = false;
+    return row < v.size() && !std::isnan(v.at(row));
 }
 
-bool ExpData::isRepeatMode1stPhase() const
+void trimEnd(QVector<double>* v)
 {
-    return repeatExpMode && getYSize(nSens - 1) < x.size();
+    while (!v->isEmpty() && std::isnan(v->constLast()))
+        v->removeLast();
 }
 
-void ExpData::duplicateSensorList()
+} // namespace
+
+int ExpData::meanIndex() const
 {
-    const SensorList first = sensors;
-    for (const SensorPtr& original : first)
-        sensors.append(original ? ownCopy(*original) : SensorPtr());
-    nSens = sensors.size();
-    needSave = true;
+    int i = sensors.size() - 1;
+    while (i > 0 && sensors.at(i) && sensors.at(i)->specialType > 0)
+        --i;
+    return i;
 }
 
-bool ExpData::mergeDataFromNewOpen(int nSens, const QVector<double>& t, double dt)
-{
-    if (nSens < 0 || t.isEmpty() || dt != this->dt || minX != t.constFirst())
-        return false;
-    ++appendIndex;
-    lastShift = 0;
-    needSave = true;
-    repeatExpMode = false;
-    finalData = true;
-    sensors.resize(sensors.size() + nSens);
-    resizeChannels(sensors.size());
-    x += t.mid(x.size());
-    updateXExtent();
-    return true;
-}
+// --- Live ---
 
-void ExpData::setShift(int iSens, int shift, bool newData)
+void ExpData::joinSample(int channel, double t, double value)
 {
-    // The same arithmetic serves both: old data are padded by how far the shift lies below 0, new data by
-    // how far it lies above.
-    const int target = newData ? qMax(0, shift) : qMax(0, -shift);
-    const int present = newData ? qMax(0, lastShift) : qMax(0, -lastShift);
-    padFront(iSens, target - present);
-}
-
-/// Adds `n` copies of the first sample at the front, or takes away as many below 0 of those added before.
-void ExpData::padFront(int iSens, int n)
-{
-    if (getYNoConv(iSens).isEmpty())
+    const int mean = meanIndex();
+    if (channel < 0 || channel >= mean || !std::isfinite(t) || !std::isfinite(value) || isCutAway(t))
         return;
-    QVector<double>& channel = y[iSens];
-    if (n < 0) {
-        // A crop may have taken some of the padding already.
-        n = -qMin(-n, leftPad.at(iSens));
-        channel.remove(0, qMin(-n, channel.size()));
-    } else {
-        channel.insert(0, n, channel.constFirst());
-    }
-    leftPad[iSens] += n;
-}
-
-void ExpData::shiftLastData(int shift)
-{
-    for (int i = 0; i < sensors.size(); ++i) {
-        const SensorPtr& sensor = sensors.at(i);
-        setShift(i, shift, sensor && sensor->appendIndex == appendIndex);
-    }
-    lastShift = shift;
     needSave = true;
-    fitXToLongestChannel();
+    const int row = rowFor(t);
+    putValue(channel, row, value);
+    averageRow(mean, row);
+    followOrigins(row, row);
+    shareClassRange();
 }
 
-void ExpData::fitXToLongestChannel()
+/// The row of a time; a new one where there is none within half a sample.
+int ExpData::rowFor(double t)
 {
-    int longest = 0;
-    for (const QVector<double>& channel : qAsConst(y))
-        longest = qMax(longest, channel.size());
-    if (longest == 0 || x.isEmpty())
-        return;
-    const double last = x.constLast();
-    const int before = x.size();
-    x.resize(longest);
-    for (int i = before; i < longest; ++i)
-        x[i] = last + (i - before + 1) * (dt > 0 ? dt : 1.0);
-    updateXExtent();
+    const double reach = samplePeriod() / 2;
+    if (x.isEmpty() || t - x.constLast() >= reach)
+        return insertRow(x.size(), t);
+    // Times rounded to half a sample can say both.
+    int at = qMin(int(std::upper_bound(x.cbegin(), x.cend(), t - reach) - x.cbegin()), x.size() - 1);
+    if (at + 1 < x.size() && x.at(at + 1) - t < std::fabs(t - x.at(at)))
+        ++at;
+    return std::fabs(x.at(at) - t) < reach ? at : insertRow(x.at(at) < t ? at + 1 : at, t);
+}
+
+int ExpData::insertRow(int at, double t)
+{
+    x.insert(at, t);
+    for (QVector<double>& channel : y) {
+        if (at < channel.size())
+            channel.insert(at, gap);
+    }
+    minX = x.constFirst();
+    maxX = x.constLast();
+    return at;
+}
+
+void ExpData::averageRow(int mean, int row)
+{
+    double sum = 0.0;
+    int count = 0;
+    for (int c = 0; c < mean; ++c) {
+        if (!hasValue(y.at(c), row))
+            continue;
+        sum += y.at(c).at(row);
+        ++count;
+    }
+    putValue(mean, row, count > 0 ? sum / count : gap);
+}
+
+int ExpData::valuesAt(int row) const
+{
+    int count = 0;
+    for (int c = 0; row >= 0 && c < meanIndex(); ++c)
+        count += hasValue(y.at(c), row) ? 1 : 0;
+    return count;
+}
+
+int ExpData::groupsInAverage() const
+{
+    constexpr int newest = 10; // rows; groups differ by some samples on their way
+    int count = 0;
+    for (int c = 0; c < meanIndex(); ++c)
+        count += !y.at(c).isEmpty() && y.at(c).size() > x.size() - newest ? 1 : 0;
+    return count;
 }
 
 void ExpData::addSample(int index, const ExpData* refData)
 {
-    if (!refData || index < 0 || index >= y.size())
+    if (!refData || index < 0 || index >= meanIndex())
         return;
-    needSave = true;
-    if (!refData->x.isEmpty() && (x.isEmpty() || refData->x.constLast() > x.constLast()))
-        appendMissingTimes(refData->x);
-    const QVector<double>& source = refData->getYNoConv(refData->iSelectedSensor);
-    QVector<double>& channel = y[index];
-    const int before = channel.size();
-    const int target = qMin(refData->getYSize(0), source.size());
-    for (int k = before; k < target; ++k) {
-        channel.append(source.at(k));
-        trackExtremes(index, source.at(k), k == 0);
-    }
-    // A channel that starts late belongs into the averages of the positions before as well.
-    updateMean(before == 0 && target > 0);
+    const int selected = refData->iSelectedSensor;
+    const int known = qMin(getYSize(index), x.size());
+    const double after = known > 0 ? x.at(known - 1) + samplePeriod() / 2 : 0.0;
+    const QVector<double>& times = refData->x;
+    int k = refData->timedSamples(selected);
+    while (k > 0 && (known == 0 || times.at(k - 1) > after))
+        --k;
+    for (; k < refData->timedSamples(selected); ++k)
+        joinSample(index, times.at(k), refData->y.at(selected).at(k));
 }
 
-/// Loggers that lost samples have fewer times than others; the axis must not run backwards for that.
-void ExpData::appendMissingTimes(const QVector<double>& times)
+// --- Whole channels ---
+
+void ExpData::copyValues(int iSens, const ExpData* fromData)
 {
-    for (int k = x.size(); k < times.size(); ++k)
-        x.append(x.isEmpty() ? times.at(k) : qMax(x.constLast(), times.at(k)));
-    if (!x.isEmpty()) {
-        minX = x.constFirst();
-        maxX = x.constLast();
+    if (fromData && hasSlot(iSens))
+        joinChannel(iSens, sensors.at(iSens), *fromData);
+}
+
+void ExpData::joinChannel(int channel, const SensorPtr& kind, const ExpData& from)
+{
+    if (channel < 0 || channel >= meanIndex())
+        return;
+    takeKind(channel, kind);
+    mergeRows(channel, valuesToJoin(from));
+    updateXExtent();
+    minY[channel] = maxY[channel] = 0.0;
+    findMinMax(y.at(channel), minY[channel], maxY[channel]);
+    updateMapRange(channel);
+    viewExtremes(channel);
+    updateMean(true);
+}
+
+/// The selected channel of a group, in the order of time, without what is a gap, was padded or is cut away
+/// here.
+QVector<QPointF> ExpData::valuesToJoin(const ExpData& from) const
+{
+    const int selected = from.iSelectedSensor;
+    const QVector<double>& v = from.getYNoConv(selected);
+    QVector<QPointF> values;
+    values.reserve(v.size());
+    for (int k = qMax(0, from.getLeftPad(selected)); k < from.timedSamples(selected); ++k) {
+        if (!std::isnan(v.at(k)) && !isCutAway(from.x.at(k)))
+            values.append({from.x.at(k), v.at(k)});
     }
+    const auto isEarlier = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
+    if (!std::is_sorted(values.cbegin(), values.cend(), isEarlier))
+        std::stable_sort(values.begin(), values.end(), isEarlier);
+    return values;
+}
+
+/// What a group's channel measures from now on. A range that the user set holds for all sensors of a kind.
+void ExpData::takeKind(int channel, const SensorPtr& kind)
+{
+    const SensorPtr taken = ownCopy(kind);
+    taken->readSetMinMax = taken->readClassMinMax = taken->readClassSetMinMax = false;
+    for (int c = 0; c < meanIndex(); ++c) {
+        const SensorPtr& other = sensors.at(c);
+        if (!other || other->ID != taken->ID || !other->readClassSetMinMax)
+            continue;
+        taken->classMinView = other->classMinView;
+        taken->classMaxView = other->classMaxView;
+        taken->readClassSetMinMax = true;
+    }
+    sensors[channel] = taken;
+    SensorPtr& mean = sensors[meanIndex()];
+    if (channel > 0 || (mean && mean->ID == taken->ID))
+        return;
+    const QString name = mean ? mean->groupName : QString();
+    mean = ownCopy(taken);
+    mean->specialType = 0; // or it would be one of the derived channels behind itself
+    mean->groupName = name;
+}
+
+/// Puts the values of one channel in place of what it had. Rows that no group has a value in vanish.
+void ExpData::mergeRows(int channel, const QVector<QPointF>& values)
+{
+    const double reach = samplePeriod() / 2;
+    const int mean = meanIndex();
+    y[channel].clear();
+    QVector<double> times;
+    QVector<double> own;
+    QVector<int> source; // the former row, -1 for none
+    times.reserve(qMax(x.size(), values.size()));
+    const auto append = [&](double t, double value, int from) {
+        times.append(t);
+        own.append(value);
+        source.append(from);
+    };
+    int j = 0;
+    for (int i = 0; i < x.size(); ++i) {
+        if (valuesAt(i) == 0)
+            continue;
+        for (; j < values.size() && values.at(j).x() <= x.at(i) - reach; ++j)
+            append(values.at(j).x(), values.at(j).y(), -1);
+        append(x.at(i), gap, i);
+        // Of several within reach of a row the last counts, and one that lies nearer to the next row is its.
+        for (; j < values.size() && values.at(j).x() < x.at(i) + reach; ++j) {
+            if (i + 1 < x.size() && x.at(i + 1) - values.at(j).x() < values.at(j).x() - x.at(i))
+                break;
+            own.last() = values.at(j).y();
+        }
+    }
+    for (; j < values.size(); ++j)
+        append(values.at(j).x(), values.at(j).y(), -1);
+    for (int c = 0; c < mean; ++c) {
+        if (c == channel || y.at(c).isEmpty())
+            continue;
+        QVector<double> moved(source.size(), gap);
+        for (int row = 0; row < source.size(); ++row) {
+            if (source.at(row) >= 0 && hasValue(y.at(c), source.at(row)))
+                moved[row] = y.at(c).at(source.at(row));
+        }
+        trimEnd(&moved);
+        y[c] = moved;
+    }
+    trimEnd(&own);
+    x = times;
+    y[channel] = own;
 }
 
 void ExpData::updateMean(bool reset)
 {
-    const int mean = closingChannel();
+    const int mean = meanIndex();
     if (mean < 1)
         return;
-    if (reset)
-        y[mean].clear();
-
-    // Every channel that has begun must reach a position, so the shortest of them says how far it goes.
-    int reach = 0;
-    int begun = 0;
-    for (int c = 0; c < mean; ++c) {
-        const int length = y.at(c).size();
-        if (length > 0)
-            reach = begun++ == 0 ? length : qMin(reach, length);
-    }
-    for (int k = y.at(mean).size(); k < reach; ++k) {
-        double sum = 0.0;
-        for (int c = 0; c < mean; ++c) {
-            if (k < y.at(c).size())
-                sum += y.at(c).at(k);
+    if (reset) {
+        for (int c = mean; c < y.size(); ++c) {
+            y[c].clear();
+            minY[c] = maxY[c] = 0.0;
         }
-        y[mean].append(sum / begun);
-        trackExtremes(mean, sum / begun, k == 0);
     }
-    if (getSens(mean) && getSens(0)) {
-        getSens(mean)->classMinView = getSens(0)->classMinView;
-        getSens(mean)->classMaxView = getSens(0)->classMaxView;
-        getSens(mean)->readClassMinMax = true;
-    }
+    const int first = y.at(mean).size();
+    for (int row = first; row < x.size(); ++row)
+        averageRow(mean, row);
+    if (first < x.size())
+        followOrigins(first, x.size() - 1);
+    shareClassRange();
 }
 
-void ExpData::copyValues(int iSens, const ExpData* fromData)
+/// The average is shown in the range of the first group.
+void ExpData::shareClassRange()
 {
-    if (!fromData || iSens < 0 || iSens >= y.size())
+    const SensorPtr& mean = sensors.at(meanIndex());
+    const SensorPtr& first = sensors.constFirst();
+    if (!mean || !first)
         return;
-    const int selected = fromData->iSelectedSensor;
-    appendMissingTimes(fromData->x);
-    y[iSens] = fromData->getYNoConv(selected);
-    minY[iSens] = fromData->minY.value(selected);
-    maxY[iSens] = fromData->maxY.value(selected);
-    if (const SensorPtr& sensor = getSens(iSens)) {
-        sensor->minView = fromData->getMinY(selected);
-        sensor->maxView = fromData->getMaxY(selected);
-    }
+    mean->classMinView = first->classMinView;
+    mean->classMaxView = first->classMaxView;
+    mean->readClassMinMax = true;
 }

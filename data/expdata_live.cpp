@@ -1,47 +1,74 @@
 #include "data/expdata.h"
 
-/// The value of a derived channel in the row being gathered; it reads its origin from the same row.
-double ExpData::liveValue(int iSens) const
-{
-    const int origin = getSens(iSens)->specialOriginIndex;
-    const QVector<double>& stored = getYNoConv(repeatExpMode ? origin + row.size() : origin);
-    if (origin < 0 || origin >= iSens || stored.isEmpty() || dt <= 0)
-        return 0.0;
-    return (row.at(origin) - stored.constLast()) / dt;
-}
+#include <algorithm>
+#include <cmath>
+#include <limits>
 
-void ExpData::addSample(double xval, const QVector<double>& yval)
+void ExpData::addSample(double xval, const QVector<double>& values)
 {
     needSave = true;
-    const int n = repeatExpMode ? sensors.size() / 2 : sensors.size();
-    row = yval;
-    for (int i = row.size(); i < n && getSens(i) && getSens(i)->ID == SENSOR_SPECIAL; ++i)
-        row.append(liveValue(i));
-    addRow(xval, row);
+    const int row = hasSlot(firstLive) ? getYSize(firstLive) : x.size();
+    if (row >= x.size()) {
+        x.append(xval);
+        minX = x.size() == 1 ? xval : qMin(minX, xval);
+        maxX = x.size() == 1 ? xval : qMax(maxX, xval);
+    }
+    const int count = qMin(values.size(), y.size() - firstLive);
+    for (int i = 0; i < count; ++i) {
+        y[firstLive + i].append(values.at(i));
+        followValue(firstLive + i, values.at(i));
+    }
+    if (firstLive + count < y.size())
+        followOrigins(row, row);
 }
 
-void ExpData::addRow(double xval, const QVector<double>& yval)
+/// Brings the derived channels up to date with their origins, which changed from row `first` to `last`.
+void ExpData::followOrigins(int first, int last)
 {
-    // A repeated run walks along the axis that the run before it made.
-    if (!repeatExpMode || x.isEmpty() || xval > x.constLast())
-        x.append(xval);
-    minX = x.size() == 1 ? xval : qMin(minX, xval);
-    maxX = x.size() == 1 ? xval : qMax(maxX, xval);
-
-    const int first = repeatExpMode ? yval.size() : 0;
-    for (int i = 0; i < yval.size() && first + i < y.size(); ++i) {
-        const int c = first + i;
-        y[c].append(yval.at(i));
-        const bool isFirst = y.at(c).size() == 1;
-        trackExtremes(c, yval.at(i), isFirst);
-        followLiveRange(c, isFirst);
+    for (int c = meanIndex() + 1; c < sensors.size(); ++c) {
+        const int origin = sensors.at(c) ? sensors.at(c)->specialOriginIndex : -1;
+        if (origin < 0 || origin >= c)
+            continue;
+        const QVector<double>& v = y.at(origin);
+        const bool isSlope = sensors.at(c)->specialType == CURVE_DERIV;
+        // The values that the changed ones have a part in: a slope reaches to the next value beyond a gap.
+        const int reach = isSlope ? 1 : qMax(0, (smoothKernel - 1) / 2);
+        int from = qMax(0, qMin(first, getYSize(c)) - reach);
+        int to = qMin(last + reach, v.size() - 1);
+        while (isSlope && from > 0 && std::isnan(v.value(from)))
+            --from;
+        while (isSlope && to + 1 < v.size() && std::isnan(v.at(to)))
+            ++to;
+        for (int row = from; row <= to; ++row)
+            putValue(c, row, isSlope ? slopeAt(v, row) : smoothedAt(v, row));
+        first = qMin(first, from);
+        last = qMax(last, to);
     }
 }
 
-void ExpData::trackExtremes(int iSens, double value, bool isFirst)
+/// Stores a value in a row that the channel may not reach yet.
+void ExpData::putValue(int iSens, int row, double value)
 {
+    QVector<double>& channel = y[iSens];
+    while (channel.size() <= row)
+        channel.append(std::numeric_limits<double>::quiet_NaN());
+    channel[row] = value;
+    followValue(iSens, value);
+}
+
+/// The extremes, and the ranges that go with them, after a value was stored.
+void ExpData::followValue(int iSens, double value)
+{
+    if (std::isnan(value))
+        return;
+    const auto isThere = [](double v) { return !std::isnan(v); };
+    const QVector<double>& v = y.at(iSens);
+    // Extremes of 0 can be those of a channel that had no value before.
+    const bool isFirst = v.size() == 1 || (minY.at(iSens) == 0.0 && maxY.at(iSens) == 0.0 && value != 0.0 &&
+                                           std::count_if(v.cbegin(), v.cend(), isThere) == 1);
     minY[iSens] = isFirst ? value : qMin(minY.at(iSens), value);
     maxY[iSens] = isFirst ? value : qMax(maxY.at(iSens), value);
+    followLiveRange(iSens, isFirst);
 }
 
 /// The ranges of the map and of the axis go with the extremes.
@@ -62,8 +89,6 @@ void ExpData::followLiveRange(int iSens, bool isFirst)
     }
     if (sensor->needAltUnit())
         updateMapRange(iSens);
-    if (!sensor->readSetMinMax) {
-        sensor->minView = sensor->convertToAltUnit(lowest);
-        sensor->maxView = sensor->convertToAltUnit(highest);
-    }
+    if (!sensor->readSetMinMax)
+        viewExtremes(iSens);
 }

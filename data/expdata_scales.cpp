@@ -1,13 +1,16 @@
 #include "data/expdata.h"
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 
 void ExpData::findMinMax(const QVector<double>& v, double& min, double& max)
 {
-    if (v.isEmpty())
+    const auto* first = std::find_if(v.cbegin(), v.cend(), [](double value) { return !std::isnan(value); });
+    if (first == v.cend())
         return;
-    min = max = v.constFirst();
-    for (const double value : v) {
+    min = max = *first;
+    for (const double value : v) { // comparisons with a gap are false
         // Loggers send 0 for a reading that they do not have.
         if (value < min && value != 0.0)
             min = value;
@@ -49,6 +52,20 @@ void ExpData::updateMapRange(int iSens)
     sensor->mapMax = sensor->convertToAltUnit(maxY.at(iSens));
 }
 
+/// The view is what was measured, but not less than the view that sensors of the kind keep.
+void ExpData::viewExtremes(int iSens)
+{
+    const SensorPtr& sensor = getSens(iSens);
+    if (!sensor)
+        return;
+    sensor->minView = getMinY(iSens);
+    sensor->maxView = getMaxY(iSens);
+    if (const Sensor::View* fixed = Sensor::fixedView(sensor->ID)) {
+        sensor->minView = qMin(sensor->minView, fixed->min);
+        sensor->maxView = qMax(sensor->maxView, fixed->max);
+    }
+}
+
 /// The view of loaded data: its extremes, but at least a tenth of what the sensor can measure, so that noise
 /// does not fill the graph.
 void ExpData::setDefaultView(int iSens)
@@ -75,9 +92,15 @@ void ExpData::makeUniformScales(int ID)
 {
     double lowest = std::numeric_limits<double>::max();
     double highest = std::numeric_limits<double>::lowest();
-    for (int i = 0; i < closingChannel(); ++i) {
+    // The view of a group without a value is what the sensor could measure.
+    const bool isAnyFilled =
+        std::any_of(y.cbegin(), y.cbegin() + qMax(0, meanIndex()), [&](const QVector<double>& v) {
+            const SensorPtr& sensor = getSens(int(&v - y.constData()));
+            return !v.isEmpty() && sensor && sensor->ID == ID;
+        });
+    for (int i = 0; i < meanIndex(); ++i) {
         const SensorPtr& sensor = sensors.at(i);
-        if (sensor && sensor->ID == ID) {
+        if (sensor && sensor->ID == ID && (!isAnyFilled || getYSize(i) > 0)) {
             lowest = qMin(lowest, sensor->minView);
             highest = qMax(highest, sensor->maxView);
         }
@@ -96,7 +119,7 @@ void ExpData::makeUniformScales(int ID)
 void ExpData::makeUniformScales()
 {
     QVector<int> done;
-    for (int i = 0; i < closingChannel(); ++i) {
+    for (int i = 0; i < meanIndex(); ++i) {
         const SensorPtr& sensor = sensors.at(i);
         if (sensor && !done.contains(sensor->ID)) {
             done.append(sensor->ID);
@@ -112,8 +135,7 @@ void ExpData::makeUniformScalesAfterOpen()
         if (!sensor)
             continue;
         sensor->readClassSetMinMax = false;
-        sensor->minView = getMinY(i);
-        sensor->maxView = getMaxY(i);
+        viewExtremes(i);
     }
     makeUniformScales();
 }

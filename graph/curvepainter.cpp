@@ -147,6 +147,8 @@ void CurvePainter::cover(const Curve& curve)
     const double* const y = curve.y;
     int previous = lastFinite(y, curve.from, std::min(starts[0], curve.to));
     int previousColumn = -1;
+    bool isLonely = false; // no line leads to `previous` yet
+    singles.resize(0);
     for (int k = 0; k < columnCount; ++k) {
         const int from = std::max(starts[k], curve.from);
         const int to = std::min(starts[k + 1], curve.to);
@@ -155,15 +157,26 @@ void CurvePainter::cover(const Curve& curve)
         const int first = firstFinite(y, from, to);
         if (first < 0)
             continue;
-        if (previous >= 0)
+        const bool isLed = isJoined(curve, previous, first);
+        if (isLed)
             coverSegment(y, previous, first, previousColumn, k);
+        else if (isLonely)
+            singles.append(previous);
         findExtremes(y + first, y + to, lows[k], highs[k]);
         previous = lastFinite(y, first, to);
         previousColumn = k;
+        isLonely = !isLed && previous == first;
     }
     const int next = firstFinite(y, std::max(starts[columnCount], curve.from), curve.to);
-    if (previous >= 0 && next >= 0)
+    if (isJoined(curve, previous, next))
         coverSegment(y, previous, next, previousColumn, columnCount);
+    else if (isLonely)
+        singles.append(previous);
+}
+
+bool CurvePainter::isJoined(const Curve& curve, int i, int j) const
+{
+    return i >= 0 && j == i + 1 && times[j] - times[i] <= curve.longest;
 }
 
 // The line from sample i to sample j passes the left edges of the columns after the one of i, up to that of

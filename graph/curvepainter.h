@@ -4,6 +4,8 @@
 #include <QRect>
 #include <QVector>
 
+#include <limits>
+
 #include <qwt_scale_map.h>
 
 #include "sensors/sensor.h"
@@ -18,14 +20,16 @@
 class CurvePainter
 {
 public:
-    /// Samples `from` up to, not including, `to` of a channel as it is stored. Values that are not a number
-    /// are passed over.
+    /// Samples `from` up to, not including, `to` of a channel as it is stored. The line breaks at a value
+    /// that is not a number, but for gaps inside one pixel column, and where two times lie further apart than
+    /// `longest`.
     struct Curve
     {
         const double* y = nullptr;
         int from = 0;
         int to = 0;
         Sensor::AltUnit unit; ///< from the stored value to the shown one
+        double longest = std::numeric_limits<double>::infinity();
     };
     struct Pen
     {
@@ -45,6 +49,8 @@ public:
 
     /// The rectangles of a curve, none overlapping another; valid until the next call.
     const QVector<QRect>& spans(const Curve& curve, const QwtScaleMap& yMap, const Pen& pen);
+    /// Samples that no line led to in the last call of spans().
+    const QVector<int>& lonely() const { return singles; }
     /// Where to put symbols: every sample, or where they crowd the lowest and highest of each column.
     const QVector<QPointF>& symbolPositions(const Curve& curve, const QwtScaleMap& xMap,
                                             const QwtScaleMap& yMap);
@@ -52,6 +58,7 @@ public:
 private:
     void splitIntoColumns(const QVector<double>& x, const QwtScaleMap& xMap);
     void cover(const Curve& curve);
+    bool isJoined(const Curve& curve, int i, int j) const;
     void coverSegment(const double* y, int i, int j, int fromColumn, int toColumn);
     void widen(const Curve& curve, const QwtScaleMap& yMap, int penWidth);
     void dash(int penWidth);
@@ -75,4 +82,5 @@ private:
     QVector<int> capTops, capBottoms;
     QVector<QRect> rects;
     QVector<QPointF> points;
+    QVector<int> singles;
 };

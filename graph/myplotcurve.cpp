@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <qwt_scale_map.h>
 #include <qwt_symbol.h>
@@ -125,6 +126,45 @@ void myPlotCurve::drawSeries(QPainter* painter, const QwtScaleMap& xMap, const Q
     QwtPlotCurve::drawSeries(painter, xMap, map, canvasRect, std::max(from, data->getLeftPad(iData)), to);
 }
 
+/// Seconds or sample numbers that a line may bridge: up to three missing samples.
+double myPlotCurve::longestLine() const
+{
+    constexpr double samples = 4.5;
+    return data->dt > 0 ? samples * data->dt : std::numeric_limits<double>::infinity();
+}
+
+/// The parts of the curve that are drawn in one line.
+QVector<myPlotCurve::Stretch> myPlotCurve::stretches(int from, int to) const
+{
+    const QVector<double>& x = data->getX();
+    const QVector<double>& y = data->getYNoConv(iData);
+    const double longest = longestLine();
+    const bool isXY = data->isXYPlot();
+    QVector<Stretch> result;
+    bool isOpen = false;
+    for (int i = from; i <= std::min(to, std::min(y.size(), x.size()) - 1); ++i) {
+        const bool isThere =
+            !std::isnan(y[i]) && !(isXY && std::isnan(data->getYNoConvAt(data->getXYIndex(), i)));
+        if (isThere && isOpen && (isXY || x[i] - x[i - 1] <= longest))
+            result.last().to = i;
+        else if (isThere)
+            result.append({i, i});
+        isOpen = isThere;
+    }
+    return result;
+}
+
+/// Samples without a neighbour, which no line shows.
+void myPlotCurve::drawPoints(QPainter* painter, const QVector<QPointF>& places) const
+{
+    constexpr int pointSize = 8;
+    if (places.isEmpty())
+        return;
+    const QwtSymbol point(QwtSymbol::Diamond, pen().color(), QPen(pen().color(), 1),
+                          QSize(pointSize, pointSize));
+    point.drawSymbols(painter, places.constData(), places.size());
+}
+
 bool myPlotCurve::paintsByColumns(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap) const
 {
     return columns && isOnScreen(painter) && !data->isXYPlot() && CurvePainter::canPaint(xMap, yMap);
@@ -141,15 +181,24 @@ void myPlotCurve::drawCurve(QPainter* painter, int style, const QwtScaleMap& xMa
         const int end = std::min({to + 1, y.size(), data->getXSize()});
         columns->setTime(data->getX(), xMap, canvasRect.toAlignedRect());
         const bool dashed = pen().style() != Qt::SolidLine;
-        const QVector<QRect>& spans =
-            columns->spans({y.constData(), from, end, sensor->altUnit()}, yMap, {pen().width(), dashed});
+        const QVector<QRect>& spans = columns->spans(
+            {y.constData(), from, end, sensor->altUnit(), longestLine()}, yMap, {pen().width(), dashed});
         painter->setPen(Qt::NoPen);
         painter->setBrush(pen().color());
         painter->drawRects(spans);
+        QVector<QPointF> places;
+        for (const int i : columns->lonely())
+            places.append({xMap.transform(data->getXAt(i)), yMap.transform(data->getYAt(iData, i))});
+        drawPoints(painter, places);
     } else if (style == Lines && isOnScreen(painter) && data->isXYPlot()) {
         drawXYPath(painter, xMap, yMap, from, to);
     } else {
-        QwtPlotCurve::drawCurve(painter, style, xMap, yMap, canvasRect, from, to);
+        for (const Stretch& part : stretches(from, to)) {
+            QwtPlotCurve::drawCurve(painter, style, xMap, yMap, canvasRect, part.from, part.to);
+            const QPointF first = sample(part.from);
+            if (style == Lines && part.from == part.to)
+                drawPoints(painter, {{xMap.transform(first.x()), yMap.transform(first.y())}});
+        }
     }
 }
 
@@ -158,7 +207,8 @@ void myPlotCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, const 
 {
     const SensorPtr& sensor = data->getSens(iData);
     if (!sensor || !paintsByColumns(painter, xMap, yMap)) {
-        QwtPlotCurve::drawSymbols(painter, symbol, xMap, yMap, canvasRect, from, to);
+        for (const Stretch& part : stretches(from, to))
+            QwtPlotCurve::drawSymbols(painter, symbol, xMap, yMap, canvasRect, part.from, part.to);
         return;
     }
     const QVector<double>& y = data->getYNoConv(iData);
@@ -188,8 +238,11 @@ void myPlotCurve::drawXYPath(QPainter* painter, const QwtScaleMap& xMap, const Q
     for (int i = from; i < end; ++i) {
         const double column = xMap.transform(x[i] * xUnit.factor + xUnit.offset);
         const double row = yMap.transform(y[i] * yUnit.factor + yUnit.offset);
-        if (!std::isfinite(column) || !std::isfinite(row))
+        if (!std::isfinite(column) || !std::isfinite(row)) {
+            drawPolyline(painter, line);
+            line.clear();
             continue;
+        }
         const QPointF point(std::round(std::clamp(column, -farOutside, farOutside)),
                             std::round(std::clamp(row, -farOutside, farOutside)));
         if (line.isEmpty() || line.last() != point)

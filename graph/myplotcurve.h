@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QVector>
 
 #include <qwt_plot_curve.h>
 
@@ -37,6 +38,10 @@ public:
     bool isSymbol() const { return mode == CURVE_SYMBOL; }
     bool isShown() const { return mode != CURVE_HIDDEN; }
 
+    /// Which channel it shows, in a form that outlives the curve.
+    void setChannel(const QString& key) { channel = key; }
+    const QString& getChannel() const { return channel; }
+
     void setColor(const QColor& newColor);
     QColor getColor() const { return color; }
     /// A colour was set at all, by the user or by the graph.
@@ -55,6 +60,15 @@ protected:
                      const QwtScaleMap& yMap, const QRectF& canvasRect, int from, int to) const override;
 
 private:
+    struct Stretch
+    {
+        int from;
+        int to; ///< included
+    };
+
+    QVector<Stretch> stretches(int from, int to) const;
+    double longestLine() const;
+    void drawPoints(QPainter* painter, const QVector<QPointF>& places) const;
     bool paintsByColumns(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap) const;
     void drawXYPath(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap, int from,
                     int to) const;
@@ -64,6 +78,7 @@ private:
     CurvePainter* const columns;
     const int iData;
     int mode = CURVE_LINE;
+    QString channel;
     QColor color;
     bool userColorSet = false;
 };

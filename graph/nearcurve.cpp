@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -54,7 +55,8 @@ std::optional<NearCurve::Hit> NearCurve::onPath(const QPointF& pos, int n, const
                                                 const std::function<QPointF(int)>& pointAt)
 {
     const auto pixelDistance = [&](const QPointF& value) {
-        return distance(pos, QwtScaleMap::transform(maps.x, maps.y, value));
+        const double dist = distance(pos, QwtScaleMap::transform(maps.x, maps.y, value));
+        return std::isnan(dist) ? std::numeric_limits<double>::infinity() : dist; // a gap is nowhere
     };
     const auto nearestOf = [&](int from, int to, int step) {
         int best = from;
@@ -83,7 +85,7 @@ std::optional<NearCurve::Hit> NearCurve::onPath(const QPointF& pos, int n, const
         const QPointF second = pointAt(neighbour);
         const double d1 = pixelDistance(first);
         const double d2 = pixelDistance(second);
-        if (d1 + d2 > 0)
+        if (d1 + d2 > 0 && std::isfinite(d2))
             value += d1 / (d1 + d2) * (second - first);
     }
     const double dist = pixelDistance(value);

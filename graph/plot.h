@@ -97,7 +97,8 @@ public:
 
     // Curves and scales, in plot_update.cpp
 
-    /// Rebuilds the curves of a line graph from the data set; other kinds have none.
+    /// Rebuilds the curves of a line graph from the data set; other kinds have none. A curve whose place has
+    /// the same channel as before (sensor and group) keeps its mode and colour, unless a file says another.
     void setData();
     /// Brings axes and scales up to the data and repaints; what the live path calls.
     void Update();
@@ -136,7 +137,7 @@ public:
 
     // What the user places, in plot_markers.cpp
 
-    /// Takes all markers away; the data needs to be saved.
+    /// Takes all markers away.
     void setMarkers();
     /// Takes the markers of a file in place of those shown, and owns them from now on. `list` is in stored
     /// order, a cross or regression directly before its text, with y values in the base unit. A cross or
@@ -189,6 +190,8 @@ Q_SIGNALS:
     void changedActivePlot(int index);
     void titleChanged(const QString& text);
     void colorChanged(int iSens, const QColor& color);
+    /// The user wants to see the sensor of a legend entry on the graphs of all groups.
+    void shownForAll(int sensorID);
     /// The distance of the two crosses, as a text.
     void twoMarkersUpdated(const QString& statusText);
 
@@ -238,9 +241,19 @@ private:
     void fitTexts();
     void fitLegend();
 
+    /// How the user sees a curve, to go over to the next one of the same channel.
+    struct CurveLook
+    {
+        QString channel;
+        int mode = 0;
+        QColor color;
+    };
+
     // plot_update.cpp
     void dropCurves();
-    void addCurve(int i);
+    QVector<CurveLook> looks() const;
+    QString channelKey(int i) const;
+    void addCurve(int i, const CurveLook& before);
     bool isHiddenAtFirst(int i) const;
     void updateT();
     void updateXY();
@@ -276,6 +289,9 @@ private:
     QString legendName(int i) const;
     QColor curveColor(int i) const;
     void handleLegendRight(int item);
+    void rightPressLegend(QObject* object, const QMouseEvent* event);
+    void openLegendMenu(int item, const QPoint& globalPos);
+    void renewAverageName();
     void selectColor(int iSens);
 
     // plot_mouse.cpp
@@ -299,6 +315,7 @@ private:
     void takeStored(myPlotMarker* marker);
     static void setCross(myPlotMarker* marker, markerType kind);
     void skip2ndMarker(myPlotMarker* cross);
+    void putOnCurve(myPlotMarker* marker, int iSens) const;
     void followCurves();
     void showMarkersWithCurves();
     void repaintMarkers();

@@ -91,7 +91,8 @@ void Plot::doIntegral()
     area->curve = getCurve(iSens);
     area->integral = data->integral(iSens, x0, x1);
     const double middle = (x0 + x1) / 2;
-    area->setValue(middle, data->interpolateY(iSens, middle));
+    area->setValue(middle, curveMarker[0]->yValue());
+    putOnCurve(area, iSens);
     finishAnalysis(area);
 }
 
@@ -170,7 +171,7 @@ void Plot::moveDeriv(int iSens)
     slope->iSens = slope->connectTo->iSens = iSens;
     if (!wasShown)
         return;
-    slope->setYValue(data->interpolateY(iSens, slope->xValue()));
+    putOnCurve(slope, iSens);
     showSlope();
 }
 

@@ -6,6 +6,7 @@
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <cmath>
 
 #include <qwt_interval.h>
 #include <qwt_scale_div.h>
@@ -160,10 +161,14 @@ QPair<double, double> Plot::barRange() const
     const SensorPtr& sensor = data->getSens(activeSens);
     if (!sensor)
         return {0, 1};
-    if (sensor->barUserScale)
+    // A sensor's kept view is no range that somebody fixed.
+    const Sensor::View* kept = Sensor::fixedView(sensor->ID);
+    const bool isKept = kept && sensor->barUserMin == kept->min && sensor->barUserMax == kept->max;
+    if (sensor->barUserScale && !isKept)
         return {sensor->barUserMin, sensor->barUserMax};
-    const oneScale scale(data->getMinY(activeSens), data->getMaxY(activeSens), sensor->max - sensor->min,
-                         sensor->min, index, QString(), sensor->name);
+    oneScale scale(data->getMinY(activeSens), data->getMaxY(activeSens), sensor->max - sensor->min,
+                   sensor->min, index, QString(), sensor->name);
+    scale.keepView(*data, activeSens);
     return {scale.scaleFullMin, scale.scaleFullMax};
 }
 
@@ -180,6 +185,8 @@ void Plot::buildBars()
     bars.reserve(int(to - from));
     for (const double* at = from; at != to; ++at) {
         const double middle = *at / unit;
+        if (std::isnan(data->getYNoConvAt(activeSens, int(at - x))))
+            continue;
         bars.append(QwtIntervalSample(data->getYAt(activeSens, int(at - x)), middle - barWidth / 2,
                                       middle + barWidth / 2));
     }

@@ -4,6 +4,8 @@
 
 #include <QColor>
 #include <QLayout>
+#include <QMenu>
+#include <QMouseEvent>
 #include <QPen>
 
 #include <qwt_legend.h>
@@ -31,6 +33,8 @@ void Plot::createLegend()
     legendView->contentsWidget()->layout()->setSpacing(0);
     insertLegend(legendView, RightLegend);
     connect(legendView, &QwtLegend::clicked, this, &Plot::handleLegend);
+    if (type == GRAPH_LINE)
+        legendView->contentsWidget()->installEventFilter(this);
 }
 
 void Plot::watchLegendItem(myPlotCurve* curve)
@@ -43,13 +47,29 @@ void Plot::watchLegendItem(myPlotCurve* curve)
     if (type != GRAPH_LINE)
         return;
     item->installEventFilter(this);
+    item->setToolTip(tr("Right click: line, points or hidden. With Shift: more."));
     legendItems.append(item);
 }
 
 QString Plot::legendName(int i) const
 {
     const SensorPtr& sensor = data->getSens(i);
-    return sensor ? sensor->nameForLegend(index < 0) : QString();
+    const QString name = sensor ? sensor->nameForLegend(index < 0) : QString();
+    // The channels of a file have no groups; only the class at work has an average that can lack some.
+    if (index >= 0 || i != data->meanIndex() || !sensor || sensor->groupName.isEmpty())
+        return name;
+    const int groups = data->groupsInAverage();
+    return groups > 0 && groups < i ? tr("%1 (%2)").arg(name).arg(groups) : name;
+}
+
+// Groups come and go in a run.
+void Plot::renewAverageName()
+{
+    const int mean = data->meanIndex();
+    if (mean < 0 || mean >= curves.size() || curves[mean]->title().text() == legendName(mean))
+        return;
+    setCurvePen(mean);
+    axesChanged = true;
 }
 
 // In repeat mode the second half of the curves is the present run and takes the colours of the first.
@@ -129,10 +149,40 @@ void Plot::handleLegendRight(int item)
 {
     if (item < 0 || item >= curves.size())
         return;
-    curves[item]->rotateMode();
+    const int mode = curves[item]->rotateMode();
+    if (data->curveModeHint.value(item, -1) >= 0)
+        data->curveModeHint[item] = mode; // what the file said is no longer so
     designCurve(item);
     showMarkersWithCurves();
     replot();
+}
+
+// On an entry a right press changes the curve, so its menu takes Shift; beside the entries it is that of the
+// shown sensor.
+void Plot::rightPressLegend(QObject* object, const QMouseEvent* event)
+{
+    const int item = legendItems.indexOf(qobject_cast<QWidget*>(object));
+    const QWidget* const beside = legendView->contentsWidget();
+    if (item >= 0 && !(event->modifiers() & Qt::ShiftModifier))
+        handleLegendRight(item);
+    else if (item >= 0 || (object == beside && !beside->childAt(event->pos())))
+        openLegendMenu(item >= 0 ? item : activeSens, event->globalPos());
+}
+
+void Plot::openLegendMenu(int item, const QPoint& globalPos)
+{
+    const SensorPtr& sensor = data->getSens(item);
+    if (!sensor)
+        return;
+    auto* menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("legendMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addSection(sensor->name);
+    const int id = sensor->ID;
+    QAction* const all =
+        menu->addAction(tr("Show for all groups"), this, [this, id] { Q_EMIT shownForAll(id); });
+    all->setObjectName(QStringLiteral("showForAllAct"));
+    menu->popup(globalPos);
 }
 
 void Plot::selectColor(int iSens)

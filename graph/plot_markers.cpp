@@ -72,7 +72,6 @@ int Plot::markerIndex(const QString& name, bool translate)
 
 void Plot::setMarkers()
 {
-    data->setNeedSave(true);
     dropDeriv();
     clearMarkers();
     if (isSlope)
@@ -232,13 +231,21 @@ void Plot::skip2ndMarker(myPlotMarker* cross)
             std::max(std::min(line->linX0, line->linX1), std::min(x, std::max(line->linX0, line->linX1)));
         other->setValue(inside, line->calcRegValue(inside));
     } else {
-        other->setYValue(data->interpolateY(cross->iSens, x));
+        putOnCurve(other, cross->iSens);
     }
     other->iSens = cross->iSens;
     other->iReg = cross->iReg;
     other->connectTo->iSens = cross->iSens;
     setFloatingMarkerPosition(other->connectTo);
     setPartnerText(other->connectTo);
+}
+
+/// To the height of a curve; over a gap it stays where it is, since a file knows no place without one.
+void Plot::putOnCurve(myPlotMarker* marker, int iSens) const
+{
+    const double y = data->interpolateY(iSens, marker->xValue());
+    if (std::isfinite(y))
+        marker->setYValue(y);
 }
 
 /// After the curves were made anew.
@@ -300,7 +307,7 @@ void Plot::dropMarker(myPlotMarker* marker)
         if (at < 0 || cross->iReg < at)
             continue;
         if (cross->iReg == at)
-            cross->setYValue(data->interpolateY(cross->iSens, cross->xValue()));
+            putOnCurve(cross, cross->iSens);
         cross->iReg = cross->iReg == at ? -1 : cross->iReg - 1;
     }
     marker->detach();

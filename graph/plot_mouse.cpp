@@ -6,6 +6,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 
+#include <qwt_legend.h>
 #include <qwt_plot_picker.h>
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
@@ -71,10 +72,10 @@ void Plot::enableSlope(bool tf)
 
 bool Plot::eventFilter(QObject* object, QEvent* event)
 {
-    const int legendItem = legendItems.indexOf(qobject_cast<QWidget*>(object));
-    if (legendItem >= 0) {
+    auto* const widget = qobject_cast<QWidget*>(object);
+    if (legendView && widget && (widget == legendView->contentsWidget() || legendItems.contains(widget))) {
         if (isPress(event, Qt::RightButton))
-            handleLegendRight(legendItem);
+            rightPressLegend(object, static_cast<const QMouseEvent*>(event));
         return false;
     }
     if (object == axisWidget(yLeft)) {

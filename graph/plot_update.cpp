@@ -49,13 +49,14 @@ void Plot::setData()
 {
     if (type != GRAPH_LINE)
         return;
+    const QVector<CurveLook> before = looks();
     dropCurves();
     nSens = data->getNSens();
     hasColorimeter = data->hasColorimeter();
     if (activeSens >= nSens)
         activeSens = 0;
     for (int i = 0; i < nSens; ++i)
-        addCurve(i);
+        addCurve(i, before.value(i));
     fitLegend();
     if (index < 0)
         data->makeUniformScales();
@@ -70,12 +71,38 @@ void Plot::setData()
     replot();
 }
 
-void Plot::addCurve(int i)
+QVector<Plot::CurveLook> Plot::looks() const
+{
+    QVector<CurveLook> result;
+    for (const myPlotCurve* curve : curves)
+        result.append({curve->getChannel(), curve->getMode(), curve->getColor()});
+    return result;
+}
+
+QString Plot::channelKey(int i) const
+{
+    const SensorPtr& sensor = data->getSens(i);
+    if (!sensor)
+        return QString();
+    return QStringLiteral("%1 %2 %3 %4")
+        .arg(sensor->ID)
+        .arg(sensor->specialType)
+        .arg(sensor->specialOriginIndex)
+        .arg(sensor->groupName);
+}
+
+void Plot::addCurve(int i, const CurveLook& before)
 {
     auto* curve = new myPlotCurve(data, scaler.get(), i, columnPainter.get());
     curves.append(curve);
+    curve->setChannel(channelKey(i));
     if (isHiddenAtFirst(i))
         curve->hide();
+    if (!before.channel.isEmpty() && before.channel == curve->getChannel()) {
+        curve->setMode(before.mode);
+        if (before.color.isValid())
+            curve->setColor(before.color);
+    }
     const int hint = data->curveModeHint.value(i, -1);
     if (hint >= 0)
         curve->setMode(hint);
@@ -84,15 +111,14 @@ void Plot::addCurve(int i)
     watchLegendItem(curve);
 }
 
-// The last curve of the class is the mean over the loggers, which says something only for sensors of one
-// kind.
+// The average of the class says something only for sensors of one kind.
 bool Plot::isHiddenAtFirst(int i) const
 {
     const SensorList& sensors = data->getSensors();
     if (isHiddenKind(idOf(sensors[i])))
         return true;
-    return index < 0 && i == nSens - 1 &&
-           std::any_of(sensors.cbegin(), sensors.cend(),
+    return index < 0 && i == data->meanIndex() &&
+           std::any_of(sensors.cbegin(), sensors.cbegin() + i + 1,
                        [&](const SensorPtr& sensor) { return idOf(sensor) != idOf(sensors.first()); });
 }
 
@@ -151,6 +177,7 @@ void Plot::updateScales()
         if (first && !first->readClassSetMinMax)
             data->makeUniformScales();
         scaler->updateClassScales(data);
+        renewAverageName();
     } else {
         scaler->updateScales(data);
     }

@@ -49,7 +49,23 @@ void oneScale::calcScales(double minZoom, double maxZoom)
         scaleFullMin = std::max(dataMin - yFracRange * yDataR, minLimit);
         scaleFullMax = dataMax + yFracRange * yDataR;
     }
+    if (least.min < least.max) {
+        scaleFullMin = dataMin < least.min ? std::min(scaleFullMin, least.min) : least.min;
+        scaleFullMax = dataMax > least.max ? std::max(scaleFullMax, least.max) : least.max;
+    }
     setZoomScales(minZoom, maxZoom);
+}
+
+void oneScale::keepView(const ExpData& data, int iSens)
+{
+    const SensorPtr& sensor = data.getSens(iSens);
+    const Sensor::View* fixed = sensor ? Sensor::fixedView(sensor->ID) : nullptr;
+    if (!fixed)
+        return;
+    least = *fixed;
+    if (data.getYSize(iSens) == 0) // extremes of 0 that nobody measured
+        dataMin = dataMax = least.min;
+    calcScales();
 }
 
 void oneScale::setZoomScales(double minZoom, double maxZoom)
@@ -88,6 +104,7 @@ void scaleManager::setScales(const ExpData* data, bool isClass)
         const auto scale =
             ScalePtr::create(data->getMinY(i), data->getMaxY(i), sensor->max - sensor->min, sensor->min,
                              firstGroupIndex + i, sensor->groupName, sensor->name);
+        scale->keepView(*data, i);
         scales.append(scale);
         if (sensor->isTemperature() && !sensor->isRate)
             tempScales.append(scale);
@@ -110,7 +127,7 @@ void scaleManager::updateScales(const ExpData* data)
     const int n = std::min(data->getNSens(), scales.size());
     for (int i = 0; i < n; ++i) {
         const SensorPtr& sensor = data->getSens(i);
-        if (sensor && !sensor->readSetMinMax)
+        if (sensor && !sensor->readSetMinMax && data->getYSize(i) > 0)
             scales[i]->updateScale(data->getMinY(i), data->getMaxY(i), zoomMin, zoomMax);
     }
     unifyScales(data);
@@ -121,9 +138,11 @@ void scaleManager::updateClassScales(const ExpData* data)
     const int n = std::min(data->getNSens(), scales.size());
     for (int i = 0; i < n; ++i) {
         const SensorPtr& sensor = data->getSens(i);
+        oneScale& scale = *scales[i];
+        if (sensor && sensor->specialType > 0 && i > data->meanIndex())
+            scale.updateScale(data->getMinY(i), data->getMaxY(i), zoomMin, zoomMax);
         if (!sensor || !(sensor->readClassMinMax || sensor->readClassSetMinMax))
             continue;
-        oneScale& scale = *scales[i];
         scale.dataMin = scale.scaleZoomMin = sensor->classMinView;
         scale.dataMax = scale.scaleZoomMax = sensor->classMaxView;
     }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QVector>
 
+#include "sensors/sensor.h"
+
 class ExpData;
 class QwtScaleMap;
 
@@ -25,6 +27,8 @@ public:
     void updateScale(double newDataMin, double newDataMax, double zoomMin, double zoomMax);
     /// A range from outside. With `isClass` it is a common range and not one fixed by hand.
     void setUserScales(double uMin, double uMax, bool isClass);
+    /// The automatic range of a sensor with a view that it keeps is that view, or more where its data are.
+    void keepView(const ExpData& data, int iSens);
     bool isUserScale() const { return userScale; }
     double fullSpan() const { return scaleFullMax - scaleFullMin; }
 
@@ -42,6 +46,7 @@ public:
 
 private:
     bool userScale = false;
+    Sensor::View least{0, 0};
 };
 
 /// The y scales of one graph, one per sensor in sensor order.

@@ -4,6 +4,7 @@
 #include <QMap>
 
 #include <algorithm>
+#include <limits>
 
 #include "persistence/numbertext.h"
 #include "persistence/xmlscanner.h"
@@ -13,6 +14,8 @@ namespace {
 
 using Marker = StoredExperiment::Marker;
 using Channel = StoredExperiment::Channel;
+
+constexpr double gap = std::numeric_limits<double>::quiet_NaN();
 
 /// The walk through one document.
 class Walk
@@ -40,7 +43,7 @@ private:
     void readRoot();
     void readChildren(bool isRoot);
     void readElement();
-    QVector<double> readValues(const char* key);
+    QVector<double> readValues(const char* key, double emptyText);
     void readSensor();
     void readMarker(QVector<Marker>* list);
     void readMarkerContent(Marker* marker);
@@ -130,7 +133,7 @@ void Walk::readElement()
     const QStringView name = xml.name();
     if (name == QLatin1String("Times") && !areTimesRead) {
         areTimesRead = true;
-        experiment->times = readValues("t");
+        experiment->times = readValues("t", 0);
     } else if (name == QLatin1String("Sensor")) {
         readSensor();
     } else if (name == QLatin1String("LineMarker")) {
@@ -145,13 +148,15 @@ void Walk::readElement()
 }
 
 /// One value per child of the element whose start was read.
-QVector<double> Walk::readValues(const char* key)
+QVector<double> Walk::readValues(const char* key, double emptyText)
 {
     QVector<double> values;
+    QStringView text;
     for (;;) {
         switch (xml.next()) {
         case XmlScanner::StartElement:
-            values.append(number(key));
+            text = xml.attribute(QLatin1String(key));
+            values.append(text.isEmpty() && !text.isNull() ? emptyText : NumberText::toDouble(text));
             xml.skipElement();
             break;
         case XmlScanner::Text:
@@ -188,7 +193,7 @@ void Walk::readSensor()
     for (bool isFirst = true;; isFirst = false) {
         const XmlScanner::Token token = xml.next();
         if (token == XmlScanner::StartElement && isFirst)
-            channel.samples = readValues("v");
+            channel.samples = readValues("v", gap);
         else if (token == XmlScanner::StartElement)
             xml.skipElement();
         else if (token != XmlScanner::Text)

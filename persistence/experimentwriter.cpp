@@ -52,7 +52,8 @@ public:
         attribute(name, QString::number(value, 'g', 17));
     }
     void text(const QString& value) { escape(value, false); }
-    /// A line with one number for each value.
+    /// A line with one number for each value. A gap has an empty text: this program reads it as a gap, and
+    /// others of the family as 0, which they take for a reading that a logger did not have.
     template<int n, int m>
     void list(const char16_t (&before)[n], const QVector<double>& values, int decimals,
               const char16_t (&after)[m])
@@ -60,7 +61,8 @@ public:
         for (const double value : values) {
             raw(before);
             makeRoom(NumberText::maxFixed);
-            size += NumberText::fixed(value, decimals, &units[size]);
+            if (!std::isnan(value))
+                size += NumberText::fixed(value, decimals, &units[size]);
             raw(after);
         }
     }

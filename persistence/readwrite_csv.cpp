@@ -8,6 +8,9 @@
 #include <QTextStream>
 #include <QUrl>
 
+#include <cmath>
+#include <limits>
+
 #include "common/common.h"
 #include "data/expdata.h"
 #include "persistence/numbertext.h"
@@ -49,10 +52,13 @@ QString dataLine(const ExpData& data, int i, QChar separator)
         line += QLatin1String("00000");
     for (int j = 0; j < data.getNSens(); ++j) {
         const SensorPtr& sensor = data.getSens(j);
-        line += separator + QLatin1Char(' ');
-        line += sensor && i < data.getYSize(j)
-                    ? Common::myToString(data.getYAt(j, i), 'f', int(sensor->precision))
-                    : QStringLiteral("---");
+        const bool isStored = sensor && i < data.getYSize(j);
+        const double value = data.getYAt(j, i);
+        line += separator;
+        if (isStored && std::isnan(value))
+            continue; // a gap is an empty cell
+        line += QLatin1Char(' ');
+        line += isStored ? Common::myToString(value, 'f', int(sensor->precision)) : QStringLiteral("---");
     }
     return line + QLatin1Char('\n');
 }
@@ -89,12 +95,18 @@ QString readHeader(const QString& line, Columns* columns)
 
 QString readValues(const QString& line, Columns* columns)
 {
-    const QVector<QStringRef> parts = line.splitRef(QLatin1Char(','), Qt::SkipEmptyParts);
+    QVector<QStringRef> parts = line.splitRef(QLatin1Char(','));
+    // Commas behind the last column are another program's.
+    while (parts.size() > columns->values.size() + 1 && parts.constLast().isEmpty())
+        parts.removeLast();
     if (parts.size() != columns->values.size() + 1)
         return ReadWrite::tr("%1 columns instead of %2").arg(parts.size()).arg(columns->values.size() + 1);
     columns->times.append(NumberText::toDouble(parts[0]));
-    for (int j = 1; j < parts.size(); ++j)
-        columns->values[j - 1].append(NumberText::toDouble(parts[j]));
+    for (int j = 1; j < parts.size(); ++j) {
+        const bool isGap = parts[j].trimmed().isEmpty();
+        columns->values[j - 1].append(isGap ? std::numeric_limits<double>::quiet_NaN()
+                                            : NumberText::toDouble(parts[j]));
+    }
     return {};
 }
 

@@ -81,13 +81,19 @@ Sensor::Sensor(int ID, const Units& units, int inLoggerIndex, int virtualIndex)
     showCurve = row->showCurve;
     precision = ID == SENSOR_SOUND && units.wholeDecibels ? 0 : row->prec;
     setChildren();
-    if (ID == SENSOR_SOUND) {
-        minView = barUserMin = 55;
-        maxView = barUserMax = 100;
+    if (const View* fixed = fixedView(ID)) {
+        minView = barUserMin = fixed->min;
+        maxView = barUserMax = fixed->max;
         barUserScale = true;
         readSetMinMax = true;
     }
     applyAltUnit();
+}
+
+const Sensor::View* Sensor::fixedView(int ID)
+{
+    static constexpr View speechToNoise{55, 100}; // dB
+    return ID == SENSOR_SOUND ? &speechToNoise : nullptr;
 }
 
 void Sensor::setTexts()

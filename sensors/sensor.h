@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QObject>
+#include <QCoreApplication>
 #include <QSharedPointer>
 #include <QString>
 #include <QStringList>
@@ -18,9 +18,9 @@ using SensorList = QVector<SensorPtr>;
 /// One measurement channel, built from the catalogue by its sensor ID: what it is called and how it is shown.
 /// Samples are kept elsewhere and in the base unit of the catalogue; the user's unit is applied on the way
 /// out and taken off on the way in.
-class Sensor : public QObject
+class Sensor
 {
-    Q_OBJECT
+    Q_DECLARE_TR_FUNCTIONS(Sensor)
 
 public:
     /// A straight line from the base unit to the unit on display: shown = base * factor + offset.
@@ -28,6 +28,11 @@ public:
     {
         double factor = 1.0;
         double offset = 0.0;
+    };
+    struct View
+    {
+        double min;
+        double max;
     };
 
     /// `inLoggerIndex` and `virtualIndex` make this a child of the composite at that place of the logger's
@@ -52,6 +57,8 @@ public:
     bool isBarometer() const;
     bool needAltUnit() const { return alternativeUnit > 0; }
     AltUnit altUnit() const;
+    /// The view that channels of this ID keep until the user or their values ask for more; null for most.
+    static const View* fixedView(int ID);
 
     /// A value of this channel in the unit on display; with `clip` cut down to `precision` decimals.
     double shownValue(double base, bool clip) const;

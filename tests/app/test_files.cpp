@@ -93,6 +93,7 @@ private Q_SLOTS:
     {
         const auto [name, text, samples, said] =
             fetched<QString, QByteArray, int, QString>({"name", "text", "samples", "said"});
+        bench->manager->plotC()->getCurve(1)->hide();
         save(path("a.xml"));
         if (!text.isEmpty()) {
             QFile file(path(name));
@@ -109,6 +110,8 @@ private Q_SLOTS:
         QVERIFY2(status.contains(said) && (isOpened ? status.isEmpty() : true), qPrintable(status));
         if (!isOpened)
             return;
+        if (text.isEmpty()) // the file knows which curve was hidden
+            QVERIFY(!bench->manager->plotC()->getCurve(1)->isShown());
         bench->sample(0, 21, 22); // the run goes on, without a trace in the file
         Q_EMIT bench->manager->plotAt(0)->changedActiveCurve(0, 1);
         QCOMPARE(bench->data(-1)->getXSize(), samples);
@@ -146,9 +149,15 @@ private Q_SLOTS:
         QCOMPARE(set->getNSens(), before + 3);
         drop(path("a.xml")); // plainly again
         QVERIFY(!layoutList()->isEnabled());
-        for (const auto& [dt, end] :
-             {std::pair{0.0005F, "100 samples"}, {0.04F, "4 sec"}, {60.0F, "100 samples"}})
-            QCOMPARE(SyncData(dt).findChild<QLabel*>("labelRight")->text(), QString(end));
+        const std::tuple<float, const char*, int> sliders[] = {{0.0005F, "100 samples", 100},
+                                                               {0.01F, "2 sec", 200},
+                                                               {0.04F, "4 sec", 100},
+                                                               {60.0F, "100 samples", 100}};
+        for (const auto& [dt, end, samples] : sliders) {
+            const SyncData dialog(dt);
+            QCOMPARE(dialog.findChild<QLabel*>("labelRight")->text(), QString(end));
+            QCOMPARE(dialog.findChild<QSlider*>()->maximum(), samples);
+        }
     }
 
     void exportsAndPrintTakeTheChosenGraph()

@@ -2,6 +2,13 @@
 
 #include "data/expdata.h"
 
+inline Units inFahrenheit()
+{
+    Units units;
+    units.fahrenheit = true;
+    return units;
+}
+
 /// A loaded set whose times go as far as the first channel; without a `dt` they count the samples.
 inline void load(ExpData* data, const QVector<int>& ids, const QVector<QVector<double>>& channels,
                  double dt = 1)

@@ -118,6 +118,10 @@ private Q_SLOTS:
         data.addSpecialCurve(ExpData::CURVE_DERIV);
         sample(3, 3250);
         QCOMPARE(data.getYNoConv(1), QVector<double>({1, 1, -0.5, 4}));
+        data.addSpecialCurve(ExpData::CURVE_SMOOTH);
+        sample(6, 250); // two samples were lost: a slope over three periods
+        QCOMPARE(data.getYNoConvAt(1, 4), -2.0);
+        QCOMPARE(data.getYNoConv(2).mid(2), QVector<double>({2, 4.75 / 3, 1.75}));
         const SensorPtr& speed = data.getSens(1);
         QCOMPARE(speed->name, QStringLiteral("Speed"));
         QCOMPARE(speed->unitName, QStringLiteral("m/s"));
@@ -127,16 +131,42 @@ private Q_SLOTS:
 
     void derivedCurvesFollowTheUnit()
     {
-        Settings::mainStore().setValue(QLatin1String(Settings::unitsCelsius), false);
-        ExpData data;
+        ExpData data(inFahrenheit());
         data.setDataNew(1, {0, 1, 2}, 1);
         data.addSensorData(0, SENSOR_IR_TEMP, {10, 20, 30}, -1);
         data.setSelectedSensor(0);
         data.addSpecialCurve(ExpData::CURVE_SMOOTH);
         data.addSpecialCurve(ExpData::CURVE_DERIV);
-        Settings::mainStore().remove(QLatin1String(Settings::unitsCelsius));
         QCOMPARE(data.getYAt(1, 1), 68.0); // a temperature
         QCOMPARE(data.getYAt(2, 1), 18.0); // a difference of ten degrees
+    }
+
+    // A missing sample has no part in anything, and nothing is calculated across it.
+    void gapsAreNoValues()
+    {
+        const double none = qQNaN();
+        const auto isGap = [](double v) { return std::isnan(v); };
+        ExpData data;
+        load(&data, {SENSOR_LIGHT}, {{none, 2, 4, none, 8, 6, none}});
+        QCOMPARE(data.getMinY(0), 2.0);
+        QCOMPARE(data.getMaxY(0), 8.0);
+        QVERIFY(isGap(data.interpolateY(0, 2.5)));
+        QCOMPARE(data.interpolateY(0, 2), 4.0);
+        QCOMPARE(data.interpolateY(0, 4.5), 7.0);
+        QCOMPARE(data.integral(0, 1, 5), 3.0 + 7.0);
+        double a = 0, b = 0, c = 0, r = 0;
+        data.regression(1, 0, 1.5, 3.5, &a, &b, &c, &r);
+        QCOMPARE(b, 2.0);
+        data.calcStat(&a, &b, &c, &r);
+        QCOMPARE(QVector<double>({a, b, c}), QVector<double>({2, 8, 5}));
+        data.addSpecialCurve(ExpData::CURVE_DERIV);
+        data.addSpecialCurve(ExpData::CURVE_SMOOTH);
+        const QVector<double> slopes{none, 2, 2, none, 2, -2, none};
+        const QVector<double> smooth{none, 3, 3, none, 7, 7, none};
+        for (int i = 0; i < slopes.size(); ++i) {
+            QVERIFY(isGap(slopes[i]) ? isGap(data.getYNoConvAt(1, i)) : data.getYNoConvAt(1, i) == slopes[i]);
+            QVERIFY(isGap(smooth[i]) ? isGap(data.getYNoConvAt(2, i)) : data.getYNoConvAt(2, i) == smooth[i]);
+        }
     }
 
     void readsBetweenSamples()
@@ -190,6 +220,9 @@ private Q_SLOTS:
         double accel = -1, gain = -1;
         data.photoAccel(1, 0, &accel, &gain, &mid, &time);
         QCOMPARE(accel, 1.25 / 0.04);
+        data.setCardWidth(0.1);
+        data.photoSpeed(0, &speed, &mid, &time, &width);
+        QCOMPARE(speed, 2.5);
     }
 };
 

@@ -1,6 +1,8 @@
 #include <QRandomGenerator>
 #include <QTest>
 
+#include <cmath>
+#include <functional>
 #include <numeric>
 
 #include "common/settings.h"
@@ -76,14 +78,61 @@ private Q_SLOTS:
         QCOMPARE(temp->mapMin, -5.0);
         QCOMPARE(temp->maxView, 20.0);
 
-        // The next run has no temperature, yet the class still has a curve of this one.
-        fed.online(0b001, 0, QByteArray::fromHex("1b58"));
-        ExpData classData;
-        classData.setDataNewEmpty({temp, data.getSens(1)}, 0.1024);
-        QCOMPARE(classData.getSensors(), SensorList({temp, data.getSens(1)}));
         data.setDataNewEmpty(fed.logger().runChannels(), 0);
         data.addSample(3, fed.row());
         QCOMPARE(data.getX(), Values({3.0}));
+    }
+
+    // What was recorded stays what it was when a plug is pulled, a class is built from it or a run begins.
+    void channelsBelongToOneSet()
+    {
+        FedLogger fed(QByteArray{"\x02\x1e"}); // pH, ambient temperature
+        ExpData data(&fed.protocol);
+        fed.online(0b11, 0, QByteArray::fromHex("1b5800c8"));
+        const SensorPtr& theirs = fed.logger().getSensors().at(1);
+        theirs->readSetMinMax = theirs->readClassMinMax = theirs->readClassSetMinMax = true;
+        data.setDataNewEmpty(fed.logger().runChannels(), 1);
+        data.fillSensorListFromLoggerList(fed.logger().getSensors(), false);
+        QVERIFY(theirs->readSetMinMax && theirs->readClassMinMax && theirs->readClassSetMinMax);
+        QVERIFY(!data.getSens(1)->readSetMinMax);
+        data.addSample(0, {7, 20});
+        const int measured = theirs->ID;
+        theirs->ID = SENSOR_VOLTAGE;
+        ExpData classSet;
+        classSet.setDataNewEmpty({data.getSens(1), activeSensor(SENSOR_AMB_TEMP)}, 1);
+        classSet.getSens(0)->name = QStringLiteral("other");
+        classSet.joinSample(0, 0, 90);
+        QCOMPARE(data.getSens(1)->ID, measured);
+        QCOMPARE(data.getSens(1)->maxView, 20.0);
+        QVERIFY(data.getSens(1)->name != QStringLiteral("other"));
+    }
+
+    void onlyWhatTheUserMadeNeedsToBeSaved()
+    {
+        ExpData own;
+        load(&own, {SENSOR_LIGHT}, {{1, 2, 3}});
+        QVERIFY(!own.isNeedSave());
+        ExpData data;
+        data.setNeedSave(true);
+        data.setDataNewEmpty({activeSensor(SENSOR_LIGHT), activeSensor(SENSOR_LIGHT)}, 1);
+        data.setSelectedSensor(0);
+        data.joinChannel(0, own.getSens(0), own);
+        data.makeUniformScales();
+        data.setXRange();
+        QVERIFY(!data.isNeedSave());
+        const std::function<void()> doings[] = {[&] { data.joinSample(0, 3, 4); },
+                                                [&] { data.smoothCurve(); },
+                                                [&] { data.addSpecialCurve(ExpData::CURVE_DERIV); },
+                                                [&] { data.doCrop(1, 3); },
+                                                [&] {
+                                                    data.addSample(9, {1, 1});
+                                                },
+                                                [&] { data.takeExperiment(own.getSensors(), 1, {{5}}); }};
+        for (const auto& doing : doings) {
+            data.setNeedSave(false);
+            doing();
+            QVERIFY(data.isNeedSave());
+        }
     }
 
     void takesOverADownload()
@@ -91,7 +140,8 @@ private Q_SLOTS:
         FedLogger fed(QByteArray{"\x02\x16\x1e"}); // pH, pulse, ambient temperature
         ExpData data(&fed.protocol);
         fed.download(0b110, 3, 3, QByteArray::fromHex("00468000000000468000001e004680000032"));
-        data.getLoggerExperiment();
+        const StoredRun& run = fed.logger().storedRun();
+        data.takeExperiment(run.channels, run.dt, run.columns);
         QCOMPARE(data.getX(), Values({0.0, 0.1024, 0.2048}));
         QCOMPARE(data.getData(), QVector<Values>({Values(3, 70.0), Values(3, 1.65), {0.0, 3.0, 5.0}}));
         QCOMPARE(data.getMaxX(), 0.2048);
@@ -118,8 +168,7 @@ private Q_SLOTS:
 
     void servesOneChannelInDegreesFahrenheit()
     {
-        Settings::mainStore().setValue(QLatin1String(Settings::unitsCelsius), false);
-        ExpData data;
+        ExpData data(inFahrenheit());
         QVERIFY(data.boundingRect().isNull());
         QCOMPARE(data.sample(3), QPointF());
         load(&data, {SENSOR_PH, SENSOR_AMB_TEMP}, {{7, 8, 9}, {10, 20, 40, 30}});
@@ -189,54 +238,109 @@ private Q_SLOTS:
         QCOMPARE(data.getX(), Values({4, 5}));
     }
 
-    // Three loggers that deliver as they like, one of them starting late: after each sample every position
-    // that all begun channels reach has their mean, and no other has one.
-    void theAverageIsTheMeanOfWhatIsStored()
+    // Three loggers that lose samples and deliver as they like: each value stands at its time, and the
+    // average of a time is over those that have a value there, whether they came one by one or whole.
+    void theAverageIsTheMeanOfWhatIsThere()
     {
         QRandomGenerator dice(20240607);
-        for (int round = 0; round < 30; ++round) {
+        for (const double dt : {0.5, 0.0}) {
+            const double period = dt > 0 ? dt : 1;
             ExpData loggers[3];
-            SensorList list{activeSensor(SENSOR_LIGHT)};
+            const SensorList list(4, activeSensor(SENSOR_LIGHT));
+            ExpData live;
+            live.setDataNewEmpty(list, dt);
+            QMap<int, Values> truth; // by sample number
+            int next[3] = {0, 0, 40};
             for (ExpData& logger : loggers) {
-                logger.setDataNewEmpty({activeSensor(SENSOR_PH), activeSensor(SENSOR_LIGHT)}, 0.5);
+                logger.setDataNewEmpty({activeSensor(SENSOR_PH), activeSensor(SENSOR_LIGHT)}, dt);
                 logger.setSelectedSensor(1);
-                list.prepend(logger.getSens(1));
             }
-            ExpData data;
-            data.setDataNewEmpty(list, 0.5);
-            const int speed[3] = {2, 5, 9};
-            const int lateFrom = dice.bounded(60);
-            for (int step = 0; step < 120; ++step) {
+            for (int step = 0; step < 400; ++step) {
                 const int i = dice.bounded(3);
-                if (dice.bounded(10) >= speed[i] || (i == round % 3 && step < lateFrom))
-                    continue;
-                loggers[i].addSample(loggers[i].getXSize() * 0.5, {1.0, 10 + dice.bounded(5000) / 7.0});
-                // Some samples reach the class only with the next one.
+                const int number = next[i]++;
+                if (dice.bounded(10) == 0)
+                    continue; // lost
+                const double value = 10 + dice.bounded(5000) / 7.0;
+                loggers[i].addSample(number * period, {1.0, value});
+                // A clock that runs a little late is the same sample all the same.
                 if (dice.bounded(4) > 0)
-                    data.addSample(i, &loggers[i]);
-                verifyAverage(data, loggers);
-                if (QTest::currentTestFailed())
-                    return;
+                    live.joinSample(i, (number + dice.bounded(0.3)) * period, value);
+                else
+                    live.addSample(i, &loggers[i]);
+                Values& row = truth[number];
+                row.resize(3);
+                row[i] = value;
             }
+            verifyAverage(live, truth);
+            ExpData whole;
+            whole.setDataNewEmpty(list, dt);
+            for (const int i : {2, 0, 1, 2})
+                whole.joinChannel(i, loggers[i].getSens(1), loggers[i]);
+            verifyAverage(whole, truth);
+            QCOMPARE(whole.getX().size(), truth.size());
+            QCOMPARE(whole.getXAt(truth.size() - 1), truth.lastKey() * period);
         }
+    }
+
+    // What the user did to the class stays when one group's channel comes anew.
+    void aChannelJoinedAnewLeavesTheRest()
+    {
+        ExpData light, sour;
+        load(&light, {SENSOR_LIGHT}, {{0, 10, 20, 30, 40, 50}});
+        load(&sour, {SENSOR_PH}, {{1, 2, 3, 4, 5, 6, 7, 8}});
+        ExpData data;
+        data.setDataNewEmpty(SensorList(3, activeSensor(SENSOR_LIGHT)), 1);
+        data.joinChannel(0, light.getSens(0), light);
+        data.joinChannel(1, light.getSens(0), light);
+        data.doCrop(1, 5);
+        data.setSelectedSensor(1);
+        data.smoothCurve();
+        data.setSelectedSensor(2);
+        data.addSpecialCurve(ExpData::CURVE_DERIV);
+        data.getSens(1)->readClassSetMinMax = true;
+        data.getSens(1)->classMaxView = 77;
+        const QString smooth = data.getSens(1)->name;
+
+        data.joinChannel(0, sour.getSens(0), sour);
+        QCOMPARE(data.getYNoConv(1), Values({15, 20, 30, 35}));
+        QCOMPARE(data.getSens(1)->name, smooth);
+        QCOMPARE(data.getYNoConv(0).mid(0, 4), Values({2, 3, 4, 5})); // the times 1 to 4, which the crop kept
+        QCOMPARE(data.getX(), Values({1, 2, 3, 4, 6, 7}));            // and what is later than the crop knew
+        QCOMPARE(data.getYNoConv(2), Values({8.5, 11.5, 17, 20, 7, 8}));
+        QCOMPARE(data.getYNoConv(3), Values({3, 3, 5.5, 3, -6.5, 1}));
+        QCOMPARE(data.getSens(2)->ID, int(SENSOR_PH)); // the average is of the first group's kind
+        QCOMPARE(data.groupsInAverage(), 2);
+        QCOMPARE(data.valuesAt(4), 1);
+        data.joinChannel(0, light.getSens(0), light);
+        QCOMPARE(data.getX(), Values({1, 2, 3, 4}));
+        QCOMPARE(data.getSens(0)->classMaxView, 77.0);
+        data.joinSample(0, 9, 100);
+        data.joinSample(0, 0, 100);
+        data.joinSample(1, 5.2, 100);
+        QCOMPARE(data.getX(), Values({1, 2, 3, 4, 9}));
+        QCOMPARE(data.getYNoConvAt(3, 4), (100 - 37.5) / 5);
+        // Another period is not for this class, but does no harm.
+        ExpData fast;
+        load(&fast, {SENSOR_LIGHT}, {Values(40, 6.0)}, 0.15);
+        data.joinChannel(1, fast.getSens(0), fast);
+        QVERIFY(std::is_sorted(data.getX().begin(), data.getX().end()));
     }
 
     void aClassIsRebuiltFromStoredRuns()
     {
-        Settings::mainStore().setValue(QLatin1String(Settings::unitsCelsius), false);
-        ExpData first;
+        ExpData first(inFahrenheit());
         load(&first, {SENSOR_AMB_TEMP}, {{20, 30}});
-        ExpData second;
+        ExpData second(inFahrenheit());
         load(&second, {SENSOR_AMB_TEMP}, {{10, 12, 14}});
         ExpData data;
-        data.setDataNewEmpty({first.getSens(0), second.getSens(0), activeSensor(SENSOR_AMB_TEMP)}, 1);
+        data.setDataNewEmpty({first.getSens(0), second.getSens(0), second.getSens(0)}, 1);
         data.copyValues(0, &first);
         data.copyValues(1, &second);
         data.updateMean(true);
         data.makeUniformScales();
         QCOMPARE(data.getX(), Values({0, 1, 2}));
-        QCOMPARE(data.getYNoConv(2), Values({15, 21}));
-        QCOMPARE(data.minY, Values({20, 10, 15}));
+        QCOMPARE(data.getYNoConv(2), Values({15, 21, 14}));
+        QCOMPARE(data.minY, Values({20, 10, 14}));
         for (const SensorPtr& sensor : data.getSensors()) {
             QCOMPARE(sensor->classMinView, 50.0);
             QCOMPARE(sensor->classMaxView, 86.0);
@@ -244,26 +348,20 @@ private Q_SLOTS:
     }
 
 private:
-    static void verifyAverage(const ExpData& data, const ExpData* loggers)
+    static void verifyAverage(const ExpData& data, const QMap<int, Values>& truth)
     {
-        QVector<Values> begun;
-        int reach = INT_MAX;
-        for (int c = 0; c < 3; ++c) {
-            const Values& y = data.getYNoConv(c);
-            QCOMPARE(y, loggers[c].getYNoConv(1).mid(0, y.size()));
-            QVERIFY(data.getXSize() >= y.size());
-            if (y.isEmpty())
-                continue;
-            begun.append(y);
-            reach = qMin(reach, y.size());
-            QCOMPARE(data.minY.at(c), *std::min_element(y.begin(), y.end()));
-        }
-        QCOMPARE(data.getYSize(3), begun.isEmpty() ? 0 : reach);
-        for (int k = 0; k < data.getYSize(3); ++k) {
-            double sum = 0.0;
-            for (const Values& y : begun)
-                sum += y.at(k);
-            QCOMPARE(data.getYNoConvAt(3, k), sum / begun.size());
+        for (auto at = truth.begin(); at != truth.end(); ++at) {
+            const int row = int(std::distance(truth.begin(), at));
+            double sum = 0;
+            int count = 0;
+            for (int c = 0; c < 3; ++c) {
+                const double value = data.getYNoConv(c).value(row, qQNaN());
+                QVERIFY(at->at(c) == 0 ? std::isnan(value) : value == at->at(c));
+                count += at->at(c) == 0 ? 0 : 1;
+                sum += at->at(c);
+            }
+            QCOMPARE(data.getYNoConvAt(3, row), sum / count);
+            QCOMPARE(data.valuesAt(row), count);
         }
     }
 };

@@ -1,6 +1,9 @@
 #include <QCheckBox>
 #include <QComboBox>
 
+#include <algorithm>
+#include <cmath>
+
 #include "graph/plot.h"
 #include "tests/e2e/virtualclassbench.h"
 
@@ -56,7 +59,10 @@ private Q_SLOTS:
         for (int k = 0; k < sent[0].size(); ++k)
             QCOMPARE(data(0)->getXAt(k), k * data(0)->dt);
         QCOMPARE(data(0)->getData(), sent);
-        QCOMPARE(classData()->getYNoConv(0), sent[0]);
+        QVector<double> joined = classData()->getYNoConv(0); // with gaps where only others sampled
+        joined.erase(std::remove_if(joined.begin(), joined.end(), [](double v) { return std::isnan(v); }),
+                     joined.end());
+        QCOMPARE(joined, sent[0]);
         QVERIFY(manager->plotAt(0)->isVisible());
         QCOMPARE(int(manager->plotAt(0)->itemList(QwtPlotItem::Rtti_PlotCurve).size()), sent.size());
         QVERIFY(corrected > 0 || sent[0].size() < 30);

@@ -33,14 +33,19 @@ struct Case
     int from = 0;
     Sensor::AltUnit unit;
 
-    QPolygonF line() const
+    double longest = std::numeric_limits<double>::infinity();
+
+    QVector<QPolygonF> lines() const
     {
-        QPolygonF points;
+        QVector<QPolygonF> result{{}};
         for (int i = from; i < y.size(); ++i) {
+            if (std::isnan(y[i]) || (i > 0 && x[i] - x[i - 1] > longest))
+                result.append(QPolygonF());
             if (!std::isnan(y[i]))
-                points << QPointF(xMap.transform(x[i]), yMap.transform(y[i] * unit.factor + unit.offset));
+                result.last() << QPointF(xMap.transform(x[i]),
+                                         yMap.transform(y[i] * unit.factor + unit.offset));
         }
-        return points;
+        return result;
     }
 };
 
@@ -110,7 +115,8 @@ QImage plainPicture(const Case& c, int width)
     painter.scale(zoom, zoom);
     painter.setPen(QPen(Qt::black, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     const double middle = width % 2 ? 0.5 : 0; // of the pixel that the pen is centred on
-    painter.drawPolyline(c.line().translated(middle, middle));
+    for (const QPolygonF& line : c.lines())
+        painter.drawPolyline(line.translated(middle, middle));
     return image;
 }
 
@@ -118,7 +124,7 @@ QVector<QRect> spansOf(CurvePainter& painter, const Case& c, const CurvePainter:
 {
     painter.forget();
     painter.setTime(c.x, c.xMap, canvas);
-    return painter.spans({c.y.constData(), c.from, c.y.size(), c.unit}, c.yMap, pen);
+    return painter.spans({c.y.constData(), c.from, c.y.size(), c.unit, c.longest}, c.yMap, pen);
 }
 
 QImage spanPicture(const QVector<QRect>& spans)
@@ -173,6 +179,12 @@ private Q_SLOTS:
             c.y[i] = std::numeric_limits<double>::quiet_NaN();
         std::fill(c.y.begin() + 800, c.y.begin() + 1000, std::numeric_limits<double>::quiet_NaN());
         row("not a number", c);
+        c = makeCase(40, wave);
+        c.y[12] = c.y[13] = c.y[30] = std::numeric_limits<double>::quiet_NaN();
+        for (int i = 20; i < 40; ++i)
+            c.x[i] += 7.5;
+        c.longest = 7;
+        row("broken at gaps of values and of time", c);
         c = makeCase(300, wave);
         c.y.resize(130);
         row("channel shorter than the time", c);
@@ -220,8 +232,16 @@ private Q_SLOTS:
         const QImage dot = spanPicture(spansOf(painter, c, {4, false}));
         QCOMPARE(covered(dot, 45), qMakePair(28, 31));
         QCOMPARE(covered(dot, 57), qMakePair(-1, -1));
+        QCOMPARE(painter.lonely(), QVector<int>({0}));
         c.y[0] = std::numeric_limits<double>::quiet_NaN();
         QVERIFY(spansOf(painter, c, {4, false}).isEmpty());
+
+        // Of several it names those that no line leads to.
+        c = makeCase(12, wave);
+        for (int i : {1, 4, 6, 10})
+            c.y[i] = std::numeric_limits<double>::quiet_NaN();
+        spansOf(painter, c, {4, false});
+        QCOMPARE(painter.lonely(), QVector<int>({0, 5, 11}));
     }
 
     void dashesLeaveGaps()

@@ -410,9 +410,8 @@ private Q_SLOTS:
 
     void storedMarkers()
     {
-        Settings::mainStore().setValue(Settings::unitsCelsius, false);
+        data.reset(new ExpData(inFahrenheit()));
         show();
-        Settings::mainStore().remove(Settings::unitsCelsius);
         const auto stored = [&](markerType type, double x, bool isLocked = false) {
             auto* marker = new myPlotMarker(0, type);
             marker->setValue(x, 20);

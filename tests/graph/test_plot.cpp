@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include <qwt_plot_renderer.h>
+#include <qwt_scale_div.h>
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
@@ -138,6 +139,174 @@ private Q_SLOTS:
         plot->keepCurveModesInData();
         plot->setData();
         QCOMPARE(plot->getShownSensIDs(), shown);
+    }
+
+    // Legend clicks, joins and new runs make the curves anew.
+    void aCurveStaysAsTheUserLeftIt()
+    {
+        const auto run = [this](const QVector<int>& ids) {
+            SensorList list;
+            for (int id : ids)
+                list.append(SensorPtr::create(id));
+            data->setDataNewEmpty(list, 1);
+            plot->setData();
+        };
+        show(threeSensors, 100, 0.1);
+        data->setDataNewEmpty(SensorList(data->getSensors()), 1);
+        pressRightAt(legendItem(0));
+        pressRightAt(legendItem(2));
+        pressRightAt(legendItem(2));
+        plot->otherColorChanged(1, Qt::magenta);
+        plot->updateSens(1);
+        run(threeSensors);
+        QVERIFY(plot->getCurve(0)->isSymbol() && plot->getCurve(1)->isLine() &&
+                !plot->getCurve(2)->isShown());
+        QCOMPARE(plot->getCurvePen(1).color(), QColor(Qt::magenta));
+        QCOMPARE(plot->getActiveSens(), 1);
+        run({SENSOR_VOLTAGE, SENSOR_LIGHT, SENSOR_LIGHT});
+        QVERIFY(plot->getCurve(1)->isLine() && plot->getCurvePen(1).color() != QColor(Qt::magenta));
+        QVERIFY(!plot->getCurve(2)->isShown());
+        // Saved, then changed: not back to what was saved.
+        plot->keepCurveModesInData();
+        pressRightAt(legendItem(2));
+        plot->setData();
+        QVERIFY(plot->getCurve(2)->isLine());
+    }
+
+    void theClassSaysWhatItIsOver()
+    {
+        SensorList list(3, SensorPtr::create(SENSOR_LIGHT));
+        list.append(SensorPtr::create(SENSOR_LIGHT));
+        list.last()->groupName = QStringLiteral("Average");
+        data->setDataNewEmpty(list, 1);
+        PlotTest::show({640, 400}, GRAPH_LINE, -1);
+        for (int i = 0; i < 20; ++i) {
+            data->joinSample(0, i, i);
+            data->joinSample(2, i, 2 * i);
+        }
+        plot->Update();
+        QVERIFY(plot->getCurve(3)->title().text().endsWith(QStringLiteral("(2)")));
+        data->joinSample(1, 19, 7);
+        data->setSelectedSensor(3);
+        data->addSpecialCurve(ExpData::CURVE_DERIV);
+        plot->setData();
+        QVERIFY(!plot->getCurve(3)->title().text().contains(QLatin1Char('(')));
+        QVERIFY(plot->getCurve(4)->isVisible());
+        plot->Update();
+        QVERIFY(plot->scaler->getScaleMax(4) < 5); // its own values are below 2
+    }
+
+    void theLegendAsksForAllGroups()
+    {
+        show(threeSensors, 100, 0.1);
+        QSignalSpy asked(plot.data(), &Plot::shownForAll);
+        plot->updateSens(2);
+        QWidget* const beside = qobject_cast<QwtLegend*>(plot->legend())->contentsWidget();
+        const auto choose = [&](QWidget* at, Qt::KeyboardModifiers keys, const QPoint& pos) {
+            QTest::mousePress(at, Qt::RightButton, keys, pos);
+            auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            QVERIFY(menu);
+            menu->findChild<QAction*>("showForAllAct")->trigger();
+            menu->close();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        };
+        choose(legendItem(1), Qt::ShiftModifier, {3, 3});
+        QVERIFY(plot->getCurve(1)->isLine());
+        choose(beside, Qt::NoModifier, {2, beside->height() - 2});
+        QCOMPARE(asked, QList<QVariantList>({{int(SENSOR_PH)}, {int(SENSOR_LIGHT)}}));
+    }
+
+    // A range fixed from seconds to minutes shows whole minutes.
+    void ticksFollowTheUnit()
+    {
+        show(threeSensors, 50, 10);
+        data->finalData = true;
+        plot->Update();
+        plot->setData(); // the range of the run at work again
+        QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Time [min]"));
+        data->setDataNew(1, {0, 20, 119, 121}, 1);
+        data->addSensorData(0, SENSOR_PH, {1, 2, 3, 4}, -1);
+        plot->setData();
+        for (const double unit : {60.0, 1.0}) {
+            if (unit == 1) {
+                data->doCrop(0, 100);
+                plot->Update();
+            }
+            plot->Update();
+            for (const double tick : plot->axisScaleDiv(QwtPlot::xBottom).ticks(QwtScaleDiv::MajorTick))
+                QVERIFY2(std::fmod(tick, unit / 2) == 0.0, qPrintable(QString::number(tick)));
+        }
+    }
+
+    // On the screen and in an export: no line over gaps, and a point for a sample without neighbours.
+    void linesBreakAtGaps()
+    {
+        const double none = qQNaN();
+        data->setDataNew(1, {0, 1, 2, 3, 7, 12, 13, 14}, 1);
+        data->addSensorData(0, SENSOR_VOLTAGE, {2, 2, none, 2, 2, 2, none, 2}, -1);
+        PlotTest::show({640, 400});
+        data->finalData = true;
+        plot->Update();
+        QImage exported(plot->size(), QImage::Format_RGB32);
+        exported.fill(Qt::white);
+        QwtPlotRenderer().renderTo(plot.data(), exported);
+        const QPoint origin = plot->canvas()->pos();
+        const QColor color = plot->getCurvePen(0).color();
+        for (const QImage& image : {plot->grab().toImage(), exported}) {
+            const auto inked = [&](double x, int beside) {
+                const QPoint at = place(0, x, 2) + origin;
+                int hits = 0;
+                for (int row = at.y() - 8; row <= at.y() + 8; ++row) {
+                    for (int column = at.x() - beside; column <= at.x() + beside; ++column)
+                        hits += image.pixelColor(column, row) == color;
+                }
+                return hits;
+            };
+            for (double x : {0.5, 4.0, 5.0})
+                QVERIFY(inked(x, 0) > 0);
+            for (double x : {2.0, 9.5, 13.0})
+                QCOMPARE(inked(x, 0), 0);
+            for (double x : {12.0, 14.0}) // larger than the pen
+                QVERIFY(inked(x, 5) > 16);
+        }
+    }
+
+    void soundKeepsItsView_data()
+    {
+        columns<int, QVector<double>, QPair<double, double>>({"index", "values", "range"});
+        const auto row = [](const char* title, int index, const QVector<double>& values, double from,
+                            double to) { QTest::newRow(title) << index << values << qMakePair(from, to); };
+        row("before the first sample", 0, {}, 55, 100);
+        row("quiet talk", 0, {60, 70}, 55, 100);
+        row("a shout", 0, {60, 110}, 55, 115);
+        row("silence", 0, {30, 90}, 24, 100);
+        row("class", -1, {60, 70}, 55, 100);
+        row("class with a shout", -1, {60, 110}, 55, 110);
+    }
+
+    void soundKeepsItsView()
+    {
+        QFETCH(int, index);
+        QFETCH(QVector<double>, values);
+        data->setDataNewEmpty({SensorPtr::create(SENSOR_SOUND), SensorPtr::create(SENSOR_SOUND)}, 1);
+        PlotTest::show({640, 400}, GRAPH_LINE, index);
+        Plot bars(data.data(), GRAPH_BAR, false, 0);
+        for (int i = 0; i < values.size(); ++i) {
+            if (index < 0)
+                data->joinSample(0, i, values[i]);
+            else
+                data->addSample(i, {values[i], values[i]});
+            plot->Update();
+        }
+        QTEST(qMakePair(plot->scaler->getScaleMin(0), plot->scaler->getScaleMax(0)), "range");
+        if (index < 0 || values.isEmpty())
+            return;
+        bars.updateBarSens(0, true);
+        QTEST(rangeOf(bars, QwtPlot::yLeft), "range");
+        data->getSens(0)->readSetMinMax = true; // the user asks for another
+        plot->scaler->scales[0]->setUserScales(0, 50, false);
+        plot->Update();
+        QCOMPARE(plot->scaler->getScaleMax(0), 50.0);
     }
 
     void colorimeterHasItsOwnColors()

@@ -8,6 +8,7 @@
 
 #include <cmath>
 
+#include "graph/myplotcurve.h"
 #include "graph/myplotmarker.h"
 #include "graph/plot.h"
 #include "graph/scalemanager.h"
@@ -82,11 +83,11 @@ private:
                                 QStringLiteral("Line"), reason);
     }
 
-    void renew()
+    void renew(const Units& units = {})
     {
         graph.reset();
         bar.reset();
-        data = std::make_unique<ExpData>();
+        data = std::make_unique<ExpData>(units);
         graph = std::make_unique<Plot>(data.get(), GRAPH_LINE, false, 0);
         bar = std::make_unique<Plot>(data.get(), GRAPH_BAR, false, 0);
     }
@@ -127,11 +128,7 @@ private:
 private:
     void begin() override { renew(); }
 
-    void finish() override
-    {
-        SafeFile::setFactory(nullptr);
-        Settings::mainStore().remove(Settings::unitsCelsius);
-    }
+    void finish() override { SafeFile::setFactory(nullptr); }
 
 private Q_SLOTS:
     void bytesOfAFile()
@@ -156,11 +153,17 @@ private Q_SLOTS:
     void comesBack()
     {
         makeExperiment();
+        data->setAppendIndex(2);
+        graph->getCurve(1)->setMode(CURVE_HIDDEN);
+        data->replaceYVal(0, 3, qQNaN());
+        graph->markers[3]->b = -0.75;
+        graph->markers[3]->c = 20.5;
         const QVector<QVector<double>> samples = data->getData();
         QVERIFY(write(QString::fromUtf8("Опыт")));
         // In another unit the file shows other numbers and is written the same.
-        Settings::mainStore().setValue(Settings::unitsCelsius, false);
-        renew();
+        Units other;
+        other.fahrenheit = true;
+        renew(other);
         QString reason;
         QCOMPARE(ReadWrite::read(name, data.get(), graph.get(), bar.get(), false, &reason), QString("Line"));
         QCOMPARE(reason, QString());
@@ -168,20 +171,25 @@ private Q_SLOTS:
         QCOMPARE(graph->title().text(), QString::fromUtf8("Опыт"));
         QCOMPARE(data->getSens(0)->name, QString::fromUtf8("Группа 1 - ") + Sensor(SENSOR_AMB_TEMP_NTC).name);
         QCOMPARE(data->getYAt(0, 1), qRound(samples[0][1] * 100) / 100.0 * 1.8 + 32);
+        QVERIFY(std::isnan(data->getYNoConvAt(0, 3)));
+        QVERIFY(bytesOf(name).contains(utf16("<V v=\"\"/>").mid(2))); // 0 for whoever knows no gaps
         QCOMPARE(data->getYSize(1), 3);
         QCOMPARE(data->getLeftPad(1), 2);
+        QCOMPARE(data->getAppendIndex(), 2);
+        QVERIFY(graph->getCurve(0)->isSymbol() && !graph->getCurve(1)->isShown());
         QCOMPARE(data->getSelectedSensor(), 1);
         QCOMPARE(graph->scaler->scales[0]->scaleFullMax, double(float(31.7)) * 1.8 + 32);
         QCOMPARE(graph->markers.size(), 7);
         QCOMPARE(graph->markers[0]->getPic().size(), QSize(30, 20));
         QCOMPARE(graph->markers[4]->connectTo, graph->markers[3]);
         QCOMPARE(graph->markers[3]->a, double(float(1.0 / 3)) * 1.8);
+        QCOMPARE(graph->markers[3]->b, -0.75 * 1.8);
+        QCOMPARE(graph->markers[3]->c, 20.5 * 1.8 + 32);
         QVERIFY(graph->markers[5]->isLocked());
         QCOMPARE(bar->markers.size(), 1);
         QCOMPARE(graph->markers[1]->yValue(), 21.5 /* pH has one unit */);
         QVERIFY(write(QString::fromUtf8("Опыт")));
         const QByteArray inFahrenheit = bytesOf(name);
-        Settings::mainStore().setValue(Settings::unitsCelsius, true);
         renew();
         ReadWrite::read(name, data.get(), graph.get(), bar.get());
         graph->setData();

@@ -4,6 +4,8 @@
 #include <QXmlStreamReader>
 #include <QtTest>
 
+#include <cmath>
+
 #include <archive.h>
 #include <archive_entry.h>
 
@@ -129,6 +131,33 @@ private Q_SLOTS:
         QCOMPARE(bytesOf(csv).right(lastLine.size()), lastLine);
     }
 
+    // At every rate a table says when each sample was taken, and a gap comes back as one.
+    void tablesComeBack_data()
+    {
+        columns<double>({"dt"});
+        for (const double dt : {0.0, 1.0, 60.0, 0.5, 0.04, 0.01, 0.002, 0.00005})
+            QTest::newRow(qPrintable(QString::number(dt))) << dt;
+    }
+
+    void tablesComeBack()
+    {
+        QFETCH(double, dt);
+        fillExperiment(&data, dt, 40);
+        data.replaceYVal(0, 3, qQNaN());
+        data.replaceYVal(2, 0, qQNaN());
+        QVERIFY(ReadWrite::exportCSV(csv, &data, false, "t"));
+        QVERIFY(!bytesOf(csv).toLower().contains("nan"));
+        ExpData read;
+        QVERIFY(ReadWrite::importCSV(csv, &read));
+        for (int i = 0; i < 40; ++i) {
+            QVERIFY(qAbs(read.getXAt(i) - data.getXAt(i)) < 1e-9);
+            const double value = data.getYNoConvAt(0, i);
+            QVERIFY(i == 3 ? std::isnan(read.getYAt(0, i)) : qAbs(read.getYAt(0, i) - value) <= 0.051);
+        }
+        QVERIFY(std::isnan(read.getYAt(2, 0)));
+        QVERIFY(read.getSens(2)->max > read.getSens(2)->min);
+    }
+
     void importsTable_data()
     {
         // reason: empty if it is read as a and b, the latter with 3 in line 1
@@ -143,7 +172,8 @@ private Q_SLOTS:
         row("header only", "t,a[m],b[kg]\n", "no line");
         row("semicolons", "sep=;\nt;a [m]\n0;1\n", "line 1: ");
         row("no unit", "t,a[m],b\n0,1,2\n", "line 1: column \"b\"");
-        row("empty cell", "t,a[m],b[kg]\n0,1,2\n1,,2\n", "line 3: 2 columns instead of 3");
+        row("empty cells, commas at the end", "t,a[m],b[kg],,\n0,1,3,,\n0.5,, \n", "");
+        row("a cell less", "t,a[m],b[kg]\n0,1,2\n1,2\n", "line 3: 2 columns instead of 3");
         row("endless line", "t,a[m]" + QByteArray(200000, 'x'), "line 1: too long");
         row("too many columns", "t" + QByteArray(",a[m]").repeated(600), "line 1: too many");
     }
