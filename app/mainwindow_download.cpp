@@ -76,6 +76,7 @@ void MainWindow::useDownload(int index, bool isOK)
     if (isOK) {
         handleOnlyStaticClassMode(false);
         const StoredRun& run = mTembrin->tembrinDataAt(index)->storedRun();
+        mTembrin->dataAt(index)->setCardWidth(mTembrin->tembrinDataAt(index)->photoObjW);
         mTembrin->dataAt(index)->takeExperiment(run.channels, run.dt, run.columns);
         plot->setMarkers();
         graph->setMarkers();

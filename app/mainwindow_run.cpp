@@ -155,6 +155,7 @@ void MainWindow::startExperiment(int index, double dt)
     if (graph->isHidden() && layouts)
         layouts->setCurrentIndex(LAYOUT_MULTI_WINDOWS);
     set->setDataNewEmpty(state->runChannels(), dt, mTembrin->groupName(index));
+    set->setCardWidth(state->photoObjW);
     classMembers |= 1U << index;
     mTembrin->plotAt(index)->setMarkers();
     live[index].startsClass = true;

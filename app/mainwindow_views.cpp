@@ -249,7 +249,9 @@ void MainWindow::updateClassData()
     if (isOnlyStaticClassMode || !mTembrin->isInitialized())
         return;
     ExpData* classSet = mTembrin->dataC();
+    const bool isUnsaved = classSet->isNeedSave();
     classSet->setDataNewEmpty(mTembrin->getSensorsC(), classSampleTime());
+    classSet->setNeedSave(isUnsaved);
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
         if (classMembers >> i & 1)
             classSet->copyValues(i, mTembrin->dataAt(i));

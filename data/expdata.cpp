@@ -249,7 +249,7 @@ void ExpData::removeSamples(int from, int to)
 {
     from = qMax(0, from);
     if (from <= qMin(to, x.size() - 1))
-        cutAway(x.at(from), x.at(qMin(to, x.size() - 1)));
+        cuts.add(x.at(from), x.at(qMin(to, x.size() - 1)), samplePeriod() / 2);
     const auto cut = [from, to](QVector<double>& v) {
         const int n = qMin(to, v.size() - 1) - from + 1;
         if (n > 0)
@@ -275,9 +275,9 @@ void ExpData::doCrop(double x0, double x1)
         return;
     const int n = notBefore(left + 1, x1) - left;
     if (left > 0)
-        cutAway(std::numeric_limits<double>::lowest(), x.at(left - 1));
+        cuts.add(std::numeric_limits<double>::lowest(), x.at(left - 1), samplePeriod() / 2);
     if (left + n < x.size())
-        cutAway(x.at(left + n), x.constLast());
+        cuts.add(x.at(left + n), x.constLast(), samplePeriod() / 2);
     x = x.mid(left, n);
     for (int c = 0; c < y.size(); ++c) {
         y[c] = y.at(c).mid(left, n);
@@ -345,18 +345,6 @@ SensorPtr ExpData::ownCopy(const SensorPtr& sensor) const
     const SensorPtr copy = SensorPtr::create(*sensor);
     copy->active = copy->downloadActive = true;
     return copy;
-}
-
-/// Half a sample more on each side: the same row of another group lies that near.
-void ExpData::cutAway(double from, double to)
-{
-    cuts.append({from - samplePeriod() / 2, to + samplePeriod() / 2});
-}
-
-bool ExpData::isCutAway(double t) const
-{
-    return std::any_of(cuts.cbegin(), cuts.cend(),
-                       [t](const QPair<double, double>& cut) { return t > cut.first && t < cut.second; });
 }
 
 void ExpData::updateXExtent()

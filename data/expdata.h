@@ -8,6 +8,8 @@
 
 #include <qwt_series_data.h>
 
+#include "data/derivedcurve.h"
+#include "data/joinedrows.h"
 #include "sensors/sensor.h"
 #include "sensors/units.h"
 
@@ -269,8 +271,6 @@ private:
     SensorPtr ownCopy(const SensorPtr& sensor) const;
     SensorPtr ownChannel(int ID, int inLoggerIndex = -1, int virtualIndex = -1) const;
     void copyChannels(const SensorList& channels);
-    void cutAway(double from, double to);
-    bool isCutAway(double t) const;
 
     // Ranges and live samples
     void updateMapRange(int iSens);
@@ -285,7 +285,6 @@ private:
     void padFront(int iSens, int n);
     int rowFor(double t);
     int insertRow(int at, double t);
-    QVector<QPointF> valuesToJoin(const ExpData& from) const;
     void takeKind(int channel, const SensorPtr& kind);
     void mergeRows(int channel, const QVector<QPointF>& values);
     void averageRow(int mean, int row);
@@ -293,10 +292,7 @@ private:
 
     // Analysis
     void followOrigins(int first, int last);
-    double smoothedAt(const QVector<double>& v, int i) const;
-    double slopeAt(const QVector<double>& v, int i) const;
-    double timeBetween(int i, int k) const;
-    QVector<double> derived(int type, const QVector<double>& v) const;
+    DerivedCurve derivation(int type) const;
     QString smoothedName(const QString& name) const;
     void describeSpecialCurve(int iSens, const Sensor& origin);
     int timedSamples(int iSens) const;
@@ -307,8 +303,8 @@ private:
     QVector<QVector<double>> y;
     SensorList sensors;
     int nSens = 0;
-    QVector<QPair<double, double>> cuts; ///< times that the user took away
-    QVector<int> leftPad;                ///< leading samples of a channel that only a shift put there
+    TimeCuts cuts;        ///< what the user took away
+    QVector<int> leftPad; ///< leading samples of a channel that only a shift put there
     double minX = 0.0;
     double maxX = 0.0;
     bool needSave = false;

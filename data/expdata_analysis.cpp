@@ -9,15 +9,6 @@
 namespace {
 
 constexpr double gateThreshold = 0.1; ///< V, above it the beam is blocked
-constexpr double noValue = std::numeric_limits<double>::quiet_NaN();
-
-/// From `i` in steps to the next value that is no gap; -1 without one.
-int nextValue(const QVector<double>& v, int i, int step)
-{
-    while (i >= 0 && i < v.size() && std::isnan(v.at(i)))
-        i += step;
-    return i < v.size() ? qMax(-1, i) : -1;
-}
 
 /// First and last moment at which the beam is blocked for the first time; false without a whole passage.
 bool firstPassage(const QVector<double>& v, double dt, double* t0, double* t1)
@@ -59,53 +50,14 @@ void ExpData::smoothCurve()
         return;
     const SensorPtr& sensor = sensors.at(iSelectedSensor);
     sensor->name = smoothedName(sensor->name);
-    y[iSelectedSensor] = derived(CURVE_SMOOTH, y.at(iSelectedSensor));
+    y[iSelectedSensor] = derivation(CURVE_SMOOTH).of(y.at(iSelectedSensor));
     needSave = true;
 }
 
-QVector<double> ExpData::derived(int type, const QVector<double>& v) const
+DerivedCurve ExpData::derivation(int type) const
 {
-    QVector<double> result(v.size());
-    for (int i = 0; i < v.size(); ++i)
-        result[i] = type == CURVE_DERIV ? slopeAt(v, i) : smoothedAt(v, i);
-    return result;
-}
-
-/// The moving average around a sample. A gap stays one and has no part in its neighbours.
-double ExpData::smoothedAt(const QVector<double>& v, int i) const
-{
-    if (std::isnan(v.at(i)))
-        return noValue;
-    const int radius = qMax(0, (smoothKernel - 1) / 2);
-    const int last = qMin(v.size() - 1, i + radius);
-    double sum = 0.0;
-    int count = 0;
-    for (int k = qMax(0, i - radius); k <= last; ++k) {
-        if (std::isnan(v.at(k)))
-            continue;
-        sum += v.at(k);
-        ++count;
-    }
-    return sum / count;
-}
-
-/// The change per second since the value before, however long ago it was; of the first one to the next.
-double ExpData::slopeAt(const QVector<double>& v, int i) const
-{
-    if (std::isnan(v.at(i)))
-        return noValue;
-    const int before = nextValue(v, i - 1, -1);
-    const int from = before >= 0 ? before : i;
-    const int to = before >= 0 ? i : nextValue(v, i + 1, 1);
-    return to < 0 ? noValue : (v.at(to) - v.at(from)) / timeBetween(from, to);
-}
-
-/// A whole number of samples, as near as the times tell it.
-double ExpData::timeBetween(int i, int k) const
-{
-    const double period = samplePeriod();
-    const double steps = k < x.size() ? std::round((x.at(k) - x.at(i)) / period) : k - i;
-    return qMax(1.0, steps) * period;
+    return DerivedCurve(type == CURVE_DERIV ? DerivedCurve::Slope : DerivedCurve::Smooth, x, samplePeriod(),
+                        smoothKernel);
 }
 
 void ExpData::addSpecialCurve(int type)
@@ -127,7 +79,7 @@ void ExpData::addSpecialCurve(int type)
     sensors.append(sensor);
     resizeChannels(sensors.size());
     leftPad[added] = leftPad.at(origin);
-    y[added] = derived(type, y.at(origin));
+    y[added] = derivation(type).of(y.at(origin));
     findMinMax(y.at(added), minY[added], maxY[added]);
     describeSpecialCurve(added, *from);
     needSave = true;

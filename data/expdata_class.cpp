@@ -16,10 +16,23 @@ bool hasValue(const QVector<double>& v, int row)
     return row < v.size() && !std::isnan(v.at(row));
 }
 
-void trimEnd(QVector<double>* v)
+/// The selected channel of a group, in the order of time, without what is a gap, was padded or is cut away
+/// here.
+QVector<QPointF> valuesToJoin(const ExpData& from, const TimeCuts& cuts)
 {
-    while (!v->isEmpty() && std::isnan(v->constLast()))
-        v->removeLast();
+    const int selected = from.getSelectedSensor();
+    const QVector<double>& times = from.getX();
+    const QVector<double>& v = from.getYNoConv(selected);
+    QVector<QPointF> values;
+    values.reserve(v.size());
+    for (int k = qMax(0, from.getLeftPad(selected)); k < qMin(times.size(), v.size()); ++k) {
+        if (!std::isnan(v.at(k)) && !cuts.contains(times.at(k)))
+            values.append({times.at(k), v.at(k)});
+    }
+    const auto isEarlier = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
+    if (!std::is_sorted(values.cbegin(), values.cend(), isEarlier))
+        std::stable_sort(values.begin(), values.end(), isEarlier);
+    return values;
 }
 
 } // namespace
@@ -37,7 +50,7 @@ int ExpData::meanIndex() const
 void ExpData::joinSample(int channel, double t, double value)
 {
     const int mean = meanIndex();
-    if (channel < 0 || channel >= mean || !std::isfinite(t) || !std::isfinite(value) || isCutAway(t))
+    if (channel < 0 || channel >= mean || !std::isfinite(t) || !std::isfinite(value) || cuts.contains(t))
         return;
     needSave = true;
     const int row = rowFor(t);
@@ -130,31 +143,13 @@ void ExpData::joinChannel(int channel, const SensorPtr& kind, const ExpData& fro
     if (channel < 0 || channel >= meanIndex())
         return;
     takeKind(channel, kind);
-    mergeRows(channel, valuesToJoin(from));
+    mergeRows(channel, valuesToJoin(from, cuts));
     updateXExtent();
     minY[channel] = maxY[channel] = 0.0;
     findMinMax(y.at(channel), minY[channel], maxY[channel]);
     updateMapRange(channel);
     viewExtremes(channel);
     updateMean(true);
-}
-
-/// The selected channel of a group, in the order of time, without what is a gap, was padded or is cut away
-/// here.
-QVector<QPointF> ExpData::valuesToJoin(const ExpData& from) const
-{
-    const int selected = from.iSelectedSensor;
-    const QVector<double>& v = from.getYNoConv(selected);
-    QVector<QPointF> values;
-    values.reserve(v.size());
-    for (int k = qMax(0, from.getLeftPad(selected)); k < from.timedSamples(selected); ++k) {
-        if (!std::isnan(v.at(k)) && !isCutAway(from.x.at(k)))
-            values.append({from.x.at(k), v.at(k)});
-    }
-    const auto isEarlier = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
-    if (!std::is_sorted(values.cbegin(), values.cend(), isEarlier))
-        std::stable_sort(values.begin(), values.end(), isEarlier);
-    return values;
 }
 
 /// What a group's channel measures from now on. A range that the user set holds for all sensors of a kind.
@@ -183,48 +178,14 @@ void ExpData::takeKind(int channel, const SensorPtr& kind)
 /// Puts the values of one channel in place of what it had. Rows that no group has a value in vanish.
 void ExpData::mergeRows(int channel, const QVector<QPointF>& values)
 {
-    const double reach = samplePeriod() / 2;
-    const int mean = meanIndex();
     y[channel].clear();
-    QVector<double> times;
-    QVector<double> own;
-    QVector<int> source; // the former row, -1 for none
-    times.reserve(qMax(x.size(), values.size()));
-    const auto append = [&](double t, double value, int from) {
-        times.append(t);
-        own.append(value);
-        source.append(from);
-    };
-    int j = 0;
-    for (int i = 0; i < x.size(); ++i) {
-        if (valuesAt(i) == 0)
-            continue;
-        for (; j < values.size() && values.at(j).x() <= x.at(i) - reach; ++j)
-            append(values.at(j).x(), values.at(j).y(), -1);
-        append(x.at(i), gap, i);
-        // Of several within reach of a row the last counts, and one that lies nearer to the next row is its.
-        for (; j < values.size() && values.at(j).x() < x.at(i) + reach; ++j) {
-            if (i + 1 < x.size() && x.at(i + 1) - values.at(j).x() < values.at(j).x() - x.at(i))
-                break;
-            own.last() = values.at(j).y();
-        }
-    }
-    for (; j < values.size(); ++j)
-        append(values.at(j).x(), values.at(j).y(), -1);
-    for (int c = 0; c < mean; ++c) {
-        if (c == channel || y.at(c).isEmpty())
-            continue;
-        QVector<double> moved(source.size(), gap);
-        for (int row = 0; row < source.size(); ++row) {
-            if (source.at(row) >= 0 && hasValue(y.at(c), source.at(row)))
-                moved[row] = y.at(c).at(source.at(row));
-        }
-        trimEnd(&moved);
-        y[c] = moved;
-    }
-    trimEnd(&own);
-    x = times;
-    y[channel] = own;
+    QVector<bool> kept(x.size());
+    for (int row = 0; row < x.size(); ++row)
+        kept[row] = valuesAt(row) > 0;
+    const JoinedRows rows = JoinedRows::merge(x, kept, values, samplePeriod() / 2);
+    for (int c = 0; c < meanIndex(); ++c)
+        y[c] = c == channel ? rows.own : rows.moved(y.at(c));
+    x = rows.times;
 }
 
 void ExpData::updateMean(bool reset)

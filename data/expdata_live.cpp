@@ -29,20 +29,11 @@ void ExpData::followOrigins(int first, int last)
         const int origin = sensors.at(c) ? sensors.at(c)->specialOriginIndex : -1;
         if (origin < 0 || origin >= c)
             continue;
-        const QVector<double>& v = y.at(origin);
-        const bool isSlope = sensors.at(c)->specialType == CURVE_DERIV;
-        // The values that the changed ones have a part in: a slope reaches to the next value beyond a gap.
-        const int reach = isSlope ? 1 : qMax(0, (smoothKernel - 1) / 2);
-        int from = qMax(0, qMin(first, getYSize(c)) - reach);
-        int to = qMin(last + reach, v.size() - 1);
-        while (isSlope && from > 0 && std::isnan(v.value(from)))
-            --from;
-        while (isSlope && to + 1 < v.size() && std::isnan(v.at(to)))
-            ++to;
-        for (int row = from; row <= to; ++row)
-            putValue(c, row, isSlope ? slopeAt(v, row) : smoothedAt(v, row));
-        first = qMin(first, from);
-        last = qMax(last, to);
+        const DerivedCurve curve = derivation(sensors.at(c)->specialType);
+        first = qMin(first, getYSize(c));
+        curve.widen(y.at(origin), &first, &last);
+        for (int row = first; row <= last; ++row)
+            putValue(c, row, curve.at(y.at(origin), row));
     }
 }
 

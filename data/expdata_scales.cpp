@@ -107,7 +107,8 @@ void ExpData::makeUniformScales(int ID)
     }
     if (lowest > highest)
         return;
-    for (const SensorPtr& sensor : qAsConst(sensors)) {
+    for (int i = 0; i <= meanIndex(); ++i) {
+        const SensorPtr& sensor = sensors.at(i);
         if (!sensor || sensor->ID != ID || sensor->readClassSetMinMax)
             continue;
         sensor->classMinView = lowest;

@@ -1,0 +1,84 @@
+#include "data/derivedcurve.h"
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr double noValue = std::numeric_limits<double>::quiet_NaN();
+
+/// From `i` in steps to the next value that is no gap; -1 without one.
+int nextValue(const QVector<double>& v, int i, int step)
+{
+    while (i >= 0 && i < v.size() && std::isnan(v.at(i)))
+        i += step;
+    return i < v.size() ? qMax(-1, i) : -1;
+}
+
+} // namespace
+
+DerivedCurve::DerivedCurve(Kind kind, const QVector<double>& times, double period, int kernel)
+    : kind(kind)
+    , times(times)
+    , period(period)
+    , radius(qMax(0, (kernel - 1) / 2))
+{
+}
+
+double DerivedCurve::at(const QVector<double>& v, int i) const
+{
+    if (std::isnan(v.at(i)))
+        return noValue;
+    return kind == Slope ? slopeAt(v, i) : smoothedAt(v, i);
+}
+
+QVector<double> DerivedCurve::of(const QVector<double>& v) const
+{
+    QVector<double> result(v.size());
+    for (int i = 0; i < v.size(); ++i)
+        result[i] = at(v, i);
+    return result;
+}
+
+void DerivedCurve::widen(const QVector<double>& v, int* first, int* last) const
+{
+    const int reach = kind == Slope ? 1 : radius;
+    *first = qMax(0, *first - reach);
+    *last = qMin(*last + reach, v.size() - 1);
+    if (kind != Slope)
+        return;
+    // The neighbours of a slope are values, however long the gap between.
+    const int before = nextValue(v, *first, -1);
+    const int after = nextValue(v, *last, 1);
+    *first = before >= 0 ? before : *first;
+    *last = after >= 0 ? after : *last;
+}
+
+double DerivedCurve::smoothedAt(const QVector<double>& v, int i) const
+{
+    const int last = qMin(v.size() - 1, i + radius);
+    double sum = 0.0;
+    int count = 0;
+    for (int k = qMax(0, i - radius); k <= last; ++k) {
+        if (std::isnan(v.at(k)))
+            continue;
+        sum += v.at(k);
+        ++count;
+    }
+    return sum / count;
+}
+
+double DerivedCurve::slopeAt(const QVector<double>& v, int i) const
+{
+    const int before = nextValue(v, i - 1, -1);
+    const int from = before >= 0 ? before : i;
+    const int to = before >= 0 ? i : nextValue(v, i + 1, 1);
+    return to < 0 ? noValue : (v.at(to) - v.at(from)) / timeBetween(from, to);
+}
+
+/// A whole number of samples, as near as the times tell it.
+double DerivedCurve::timeBetween(int i, int k) const
+{
+    const double steps = k < times.size() ? std::round((times.at(k) - times.at(i)) / period) : k - i;
+    return qMax(1.0, steps) * period;
+}
