@@ -1,14 +1,19 @@
 #include "app/mainwindow.h"
 
+#include "app/classnotices.h"
 #include "app/messageboxprompt.h"
 #include "app/refreshclock.h"
+#include "app/runline.h"
+#include "classroom/classrun.h"
+#include "classroom/commandqueue.h"
+#include "classroom/loggerconnector.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/screenflags.h"
 #include "common/settings.h"
 #include "common/userprompt.h"
 #include "data/expdata.h"
 #include "instruments/indicator.h"
-#include "link/connectthread.h"
+#include "instruments/statusline.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 #include "setup/unitgroups.h"
@@ -28,6 +33,7 @@ Q_LOGGING_CATEGORY(appLog, "pellandra.app", QtInfoMsg)
 namespace {
 constexpr int msBeforeConnecting = 500;
 constexpr int wideScreen = 3000; // above it icons double
+constexpr int statusBarMargin = 6;
 } // namespace
 
 MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
@@ -41,7 +47,6 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     getDesignSettings();
     setWindowTitle(QStringLiteral("Pellandra %1").arg(QLatin1String(PELLANDRA_VERSION)));
     createLoggers();
-    createTimers();
     createShortcuts();
     createActions();
     if (isPanel)
@@ -49,6 +54,8 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     else
         createToolBars();
     createStatusBar();
+    connectConnector();
+    connectFlows();
     setupViews();
     setBackground();
     setAcceptDrops(true);
@@ -58,12 +65,17 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
 
 MainWindow::~MainWindow()
 {
-    for (ConnectThread* attempt : findChildren<ConnectThread*>())
-        attempt->wait();
     // The graphs read the data sets, and the sessions report to the window: both go before its members.
+    mTembrin->disconnect(this);
     delete takeCentralWidget();
-    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i)
+    mTembrin->run().disconnect(this);
+    mTembrin->run().disconnect(runLine);
+    mTembrin->queue().disconnect(this);
+    mTembrin->connector().disconnect(this);
+    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
         mTembrin->tembrinAt(i)->disconnect(this);
+        mTembrin->tembrinDataAt(i)->disconnect(this);
+    }
     delete mTembrin;
 }
 
@@ -86,14 +98,6 @@ void MainWindow::readSettings()
 void MainWindow::createLoggers()
 {
     mTembrin = new multiConnectionsManager(this);
-    connect(mTembrin, &multiConnectionsManager::startSendCommandToAll, this,
-            qOverload<commandType>(&MainWindow::sendingCommandToAllLoggers));
-    connect(mTembrin, &multiConnectionsManager::doneSendCommandToAll, this,
-            qOverload<>(&MainWindow::sendingCommandToAllLoggers));
-    connect(mTembrin, &multiConnectionsManager::passedOver, this, [this](int index) {
-        if (mTembrin->isSending(CMD_DOWNLOAD_STORED_DATA))
-            passedOver.append(index);
-    });
     for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
         connectLogger(i);
         connectDownload(i);
@@ -110,30 +114,11 @@ void MainWindow::connectLogger(int index)
 {
     TembrinProtocol* logger = mTembrin->tembrinAt(index);
     const TembrinData* state = logger->tembrinData;
-    connect(state, qOverload<int, short, QVector<QVector<double>>, int>(&TembrinData::onlineReceived), this,
-            &MainWindow::onlineReceived);
-    connect(state, &TembrinData::commandAccepted, this, &MainWindow::commandAccepted);
-    connect(state, qOverload<int, bool>(&TembrinData::runTerminated), this,
-            qOverload<int, bool>(&MainWindow::doStop));
-    connect(state, qOverload<int, int>(&TembrinData::runTerminated), this,
-            qOverload<int, int>(&MainWindow::doStop));
-    connect(state, &TembrinData::loggerTypeChanged, this, &MainWindow::loggerTypeChanged);
-    connect(state, &TembrinData::loggerMode, this, &MainWindow::handleLoggerMode);
     connect(state, &TembrinData::communicationEstablished, this, &MainWindow::commEstablished);
-    connect(state, &TembrinData::temperatureChangeWarning, this, &MainWindow::showTemperatureChangeWarning);
+    connect(state, &TembrinData::temperatureChangeWarning, this, [this](int i) { notices->noteUnit(i); });
+    connect(state, qOverload<int, int>(&TembrinData::runTerminated), this,
+            [this](int i, int reason) { notices->noteRefusal(i, reason); });
     connect(logger, &TembrinProtocol::loggerDisconnected, this, &MainWindow::handleDisconnection);
-    connect(logger, &TembrinProtocol::openDone, this, &MainWindow::connectionResult);
-}
-
-// A series of connections or starts goes on by a timer, so that the window is never inside a wait.
-void MainWindow::createTimers()
-{
-    for (QTimer* timer : {&connectTimer, &startTimer}) {
-        timer->setSingleShot(true);
-        timer->setTimerType(Qt::PreciseTimer);
-    }
-    connect(&connectTimer, &QTimer::timeout, this, &MainWindow::connectNextLogger);
-    connect(&startTimer, &QTimer::timeout, this, &MainWindow::startNextLogger);
 }
 
 void MainWindow::createShortcuts()
@@ -146,12 +131,20 @@ void MainWindow::createStatusBar()
 {
     indicator = new Indicator(prompt, this);
     indicator->isJunior = isJunior;
-    connect(indicator, &Indicator::tryToConnect, this, qOverload<int>(&MainWindow::tryConnect));
+    connect(indicator, &Indicator::tryToConnect, this, &MainWindow::tryConnect);
     connect(indicator, &Indicator::deleteFromLogger, this, &MainWindow::deleteFromLogger);
     connect(indicator, &Indicator::message, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
     connect(mTembrin, &multiConnectionsManager::setBTComm, indicator, &Indicator::setBTComm);
     statusBar()->setObjectName(QStringLiteral("statusBar"));
+    statusLine = new StatusLine;
+    runLine = new RunLine(&mTembrin->run(), groupNames());
+    notices = new ClassNotices(mTembrin, prompt, this);
+    connect(notices, &ClassNotices::line, statusLine, &StatusLine::setOutcome);
+    // The graphs keep their height when the line comes and goes.
+    statusBar()->setMinimumHeight(statusLine->minimumSizeHint().height() + statusBarMargin);
+    statusBar()->addWidget(statusLine, 1);
+    statusBar()->addPermanentWidget(runLine);
     statusBar()->addPermanentWidget(indicator);
 }
 
@@ -210,7 +203,18 @@ void MainWindow::doExitAfterCtrlS()
 
 void MainWindow::leave()
 {
-    UnitGroups::agreeWith(*tembrin);
+    storeUnit();
     disconnectAll();
     std::exit(0);
+}
+
+/// The next start then agrees with the loggers on the unit.
+void MainWindow::storeUnit()
+{
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        if (mTembrin->isRecognized(i) && !mTembrin->tembrinDataAt(i)->isVorta()) {
+            UnitGroups::agreeWith(*mTembrin->tembrinAt(i));
+            return;
+        }
+    }
 }

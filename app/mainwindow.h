@@ -4,9 +4,7 @@
 #include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <QMainWindow>
-#include <QMutex>
 #include <QPointer>
-#include <QTimer>
 #include <QVector>
 
 #include <functional>
@@ -17,6 +15,7 @@
 #include "graph/plot.h"
 #include "link/commandtype.h"
 
+class ClassNotices;
 class ExpData;
 class Indicator;
 class QComboBox;
@@ -26,8 +25,11 @@ class QPrinter;
 class QSplitter;
 class QToolBar;
 class RefreshClock;
+class RunLine;
+class StatusLine;
 class TembrinProtocol;
 class UserPrompt;
+struct ClassJob;
 class loggerBasicSetup;
 class multiConnectionsManager;
 class setupLogger;
@@ -93,11 +95,11 @@ private:
     void readSettings();
     void createLoggers();
     void connectLogger(int index);
-    void createTimers();
     void createShortcuts();
     void createStatusBar();
     bool mayLeave(bool withCancel);
     [[noreturn]] void leave();
+    void storeUnit();
 
     std::unique_ptr<UserPrompt> ownPrompt;
     UserPrompt* prompt;
@@ -116,26 +118,19 @@ private:
 private Q_SLOTS:
     void tryConnectAll();
     void tryConnect(int index);
-    void tryConnect(int index, int msDelay);
     void disconnectAll();
-    void connectionResult(int index);
     void commEstablished(int index);
     void handleDisconnection(int index);
-    void loggerTypeChanged();
     void bootloadReady(bool isVorta, int ver);
     void deleteFromLogger(int index, bool all);
 
 private:
-    void connectNextLogger();
+    void connectConnector();
     QString nameOf(int index) const;
-    void takeConnected(int index);
-    void retryConnect(int index);
-    void updateIconsConnection(int index);
-    void updateIconsConnection(bool tf);
+    void showConnected(int index);
+    void showNotConnected(int index);
     void updateHint();
 
-    QTimer connectTimer;    ///< until the next logger of a series on all
-    int nextToConnect = 0;  ///< which that is
     QLabel* hint = nullptr; ///< what to press while no logger can be reached
 
     // Setup of the loggers, in mainwindow_setup.cpp
@@ -171,25 +166,17 @@ private Q_SLOTS:
 private Q_SLOTS:
     void doRun();
     void doStopAll();
-    void doStop(int index, bool user);
-    void doStop(int index, int reason);
-    void commandAccepted(int index, commandType cmd);
-    void stopIgnoreOnline(int index);
-    void onlineReceived(int index, short current, const QVector<QVector<double>>& samplesBlock,
-                        int samplesWaiting);
-    void handleLoggerMode();
-    void showTemperatureChangeWarning(int index);
-    void sendingCommandToAllLoggers(commandType cmd);
-    void sendingCommandToAllLoggers();
+    void updateActions();
+    void showOutcome(const ClassJob& job);
+    void showNewExperiment(int index);
+    void showNewClass();
+    void showPhase(int index);
+    void showSamples(int index, int samplesWaiting);
+    void showEndOfRun();
 
 private:
-    void startNextLogger();
-    void endRun(int index);
-    double sampleTime(int index) const;
-    bool startsExperiment(int index, int current) const;
-    void startExperiment(int index, double dt);
-    void startClassExperiment(double dt);
-    void storeSamples(int index, int current, double dt, const QVector<QVector<double>>& samplesBlock);
+    void connectFlows();
+    std::function<QString(int)> groupNames() const;
     void countSkipped(double dt);
     void showBusyTitle();
     void hideBusyTitle();
@@ -197,22 +184,16 @@ private:
     void onlineUpdateSafe();
 
     RefreshClock* refreshClock = nullptr;
-    QMutex myMutex; ///< around the refresh of the views
-    QTimer startTimer;
-    int nextToStart = 0;
-    bool isRun = false; ///< samples arrive
+    ClassNotices* notices = nullptr;
+    StatusLine* statusLine = nullptr; ///< what is being done, and what came of it
+    RunLine* runLine = nullptr;       ///< how the run stands
     bool isOnlyStaticClassMode = false;
     bool isSlowWarning = false;
     int nestCounter = 0;
     int howManySkipped = 0;
     QElapsedTimer sincePump;
-    struct LiveState
-    {
-        bool isNew = false;       ///< has samples that are not marked for painting
-        bool startsClass = false; ///< its next sample starts the class set anew
-    };
-    LiveState live[mostLoggers];
-    bool isClassNew = false;
+    bool isViewNew[mostLoggers] = {}; ///< has samples that are not marked for painting
+    quint8 markedLost = 0;            ///< a bit for each logger whose title says that it was lost
 
     // Download, in mainwindow_download.cpp
 
@@ -220,19 +201,15 @@ private Q_SLOTS:
     void doDownload2018();
     void doDownload();
     void doSelectExperiment();
+    void fetchStoredRuns(quint8 which);
     void useDownload(int index, bool isOK);
     void showDownloadProgress(int index, int packets, int expected);
 
 private:
     void connectDownload(int index);
     void addDownloadChoice();
-    void downloadWhenAllStopped();
-    QString passedOverText() const;
 
-    bool isFastRunEnded = false; ///< what a run at a high rate left is not fetched yet
-    quint8 delivered = 0;        ///< a bit for each logger, in the present download
-    quint8 classMembers = 0xFF;  ///< a bit for each logger that the class set may hold
-    QVector<int> passedOver;     ///< by the last download
+    quint8 delivered = 0; ///< a bit for each logger that is in the class after the present download
 
     // Mouse modes and analyses, in mainwindow_analysis.cpp
 
@@ -319,9 +296,10 @@ private:
     void updateSens(int index, int iSens);
     void setSelected(int index, int iSens);
     void setSensSelect();
-    void updateClassData();
-    /// Of the first logger that the class set may hold and that has samples.
-    double classSampleTime() const;
+    void showForAll(int sensorID);
+    void followSelection(int index);
+    void rebuildClass();
+    void showLeftOut();
 
     int iconDim = 72;
     QAction* openAct = nullptr;
@@ -351,5 +329,6 @@ private:
     bool isHeightShared = false; ///< class and cells have been given their first heights
     QWidget* graphGridW = nullptr;
     QGridLayout* graphGridL = nullptr;
-    Plot* graph = nullptr; ///< of the class
+    Plot* graph = nullptr;         ///< of the class
+    QLabel* leftOutLine = nullptr; ///< who is not in it
 };

@@ -99,7 +99,7 @@ void MainWindow::doFunctions(int select)
         doQuadRegression();
         break;
     case REG_SMOOTH:
-        if (isRun)
+        if (mTembrin->isAnyRunning())
             break;
         mTembrin->getActiveData()->smoothCurve();
         updateAll();

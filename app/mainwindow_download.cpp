@@ -1,15 +1,16 @@
 #include "app/mainwindow.h"
 
+#include "classroom/classrun.h"
+#include "classroom/commandqueue.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
+#include "instruments/statusline.h"
 #include "protocol/tembrindata.h"
-
 #include "setup/experimentinfo.h"
 
 #include <QAction>
 #include <QMenu>
-#include <QStatusBar>
 #include <QToolBar>
 #include <QToolButton>
 
@@ -29,6 +30,9 @@ void MainWindow::addDownloadChoice()
     menu->setObjectName(QStringLiteral("downloadMenu"));
     QAction* select = menu->addAction(tr("Select experiment"), this, &MainWindow::doSelectExperiment);
     select->setObjectName(QStringLiteral("selectExperimentAct"));
+    // The arrow goes with the button: both wait while anybody runs or is being told something.
+    connect(downloadAct, &QAction::changed, select,
+            [this, select] { select->setEnabled(downloadAct->isEnabled()); });
     button->setObjectName(QStringLiteral("downloadButton"));
     button->setMenu(menu);
     button->setPopupMode(QToolButton::MenuButtonPopup);
@@ -41,28 +45,27 @@ void MainWindow::doDownload2018()
 
 void MainWindow::doDownload()
 {
-    isFastRunEnded = false;
     delivered = 0;
-    mTembrin->resetDownloaded();
     handleOnlyStaticClassMode(false);
-    mTembrin->sendCmdToAll(CMD_DOWNLOAD_STORED_DATA);
-    if (!mTembrin->isSending(CMD_DOWNLOAD_STORED_DATA))
-        statusBar()->showMessage(tr("No connected logger has a stored experiment."));
+    if (!mTembrin->queue().add(ClassJob::Task::Download))
+        statusLine->setOutcome(tr("No connected logger has a stored experiment."));
 }
 
-void MainWindow::downloadWhenAllStopped()
+/// What a run at a high rate left in the memories. Who streamed in the same run stays in the class.
+void MainWindow::fetchStoredRuns(quint8 which)
 {
-    if (isFastRunEnded && !startTimer.isActive() && !mTembrin->isAnyRunning())
-        doDownload();
+    delivered = mTembrin->run().classSet().memberBits() & quint8(~which);
+    if (!mTembrin->queue().add(ClassJob::Task::Download, which))
+        statusLine->setOutcome(tr("No connected logger has a stored experiment."));
 }
 
 void MainWindow::doSelectExperiment()
 {
     if (experimentInfo::loggersWithMemory(*mTembrin).isEmpty()) {
-        statusBar()->showMessage(tr("No logger with a memory is connected."));
+        statusLine->setOutcome(tr("No logger with a memory is connected."));
         return;
     }
-    delivered = classMembers; // the others stay in the class
+    delivered = mTembrin->run().classSet().memberBits(); // the others stay in the class
     const QPointer<experimentInfo> dialog = new experimentInfo(mTembrin, 0, this);
     connect(dialog.data(), &experimentInfo::fetchingSameRun, this, [this] { delivered = 0; });
     dialog->exec();
@@ -72,40 +75,36 @@ void MainWindow::doSelectExperiment()
 
 void MainWindow::useDownload(int index, bool isOK)
 {
-    Plot* plot = mTembrin->plotAt(index);
-    if (isOK) {
-        handleOnlyStaticClassMode(false);
-        const StoredRun& run = mTembrin->tembrinDataAt(index)->storedRun();
-        mTembrin->dataAt(index)->setCardWidth(mTembrin->tembrinDataAt(index)->photoObjW);
-        mTembrin->dataAt(index)->takeExperiment(run.channels, run.dt, run.columns);
-        plot->setMarkers();
-        graph->setMarkers();
-        updateAll(index);
-        mTembrin->incDownloaded();
-        // What an earlier download or run left with a logger that does not deliver stays out of the class.
-        delivered |= 1U << index;
-        classMembers = delivered;
-    }
-    updateSens(-1, 0);
-    if (isOK)
-        mTembrin->dataC()->setNeedSave(true);
-    plot->forceDefaultSetScale();
+    if (!isOK)
+        return;
+    handleOnlyStaticClassMode(false);
+    ExpData* set = mTembrin->dataAt(index);
+    const StoredRun& stored = mTembrin->tembrinDataAt(index)->storedRun();
+    set->takeExperiment(stored.channels, stored.dt, stored.columns);
+    set->setGroupName(mTembrin->groupName(index));
+    set->setCardWidth(mTembrin->tembrinDataAt(index)->photoObjW);
+    mTembrin->plotAt(index)->setMarkers();
+    updateAll(index);
+    setSelected(index, qMax(0, set->getSelectedSensor()));
+    // What an earlier download or run left with a logger that does not deliver stays out of the class.
+    delivered |= quint8(1u << index);
+    graph->setMarkers();
+    mTembrin->run().classSet().rebuild(delivered);
+    ExpData* classSet = mTembrin->dataC();
+    classSet->makeUniformScales();
+    classSet->setXRange();
+    classSet->setNeedSave(true);
+    updateAll(-1);
+    setSelected(-1, 0);
+    updateBars();
+    mTembrin->plotAt(index)->forceDefaultSetScale();
 }
 
 void MainWindow::showDownloadProgress(int index, int packets, int expected)
 {
-    if (!mTembrin->isSending(CMD_DOWNLOAD_STORED_DATA) || expected <= 0)
+    if (!mTembrin->queue().isWorking(ClassJob::Task::Download) || expected <= 0)
         return;
-    statusBar()->showMessage(tr("Please wait while all Tembrin are %1").arg(tr("downloading")) +
-                             tr(": %1, %2 %").arg(mTembrin->groupName(index)).arg(100 * packets / expected));
-}
-
-QString MainWindow::passedOverText() const
-{
-    if (passedOver.isEmpty())
-        return QString();
-    QStringList names;
-    for (int index : passedOver)
-        names.append(QStringLiteral("%1 (%2)").arg(nameOf(index), mTembrin->groupName(index)));
-    return tr("No experiment could be fetched from %1.").arg(names.join(QStringLiteral(", ")));
+    statusLine->setWaiting(
+        tr("Please wait while all Tembrin are %1").arg(tr("downloading")) +
+        tr(": %1, %2 %").arg(mTembrin->groupName(index)).arg(qMin(100, 100 * packets / expected)));
 }

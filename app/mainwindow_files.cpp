@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/iconlists.h"
+#include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/userprompt.h"
 #include "data/expdata.h"
@@ -134,7 +135,7 @@ void MainWindow::appendFile(const QString& fname)
     handleOnlyStaticClassMode(false);
     setView(QString()); // where the graph of logger 0 shows
     setSelected(0, 0);
-    updateClassData();
+    rebuildClass();
     updateAll();
     adjustAppended();
 }
@@ -146,7 +147,7 @@ void MainWindow::adjustAppended()
         if (data->getAppendIndex() == 0)
             return; // a run begun on the logger has taken the place of both experiments
         data->shiftLastData(dSamples);
-        updateClassData();
+        rebuildClass();
         updateAll();
     });
     dialog->exec();
@@ -203,6 +204,7 @@ void MainWindow::handleOnlyStaticClassMode(bool tf)
 {
     isOnlyStaticClassMode = tf;
     if (tf) {
+        mTembrin->run().classSet().release();
         if (layouts)
             layouts->setCurrentIndex(LAYOUT_MULTI_TOGETHER);
         updateLayout(LAYOUT_MULTI_TOGETHER);

@@ -1,13 +1,17 @@
 #include "app/mainwindow.h"
 
+#include "app/classnotices.h"
 #include "app/refreshclock.h"
+#include "app/runline.h"
+#include "classroom/classrun.h"
+#include "classroom/commandqueue.h"
+#include "classroom/jobtexts.h"
 #include "classroom/multiconnectionsmanager.h"
-#include "common/userprompt.h"
 #include "common/waits.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
+#include "instruments/statusline.h"
 #include "protocol/tembrindata.h"
-#include "protocol/tembrinprotocol.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -15,34 +19,26 @@
 #include <QStatusBar>
 
 namespace {
-
-constexpr int msBetweenStarts = 25;
-constexpr int msOfLatePackets = 1000;
 constexpr int msBetweenPumps = 20;
-constexpr int biggestGap = 3; // sample numbers; more is another run
+}
 
-struct StopReason
+void MainWindow::connectFlows()
 {
-    int reason;
-    const char* title;
-    const char* text;
-};
+    const CommandQueue* queue = &mTembrin->queue();
+    connect(queue, &CommandQueue::changed, this, &MainWindow::updateActions);
+    connect(queue, &CommandQueue::begun, this, [this] { statusLine->setOutcome(QString()); });
+    connect(queue, &CommandQueue::ended, this, &MainWindow::showOutcome);
 
-constexpr StopReason stopReasons[] = {
-    {TERMINATE_BATTERY, QT_TRANSLATE_NOOP("MainWindow", "Low battery power"),
-     QT_TRANSLATE_NOOP("MainWindow", "Can't run requested experiment.\nPlease charge the Tembrin battery.")},
-    {TERMINATE_MEMORY, QT_TRANSLATE_NOOP("MainWindow", "Not enough memory"),
-     QT_TRANSLATE_NOOP("MainWindow",
-                       "Not enough memory for the requested experiment.\nPlease clear Tembrin memory.")},
-    {TERMINATE_MAXEXP, QT_TRANSLATE_NOOP("MainWindow", "Not enough memory"),
-     QT_TRANSLATE_NOOP("MainWindow",
-                       "Not enough memory for the requested experiment.\nPlease clear Tembrin memory.")},
-    {TERMINATE_NOSENS, QT_TRANSLATE_NOOP("MainWindow", "No selected sensors"),
-     QT_TRANSLATE_NOOP("MainWindow",
-                       "Can't run requested experiment.\nPlease select at least one sensor.\n")},
-};
-
-} // namespace
+    const ClassRun* run = &mTembrin->run();
+    connect(run, &ClassRun::experimentBegun, this, &MainWindow::showNewExperiment);
+    connect(run, &ClassRun::channelsPlanned, this, &MainWindow::showNewExperiment);
+    connect(run, &ClassRun::classBegun, this, &MainWindow::showNewClass);
+    connect(run, &ClassRun::samplesTaken, this, &MainWindow::showSamples);
+    connect(run, &ClassRun::tooSlow, this, &MainWindow::showBusyTitle);
+    connect(run, &ClassRun::phaseChanged, this, &MainWindow::showPhase);
+    connect(run, &ClassRun::ended, this, &MainWindow::showEndOfRun);
+    connect(run, &ClassRun::storedRunsEnded, this, &MainWindow::fetchStoredRuns);
+}
 
 void MainWindow::updateRunStopButton(bool showRun)
 {
@@ -52,78 +48,111 @@ void MainWindow::updateRunStopButton(bool showRun)
     stopAct->setVisible(!showRun);
 }
 
-// A run may also be started on a logger's own keys.
-void MainWindow::handleLoggerMode()
+/// The queue and the run alone decide what can be pressed. Stop can be as long as anything may run.
+void MainWindow::updateActions()
 {
-    bool allIdle = true;
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
-        const TembrinData* state = mTembrin->tembrinDataAt(i);
-        if (mTembrin->isTembrinConnect(i) && (state->isLoggerRecognized() || state->isVorta()))
-            allIdle = allIdle && state->isIdle();
-    }
-    updateRunStopButton(allIdle);
+    const bool isIdle = mTembrin->queue().isIdle();
+    const bool isRunning = mTembrin->isAnyRunning();
+    updateRunStopButton(!isRunning);
+    runAct->setEnabled(isIdle);
+    basicSetupAct->setEnabled(isIdle);
+    downloadAct->setEnabled(isIdle && !isRunning);
+    statusLine->setWaiting(JobTexts::present(mTembrin->queue().jobs(), groupNames()));
 }
 
-// --- Start ---
+std::function<QString(int)> MainWindow::groupNames() const
+{
+    return [this](int slot) { return mTembrin->groupName(slot); };
+}
+
+void MainWindow::showOutcome(const ClassJob& job)
+{
+    const QString text = JobTexts::outcome(job, groupNames());
+    if (!text.isEmpty())
+        statusLine->setOutcome(text);
+}
+
+// --- Start and stop ---
 
 void MainWindow::doRun()
 {
-    updateRunStopButton(false);
     handleOnlyStaticClassMode(false);
-    // Before the first start and not after the last: a quick logger has sent samples by then.
-    mTembrin->resetLastOnline();
-    isFastRunEnded = false;
-    nextToStart = 0;
-    startNextLogger();
-}
-
-void MainWindow::startNextLogger()
-{
-    while (nextToStart < mTembrin->nMaxTembrins() && !mTembrin->isTembrinConnect(nextToStart))
-        ++nextToStart;
-    if (nextToStart >= mTembrin->nMaxTembrins()) {
-        downloadWhenAllStopped();
+    if (!mTembrin->startRun()) {
+        statusLine->setOutcome(tr("No logger is connected, so none was started."));
         return;
     }
-    mTembrin->sendCommand(nextToStart, CMD_START_LOGGING);
-    mTembrin->setInRun(nextToStart, true);
-    ++nextToStart;
-    startTimer.start(msBetweenStarts);
+    runLine->noteStart();
+    statusLine->setOutcome(QString());
+    updateActions();
+}
+
+void MainWindow::doStopAll()
+{
+    runLine->noteStop();
+    mTembrin->sendCmdToAll(CMD_STOP_LOGGING);
+}
+
+void MainWindow::showEndOfRun()
+{
+    hideBusyTitle();
+    refreshClock->mark(graph);
+    if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinDataAt(0)->Vorta_drawOnline)
+        updateAll();
+    updateActions();
+}
+
+// --- The loggers' part in the run ---
+
+void MainWindow::showNewExperiment(int index)
+{
+    ExpData* set = mTembrin->dataAt(index);
+    data->setXYIndex(-1);
+    set->setXYIndex(-1);
+    if (graph->isHidden() && layouts && layouts->isEnabled())
+        layouts->setCurrentIndex(LAYOUT_MULTI_WINDOWS);
+    mTembrin->plotAt(index)->setMarkers();
+    updateAll(index);
+    setSelected(index, qMax(0, set->getSelectedSensor()));
+}
+
+void MainWindow::showNewClass()
+{
+    handleOnlyStaticClassMode(false); // also for a run that was started on a logger
+    graph->setMarkers();
+    updateAll(-1);
+    setSelected(-1, 0);
+    graph->updateTitle(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm, d-MM-yyyy")));
+}
+
+/// A logger that was lost in the run says so where its curve stands, and since when.
+void MainWindow::showPhase(int index)
+{
+    const QDateTime since = mTembrin->run().lostSince(index);
+    const quint8 bit = quint8(1u << index);
+    if (since.isValid() != bool(markedLost & bit)) {
+        markedLost ^= bit;
+        const QString group = mTembrin->groupName(index);
+        const QString text =
+            since.isValid()
+                ? tr("%1: connection lost at %2").arg(group, since.toString(QStringLiteral("HH:mm:ss")))
+                : group;
+        for (Plot* plot : {mTembrin->plotAt(index), mTembrin->barAt(index)})
+            plot->updateTitle(text);
+        if (since.isValid())
+            statusLine->setOutcome(text);
+    }
+    markViews(index);
+    updateActions();
 }
 
 // --- Samples ---
 
-double MainWindow::sampleTime(int index) const
+void MainWindow::showSamples(int index, int samplesWaiting)
 {
-    return mTembrin->tembrinDataAt(index)->samplePeriod();
-}
-
-void MainWindow::onlineReceived(int index, short current, const QVector<QVector<double>>& samplesBlock,
-                                int samplesWaiting)
-{
-    if (mTembrin->isIgnoreOnlineAfterStop(index) && current > 0)
-        return;
-    if (current < 0) { // the stream is too fast for the program
-        showBusyTitle();
-        return;
-    }
     ++nestCounter;
-    if (!isRun) {
-        updateRunStopButton(false);
-        isRun = true;
-    }
-    const double dt = sampleTime(index);
-    if (startsExperiment(index, current))
-        startExperiment(index, dt);
-    if (current > 0 && live[index].startsClass) {
-        live[index].startsClass = false;
-        startClassExperiment(dt);
-    }
-    mTembrin->setLastOnline(index, current);
-    storeSamples(index, current, dt, samplesBlock);
-
+    isViewNew[index] = true;
     if (nestCounter > 1) {
-        countSkipped(dt);
+        countSkipped(mTembrin->dataAt(index)->dt);
     } else {
         howManySkipped = 0;
         hideBusyTitle();
@@ -133,59 +162,6 @@ void MainWindow::onlineReceived(int index, short current, const QVector<QVector<
             onlineUpdateSafe();
     }
     --nestCounter;
-}
-
-bool MainWindow::startsExperiment(int index, int current) const
-{
-    const int last = mTembrin->getLastOnline(index);
-    if (current == 0 || current - last > biggestGap || current < last)
-        return true;
-    // The first samples of this run were lost: what stands in the set is not of this run.
-    const ExpData* set = mTembrin->dataAt(index);
-    return last == 0 && (set->finalData || set->getXSize() == 0);
-}
-
-void MainWindow::startExperiment(int index, double dt)
-{
-    const TembrinData* state = mTembrin->tembrinDataAt(index);
-    ExpData* set = mTembrin->dataAt(index);
-    data->setXYIndex(-1);
-    set->setXYIndex(-1);
-    mTembrin->setIgnoreOnlineAfterStop(index, false);
-    if (graph->isHidden() && layouts)
-        layouts->setCurrentIndex(LAYOUT_MULTI_WINDOWS);
-    set->setDataNewEmpty(state->runChannels(), dt, mTembrin->groupName(index));
-    set->setCardWidth(state->photoObjW);
-    classMembers |= 1U << index;
-    mTembrin->plotAt(index)->setMarkers();
-    live[index].startsClass = true;
-    // The other loggers' graphs follow with their own first samples.
-    updateAll(index);
-    setSelected(index, 0);
-    graph->updateTitle(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm, d-MM-yyyy")));
-}
-
-void MainWindow::startClassExperiment(double dt)
-{
-    handleOnlyStaticClassMode(false); // also for a run that was started on a logger
-    ExpData* classSet = mTembrin->dataC();
-    classSet->setDataNewEmpty(mTembrin->getSensorsC(), dt);
-    graph->setMarkers();
-    updateAll(-1);
-    setSelected(-1, 0);
-}
-
-void MainWindow::storeSamples(int index, int current, double dt, const QVector<QVector<double>>& samplesBlock)
-{
-    ExpData* set = mTembrin->dataAt(index);
-    const double step = dt > 0 ? dt : 1; // by hand: sample numbers
-    for (int i = 0; i < samplesBlock.size(); ++i)
-        set->addSample(step * (current * samplesBlock.size() + i), samplesBlock[i]);
-    live[index].isNew = true;
-    if (current > 0 && index < mTembrin->nDefTembrins() && !isOnlyStaticClassMode) {
-        mTembrin->dataC()->addSample(index, set);
-        isClassNew = true;
-    }
 }
 
 void MainWindow::countSkipped(double dt)
@@ -223,107 +199,10 @@ void MainWindow::letOthersIn()
 
 void MainWindow::onlineUpdateSafe()
 {
-    if (!myMutex.tryLock())
-        return;
     for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
-        if (live[i].isNew)
+        if (std::exchange(isViewNew[i], false))
             markViews(i);
-        live[i].isNew = false;
     }
-    if (isClassNew)
+    if (!isOnlyStaticClassMode)
         refreshClock->mark(graph);
-    isClassNew = false;
-    myMutex.unlock();
-}
-
-// --- Stop ---
-
-void MainWindow::doStopAll()
-{
-    startTimer.stop();
-    updateRunStopButton(true);
-    mTembrin->sendCmdToAll(CMD_STOP_LOGGING);
-}
-
-void MainWindow::commandAccepted(int index, commandType cmd)
-{
-    if (cmd != CMD_STOP_LOGGING)
-        return;
-    mTembrin->setInRun(index, false);
-    mTembrin->dataAt(index)->finalData = true;
-    // Packets still under way must not start a data set.
-    mTembrin->setIgnoreOnlineAfterStop(index, true);
-    QTimer::singleShot(msOfLatePackets, this, [this, index] { stopIgnoreOnline(index); });
-    markViews(index);
-}
-
-void MainWindow::stopIgnoreOnline(int index)
-{
-    mTembrin->setIgnoreOnlineAfterStop(index, false);
-}
-
-void MainWindow::doStop(int index, bool)
-{
-    endRun(index);
-    const TembrinData* state = mTembrin->tembrinDataAt(index);
-    isFastRunEnded = isFastRunEnded || (!state->isVorta() && state->isFastRate());
-    downloadWhenAllStopped();
-}
-
-void MainWindow::endRun(int index)
-{
-    mTembrin->setInRun(index, false);
-    hideBusyTitle();
-    updateRunStopButton(true);
-    isRun = false;
-    mTembrin->dataAt(index)->finalData = true;
-    if (!mTembrin->isAnyRunning())
-        mTembrin->dataC()->setXRange();
-    refreshClock->mark(graph);
-    markViews(index);
-    if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinDataAt(0)->Vorta_drawOnline)
-        updateAll();
-}
-
-void MainWindow::doStop(int index, int reason)
-{
-    endRun(index);
-    downloadWhenAllStopped(); // what the others measured
-    qCInfo(appLog, "logger %d: no run, reason %d", index + 1, reason);
-    for (const StopReason& row : stopReasons) {
-        if (row.reason == reason)
-            prompt->warning(this, tr(row.title), tr(row.text));
-    }
-}
-
-void MainWindow::showTemperatureChangeWarning(int index)
-{
-    qCInfo(appLog, "logger %d: its temperature unit is not the program's", index + 1);
-    prompt->information(this, tr("Change of temperature units"),
-                        tr("Temperature units has been changed.\n"
-                           "Please restart Kormelin for the change to take effect."));
-}
-
-// --- One command to all ---
-
-void MainWindow::sendingCommandToAllLoggers(commandType cmd)
-{
-    QString doing = tr("busy");
-    if (cmd == CMD_TEMBRIN_LOGGING_SETUP)
-        doing = tr("being setup");
-    else if (cmd == CMD_STOP_LOGGING)
-        doing = tr("being stopped");
-    else if (cmd == CMD_DOWNLOAD_STORED_DATA)
-        doing = tr("downloading");
-    else if (cmd == CMD_CONFIGURE_TEMBRIN)
-        doing = tr("being cofigurated");
-    statusBar()->showMessage(tr("Please wait while all Tembrin are %1").arg(doing));
-    updateIconsConnection(false);
-    passedOver.clear();
-}
-
-void MainWindow::sendingCommandToAllLoggers()
-{
-    statusBar()->showMessage(passedOverText());
-    updateIconsConnection(true);
 }

@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/refreshclock.h"
+#include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/settings.h"
 #include "data/expdata.h"
@@ -33,7 +34,13 @@ void MainWindow::setupViews()
     graph = createPlot(mTembrin->dataC(), GRAPH_LINE, -1);
     mTembrin->setPlotC(graph);
     createHint();
+    leftOutLine = new QLabel;
+    leftOutLine->setObjectName(QStringLiteral("leftOutLine"));
+    leftOutLine->setWordWrap(true);
+    leftOutLine->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Maximum);
+    leftOutLine->hide();
     graphW->addWidget(hint);
+    graphW->addWidget(leftOutLine);
     graphW->addWidget(graph);
     graphW->addWidget(graphGridW);
     graphW->setChildrenCollapsible(false);
@@ -138,9 +145,10 @@ void MainWindow::updateLayout(int view)
     if (layout == LAYOUT_MULTI_COMBO && !isHeightShared) {
         // By their size hints the class would get a strip. From here on the user's own choice holds.
         const int height = graphW->height();
-        graphW->setSizes({0, height * 2 / 5, height * 3 / 5});
+        graphW->setSizes({0, 0, height * 2 / 5, height * 3 / 5});
         isHeightShared = true;
     }
+    showLeftOut();
     setMinimumSize(100, 100);
     if (geometry() != before)
         setGeometry(before);
@@ -184,8 +192,10 @@ void MainWindow::updateAll(int index)
     Plot* plot = index < 0 ? graph : mTembrin->plotAt(index);
     plot->setData();
     plot->Update();
-    if (index < 0)
+    if (index < 0) {
+        showLeftOut();
         return;
+    }
     mTembrin->barAt(index)->setBarData();
     mTembrin->barAt(index)->updateBarSens(0, !mTembrin->dataAt(index)->finalData);
 }
@@ -214,7 +224,36 @@ void MainWindow::markViews(int index)
 void MainWindow::updateSens(int index, int iSens)
 {
     setSelected(index, iSens);
-    updateClassData();
+    if (index >= 0)
+        followSelection(index);
+}
+
+/// The class shows of each group what its own graph shows as chosen.
+void MainWindow::followSelection(int index)
+{
+    if (isOnlyStaticClassMode)
+        return;
+    mTembrin->run().classSet().follow(index);
+    mTembrin->dataC()->makeUniformScales();
+    updateAll(-1);
+}
+
+void MainWindow::rebuildClass()
+{
+    ClassSet& classSet = mTembrin->run().classSet();
+    classSet.rebuild(classSet.memberBits() | 1); // the first logger's set is the one that files join
+    mTembrin->dataC()->makeUniformScales();
+    updateAll(-1);
+}
+
+/// One sensor in all graphs that have it.
+void MainWindow::showForAll(int sensorID)
+{
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        const int at = mTembrin->dataAt(i)->locateSensByID(sensorID);
+        if (at >= 0)
+            updateSens(i, at);
+    }
 }
 
 void MainWindow::setSelected(int index, int iSens)
@@ -232,33 +271,15 @@ void MainWindow::setSensSelect()
 {
     for (int i = -1; i < mTembrin->nMaxTembrins(); ++i)
         setSelected(i, 0);
-    updateClassData();
 }
 
-double MainWindow::classSampleTime() const
+/// Whose samples come at other times than the class's is not in its graph, and a line beside it says so.
+void MainWindow::showLeftOut()
 {
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
-        if (classMembers >> i & 1 && mTembrin->dataAt(i)->getXSize() > 0)
-            return mTembrin->dataAt(i)->dt;
-    }
-    return data->dt;
-}
-
-void MainWindow::updateClassData()
-{
-    if (isOnlyStaticClassMode || !mTembrin->isInitialized())
-        return;
-    ExpData* classSet = mTembrin->dataC();
-    const bool isUnsaved = classSet->isNeedSave();
-    classSet->setDataNewEmpty(mTembrin->getSensorsC(), classSampleTime());
-    classSet->setNeedSave(isUnsaved);
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
-        if (classMembers >> i & 1)
-            classSet->copyValues(i, mTembrin->dataAt(i));
-    }
-    classSet->updateMean(true);
-    if (!mTembrin->isAnyRunning())
-        classSet->setXRange();
-    updateAll(-1);
-    updateBars();
+    QStringList names;
+    for (const int slot : mTembrin->run().classSet().leftOut())
+        names.append(mTembrin->groupName(slot));
+    leftOutLine->setVisible(!names.isEmpty() && !isOnlyStaticClassMode && graph->isVisible());
+    leftOutLine->setText(tr("Not in the graph of the class, because of another rate: %1")
+                             .arg(names.join(QStringLiteral(", "))));
 }

@@ -1,5 +1,8 @@
 #include "classroom/multiconnectionsmanager.h"
 
+#include "classroom/classrun.h"
+#include "classroom/commandqueue.h"
+#include "classroom/loggerconnector.h"
 #include "common/settings.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
@@ -11,24 +14,27 @@
 multiConnectionsManager::multiConnectionsManager(QObject* parent)
     : QObject(parent)
 {
+    createLoggers();
+    createFlows();
+}
+
+void multiConnectionsManager::createLoggers()
+{
+    // In force until the program ends; what is chosen meanwhile is for its next start.
+    const Units units = Units::load(Settings::mainStore());
     for (int i = 0; i < nMaxTembrins(); ++i) {
-        auto* protocol = new TembrinProtocol(i, this);
+        auto* protocol = new TembrinProtocol(i, units, this);
         protocol->loggerKey = Settings::loggerKey(i);
         protocol->groupKey = Settings::groupKey(i);
-        connect(protocol, &TembrinProtocol::loggerDisconnected, this, &multiConnectionsManager::handleLoss);
-        connect(protocol->tembrinData, &TembrinData::commandAccepted, this,
-                &multiConnectionsManager::commandAccepted);
-        connect(protocol->tembrinData, qOverload<int, bool>(&TembrinData::runTerminated), this,
-                &multiConnectionsManager::takeEndOfRun);
-        connect(protocol->tembrinData, &TembrinData::downloadComplete, this,
-                &multiConnectionsManager::takeDownload);
         loggers[i].protocol = protocol;
     }
-    setPacing(5000, 100);
-    repeatTimer.setSingleShot(true);
-    pauseTimer.setSingleShot(true);
-    connect(&repeatTimer, &QTimer::timeout, this, &multiConnectionsManager::cmdTimeoutTriggered);
-    connect(&pauseTimer, &QTimer::timeout, this, &multiConnectionsManager::sendCommandNow);
+}
+
+void multiConnectionsManager::setDefTembrins(int n)
+{
+    nDef = qBound(0, n, nMaxTembrins());
+    loggerConnector->setInUse(nDef);
+    commandQueue->setInUse(nDef);
 }
 
 multiConnectionsManager::~multiConnectionsManager() = default;
@@ -81,9 +87,12 @@ void multiConnectionsManager::sendVortaCommand(int i, commandType cmd)
 
 void multiConnectionsManager::sendCommandToFirstLogger(commandType cmd)
 {
-    const int first = nextConnected(0);
-    if (first < nDef)
-        sendCommand(first, cmd);
+    for (int i = 0; i < nDef; ++i) {
+        if (isTembrinConnect(i)) {
+            sendCommand(i, cmd);
+            return;
+        }
+    }
 }
 
 QWidget* multiConnectionsManager::widgetOf(int i, int view) const
@@ -120,20 +129,19 @@ void multiConnectionsManager::addWidget(QGridLayout* layout, int view)
         addWidgetByIndex(layout, view, activeIndex);
 }
 
+SensorPtr multiConnectionsManager::classChannel(int i) const
+{
+    // A logger without any channel still takes its place.
+    const SensorPtr channel = dataAt(i)->ownCopy(dataAt(i)->getActiveSensor());
+    channel->groupName = groupName(i);
+    return channel;
+}
+
 SensorList multiConnectionsManager::getSensorsC()
 {
     SensorList sensors;
-    for (int i = 0; i < nDef; ++i) {
-        ExpData* data = dataAt(i);
-        const int active = plotAt(i)->getActiveSens();
-        data->setSelectedSensor(active < data->getNSens() ? active : 0);
-        // A logger without any channel still takes its place.
-        SensorPtr sensor = data->getActiveSensor();
-        if (!sensor)
-            sensor.reset(new Sensor(0));
-        sensor->groupName = groupName(i);
-        sensors.append(sensor);
-    }
+    for (int i = 0; i < nDef; ++i)
+        sensors.append(classChannel(i));
     if (sensors.isEmpty())
         return sensors;
     SensorPtr average(new Sensor(sensors.first()->ID, sensors.first()->units()));
@@ -141,19 +149,4 @@ SensorList multiConnectionsManager::getSensorsC()
     average->groupName = tr("Average");
     sensors.append(average);
     return sensors;
-}
-
-bool multiConnectionsManager::isAnyRunning() const
-{
-    for (int i = 0; i < nDef; ++i) {
-        if (isTembrinConnect(i) && loggers[i].inRun)
-            return true;
-    }
-    return false;
-}
-
-void multiConnectionsManager::resetLastOnline()
-{
-    for (Logger& logger : loggers)
-        logger.lastOnline = 0;
 }

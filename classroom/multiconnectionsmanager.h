@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QLoggingCategory>
 #include <QObject>
-#include <QTimer>
 
 #include "classroom/views.h"
 #include "common/classsize.h"
@@ -10,18 +8,19 @@
 #include "link/serialport.h"
 #include "sensors/sensor.h"
 
+class ClassRun;
+class CommandQueue;
 class ExpData;
+class LoggerConnector;
 class Plot;
 class QGridLayout;
 class TembrinData;
 class TembrinProtocol;
 
-/// What goes to the loggers of a class, and in which order.
-Q_DECLARE_LOGGING_CATEGORY(classLog)
-
-/// Everything that there is once per logger: the eight sessions, which it owns, and the data sets, graphs and
-/// flags, which the main window gives it. It sends a command to all loggers one after the other. Indices are
-/// slots, 0 to 7; those below nDefTembrins() are in use.
+/// Everything that there is once per logger: the eight sessions, which it owns, and the data sets and
+/// graphs, which the main window gives it. What is done with all of them has objects of its own, which it
+/// owns: connecting, the queue of commands, and the run. Indices are slots, 0 to 7; those below
+/// nDefTembrins() are in use.
 class multiConnectionsManager : public QObject
 {
     Q_OBJECT
@@ -34,7 +33,7 @@ public:
 
     static constexpr int nMaxTembrins() { return mostLoggers; }
     int nDefTembrins() const { return nDef; }
-    void setDefTembrins(int n) { nDef = qBound(0, n, nMaxTembrins()); }
+    void setDefTembrins(int n);
     /// At least one logger is in use.
     bool isInitialized() const { return nDef > 0; }
     /// Which kind of port every logger opens from now on; before the first connection.
@@ -82,57 +81,46 @@ public:
     /// Columns of the grid for the loggers in use.
     int gridColumns() const { return nDef < 4 ? nDef : (nDef + 1) / 2; }
 
-    /// The sensor that each logger in use shows as its active one, in order, and one more for the average.
-    /// They are the loggers' own objects, marked with their group's name. Empty with no logger in use.
+    /// A channel for each logger in use, in order: like the one that it shows as its active one, marked with
+    /// its group's name; and one more for the average. Empty with no logger in use.
     SensorList getSensorsC();
+    /// The one of logger i.
+    SensorPtr classChannel(int i) const;
 
-    // Flags of each logger
+    // Flows, each in an object of its own
 
-    bool isTryingToConnect(int i) const { return loggers[i].tryingToConnect; }
-    void setTryingToConnect(int i, bool tf) { loggers[i].tryingToConnect = tf; }
-    int nTries(int i) const { return loggers[i].nTries; }
-    void setNTries(int i, int n) { loggers[i].nTries = n; }
-    bool isInRun(int i) const { return loggers[i].inRun; }
-    void setInRun(int i, bool tf) { loggers[i].inRun = tf; }
-    /// A connected logger in use was told to run and has not been seen to stop.
+    LoggerConnector& connector() { return *loggerConnector; }
+    CommandQueue& queue() { return *commandQueue; }
+    ClassRun& run() { return *classRun; }
+    const ClassRun& run() const { return *classRun; }
+
+    /// It has told what it is since it was connected.
+    bool isRecognized(int i) const;
+    /// The logger runs or was told to, whoever started it.
+    bool isRunning(int i) const;
+    /// A connected logger in use does.
     bool isAnyRunning() const;
-    bool isIgnoreOnlineAfterStop(int i) const { return loggers[i].ignoreOnlineAfterStop; }
-    void setIgnoreOnlineAfterStop(int i, bool tf) { loggers[i].ignoreOnlineAfterStop = tf; }
-    int getLastOnline(int i) const { return loggers[i].lastOnline; }
-    void setLastOnline(int i, int n) { loggers[i].lastOnline = n; }
-    void resetLastOnline();
-    void resetDownloaded() { downloaded = 0; }
-    void incDownloaded() { ++downloaded; }
-    int numDownloaded() const { return downloaded; }
+    /// Starts all loggers in use; false if there is none to start.
+    bool startRun();
 
-    // One command to all, in multiconnectionsmanager_commands.cpp
-
-    /// Sends to the connected loggers in use one at a time, the next when the one before has confirmed. A
-    /// logger that does not confirm gets the command again; one that is lost is passed over. With nobody
-    /// connected nothing happens. A new command takes over from one under way.
-    ///
-    /// A download goes to those that have something stored. One that fails is asked for again twice, then the
-    /// logger is passed over.
+    /// Puts a command for all loggers in use into the queue: CMD_START_LOGGING, CMD_STOP_LOGGING,
+    /// CMD_TEMBRIN_LOGGING_SETUP, CMD_CONFIGURE_TEMBRIN or CMD_DOWNLOAD_STORED_DATA (their newest
+    /// experiments). With nobody to tell nothing happens.
     void sendCmdToAll(commandType cmd);
-    /// The same way to one stored experiment of one logger, `number` from 1.
+    /// One stored experiment of one logger, `number` from 1, by the same queue.
     void downloadFrom(int index, int number);
-    /// Ends a download under way; what has arrived of it is dropped.
+    /// Ends a download at work and those that wait; what has arrived of it is dropped.
     void cancelDownload();
-    /// `cmd` is on its way through the loggers.
-    bool isSending(commandType cmd) const { return commandIndex != idle && command == cmd; }
+    /// `cmd` is on its way through the loggers, or waits for its turn.
+    bool isSending(commandType cmd) const;
     /// Milliseconds before an unconfirmed command is repeated, and between two loggers or before a repeat.
     void setPacing(int repeatMs, int pauseMs);
-
-public Q_SLOTS:
-    void commandAccepted(int index, commandType cmd);
-    void sendCommandNow();
-    void cmdTimeoutTriggered();
 
 Q_SIGNALS:
     /// Logger `index` has, or no longer has, the current command.
     void setBTComm(int index, bool tf);
     void startSendCommandToAll(commandType cmd);
-    /// Logger `index` was lost, or failed too often, before it had carried out the current command.
+    /// Logger `index` did not carry out the current command.
     void passedOver(int index);
     void doneSendCommandToAll();
 
@@ -143,42 +131,20 @@ private:
         ExpData* data = nullptr;
         Plot* plot = nullptr;
         Plot* bar = nullptr;
-        bool tryingToConnect = false;
-        bool inRun = false;
-        bool ignoreOnlineAfterStop = false;
-        int lastOnline = 0;
-        int nTries = 0;
         int currentView = VIEW_GRAPH;
     };
 
-    int nextConnected(int from) const;
-    int nextServed(int from) const;
-    bool isServed(int i) const;
-    void begin(commandType cmd, int from, int end);
+    void createLoggers();
+    void createFlows();
+    void catchUp(int i);
     QWidget* widgetOf(int i, int view) const;
-    void passOn();
-    void passOver();
-    void handleLoss(int index);
-    void takeEndOfRun(int index);
-    void takeDownload(int index, bool success);
-    void repeatDownload();
 
     Logger loggers[mostLoggers];
     int nDef = 0;
     ExpData* classData = nullptr;
     Plot* classPlot = nullptr;
     int activeIndex = -1;
-    int downloaded = 0;
-
-    static constexpr int idle = -1;
-    static constexpr int newest = 0;
-    commandType command = CMD_GET_TEMBRIN_STATUS;
-    int commandIndex = idle; ///< the logger that the command waits for
-    int commandEnd = 0;      ///< the first one that it is not for
-    int experiment = newest; ///< to download
-    bool isDownloadBad = false;
-    int badDownloads = 0; ///< of the present logger
-    int pauseMs = 100;
-    QTimer repeatTimer;
-    QTimer pauseTimer;
+    LoggerConnector* loggerConnector = nullptr; ///< children of this object, as are the next two
+    CommandQueue* commandQueue = nullptr;
+    ClassRun* classRun = nullptr;
 };

@@ -1,5 +1,7 @@
 #include "classroom/selectmanyloggers.h"
 
+#include "classroom/classlog.h"
+
 #include <QGridLayout>
 #include <QLabel>
 #include <QListWidget>

@@ -55,6 +55,8 @@ public:
     void fillSensorListFromLoggerList(const SensorList& loggerSensors, bool isDownload);
     /// Empties the set, channels included.
     void setDataNewEmpty();
+    /// A channel like `sensor` that no logger or other set shares; null gives one without a meaning.
+    SensorPtr ownCopy(const SensorPtr& sensor) const;
     /// Starts an experiment without samples, so there is nothing to save; `dt` in seconds, 0 for manual
     /// sampling.
     void setDataNewEmpty(const SensorList& channels, double dt, const QString& name = QString());
@@ -267,8 +269,6 @@ private:
     void updateXExtent();
     double shown(int iSens, double value) const;
     double samplePeriod() const { return dt > 0 ? dt : 1.0; }
-    /// A channel like `sensor` that no logger or other set shares; null gives one without a meaning.
-    SensorPtr ownCopy(const SensorPtr& sensor) const;
     SensorPtr ownChannel(int ID, int inLoggerIndex = -1, int virtualIndex = -1) const;
     void copyChannels(const SensorList& channels);
 

@@ -45,8 +45,9 @@ public:
     /// A sample arrives, the same value on every channel.
     void sample(int i, short number, double value = 0, int waiting = 0)
     {
-        const QVector<double> row(logger(i)->runChannels().size(), value);
-        Q_EMIT logger(i)->onlineReceived(i, number, {row}, waiting);
+        manager->tembrinAt(i)->isConnect = true;
+        const QVector<double> values(logger(i)->runChannels().size(), value);
+        Q_EMIT logger(i)->onlineReceived(i, number, {values}, waiting);
     }
 
     FakePorts ports;

@@ -122,6 +122,8 @@ private Q_SLOTS:
     void anAppendedExperimentSlides()
     {
         save(path("a.xml"));
+        for (int i : {0, 1})
+            Q_EMIT bench->logger(i)->runTerminated(i, false);
         ExpData* set = bench->data(0);
         const int before = set->getNSens();
         QVector<int> pads;

@@ -6,6 +6,7 @@
 #include <QToolBar>
 
 #include "instruments/indicator.h"
+#include "instruments/statusline.h"
 #include "tests/app/classbench.h"
 #include "tests/protocol/loggerbench.h"
 
@@ -30,8 +31,9 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(bench.ports.made(QStringLiteral("COMxx")), 11, 4000);
         QTest::qWait(300);
         QCOMPARE(bench.ports.made(QStringLiteral("COMxx")), 11);
-        QCOMPARE(bench.window->statusBar()->currentMessage(),
-                 QStringLiteral("Not connected (tried BT port COMxx)"));
+        QCOMPARE(bench.window->statusBar()->currentMessage(), QStringLiteral("Not connected: Group A"));
+        auto* icon = bench.window->findChild<QLabel*>(QStringLiteral("loggerIcon1"));
+        QCOMPARE(icon->toolTip(), QStringLiteral("Not connected (tried BT port COMxx)"));
 
         clickIcon(bench, 0);
         clickIcon(bench, 0); // refused while the first attempt runs
@@ -120,8 +122,9 @@ private Q_SLOTS:
         QCOMPARE(bench.port(0)->written(), bytes("47143372"));
         QVERIFY(bench.port(1)->writes.isEmpty());
         QVERIFY(!bench.action("runAct")->isEnabled());
-        QCOMPARE(bench.window->statusBar()->currentMessage(),
-                 QStringLiteral("Please wait while all Tembrin are being stopped"));
+        QVERIFY(bench.action("stopAct")->isVisible() && bench.action("stopAct")->isEnabled());
+        QCOMPARE(bench.window->findChild<StatusLine*>()->waiting(),
+                 QStringLiteral("Please wait while all Tembrin are being stopped: Group A"));
         bench.port(0)->feed(status({{3, 0x33}, {7, 0}}));
         QTRY_COMPARE(bench.port(1)->written(), bytes("47143372"));
         QVERIFY(bench.data(0)->finalData);

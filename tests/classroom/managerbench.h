@@ -2,6 +2,7 @@
 
 #include <QTest>
 
+#include "classroom/loggerconnector.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "protocol/tembrindata.h"
@@ -34,10 +35,7 @@ public:
     /// Opens the port and asks who is there, as a connected program does.
     void open(int i)
     {
-        session(i)->open();
-        session(i)->init();
-        session(i)->sendCommand(CMD_GET_ALL_SENSORS_ID);
-        session(i)->sendVortaCommand(CMD_VORTA_GET_STATUS);
+        manager.connector().connectLogger(i);
     }
     bool isReady(int i) { return state(i)->isLoggerRecognized() || state(i)->isVorta(); }
     /// Opens all and waits until each is known.

@@ -1,177 +1,171 @@
-#include <QElapsedTimer>
-#include <QTest>
+#include "classroom/commandqueue.h"
+#include "classroom/jobtexts.h"
+#include "classroom/loggerconnector.h"
+#include "tests/classroom/managerbench.h"
+#include "virtual/wire.h"
 
-#include "classroom/multiconnectionsmanager.h"
-#include "common/settings.h"
-#include "protocol/tembrindata.h"
-#include "protocol/tembrinprotocol.h"
-#include "tests/common/testsupport.h"
-#include "tests/link/fakeport.h"
+using Task = ClassJob::Task;
 
-namespace {
-const QByteArray stopFrame = QByteArray::fromHex("47143372");
-}
-
+/// Commands to a class: their order, and what comes of them.
 class TestManager : public GuardedTest
 {
     Q_OBJECT
 
-private:
-    void begin() override
+    static QVector<LoggerIdentity> loggers(int count, int stored = 0)
     {
-        ports.reset(new FakePorts);
-        manager.reset(new multiConnectionsManager);
-        manager->setPortFactory(ports->factory());
-        manager->setDefTembrins(3);
-        trace.clear();
-        connect(manager.data(), &multiConnectionsManager::setBTComm, this, [this](int index, bool tf) {
-            trace << QStringLiteral("%1%2").arg(tf ? QStringLiteral("+") : QStringLiteral("-")).arg(index);
-        });
-        connect(manager.data(), &multiConnectionsManager::startSendCommandToAll, this,
-                [this](commandType cmd) { trace << QStringLiteral("start %1").arg(cmd); });
-        connect(manager.data(), &multiConnectionsManager::doneSendCommandToAll, this,
-                [this] { trace << QStringLiteral("done"); });
+        return QVector<LoggerIdentity>(count, VirtualBench::identity("Birch", "10/Sec", 100, stored));
     }
 
-    void finish() override { manager.reset(); }
+    void use(ManagerBench* bench)
+    {
+        trace.clear();
+        ends.clear();
+        connect(&bench->manager, &multiConnectionsManager::setBTComm, this, [this](int index, bool tf) {
+            trace << QStringLiteral("%1%2").arg(tf ? QStringLiteral("+") : QStringLiteral("-")).arg(index);
+        });
+        connect(&bench->manager, &multiConnectionsManager::startSendCommandToAll, this,
+                [this](commandType cmd) { trace << QStringLiteral("start %1").arg(cmd); });
+        connect(&bench->manager, &multiConnectionsManager::doneSendCommandToAll, this,
+                [this] { trace << QStringLiteral("done"); });
+        connect(&bench->manager.queue(), &CommandQueue::ended, this, [this](const ClassJob& job) {
+            ends << JobTexts::outcome(job, [](int slot) { return VirtualBench::group(slot); });
+        });
+    }
+    QString told() const { return trace.join(QLatin1Char(' ')); }
 
 private Q_SLOTS:
     void aCommandGoesFromLoggerToLogger_data()
     {
-        columns<QVector<int>, QString>({"connected", "expected"});
-        row("all", QVector<int>{0, 1, 2}, "+0 start 4 -0 +1 -1 +2 -2 done");
-        row("the middle one is away", QVector<int>{0, 2}, "+0 start 4 -0 +2 -2 done");
-        row("the first one is away", QVector<int>{1, 2}, "+1 start 4 -1 +2 -2 done");
-        row("the last one is away", QVector<int>{0, 1}, "+0 start 4 -0 +1 -1 done");
-        row("one beyond those in use", QVector<int>{1, 3}, "+1 start 4 -1 done");
-        row("nobody", QVector<int>{}, "");
+        columns<QVector<int>, QString>({"away", "expected"});
+        row("all", QVector<int>{}, "start 4 +0 -0 +1 -1 +2 -2 done");
+        row("the middle one is away", QVector<int>{1}, "start 4 +0 -0 +2 -2 done");
+        row("the first one is away", QVector<int>{0}, "start 4 +1 -1 +2 -2 done");
+        row("the last one is away", QVector<int>{2}, "start 4 +0 -0 +1 -1 done");
+        row("nobody", QVector<int>{0, 1, 2}, "");
     }
 
     void aCommandGoesFromLoggerToLogger()
     {
-        QFETCH(QVector<int>, connected);
-        QFETCH(QString, expected);
-        for (int i : connected)
-            connectLogger(i);
-        manager->setPacing(5000, 20);
-        manager->sendCmdToAll(CMD_STOP_LOGGING);
-        for (int i : connected) {
-            if (i >= 3)
-                continue;
-            QTRY_COMPARE(written(i), stopFrame);
-            accept((i + 1) % 3); // another logger's confirmation does not count
-            accept(i);
+        QFETCH(QVector<int>, away);
+        ManagerBench bench(loggers(3));
+        for (int i = 0; i < 3; ++i) {
+            if (!away.contains(i))
+                bench.open(i);
         }
-        QCOMPARE(trace.join(QLatin1Char(' ')), expected);
-        QTest::qWait(50);
-        for (int i : connected)
-            QCOMPARE(written(i), i < 3 ? stopFrame : QByteArray());
+        for (int i = 0; i < 3; ++i)
+            QTRY_VERIFY(away.contains(i) || bench.isReady(i));
+        use(&bench);
+        bench.manager.sendCmdToAll(CMD_STOP_LOGGING);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QTEST(told(), "expected");
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(bench.heard(i, Wire::Stop), away.contains(i) ? 0 : 1);
+        QCOMPARE(ends.join(QString()), QString()); // who was never there is not missed
     }
 
-    void anUnconfirmedCommandIsRepeatedEveryFiveSeconds()
+    void nothingTakesOverAndNothingIsDropped()
     {
-        connectLogger(0);
-        QElapsedTimer clock;
-        clock.start();
-        manager->sendCmdToAll(CMD_STOP_LOGGING);
-        QTRY_COMPARE_WITH_TIMEOUT(written(0), stopFrame + stopFrame, 7000);
-        QVERIFY2(qAbs(clock.elapsed() - 5100) < 300, qPrintable(QString::number(clock.elapsed())));
-        accept(0);
-        QCOMPARE(trace.last(), QStringLiteral("done"));
-    }
-
-    void aLostLoggerIsPassedOver()
-    {
-        for (int i : {0, 1, 2})
-            connectLogger(i);
-        manager->setPacing(30, 10);
-        manager->sendCmdToAll(CMD_STOP_LOGGING);
-        QTRY_VERIFY(written(0).startsWith(stopFrame.repeated(2))); // or already more
-        ports->port(name(0))->hangUp(); // while the chain waits for it
-        QCOMPARE(trace.last(), QStringLiteral("+1"));
-        ports->port(name(1))->hangUp(); // while the chain pauses before it
-        QTRY_VERIFY(written(2).startsWith(stopFrame));
-        accept(2);
-        QCOMPARE(trace.last(), QStringLiteral("done"));
-    }
-
-    void aNewCommandTakesOver()
-    {
-        connectLogger(0);
-        manager->setPacing(40, 10);
-        manager->sendCmdToAll(CMD_CONFIGURE_TEMBRIN);
-        ports->port(name(0))->writes.clear();
-        manager->sendCmdToAll(CMD_STOP_LOGGING);
-        Q_EMIT manager->tembrinDataAt(0)->commandAccepted(0, CMD_CONFIGURE_TEMBRIN); // too late
-        QVERIFY(!trace.contains(QStringLiteral("done")));
-        QTRY_VERIFY(written(0).startsWith(stopFrame.repeated(3)));
-        accept(0);
-        QCOMPARE(trace.last(), QStringLiteral("done"));
-    }
-
-    void aBadDownloadIsAskedForThreeTimes()
-    {
-        for (int i : {0, 1, 2})
-            connectLogger(i);
-        manager->setPacing(60, 5);
-        connect(manager.data(), &multiConnectionsManager::passedOver, this,
-                [this](int index) { trace << QStringLiteral("over %1").arg(index); });
-        manager->sendCmdToAll(CMD_DOWNLOAD_STORED_DATA);
-        QCOMPARE(trace, QStringList()); // nobody has anything stored
-        for (int i : {0, 1, 2})
-            manager->tembrinDataAt(i)->numExperiments = short(i + 1);
-        manager->tembrinDataAt(1)->setVorta(true);
-        manager->sendCmdToAll(CMD_DOWNLOAD_STORED_DATA);
-        for (int requests = 1; requests <= 3; ++requests) {
-            QTRY_VERIFY(written(0).startsWith(downloadFrame(1).repeated(requests)));
-            if (requests != 2) // the second request gets no answer at all
-                endDownload(0, false);
+        ManagerBench bench(loggers(2, 1));
+        bench.openAll();
+        use(&bench);
+        for (commandType cmd : {CMD_CONFIGURE_TEMBRIN, CMD_TEMBRIN_LOGGING_SETUP, CMD_DOWNLOAD_STORED_DATA})
+            bench.manager.sendCmdToAll(cmd);
+        bench.manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP); // waits already
+        bench.manager.sendCmdToAll(CMD_STOP_LOGGING);          // does not wait
+        QTRY_VERIFY_WITH_TIMEOUT(bench.manager.queue().isIdle(), 8000);
+        QCOMPARE(told().count(QStringLiteral("done")), 4);
+        for (int i : {0, 1}) {
+            for (int code : {Wire::Configure, Wire::LoggingSetup, Wire::Download, Wire::Stop})
+                QCOMPARE(bench.heard(i, code), 1);
         }
-        QTRY_COMPARE(written(2), downloadFrame(3));
-        endDownload(2, true);
-        QCOMPARE(trace.join(QLatin1Char(' ')), QStringLiteral("+0 start 5 over 0 -0 +2 -2 done"));
-        QCOMPARE(written(1), QByteArray());
+        QVERIFY(trace.indexOf(QStringLiteral("start 17")) < trace.indexOf(QStringLiteral("start 2")));
+        QVERIFY(trace.indexOf(QStringLiteral("start 2")) < trace.indexOf(QStringLiteral("start 5")));
+    }
 
-        trace.clear();
-        manager->tembrinDataAt(0)->setVorta(true);
-        manager->sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
-        QCOMPARE(trace.join(QLatin1Char(' ')), QStringLiteral("+2 start 2"));
-        manager->sendCmdToAll(CMD_STOP_LOGGING); // which a Vorta confirms with the end of its run
-        for (int i : {0, 1})
-            Q_EMIT manager->tembrinDataAt(i)->runTerminated(i, false);
-        trace.clear();
-        manager->downloadFrom(2, 2);
-        QVERIFY(written(2).endsWith(downloadFrame(2)));
-        endDownload(2, true);
-        QCOMPARE(trace.last(), QStringLiteral("done"));
+    void whoDoesNotConfirmIsNamed_data()
+    {
+        columns<int, QString, QString>({"command", "fault", "outcome"});
+        row("a stop that is not heard", int(CMD_STOP_LOGGING), "dead", "Not stopped: Group B (does not answer).");
+        row("a setup that is not heard", int(CMD_TEMBRIN_LOGGING_SETUP), "dead",
+            "Not set up: Group B (does not answer).");
+        row("a start that is not heard", int(CMD_START_LOGGING), "dead", "Not started: Group B (does not answer).");
+        row("a request that is not heard", int(CMD_DOWNLOAD_STORED_DATA), "dead",
+            "No experiment could be fetched from Group B (does not answer).");
+        row("lost before its turn", int(CMD_CONFIGURE_TEMBRIN), "lost", "Not configured: Group B (connection lost).");
+        row("it runs", int(CMD_TEMBRIN_LOGGING_SETUP), "runs", "Not set up: Group B (is running).");
+        row("lost answers", int(CMD_TEMBRIN_LOGGING_SETUP), "deaf twice", "");
+    }
+
+    void whoDoesNotConfirmIsNamed()
+    {
+        const auto [command, fault] = fetched<int, QString>({"command", "fault"});
+        ManagerBench bench(loggers(3, 1));
+        bench.openAll();
+        use(&bench);
+        if (fault == QLatin1String("dead"))
+            bench.setDead(1);
+        else if (fault == QLatin1String("lost"))
+            bench.pull(1);
+        else if (fault == QLatin1String("deaf twice"))
+            bench.dropAnswers(1, 2);
+        if (fault == QLatin1String("runs")) {
+            bench.pressStart(1);
+            QTRY_VERIFY(bench.manager.isRunning(1));
+        }
+        bench.manager.sendCmdToAll(commandType(command));
+        QTRY_VERIFY_WITH_TIMEOUT(bench.manager.queue().isIdle(), 8000);
+        QTEST(ends.join(QString()), "outcome");
+        for (int i : {0, 2})
+            QVERIFY(!bench.heard(i).isEmpty());
+    }
+
+    void aLoggerThatNeverToldWhatItIsHoldsNobodyUp()
+    {
+        ManagerBench bench(loggers(2));
+        bench.setDead(0);
+        bench.open(0);
+        bench.open(1);
+        QTRY_VERIFY(bench.isReady(1) && bench.manager.isTembrinConnect(0));
+        use(&bench);
+        bench.manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QCOMPARE(bench.heard(1, Wire::LoggingSetup), 1);
+        QCOMPARE(ends.join(QString()), QStringLiteral("Not set up: Group A (does not answer)."));
+    }
+
+    void whatWasMissedIsCaughtUp()
+    {
+        ManagerBench bench(loggers(2));
+        bench.openAll();
+        use(&bench);
+        LoggerSettings plan = bench.state(1)->reported();
+        plan.samples = 0;
+        bench.pull(1);
+        bench.session(1)->wantSetup(plan);
+        bench.manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QVERIFY(bench.setup(1).samples != 0);
+        bench.putBack(1);
+        bench.open(1);
+        QTRY_COMPARE(bench.setup(1).samples, 0);
+        QTRY_VERIFY(bench.session(1)->isSetupConfirmed());
+    }
+
+    void aStartIsNotGivenTwice()
+    {
+        ManagerBench bench(loggers(1));
+        bench.openAll();
+        bench.loseSamples(0, 0, 2000);
+        bench.dropAnswers(0, 1);
+        bench.manager.sendCmdToAll(CMD_START_LOGGING);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QCOMPARE(bench.heard(0, Wire::Start), 1);
+        QVERIFY(bench.manager.isRunning(0));
     }
 
 private:
-    static QByteArray downloadFrame(int number)
-    {
-        return QByteArray::fromHex("471444").append(char(number)).append(char(256 - 0x9F - number));
-    }
-    void endDownload(int i, bool success)
-    {
-        TembrinData* state = manager->tembrinDataAt(i);
-        Q_EMIT state->downloadComplete(i, success);
-        Q_EMIT state->commandAccepted(i, CMD_DOWNLOAD_STORED_DATA);
-    }
-    static QString name(int i) { return QStringLiteral("port%1").arg(i); }
-    QByteArray written(int i) const { return ports->port(name(i))->written(); }
-    void accept(int i) { Q_EMIT manager->tembrinDataAt(i)->commandAccepted(i, CMD_STOP_LOGGING); }
-
-    void connectLogger(int i)
-    {
-        Settings::mainStore().setValue(Settings::loggerKey(i), name(i));
-        manager->tembrinAt(i)->open();
-        manager->tembrinAt(i)->init();
-        QVERIFY(manager->isTembrinConnect(i));
-    }
-
-    QScopedPointer<FakePorts> ports;
-    QScopedPointer<multiConnectionsManager> manager;
     QStringList trace;
+    QStringList ends;
 };
 
 QTEST_MAIN(TestManager)

@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "graph/plot.h"
+#include "instruments/statusline.h"
 #include "tests/e2e/virtualclassbench.h"
 
 /// What loggers keep in their memories comes into the program. The log of the frames says what they sent.
@@ -22,7 +23,7 @@ private Q_SLOTS:
         startWithLog(3, {QStringLiteral("--model"), QStringLiteral("Birch,Dune,Grove")});
         tell("fault all lose=5 badsum=2");
         download();
-        QVERIFY(window->statusBar()->currentMessage().isEmpty());
+        QCOMPARE(window->findChild<StatusLine*>()->text(), QString());
         for (int i = 0; i < 3; ++i) {
             QCOMPARE(data(i)->getXSize(), 1000);
             QVERIFY(data(i)->isNeedSave());
@@ -95,8 +96,8 @@ private Q_SLOTS:
             isPulled = isPulled || packet == 3;
         });
         download();
-        QCOMPARE(window->statusBar()->currentMessage(),
-                 QStringLiteral("No experiment could be fetched from second (Group 2)."));
+        QCOMPARE(window->findChild<StatusLine*>()->outcome(),
+                 QStringLiteral("No experiment could be fetched from Group 2 (connection lost)."));
         QCOMPARE(data(1)->getXSize(), 0);
         checkClass({0, 2});
         checkValues({0, 2});

@@ -27,7 +27,7 @@ public:
         }
         for (int i = 0; i < loggers; ++i) {
             manager.tembrinAt(i)->open();
-            manager.tembrinAt(i)->init();
+            port(i).writes.clear(); // the questions of the beginning
         }
     }
 

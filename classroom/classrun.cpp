@@ -1,0 +1,359 @@
+#include "classroom/classrun.h"
+
+#include "classroom/classlog.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
+#include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
+
+#include <algorithm>
+
+namespace {
+constexpr int msOfLateSamples = 1000;
+constexpr int biggestGap = 3; // sample numbers; in a run that was begun on the logger more is another run
+} // namespace
+
+ClassRun::ClassRun(multiConnectionsManager* manager)
+    : QObject(manager)
+    , manager(manager)
+    , set(manager)
+{
+    clock.start();
+    for (int slot = 0; slot < manager->nMaxTembrins(); ++slot)
+        connectLogger(slot);
+}
+
+void ClassRun::connectLogger(int slot)
+{
+    const TembrinData* logger = state(slot);
+    connect(logger, qOverload<int, short, QVector<QVector<double>>, int>(&TembrinData::onlineReceived), this,
+            &ClassRun::takeSamples);
+    connect(logger, &TembrinData::statusReceived, this, [this, slot] { takeStatus(slot); });
+    connect(logger, qOverload<int, bool>(&TembrinData::runTerminated), this, &ClassRun::takeEnd);
+    connect(logger, qOverload<int, int>(&TembrinData::runTerminated), this, [this](int index) {
+        if (places[index].phase == Phase::Ordered)
+            places[index].isStored = false; // it refused
+        takeEnd(index);
+    });
+    connect(manager->tembrinAt(slot), &TembrinProtocol::loggerDisconnected, this, &ClassRun::takeLoss);
+}
+
+TembrinData* ClassRun::state(int slot) const
+{
+    return manager->tembrinDataAt(slot);
+}
+
+ExpData* ClassRun::data(int slot) const
+{
+    return manager->dataAt(slot);
+}
+
+// --- The state of the run ---
+
+bool ClassRun::isRunning(int slot) const
+{
+    if (!manager->isTembrinConnect(slot))
+        return false;
+    const Phase phase = places[slot].phase;
+    return phase == Phase::Ordered || phase == Phase::Running ||
+           (manager->isRecognized(slot) && !state(slot)->isIdle());
+}
+
+bool ClassRun::isAnyRunning() const
+{
+    for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
+        if (isRunning(slot))
+            return true;
+    }
+    return false;
+}
+
+QDateTime ClassRun::lostSince(int slot) const
+{
+    return places[slot].phase == Phase::Lost ? places[slot].lost : QDateTime();
+}
+
+qint64 ClassRun::elapsed() const
+{
+    return isOn ? clock.elapsed() - begunAt : duration;
+}
+
+int ClassRun::samples() const
+{
+    return taken;
+}
+
+void ClassRun::setPhase(int slot, Phase phase)
+{
+    if (places[slot].phase == phase)
+        return;
+    places[slot].phase = phase;
+    Q_EMIT phaseChanged(slot);
+}
+
+void ClassRun::beginRun()
+{
+    isOn = true;
+    begunAt = clock.elapsed();
+    taken = 0;
+    storedRuns = 0;
+}
+
+void ClassRun::order(quint8 which)
+{
+    if (!manager->dataC())
+        return;
+    beginRun();
+    for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
+        Place& place = places[slot];
+        place = Place();
+        if (!(which >> slot & 1))
+            continue;
+        place.isOrdered = true;
+        place.isStored = state(slot)->isFastRate();
+        place.storedBefore = state(slot)->numExperiments;
+        data(slot)->setDataNewEmpty(planned(slot), state(slot)->samplePeriod(), manager->groupName(slot));
+        setPhase(slot, Phase::Ordered);
+        Q_EMIT experimentBegun(slot);
+    }
+    set.rebuild(which);
+    Q_EMIT classBegun();
+}
+
+void ClassRun::takeStatus(int slot)
+{
+    Place& place = places[slot];
+    const bool isIdle = state(slot)->isIdle();
+    if (!isIdle)
+        place.isStored = state(slot)->isFastRate();
+    // One that was away tells how it stands; the word of an end may have been lost on the way.
+    if (place.phase == Phase::Lost || place.phase == Phase::Running) {
+        if (isIdle)
+            takeEnd(slot);
+        else
+            goOn(slot);
+    } else if (!isIdle && (place.phase == Phase::Ordered || place.isStored)) {
+        goOn(slot);
+    }
+    showPlanned(slot);
+    Q_EMIT phaseChanged(slot);
+}
+
+/// The logger runs, or runs again after it was away.
+void ClassRun::goOn(int slot)
+{
+    if (!isOn) {
+        isOn = true;
+        if (places[slot].phase != Phase::Lost)
+            beginRun();
+    }
+    setPhase(slot, Phase::Running);
+}
+
+void ClassRun::takeEnd(int slot)
+{
+    Place& place = places[slot];
+    if (place.phase == Phase::Idle || place.phase == Phase::Ended) {
+        Q_EMIT phaseChanged(slot); // it may have run unseen
+        return;
+    }
+    // One that was never seen to run has perhaps nothing new to fetch.
+    if (place.isStored && (place.phase != Phase::Ordered || state(slot)->numExperiments > place.storedBefore))
+        storedRuns |= quint8(1u << slot);
+    place.endedAt = clock.elapsed();
+    if (data(slot))
+        data(slot)->finalData = true;
+    setPhase(slot, Phase::Ended);
+    endIfNobodyRuns();
+}
+
+void ClassRun::takeLoss(int slot)
+{
+    Place& place = places[slot];
+    if (place.phase != Phase::Ordered && place.phase != Phase::Running)
+        return;
+    place.lost = QDateTime::currentDateTime();
+    if (data(slot))
+        data(slot)->finalData = true;
+    setPhase(slot, Phase::Lost);
+    endIfNobodyRuns();
+}
+
+void ClassRun::endIfNobodyRuns()
+{
+    if (!isOn || isAnyRunning())
+        return;
+    isOn = false;
+    duration = clock.elapsed() - begunAt;
+    if (manager->dataC())
+        manager->dataC()->setXRange();
+    const quint8 stored = storedRuns;
+    storedRuns = 0;
+    Q_EMIT ended();
+    if (stored != 0)
+        Q_EMIT storedRunsEnded(stored);
+}
+
+// --- Channels before the first sample ---
+
+/// What a logger would record as it is set now.
+SensorList ClassRun::planned(int slot) const
+{
+    const TembrinData* logger = state(slot);
+    // A Vorta logger is told with the start what else a logger tells by itself.
+    const quint16 mask =
+        logger->isVorta() ? manager->tembrinAt(slot)->wanted().mask : logger->reported().mask;
+    const SensorList& all = logger->getSensors();
+    SensorList channels;
+    for (int i = 0; i < all.size(); ++i) {
+        if (!(mask >> i & 1))
+            continue;
+        const QVector<int> children = all.at(i)->virtualSensorIDs;
+        for (const int id : children.isEmpty() ? QVector<int>{all.at(i)->ID} : children) {
+            const SensorPtr channel = SensorPtr::create(id);
+            channel->active = true;
+            channels.append(channel);
+        }
+    }
+    return channels;
+}
+
+/// Before a group has measured anything its graph names the sensors that its logger is set to.
+void ClassRun::showPlanned(int slot)
+{
+    ExpData* own = data(slot);
+    if (!own || own->getXSize() > 0 || slot >= manager->nDefTembrins() || places[slot].phase != Phase::Idle)
+        return;
+    const SensorList channels = planned(slot);
+    const SensorList& shown = own->getSensors();
+    const bool isSame =
+        shown.size() == channels.size() &&
+        std::equal(shown.begin(), shown.end(), channels.begin(),
+                   [](const SensorPtr& a, const SensorPtr& b) { return a && a->ID == b->ID; });
+    if (isSame || channels.isEmpty())
+        return;
+    own->setDataNewEmpty(channels, state(slot)->samplePeriod(), manager->groupName(slot));
+    Q_EMIT channelsPlanned(slot);
+}
+
+// --- Samples ---
+
+/// Still under way when the logger had said that it stopped.
+bool ClassRun::isLate(const Place& place, int current) const
+{
+    return place.phase == Phase::Ended && current > 0 && clock.elapsed() - place.endedAt < msOfLateSamples;
+}
+
+bool ClassRun::isSecondPart(const Place& place, int number) const
+{
+    if (!place.isOrdered || place.last < 0)
+        return false;
+    switch (place.phase) {
+    case Phase::Idle:
+    case Phase::Ordered:
+        return false;
+    case Phase::Running:
+    case Phase::Lost:
+        return number <= place.last;
+    case Phase::Ended:
+        return isOn;
+    }
+    return false;
+}
+
+bool ClassRun::isNew(const Place& place, int number) const
+{
+    switch (place.phase) {
+    case Phase::Idle:
+    case Phase::Ordered:
+    case Phase::Ended:
+        return true;
+    case Phase::Lost:
+        return place.last < 0 || number <= place.last;
+    case Phase::Running:
+        if (place.last < 0) // it was known to run before its first sample
+            return true;
+        return number <= place.last || (!place.isOrdered && number - place.last > biggestGap);
+    }
+    return true;
+}
+
+void ClassRun::takeSamples(int slot, short current, const QVector<QVector<double>>& rows, int samplesWaiting)
+{
+    Place& place = places[slot];
+    if (current < 0) {
+        Q_EMIT tooSlow(slot);
+        return;
+    }
+    if (!data(slot) || rows.isEmpty() || isLate(place, current))
+        return;
+    const int number = current * rows.size();
+    if (isSecondPart(place, number))
+        beginSecondPart(slot, number);
+    else if (isNew(place, number))
+        beginExperiment(slot, number);
+    goOn(slot);
+    data(slot)->finalData = false;
+
+    const double dt = data(slot)->dt;
+    for (int i = 0; i < rows.size(); ++i) {
+        const double n = double(place.shift + number + i);
+        data(slot)->addSample(dt > 0 ? dt * n : n, rows.at(i));
+        set.take(slot);
+    }
+    place.last = number + rows.size() - 1;
+    taken += rows.size();
+    Q_EMIT samplesTaken(slot, samplesWaiting);
+}
+
+/// No other logger is in a run.
+bool ClassRun::isAlone(int slot) const
+{
+    for (int other = 0; other < manager->nDefTembrins(); ++other) {
+        const Phase phase = places[other].phase;
+        if (other != slot && phase != Phase::Idle && phase != Phase::Ended)
+            return false;
+    }
+    return true;
+}
+
+void ClassRun::beginExperiment(int slot, int number)
+{
+    Place& place = places[slot];
+    const bool isFirst = !isOn || isAlone(slot);
+    if (isFirst) {
+        for (Place& other : places) {
+            if (&other != &place && other.phase != Phase::Running && other.phase != Phase::Ordered)
+                other = Place();
+        }
+        beginRun();
+    }
+    const double dt = state(slot)->samplePeriod();
+    place.last = -1;
+    place.shift = 0;
+    place.zero = clock.elapsed() - qint64(dt * number * 1000);
+    place.isOrdered = place.isOrdered && !isFirst;
+    data(slot)->setDataNewEmpty(state(slot)->runChannels(), dt, manager->groupName(slot));
+    data(slot)->setCardWidth(state(slot)->photoObjW);
+    Q_EMIT experimentBegun(slot);
+    if (isFirst) {
+        set.rebuild(quint8(1u << slot));
+        Q_EMIT classBegun();
+    } else {
+        set.join(slot);
+    }
+}
+
+/// A logger that was stopped and started in the middle of a run of the class, with its own keys: what comes
+/// follows what there is, at its true time.
+void ClassRun::beginSecondPart(int slot, int number)
+{
+    Place& place = places[slot];
+    const ExpData* own = data(slot);
+    const double unit = own->dt > 0 ? own->dt : 1;
+    const qint64 next = own->getXSize() > 0 ? qRound64(own->getX().constLast() / unit) + 1 : 0;
+    const qint64 now = own->dt > 0 ? qRound64(double(clock.elapsed() - place.zero) / 1000 / unit) : next;
+    place.shift = qMax(next, now) - number;
+    qCInfo(classLog, "logger %d runs again in this run, from %g on", slot,
+           double(place.shift + number) * unit);
+}

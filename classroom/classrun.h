@@ -1,0 +1,117 @@
+#pragma once
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QObject>
+#include <QVector>
+
+#include "classroom/classjob.h"
+#include "classroom/classset.h"
+#include "common/classsize.h"
+#include "sensors/sensor.h"
+
+class ExpData;
+class TembrinData;
+class multiConnectionsManager;
+
+/// A run of the class, from the order or the first sample on to the end of the last logger. It says of each
+/// logger how it stands in the run, and takes what the loggers send into their data sets and that of the
+/// class. It knows no window; what there is to show is told by signals.
+class ClassRun : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class Phase
+    {
+        Idle,
+        Ordered, ///< it was told to start, and nothing has come yet
+        Running,
+        Lost, ///< its connection broke in the run
+        Ended
+    };
+
+    /// `manager` has the sessions and data sets; not owned.
+    explicit ClassRun(multiConnectionsManager* manager);
+
+    /// A run that this program starts: the loggers in `which` (a bit each) begin anew, and so does the class.
+    void order(quint8 which);
+    Phase phase(int slot) const { return places[slot].phase; }
+    /// The logger runs or was told to, whoever started it, as far as is known.
+    bool isRunning(int slot) const;
+    bool isAnyRunning() const;
+    /// Since when a logger of this run is away; invalid unless it is.
+    QDateTime lostSince(int slot) const;
+    /// Milliseconds since the run began; to its end when it has ended, 0 before any.
+    qint64 elapsed() const;
+    /// Samples that have arrived in it, of all loggers.
+    int samples() const;
+    /// Gives a logger that has measured nothing yet the channels that it is set to.
+    void showPlanned(int slot);
+    ClassSet& classSet() { return set; }
+    const ClassSet& classSet() const { return set; }
+
+public Q_SLOTS:
+    /// Connect to onlineReceived() of every logger: a row, or a block of them, whose first sample has the
+    /// number `current` times the number of rows.
+    void takeSamples(int slot, short current, const QVector<QVector<double>>& rows, int samplesWaiting);
+
+Q_SIGNALS:
+    /// The set of logger `slot` has been emptied for a new experiment.
+    void experimentBegun(int slot);
+    /// The set of logger `slot`, still empty, has the channels that the logger is set to.
+    void channelsPlanned(int slot);
+    /// The set of the class was.
+    void classBegun();
+    /// `waiting` more are behind them.
+    void samplesTaken(int slot, int waiting);
+    /// The computer is too slow for the stream.
+    void tooSlow(int slot);
+    /// The logger has another phase.
+    void phaseChanged(int slot);
+    void ended();
+    /// These ended a run that they stored and did not stream, a bit each.
+    void storedRunsEnded(quint8 which);
+
+private:
+    struct Place
+    {
+        Phase phase = Phase::Idle;
+        bool isOrdered = false; ///< this run of it was started by the program
+        bool isStored = false;  ///< it stores this run and does not stream it
+        int storedBefore = 0;   ///< experiments in its memory at the order
+        int last = -1;          ///< number of the last sample
+        qint64 shift = 0;       ///< added to the numbers: a second part follows the first
+        qint64 zero = 0;        ///< time of sample 0, ms of `clock`
+        qint64 endedAt = 0;     ///< ms of `clock`
+        QDateTime lost;
+    };
+
+    TembrinData* state(int slot) const;
+    ExpData* data(int slot) const;
+    void connectLogger(int slot);
+    SensorList planned(int slot) const;
+    void takeStatus(int slot);
+    void goOn(int slot);
+    void takeEnd(int slot);
+    void takeLoss(int slot);
+    bool isLate(const Place& place, int current) const;
+    bool isNew(const Place& place, int number) const;
+    bool isSecondPart(const Place& place, int number) const;
+    bool isAlone(int slot) const;
+    void beginExperiment(int slot, int number);
+    void beginSecondPart(int slot, int number);
+    void beginRun();
+    void setPhase(int slot, Phase phase);
+    void endIfNobodyRuns();
+
+    multiConnectionsManager* manager;
+    ClassSet set;
+    Place places[mostLoggers];
+    bool isOn = false;
+    quint8 storedRuns = 0;
+    QElapsedTimer clock;
+    qint64 begunAt = 0;
+    qint64 duration = 0;
+    int taken = 0;
+};

@@ -1,0 +1,99 @@
+#include "classroom/classset.h"
+
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
+
+#include <algorithm>
+#include <map>
+
+ClassSet::ClassSet(multiConnectionsManager* manager)
+    : manager(manager)
+{
+    std::fill(std::begin(shown), std::end(shown), 0);
+}
+
+void ClassSet::begin(double period)
+{
+    members = others = 0;
+    classPeriod = period;
+    manager->dataC()->setDataNewEmpty(manager->getSensorsC(), period);
+}
+
+void ClassSet::rebuild(quint8 which)
+{
+    begin(periodOf(which));
+    for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
+        if (which >> slot & 1)
+            join(slot);
+    }
+}
+
+/// Of most of them; among equals that of the first.
+double ClassSet::periodOf(quint8 which) const
+{
+    std::map<double, int> counts;
+    double best = manager->dataAt(0)->dt;
+    int most = 0;
+    for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
+        if (which >> slot & 1)
+            ++counts[manager->dataAt(slot)->dt];
+    }
+    for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
+        const double period = manager->dataAt(slot)->dt;
+        if (which >> slot & 1 && counts[period] > most) {
+            most = counts[period];
+            best = period;
+        }
+    }
+    return best;
+}
+
+bool ClassSet::fits(int slot) const
+{
+    return manager->dataAt(slot)->dt == classPeriod;
+}
+
+void ClassSet::join(int slot)
+{
+    const quint8 bit = quint8(1u << slot);
+    if (slot >= manager->nDefTembrins())
+        return;
+    if (!fits(slot)) {
+        others |= bit;
+        return;
+    }
+    members |= bit;
+    others &= quint8(~bit);
+    const ExpData* set = manager->dataAt(slot);
+    shown[slot] = qMax(0, set->getSelectedSensor());
+    manager->dataC()->joinChannel(slot, manager->classChannel(slot), *set);
+}
+
+void ClassSet::take(int slot)
+{
+    if (!isMember(slot))
+        return;
+    const ExpData* set = manager->dataAt(slot);
+    const int last = set->getXSize() - 1;
+    manager->dataC()->joinSample(slot, set->getXAt(last), set->getYNoConvAt(shown[slot], last));
+}
+
+void ClassSet::follow(int slot)
+{
+    if (!isMember(slot) || shown[slot] == qMax(0, manager->dataAt(slot)->getSelectedSensor()))
+        return;
+    // Another view of what there is: nothing new to save.
+    const bool isUnsaved = manager->dataC()->isNeedSave();
+    join(slot);
+    manager->dataC()->setNeedSave(isUnsaved);
+}
+
+QVector<int> ClassSet::leftOut() const
+{
+    QVector<int> slotsOut;
+    for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
+        if (others >> slot & 1)
+            slotsOut.append(slot);
+    }
+    return slotsOut;
+}

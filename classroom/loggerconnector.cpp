@@ -1,0 +1,179 @@
+#include "classroom/loggerconnector.h"
+
+#include "classroom/classlog.h"
+#include "link/connectthread.h"
+#include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
+
+namespace {
+constexpr int msBetweenAttempts = 100;
+constexpr int furtherAttempts = 10;
+constexpr int msForAnswer = 5000; // both kinds of question have gone out several times by then
+} // namespace
+
+LoggerConnector::LoggerConnector(const ClassLoggers& loggers, QObject* parent)
+    : QObject(parent)
+    , loggers(loggers)
+{
+    seriesTimer.setSingleShot(true);
+    seriesTimer.setTimerType(Qt::PreciseTimer);
+    connect(&seriesTimer, &QTimer::timeout, this, &LoggerConnector::connectNext);
+    for (int slot = 0; slot < mostLoggers; ++slot) {
+        Slot& place = places[slot];
+        for (QTimer* timer : {&place.retry, &place.answer})
+            timer->setSingleShot(true);
+        connect(&place.retry, &QTimer::timeout, this, [this, slot] { attempt(slot); });
+        connect(&place.answer, &QTimer::timeout, this, [this, slot] {
+            places[slot].isSilent = true;
+            qCInfo(classLog, "logger %d is connected and does not answer", slot);
+            Q_EMIT silent(slot);
+        });
+        const TembrinProtocol* logger = loggers[slot];
+        connect(logger, &TembrinProtocol::openDone, this, &LoggerConnector::takeResult);
+        connect(logger, &TembrinProtocol::loggerDisconnected, this, &LoggerConnector::takeLoss);
+        connect(logger->tembrinData, &TembrinData::communicationEstablished, this,
+                &LoggerConnector::takeAnswer);
+    }
+}
+
+LoggerConnector::~LoggerConnector()
+{
+    for (ConnectThread* thread : findChildren<ConnectThread*>())
+        thread->wait();
+}
+
+void LoggerConnector::setInUse(int count)
+{
+    inUse = count;
+    for (int slot = count; slot < mostLoggers; ++slot)
+        places[slot].retry.stop();
+}
+
+LoggerConnector::State LoggerConnector::state(int slot) const
+{
+    const Slot& place = places[slot];
+    const TembrinProtocol* logger = loggers[slot];
+    if (place.isOpening)
+        return State::Opening;
+    if (logger->isConnect) {
+        if (logger->tembrinData->isLoggerRecognized() || logger->tembrinData->isVorta())
+            return State::Known;
+        return place.isSilent ? State::Silent : State::Open;
+    }
+    return place.retry.isActive() ? State::Waiting : State::Idle;
+}
+
+bool LoggerConnector::isAnyOpening() const
+{
+    for (const Slot& place : places) {
+        if (place.isOpening)
+            return true;
+    }
+    return false;
+}
+
+void LoggerConnector::connectAll()
+{
+    nextInSeries = 0;
+    connectNext();
+}
+
+void LoggerConnector::connectNext()
+{
+    seriesTimer.stop();
+    if (nextInSeries >= inUse)
+        return;
+    const int slot = nextInSeries++;
+    seriesTimer.start(msBetweenAttempts);
+    connectLogger(slot);
+}
+
+void LoggerConnector::connectLogger(int slot)
+{
+    places[slot].tries = 0;
+    attempt(slot);
+}
+
+void LoggerConnector::attempt(int slot)
+{
+    Slot& place = places[slot];
+    // A retry that was due must not tear down what another attempt has opened.
+    place.retry.stop();
+    if (slot >= inUse || place.isOpening)
+        return;
+    place.isOpening = true;
+    place.isSilent = false;
+    TembrinProtocol* logger = loggers[slot];
+    if (logger->isConnect) {
+        logger->isConnect = false;
+        logger->release();
+    }
+    Q_EMIT opening(slot);
+    (new ConnectThread(logger, this))->start();
+}
+
+void LoggerConnector::takeResult(int slot)
+{
+    Slot& place = places[slot];
+    place.isOpening = false;
+    if (loggers[slot]->isConnect && slot >= inUse) {
+        loggers[slot]->release(); // the class has become smaller meanwhile
+        return;
+    }
+    if (loggers[slot]->isConnect) {
+        place.tries = 0;
+        greet(slot);
+        return;
+    }
+    const bool isLast = place.tries >= furtherAttempts || slot >= inUse;
+    if (isLast)
+        place.tries = 0;
+    else
+        ++place.tries;
+    if (!isLast)
+        place.retry.start(msBetweenAttempts);
+    qCInfo(classLog, "logger %d: not connected, port %s", slot, qPrintable(loggers[slot]->portName));
+    Q_EMIT failed(slot, isLast);
+}
+
+/// Nothing tells beforehand what hangs on the port, so both kinds of logger are asked.
+void LoggerConnector::greet(int slot)
+{
+    TembrinProtocol* logger = loggers[slot];
+    // Makes the listener and the talker, so it belongs on this thread and not on the one that opened the
+    // port.
+    logger->init();
+    logger->tembrinData->setVorta(false);
+    Q_EMIT opened(slot);
+    places[slot].answer.start(msForAnswer);
+    logger->sendCommand(CMD_GET_ALL_SENSORS_ID);
+    logger->sendVortaCommand(CMD_VORTA_GET_STATUS);
+}
+
+/// Its first status: the logger is known from now on.
+void LoggerConnector::takeAnswer(int slot)
+{
+    places[slot].answer.stop();
+    places[slot].isSilent = false;
+    loggers[slot]->sendCommand(CMD_SET_DATE_AND_TIME);
+}
+
+void LoggerConnector::takeLoss(int slot)
+{
+    places[slot].answer.stop();
+    loggers[slot]->tembrinData->setLoggerRecognized(false);
+    loggers[slot]->tembrinData->setGotSensorList(false);
+}
+
+void LoggerConnector::disconnectAll()
+{
+    seriesTimer.stop();
+    for (int slot = 0; slot < mostLoggers; ++slot) {
+        places[slot].retry.stop();
+        TembrinProtocol* logger = loggers[slot];
+        if (!logger->isConnect)
+            continue;
+        logger->isConnect = false;
+        logger->release();
+    }
+}

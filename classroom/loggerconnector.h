@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+
+#include "classroom/jobrunner.h"
+
+/// Brings each logger of a class from chosen to talking. All are tried side by side and none holds up
+/// another: a series on a logger is one attempt and up to ten further ones, after which it stays alone until
+/// somebody asks again.
+class LoggerConnector : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class State
+    {
+        Idle,    ///< not connected, and nobody tries
+        Opening, ///< an attempt is under way
+        Waiting, ///< the next attempt of the series is due
+        Open,    ///< connected; it has not told what it is
+        Silent,  ///< the same, for too long
+        Known
+    };
+
+    /// The sessions by slot, not owned.
+    explicit LoggerConnector(const ClassLoggers& loggers, QObject* parent = nullptr);
+    /// Waits for the attempts under way.
+    ~LoggerConnector() override;
+
+    /// Slots from 0 on that are tried; further attempts on others are given up.
+    void setInUse(int count);
+    State state(int slot) const;
+    bool isAnyOpening() const;
+    /// A new series on every logger in use, the first attempts 100 ms apart.
+    void connectAll();
+    /// A new series on one; a connection that stands is closed first. Nothing while an attempt is under way.
+    void connectLogger(int slot);
+    void disconnectAll();
+
+Q_SIGNALS:
+    void opening(int slot);
+    /// The port is open, its listener there, and the logger is about to be asked what it is.
+    void opened(int slot);
+    /// An attempt failed; `isLast` when no other follows.
+    void failed(int slot, bool isLast);
+    /// It has been connected for some time and has not told what it is.
+    void silent(int slot);
+
+private:
+    void attempt(int slot);
+    void takeResult(int slot);
+    void greet(int slot);
+    void takeAnswer(int slot);
+    void takeLoss(int slot);
+    void connectNext();
+
+    struct Slot
+    {
+        bool isOpening = false;
+        bool isSilent = false;
+        int tries = 0;
+        QTimer retry;
+        QTimer answer; ///< until a connected logger counts as silent
+    };
+
+    ClassLoggers loggers;
+    Slot places[mostLoggers];
+    int inUse = 0;
+    int nextInSeries = 0;
+    QTimer seriesTimer;
+};

@@ -1,0 +1,137 @@
+#include "classroom/multiconnectionsmanager.h"
+
+#include "classroom/classrun.h"
+#include "classroom/commandqueue.h"
+#include "classroom/loggerconnector.h"
+#include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
+
+using Task = ClassJob::Task;
+
+namespace {
+
+struct TaskRow
+{
+    commandType command;
+    Task task;
+};
+
+constexpr TaskRow taskRows[] = {
+    {CMD_START_LOGGING, Task::Start},           {CMD_STOP_LOGGING, Task::Stop},
+    {CMD_TEMBRIN_LOGGING_SETUP, Task::Setup},   {CMD_CONFIGURE_TEMBRIN, Task::Configure},
+    {CMD_DOWNLOAD_STORED_DATA, Task::Download},
+};
+
+const TaskRow* rowOf(commandType command)
+{
+    for (const TaskRow& row : taskRows) {
+        if (row.command == command)
+            return &row;
+    }
+    return nullptr;
+}
+
+commandType commandOf(Task task)
+{
+    for (const TaskRow& row : taskRows) {
+        if (row.task == task)
+            return row.command;
+    }
+    return CMD_GET_TEMBRIN_STATUS;
+}
+
+} // namespace
+
+void multiConnectionsManager::createFlows()
+{
+    ClassLoggers sessions;
+    for (int i = 0; i < nMaxTembrins(); ++i)
+        sessions[size_t(i)] = loggers[i].protocol;
+    loggerConnector = new LoggerConnector(sessions, this);
+    commandQueue = new CommandQueue(sessions, this);
+    classRun = new ClassRun(this);
+    connect(commandQueue, &CommandQueue::working, this, &multiConnectionsManager::setBTComm);
+    connect(commandQueue, &CommandQueue::begun, this,
+            [this](Task task) { Q_EMIT startSendCommandToAll(commandOf(task)); });
+    connect(commandQueue, &CommandQueue::stepEnded, this, [this](Task, const ClassJob::Step& step) {
+        if (step.progress == ClassJob::Progress::PassedOver)
+            Q_EMIT passedOver(step.slot);
+    });
+    connect(commandQueue, &CommandQueue::ended, this, [this] { Q_EMIT doneSendCommandToAll(); });
+    // A setup that could not be given while the logger was away is given when it is back.
+    for (const Logger& logger : loggers) {
+        connect(logger.protocol->tembrinData, &TembrinData::communicationEstablished, this,
+                &multiConnectionsManager::catchUp, Qt::QueuedConnection);
+    }
+}
+
+void multiConnectionsManager::catchUp(int i)
+{
+    if (i >= nDef || !isRecognized(i) || isRunning(i) || tembrinDataAt(i)->isVorta())
+        return;
+    if (!tembrinAt(i)->isSetupConfirmed())
+        commandQueue->add(Task::Setup, quint8(1u << i));
+    if (!tembrinAt(i)->isConfigurationConfirmed())
+        commandQueue->add(Task::Configure, quint8(1u << i));
+}
+
+bool multiConnectionsManager::isRecognized(int i) const
+{
+    return isTembrinConnect(i) && (tembrinDataAt(i)->isLoggerRecognized() || tembrinDataAt(i)->isVorta());
+}
+
+bool multiConnectionsManager::isRunning(int i) const
+{
+    return classRun->isRunning(i);
+}
+
+bool multiConnectionsManager::isAnyRunning() const
+{
+    return classRun->isAnyRunning();
+}
+
+bool multiConnectionsManager::startRun()
+{
+    quint8 which = 0;
+    for (int i = 0; i < nDef; ++i) {
+        if (isRecognized(i))
+            which |= quint8(1u << i);
+    }
+    if (which == 0)
+        return false;
+    classRun->order(which);
+    // Also to those that do not answer: their absence is told.
+    return commandQueue->add(Task::Start);
+}
+
+void multiConnectionsManager::sendCmdToAll(commandType cmd)
+{
+    if (cmd == CMD_START_LOGGING)
+        startRun();
+    else if (const TaskRow* row = rowOf(cmd))
+        commandQueue->add(row->task);
+}
+
+void multiConnectionsManager::downloadFrom(int index, int number)
+{
+    commandQueue->addDownload(index, number);
+}
+
+void multiConnectionsManager::cancelDownload()
+{
+    commandQueue->cancel(Task::Download);
+}
+
+bool multiConnectionsManager::isSending(commandType cmd) const
+{
+    const TaskRow* row = rowOf(cmd);
+    return row && commandQueue->has(row->task);
+}
+
+void multiConnectionsManager::setPacing(int repeatMs, int pauseMs)
+{
+    JobPacing pacing;
+    pacing.repeat = repeatMs;
+    pacing.pause = pauseMs;
+    commandQueue->setPacing(pacing);
+}
