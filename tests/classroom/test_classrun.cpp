@@ -1,0 +1,235 @@
+#include "classroom/classrun.h"
+#include "classroom/commandqueue.h"
+#include "tests/classroom/managerbench.h"
+
+/// What a run leaves in the sets of the loggers and of the class, on loggers that behave as real ones.
+class TestClassRun : public GuardedTest
+{
+    Q_OBJECT
+
+    static QVector<LoggerIdentity> loggers(int count, const char* rate = "100/Sec", int samples = 1000)
+    {
+        return QVector<LoggerIdentity>(count, VirtualBench::identity("Birch", rate, samples));
+    }
+
+    void begin(const QVector<LoggerIdentity>& identities)
+    {
+        bench.reset(new ManagerBench(identities));
+        bench->openAll();
+    }
+    void finish() override { bench.reset(); }
+
+    ClassRun& run() { return bench->manager.run(); }
+    int count(int i) { return bench->data(i)->getXSize(); }
+    void startAll(int samples)
+    {
+        bench->manager.sendCmdToAll(CMD_START_LOGGING);
+        for (int i = 0; i < bench->count(); ++i)
+            QTRY_VERIFY(count(i) >= samples);
+    }
+    void stopAll()
+    {
+        bench->manager.sendCmdToAll(CMD_STOP_LOGGING);
+        QTRY_VERIFY(!bench->manager.isAnyRunning());
+        QTRY_VERIFY(bench->manager.queue().isIdle());
+    }
+    /// Every row of the class holds what the group's own set has at that time, and nothing where it has
+    /// nothing; the average is over those that are there.
+    QString classFault(const QVector<int>& groups)
+    {
+        const ExpData* set = bench->data(-1);
+        const int mean = bench->count();
+        for (int row = 0; row < set->getXSize(); ++row) {
+            double sum = 0;
+            int values = 0;
+            for (int i = 0; i < bench->count(); ++i) {
+                const double joined = row < set->getYSize(i) ? set->getYNoConvAt(i, row) : qQNaN();
+                const ExpData* own = bench->data(i);
+                const int at = own->getX().indexOf(set->getXAt(row));
+                const bool isThere = groups.contains(i) && at >= 0;
+                if (isThere != !qIsNaN(joined) ||
+                    (isThere && joined != own->getYNoConvAt(own->getSelectedSensor(), at)))
+                    return QStringLiteral("group %1, row %2").arg(i).arg(row);
+                sum += isThere ? joined : 0;
+                values += isThere ? 1 : 0;
+            }
+            if (values > 0 && !qFuzzyCompare(set->getYNoConvAt(mean, row), sum / values))
+                return QStringLiteral("average of row %1").arg(row);
+        }
+        return {};
+    }
+
+private Q_SLOTS:
+    void aLostSampleMovesNobody()
+    {
+        begin(loggers(3));
+        bench->loseSamples(1, 5, 7);
+        bench->loseSamples(2, 0, 0);
+        startAll(40);
+        stopAll();
+        QVERIFY(!bench->data(1)->getX().contains(6 * bench->data(1)->dt));
+        QCOMPARE(classFault({0, 1, 2}), QString());
+        QCOMPARE(bench->data(-1)->valuesAt(6), 2);
+        QCOMPARE(bench->data(-1)->valuesAt(20), 3);
+    }
+
+    void aLoggerThatWasAwayGoesOnBehindAGap()
+    {
+        begin(loggers(2));
+        startAll(20);
+        bench->pull(0);
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Lost);
+        QVERIFY(run().lostSince(0).isValid());
+        const int before = count(0);
+        QTRY_VERIFY(count(1) > before + 30);
+        bench->putBack(0);
+        bench->open(0);
+        QTRY_VERIFY(count(0) > before + 10);
+        QCOMPARE(run().phase(0), ClassRun::Phase::Running);
+        stopAll();
+        const ExpData* set = bench->data(0);
+        QVERIFY(set->getXAt(before) > set->getXAt(before - 1) + 10 * set->dt);
+        for (int k = 1; k < set->getXSize(); ++k)
+            QVERIFY(set->getXAt(k) > set->getXAt(k - 1));
+        QCOMPARE(set->getXAt(0), 0.0);
+        QCOMPARE(classFault({0, 1}), QString());
+        QCOMPARE(bench->data(-1)->getXAt(0), 0.0);
+    }
+
+    void whatComesBackIsStillRead()
+    {
+        begin(loggers(1, "25/Sec"));
+        startAll(5);
+        bench->pull(0);
+        QTRY_VERIFY(!bench->manager.isTembrinConnect(0));
+        bench->putBack(0);
+        bench->open(0);
+        const int before = count(0);
+        QTRY_VERIFY(count(0) > before + 5);
+        const auto sent = bench->samples(0);
+        for (int k = 0; k < count(0); ++k) {
+            const QVector<double> row = sent.value(qRound(bench->data(0)->getXAt(k) / bench->data(0)->dt));
+            for (int c = 0; c < row.size(); ++c)
+                QCOMPARE(bench->data(0)->getYNoConvAt(c, k), row.at(c));
+        }
+    }
+
+    void aSecondPartFollowsAtItsTrueTime()
+    {
+        begin(loggers(2));
+        startAll(20);
+        bench->pressStop(0);
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Ended);
+        QVERIFY(bench->manager.isAnyRunning());
+        const int before = count(0);
+        const int others = count(1);
+        QTRY_VERIFY(count(1) > others + 40);
+        bench->pressStart(0);
+        QTRY_VERIFY(count(0) > before + 10);
+        stopAll();
+        const ExpData* set = bench->data(0);
+        const double gap = set->getXAt(before) - set->getXAt(before - 1);
+        QVERIFY2(gap > 0.3 && gap < 3, qPrintable(QString::number(gap)));
+        QVERIFY(bench->data(-1)->getX().constLast() >= set->getX().constLast());
+        QCOMPARE(classFault({0, 1}), QString());
+    }
+
+    void aRunBeginsMembershipAnew()
+    {
+        begin(loggers(2));
+        startAll(10);
+        stopAll();
+        bench->pull(1);
+        QTRY_VERIFY(!bench->manager.isTembrinConnect(1));
+        bench->manager.sendCmdToAll(CMD_START_LOGGING);
+        QVERIFY(count(0) == 0); // the old curve leaves at once
+        QTRY_VERIFY(count(0) >= 10);
+        bench->data(1)->setSelectedSensor(1);
+        run().classSet().follow(1);
+        stopAll();
+        QCOMPARE(classFault({0}), QString());
+    }
+
+    void rightAfterAStopNothingOfANewRunIsDropped()
+    {
+        begin(loggers(1));
+        startAll(10);
+        stopAll();
+        bench->loseSamples(0, 0, 0);
+        bench->manager.sendCmdToAll(CMD_START_LOGGING);
+        QTRY_VERIFY(count(0) >= 20);
+        QCOMPARE(bench->data(0)->getXAt(0), bench->data(0)->dt);
+        QCOMPARE(bench->data(0)->getXAt(9), 10 * bench->data(0)->dt);
+    }
+
+    void samplesByHandOfAllGroupsStay()
+    {
+        begin(loggers(2, "Manual"));
+        bench->manager.sendCmdToAll(CMD_START_LOGGING);
+        QTRY_VERIFY(bench->isRunning(0) && bench->isRunning(1));
+        for (int i : {0, 0, 1}) {
+            const int before = count(i);
+            bench->pressSample(i);
+            QTRY_COMPARE(count(i), before + 1);
+        }
+        QCOMPARE(classFault({0, 1}), QString());
+        QCOMPARE(bench->data(-1)->getXSize(), 2);
+    }
+
+    void anotherRateStaysOutOfTheClass()
+    {
+        begin({VirtualBench::identity("Birch", "25/Sec"), VirtualBench::identity("Birch", "100/Sec"),
+               VirtualBench::identity("Birch", "100/Sec")});
+        startAll(10);
+        stopAll();
+        QCOMPARE(run().classSet().leftOut(), QVector<int>{0});
+        QCOMPARE(classFault({1, 2}), QString());
+    }
+
+    void whatTheUserDidToTheClassLasts()
+    {
+        begin(loggers(2));
+        startAll(30);
+        stopAll();
+        ExpData* set = bench->data(-1);
+        set->setSelectedSensor(0);
+        set->addSpecialCurve(ExpData::CURVE_DERIV);
+        set->doCrop(5 * set->dt, 20 * set->dt);
+        const QVector<double> first = set->getYNoConv(0);
+        const int channels = set->getNSens();
+        run().classSet().follow(0); // a click that chooses what is chosen
+        QCOMPARE(set->getNSens(), channels);
+        bench->data(1)->setSelectedSensor(1);
+        run().classSet().follow(1);
+        QCOMPARE(set->getNSens(), channels);
+        QCOMPARE(set->getYNoConv(0), first);
+        QCOMPARE(set->getSens(1)->ID, bench->data(1)->getSens(1)->ID);
+        QVERIFY(set->getX().constLast() < 20 * set->dt);
+        bench->pull(1); // nor does a return change anything
+        QTRY_VERIFY(!bench->manager.isTembrinConnect(1));
+        bench->putBack(1);
+        bench->open(1);
+        QTRY_VERIFY(bench->isReady(1));
+        QCOMPARE(set->getNSens(), channels);
+        QCOMPARE(set->getYNoConv(0), first);
+    }
+
+    void onlyRunsThatWereStoredAreFetched()
+    {
+        begin({VirtualBench::identity("Birch", "25000/Sec", 10000, 2),
+               VirtualBench::identity("Birch", "100/Sec", 1000, 2)});
+        quint8 fetched = 0;
+        connect(&run(), &ClassRun::storedRunsEnded, this, [&](quint8 which) { fetched |= which; });
+        bench->dropAnswers(0, 1); // the word of its start
+        bench->manager.sendCmdToAll(CMD_START_LOGGING);
+        QTRY_VERIFY(count(1) > 20);
+        stopAll();
+        QTRY_COMPARE(fetched, quint8(1));
+    }
+
+private:
+    QScopedPointer<ManagerBench> bench;
+};
+
+QTEST_MAIN(TestClassRun)
+#include "test_classrun.moc"
