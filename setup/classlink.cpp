@@ -127,8 +127,7 @@ void ClassLink::sendConfigurationToAll()
 
 bool ClassLink::isKnown(int slot) const
 {
-    const TembrinData* state = manager->tembrinDataAt(slot);
-    return manager->isTembrinConnect(slot) && (state->isLoggerRecognized() || state->isVorta());
+    return manager->isRecognized(slot);
 }
 
 /// A setup for one kind of logger says nothing to the other.
@@ -173,7 +172,7 @@ template<typename Test> QStringList ClassLink::namesOf(Test test) const
 
 QStringList ClassLink::running() const
 {
-    return namesOf([this](int i) { return isKnown(i) && !manager->tembrinDataAt(i)->isIdle(); });
+    return namesOf([this](int i) { return manager->isRunning(i); });
 }
 
 QStringList ClassLink::silent() const

@@ -9,6 +9,8 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "classroom/commandqueue.h"
+#include "classroom/jobtexts.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/screenflags.h"
 #include "protocol/tembrindata.h"
@@ -38,8 +40,7 @@ experimentInfo::experimentInfo(multiConnectionsManager* mTembrin, int first, QWi
     createLayout();
     DialogTools::fitToScreen(this, tableDialogSize * (ScreenFlags::is4K() ? 2 : 1));
 
-    connect(mTembrin, &multiConnectionsManager::passedOver, this, &experimentInfo::handlePassedOver);
-    connect(mTembrin, &multiConnectionsManager::doneSendCommandToAll, this, &experimentInfo::handleDone);
+    connect(&mTembrin->queue(), &CommandQueue::stepEnded, this, &experimentInfo::takeStep);
     connect(tabs, &QTabWidget::currentChanged, this, &experimentInfo::updateButtons);
     connect(sameRun, &QCheckBox::clicked, this, [this] { chosenChanged(page()); });
     connect(pushDownload, &QPushButton::clicked, this, &experimentInfo::on_pushDownload_clicked);
@@ -72,7 +73,6 @@ void experimentInfo::addPages(int first)
         connect(added, &ExperimentPage::downloadAsked, this, &experimentInfo::on_pushDownload_clicked);
         connect(session->tembrinData, &TembrinData::donePacket, this,
                 [this, i](int val, int total) { showProgress(i, val, total); });
-        connect(session->tembrinData, &TembrinData::downloadComplete, this, &experimentInfo::handleComplete);
     }
 }
 
@@ -118,7 +118,7 @@ void experimentInfo::chosenChanged(ExperimentPage* leader)
     if (isChoosing)
         return;
     // A table that comes late takes the run that is already chosen.
-    if (isSameForAll() && jobs.isEmpty())
+    if (isSameForAll() && fetching.isEmpty())
         chooseSameRun(leader == page() || !page() ? leader : page());
     updateButtons();
 }
@@ -147,70 +147,74 @@ void experimentInfo::chooseSameRun(ExperimentPage* leader)
 
 // --- Fetching ---
 
+/// The queue fetches from one logger after the other.
 void experimentInfo::on_pushDownload_clicked()
 {
-    if (!jobs.isEmpty() || !page() || page()->chosen() < 0)
+    if (!fetching.isEmpty() || !page() || page()->chosen() < 0)
         return;
     for (ExperimentPage* each : qAsConst(pages)) {
         if (each->chosen() >= 0 && (isSameForAll() || each == page()))
-            jobs.append({each, each->chosen()});
+            fetching.append({each, each->chosen()});
     }
-    jobCount = jobs.size();
+    fetchCount = fetching.size();
     fetched.clear();
     failed.clear();
     progress->setValue(0);
+    showFetching();
+    updateButtons();
     if (isSameForAll())
         Q_EMIT fetchingSameRun();
-    fetchNext();
-}
-
-void experimentInfo::fetchNext()
-{
-    isFirstDone = false;
-    while (!jobs.isEmpty()) {
-        const auto [each, row] = jobs.first();
-        if (mTembrin->isTembrinConnect(each->index())) {
-            hint->setText(tr("Fetching the experiment of %1 from %2.").arg(each->nameOf(row), groupOf(each)));
-            updateButtons();
-            mTembrin->downloadFrom(each->index(), row + 1);
-            return;
-        }
-        failed.append(groupOf(each));
-        jobs.removeFirst();
+    const QVector<Fetch> all = fetching;
+    for (const Fetch& each : all) {
+        if (!mTembrin->queue().addDownload(each.page->index(), each.row + 1))
+            end(placeOf(each.page->index()), JobTexts::reason(ClassJob::Reason::NotConnected));
     }
-    endFetching();
 }
 
-void experimentInfo::handleComplete(int logger, bool success)
+/// Among what is still to come, -1 if nothing comes from there.
+int experimentInfo::placeOf(int logger) const
 {
-    if (jobs.isEmpty() || isFirstDone || !success || jobs.first().first->index() != logger)
-        return;
-    const auto [each, row] = jobs.first();
-    fetched.append(
-        tr("%1 (%2)", "date and time of an experiment (group)").arg(each->nameOf(row), groupOf(each)));
-    isFirstDone = true;
+    for (int i = 0; i < fetching.size(); ++i) {
+        if (fetching[i].page->index() == logger)
+            return i;
+    }
+    return -1;
 }
 
-void experimentInfo::handlePassedOver(int logger)
+void experimentInfo::takeStep(ClassJob::Task task, const ClassJob::Step& step)
 {
-    if (jobs.isEmpty() || isFirstDone || jobs.first().first->index() != logger)
+    const int at = placeOf(step.slot);
+    if (task != ClassJob::Task::Download || at < 0 || fetching[at].row + 1 != step.experiment)
         return;
-    failed.append(groupOf(jobs.first().first));
-    isFirstDone = true;
+    const bool isGood = step.progress == ClassJob::Progress::Confirmed;
+    end(at, isGood ? QString() : JobTexts::reason(step.reason));
 }
 
-/// A command to the class is through, and not always the one that this window waits for.
-void experimentInfo::handleDone()
+/// Nothing more comes of this: all is well, or `failure` says why not.
+void experimentInfo::end(int at, const QString& failure)
 {
-    if (jobs.isEmpty() || (!isFirstDone && mTembrin->isSending(CMD_DOWNLOAD_STORED_DATA)))
-        return;
-    if (!isFirstDone)
-        failed.append(groupOf(jobs.first().first));
-    jobs.removeFirst();
-    fetchNext();
+    const Fetch done = fetching.takeAt(at);
+    if (failure.isEmpty())
+        fetched.append(tr("%1 (%2)", "date and time of an experiment (group)")
+                           .arg(done.page->nameOf(done.row), groupOf(done.page)));
+    else
+        failed.append(tr("%1 (%2)", "group (reason)").arg(groupOf(done.page), failure));
+    if (fetching.isEmpty())
+        showOutcome();
+    else
+        showFetching();
+    updateButtons();
 }
 
-void experimentInfo::endFetching()
+void experimentInfo::showFetching()
+{
+    QStringList groups;
+    for (const Fetch& each : qAsConst(fetching))
+        groups.append(groupOf(each.page));
+    hint->setText(tr("Fetching what was chosen from %1.").arg(groups.join(comma)));
+}
+
+void experimentInfo::showOutcome()
 {
     QStringList lines;
     if (!fetched.isEmpty())
@@ -218,24 +222,22 @@ void experimentInfo::endFetching()
     if (!failed.isEmpty())
         lines.append(tr("Could not be fetched: %1.").arg(failed.join(comma)));
     hint->setText(lines.join(QLatin1Char('\n')));
-    if (fetched.isEmpty())
-        progress->setValue(0);
-    updateButtons();
+    progress->setValue(fetched.isEmpty() ? 0 : progress->maximum());
 }
 
 void experimentInfo::showProgress(int logger, int val, int total)
 {
-    if (jobs.isEmpty() || total <= 0 || jobs.first().first->index() != logger)
+    if (placeOf(logger) < 0 || total <= 0)
         return;
-    const int done = jobCount - jobs.size();
+    const int done = fetchCount - fetching.size();
     const double part = qBound(0.0, double(val) / total, 1.0);
-    progress->setValue(int(100 * (done + part) / jobCount));
+    progress->setValue(int(progress->maximum() * (done + part) / fetchCount));
 }
 
 void experimentInfo::reject()
 {
-    if (!jobs.isEmpty()) {
-        jobs.clear();
+    if (!fetching.isEmpty()) {
+        fetching.clear();
         mTembrin->cancelDownload();
     }
     QDialog::reject();
@@ -243,7 +245,7 @@ void experimentInfo::reject()
 
 void experimentInfo::updateButtons()
 {
-    const bool isFetching = !jobs.isEmpty();
+    const bool isFetching = !fetching.isEmpty();
     const ExperimentPage* shown = page();
     sameRun->setEnabled(!isFetching);
     pushDownload->setText(isSameForAll() ? tr("Download for all") : tr("Download"));

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <QDialog>
-#include <QPair>
 #include <QVector>
+
+#include "classroom/classjob.h"
 
 class ExperimentPage;
 class QCheckBox;
@@ -35,13 +36,15 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void on_pushDownload_clicked();
-    void handlePassedOver(int logger);
-    void handleComplete(int logger, bool success);
-    void handleDone();
+    /// The outcome of a task for one logger.
+    void takeStep(ClassJob::Task task, const ClassJob::Step& step);
 
 private:
-    /// An experiment to fetch: the page and its row.
-    using Job = QPair<ExperimentPage*, int>;
+    struct Fetch
+    {
+        ExperimentPage* page;
+        int row;
+    };
 
     void addPages(int first);
     void createLayout();
@@ -49,8 +52,10 @@ private:
     void chosenChanged(ExperimentPage* leader);
     void chooseSameRun(ExperimentPage* leader);
     bool isSameForAll() const;
-    void fetchNext();
-    void endFetching();
+    void end(int at, const QString& failure);
+    int placeOf(int logger) const;
+    void showFetching();
+    void showOutcome();
     void showProgress(int logger, int val, int total);
     void updateButtons();
     QString groupOf(const ExperimentPage* page) const;
@@ -64,10 +69,9 @@ private:
     QPushButton* pushDownload;
     QPushButton* pushCancel;
 
-    QVector<Job> jobs; ///< that are not done; the first one is under way
-    int jobCount = 0;  ///< with those that are done
-    bool isFirstDone = false;
-    QStringList fetched; ///< names of what has arrived, and of what could not be had
+    QVector<Fetch> fetching; ///< what is still to come
+    int fetchCount = 0;      ///< with what has
+    QStringList fetched;     ///< names of what has arrived, and of what could not be had
     QStringList failed;
     bool isChoosing = false; ///< the dialog itself moves the choices
 };

@@ -226,7 +226,8 @@ void setupLogger::socketChosen(int socket)
     const int unchanged = other > 0 ? other : -1;
     Q_EMIT externalSet(socket == 0 ? id : unchanged, socket == 0 ? unchanged : id);
     link->plan.plug(socket, id);
-    link->sendSetupToAll(ClassPlan::SocketPart);
+    link->sendSetupToLeader(ClassPlan::SocketPart);
+    needSocketsAtAll = true;
 }
 
 void setupLogger::startVorta(int rate, int samples)
@@ -263,6 +264,8 @@ void setupLogger::reject()
 
 void setupLogger::on_Exit_clicked()
 {
+    if (needSocketsAtAll)
+        link->sendSetupToAll(ClassPlan::SocketPart);
     if (needToUpdateAll)
         link->sendConfigurationToAll();
     if (unitChanged) {

@@ -77,6 +77,7 @@ private:
     multiConnectionsManager* mTembrin = nullptr;
     ClassLink* link = nullptr;
     bool needToUpdateAll = false;
+    bool needSocketsAtAll = false;
     bool unitChanged = false;
 
     TriggerPage* trigger = nullptr;

@@ -63,7 +63,7 @@ private Q_SLOTS:
 
         dialog->close();
         QCOMPARE(bench->written(0), setupFrame(0x06, 4, 3, "2626"));
-        bench->port(0).feed(status({{3, 0x11}, {7, 0}}));
+        bench->port(0).feed(status({{3, 0x11}, {7, 0}, {10, 6}, {11, 4}, {12, 3}, {25, 0x26}, {26, 0x26}}));
         // pH is the first sensor of the second logger; its light sensor, which the first one lacks, goes off.
         QTRY_COMPARE(bench->port(1).written(), setupFrame(0x01, 4, 3, "0000"));
     }
@@ -113,20 +113,26 @@ private Q_SLOTS:
 
     void aGroupThatCantDoAsTheClassIsNamed_data()
     {
-        columns<QByteArray, QByteArray, QByteArray, QString, int, int, QString>(
-            {"first", "second", "sensors", "rate", "code", "otherCode", "warning"});
+        columns<QByteArray, QByteArray, QByteArray, QString, int, int, QString, QString>(
+            {"first", "second", "sensors", "rate", "code", "otherCode", "warning", "length"});
         const QByteArray old = status({{4, 17}, {7, 0}});
         const QString left = QStringLiteral("Not all can record at this rate (%1). Such a curve is left out "
                                             "of the class graph.");
         row("no such rate", idle, old, QByteArray(sensorListHex), "25/Sec (not Blue)", 4, 3,
-            left.arg("Blue: 10/Sec"));
+            left.arg("Blue: 10/Sec"), "The run takes 4.1 s. 10.2 s with Blue.");
         row("nor a faster one", idle, old, QByteArray(sensorListHex), "100000/Sec (not Blue)", 7, 4,
-            left.arg("Blue: 100/Sec"));
+            left.arg("Blue: 100/Sec"),
+            "The run takes 1.02 ms. 1.02 s with Blue. Group 0 will store it, and the graphs show it when it "
+            "has "
+            "ended.");
         row("one of this name", idle, status({{5, 3}, {7, 0}}), QByteArray(sensorListHex),
-            "25000/Sec (not Blue)", 6, 7, left.arg("Blue: 25000/Sec"));
-        row("the same", idle, old, QByteArray(sensorListHex), "100/Sec", 5, 4, "");
+            "25000/Sec (not Blue)", 6, 7, left.arg("Blue: 25000/Sec"),
+            "The run takes 3.94 ms. 4.2 ms with Blue. The loggers store it, and the graphs show it when it "
+            "has "
+            "ended.");
+        row("the same", idle, old, QByteArray(sensorListHex), "100/Sec", 5, 4, "", "The run takes 1.02 s.");
         row("no sensor", idle, idle, QByteArray(fewSensorsHex), "10/Sec", 3, 3,
-            "Without any of the chosen sensors: Blue.");
+            "Without any of the chosen sensors: Blue.", "The run takes 10.2 s.");
     }
 
     void aGroupThatCantDoAsTheClassIsNamed()
@@ -143,11 +149,12 @@ private Q_SLOTS:
         this->rate()->setCurrentText(rate);
         samples()->setCurrentIndex(1);
         QTEST(find<QLabel>("setupWarnings")->text(), "warning");
+        QTEST(find<QLabel>("runLength")->text(), "length");
         QCOMPARE(rate.contains('('), this->rate()->toolTip().contains(QLatin1String("Blue")));
         QFETCH(int, code);
         QCOMPARE(int(bench->written(0).at(5)), code);
         dialog->close();
-        bench->port(0).feed(status({{3, 0x11}, {7, 0}}));
+        bench->port(0).feed(status({{3, 0x11}, {7, 0}, {11, code}, {12, 1}, {25, 0x26}, {26, 0x26}}));
         QTRY_VERIFY(!bench->port(1).writes.isEmpty());
         QTEST(int(bench->written(1).at(5)), "otherCode");
     }

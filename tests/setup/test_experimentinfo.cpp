@@ -106,6 +106,17 @@ private Q_SLOTS:
         QCOMPARE(most, 100);
     }
 
+    void aDownloadWaitsForItsTurn()
+    {
+        bench->setDead(0);
+        bench->manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        button("pushDownload")->click();
+        QTRY_VERIFY(bench->heard(1, Wire::LoggingSetup) > 0);
+        bench->setDead(0, false); // too late for the setup, or for its last try
+        QTRY_COMPARE(button("pushCancel")->text(), QStringLiteral("Close"));
+        QCOMPARE(arrived, QStringLiteral("A "));
+    }
+
     void whatCantBeFetchedIsNamed()
     {
         dialog->findChild<QCheckBox*>()->click();
@@ -113,7 +124,7 @@ private Q_SLOTS:
         button("pushDownload")->click();
         QTRY_VERIFY(button("pushDownload")->isEnabled());
         QCOMPARE(arrived, QStringLiteral("A "));
-        QVERIFY(hint().endsWith(QLatin1String("Could not be fetched: Group B.")));
+        QVERIFY(hint().endsWith(QLatin1String("Could not be fetched: Group B (not connected).")));
         bench->delay(0, 20);
         button("pushDownload")->click();
         QVERIFY(bench->manager.isSending(CMD_DOWNLOAD_STORED_DATA));

@@ -206,34 +206,16 @@ private Q_SLOTS:
         open();
         auto* first = find<QComboBox>("comboBox");
         QCOMPARE(first->count(), 15);
-        // Each logger answers with what it was told.
-        for (int i = 0; i < bench->manager.nDefTembrins(); ++i) {
-            FakePort* port = &bench->port(i);
-            port->onWrite = [port](const QByteArray& frame) {
-                if (!frame.startsWith(bytes("471411")))
-                    return;
-                const QByteArray answer = status({{3, 0x11},
-                                                  {10, frame[4]},
-                                                  {11, frame[5]},
-                                                  {12, frame[6]},
-                                                  {25, frame[11]},
-                                                  {26, frame[12]}});
-                QTimer::singleShot(0, port, [port, answer] { port->feed(answer); });
-            };
-        }
-        const auto settle = [this] {
-            QTRY_VERIFY(bench->manager.queue().isIdle());
-            bench->port(0).writes.clear();
-        };
         first->setCurrentIndex(first->findData(int(QUELLMARK_PHOTOGATE)));
         QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "7026"));
-        settle();
         find<QComboBox>("comboBox_2")->setCurrentIndex(1);
         QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "7065"));
         QVERIFY(bench->logger(0).hasPhotogate);
-        settle();
         first->setCurrentIndex(0);
         QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "0065"));
+        dialog->close();
+        bench->port(0).feed(status({{3, 0x11}, {26, 0x65}}));
+        QTRY_COMPARE(bench->port(1).written(), setupFrame(4, 2, 1, 0xFF, "2665"));
     }
 
     void aDesignShowsAtOnceAndIsKeptWhenSaved()
