@@ -95,6 +95,7 @@ private Q_SLOTS:
             fetched<QString, QByteArray, int, QString>({"name", "text", "samples", "said"});
         bench->manager->plotC()->getCurve(1)->hide();
         save(path("a.xml"));
+        bench->manager->plotC()->getCurve(1)->show();
         if (!text.isEmpty()) {
             QFile file(path(name));
             QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
