@@ -127,6 +127,7 @@ private Q_SLOTS:
 private:
     void connectConnector();
     QString nameOf(int index) const;
+    QString awayText() const;
     void showConnected(int index);
     void showNotConnected(int index);
     void updateHint();

@@ -57,12 +57,25 @@ QString MainWindow::nameOf(int index) const
     return name.isEmpty() ? QFileInfo(mTembrin->tembrinAt(index)->portName).fileName() : name;
 }
 
+/// Which groups nobody talks to at present; empty if there is none.
+QString MainWindow::awayText() const
+{
+    QStringList groups;
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        const LoggerConnector::State state = mTembrin->connector().state(i);
+        if (state == LoggerConnector::State::Idle || state == LoggerConnector::State::Waiting)
+            groups.append(mTembrin->groupName(i));
+    }
+    return groups.isEmpty() ? QString() : tr("Not connected: %1").arg(groups.join(QStringLiteral(", ")));
+}
+
 void MainWindow::showConnected(int index)
 {
     advancedSetupAct->setEnabled(true);
     const QString name = nameOf(index);
     const QString group = mTembrin->groupName(index);
-    statusBar()->showMessage(tr("Connected to %1 (Bluetooth)").arg(group));
+    statusBar()->showMessage(
+        (tr("Connected to %1 (Bluetooth)").arg(group) + QStringLiteral("  ") + awayText()).trimmed());
     indicator->setToolTipsMsg(index, tr("%1 (Bluetooth)").arg(name));
     indicator->setLoggerDetails(index, name, group);
     if (const PortListener* listener = mTembrin->tembrinAt(index)->listener)
@@ -74,7 +87,7 @@ void MainWindow::showConnected(int index)
 void MainWindow::showNotConnected(int index)
 {
     advancedSetupAct->setEnabled(true);
-    statusBar()->showMessage(tr("Not connected: %1").arg(mTembrin->groupName(index)));
+    statusBar()->showMessage(awayText());
     indicator->setToolTipsMsg(
         index, tr("Not connected (tried BT port %1)").arg(mTembrin->tembrinAt(index)->portName));
     indicator->setBT(index, false);
@@ -88,7 +101,7 @@ void MainWindow::commEstablished(int index)
 
 void MainWindow::handleDisconnection(int index)
 {
-    statusBar()->clearMessage();
+    statusBar()->showMessage(awayText());
     indicator->setToolTipsMsg(index, tr("Not connected"));
     indicator->setBT(index, false);
     updateActions();

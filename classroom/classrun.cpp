@@ -52,7 +52,7 @@ ExpData* ClassRun::data(int slot) const
 
 bool ClassRun::isRunning(int slot) const
 {
-    if (!manager->isTembrinConnect(slot))
+    if (!manager->isTembrinConnect(slot) || places[slot].isGivenUp)
         return false;
     const Phase phase = places[slot].phase;
     return phase == Phase::Ordered || phase == Phase::Running ||
@@ -123,6 +123,7 @@ void ClassRun::order(quint8 which)
 void ClassRun::takeStatus(int slot)
 {
     Place& place = places[slot];
+    place.isGivenUp = false;
     const bool isIdle = state(slot)->isIdle();
     if (!isIdle)
         place.isStored = state(slot)->isFastRate();
@@ -165,6 +166,13 @@ void ClassRun::takeEnd(int slot)
         data(slot)->finalData = true;
     setPhase(slot, Phase::Ended);
     endIfNobodyRuns();
+}
+
+void ClassRun::giveUp(int slot)
+{
+    places[slot].isGivenUp = true;
+    takeLoss(slot);
+    Q_EMIT phaseChanged(slot);
 }
 
 void ClassRun::takeLoss(int slot)
@@ -287,6 +295,7 @@ void ClassRun::takeSamples(int slot, short current, const QVector<QVector<double
     }
     if (!data(slot) || rows.isEmpty() || isLate(place, current))
         return;
+    place.isGivenUp = false;
     const int number = current * rows.size();
     if (isSecondPart(place, number))
         beginSecondPart(slot, number);

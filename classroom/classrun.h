@@ -36,6 +36,8 @@ public:
 
     /// A run that this program starts: the loggers in `which` (a bit each) begin anew, and so does the class.
     void order(quint8 which);
+    /// It does not answer a stop: it counts as away, and is not waited for, until it says something again.
+    void giveUp(int slot);
     Phase phase(int slot) const { return places[slot].phase; }
     /// The logger runs or was told to, whoever started it, as far as is known.
     bool isRunning(int slot) const;
@@ -78,6 +80,7 @@ private:
     {
         Phase phase = Phase::Idle;
         bool isOrdered = false; ///< this run of it was started by the program
+        bool isGivenUp = false; ///< connected and silent; what it last said of itself may be over
         bool isStored = false;  ///< it stores this run and does not stream it
         int storedBefore = 0;   ///< experiments in its memory at the order
         int last = -1;          ///< number of the last sample

@@ -85,7 +85,8 @@ void LoggerConnector::connectNext()
         return;
     const int slot = nextInSeries++;
     seriesTimer.start(msBetweenAttempts);
-    connectLogger(slot);
+    if (!loggers[slot]->isConnect)
+        connectLogger(slot);
 }
 
 void LoggerConnector::connectLogger(int slot)

@@ -32,7 +32,7 @@ public:
     void setInUse(int count);
     State state(int slot) const;
     bool isAnyOpening() const;
-    /// A new series on every logger in use, the first attempts 100 ms apart.
+    /// A new series on every logger in use that is not connected, the first attempts 100 ms apart.
     void connectAll();
     /// A new series on one; a connection that stands is closed first. Nothing while an attempt is under way.
     void connectLogger(int slot);

@@ -53,9 +53,12 @@ void multiConnectionsManager::createFlows()
     connect(commandQueue, &CommandQueue::working, this, &multiConnectionsManager::setBTComm);
     connect(commandQueue, &CommandQueue::begun, this,
             [this](Task task) { Q_EMIT startSendCommandToAll(commandOf(task)); });
-    connect(commandQueue, &CommandQueue::stepEnded, this, [this](Task, const ClassJob::Step& step) {
-        if (step.progress == ClassJob::Progress::PassedOver)
-            Q_EMIT passedOver(step.slot);
+    connect(commandQueue, &CommandQueue::stepEnded, this, [this](Task task, const ClassJob::Step& step) {
+        if (step.progress != ClassJob::Progress::PassedOver)
+            return;
+        if (task == Task::Stop && step.reason == ClassJob::Reason::Silent)
+            classRun->giveUp(step.slot);
+        Q_EMIT passedOver(step.slot);
     });
     connect(commandQueue, &CommandQueue::ended, this, [this] { Q_EMIT doneSendCommandToAll(); });
     // A setup that could not be given while the logger was away is given when it is back.

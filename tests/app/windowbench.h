@@ -4,6 +4,7 @@
 #include <QTest>
 
 #include "app/mainwindow.h"
+#include "classroom/loggerconnector.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
@@ -29,6 +30,7 @@ public:
         manager->setPacing(60, 5);
         window->resize(1280, 800);
         window->show();
+        manager->connector().connectAll(); // for which a person would wait half a second
     }
 
     TembrinData* state(int i) const { return manager->tembrinDataAt(i); }

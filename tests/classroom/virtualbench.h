@@ -98,7 +98,7 @@ public:
     /// The runs that it began, by whatever means.
     int runs(int i) const { return places[size_t(i)]->runs; }
     /// The samples of a run, from 1 (0: of the last one), that reached the program, by values that do not go
-    /// through its decoder.
+    /// through its decoder; of a Vorta logger by number alone.
     Rows samples(int i, int run = 0) const { return places[size_t(i)]->arrived.value(run ? run : runs(i)); }
 
 private:
@@ -128,6 +128,7 @@ private:
     void work();
     void setTimer();
     QByteArray lastHeard(int i, int code) const;
+    static void keep(const Said& said, Rows* rows);
     static QVector<double> values(const Said& said);
 
     FakePorts ports;
