@@ -342,7 +342,7 @@ SensorPtr ExpData::ownCopy(const SensorPtr& sensor) const
 {
     if (!sensor)
         return ownChannel(0);
-    const SensorPtr copy = SensorPtr::create(*sensor);
+    SensorPtr copy = SensorPtr::create(*sensor);
     copy->active = copy->downloadActive = true;
     return copy;
 }

@@ -54,7 +54,7 @@ void Plot::watchLegendItem(myPlotCurve* curve)
 QString Plot::legendName(int i) const
 {
     const SensorPtr& sensor = data->getSens(i);
-    const QString name = sensor ? sensor->nameForLegend(index < 0) : QString();
+    QString name = sensor ? sensor->nameForLegend(index < 0) : QString();
     // The channels of a file have no groups; only the class at work has an average that can lack some.
     if (index >= 0 || i != data->meanIndex() || !sensor || sensor->groupName.isEmpty())
         return name;
