@@ -35,8 +35,9 @@ private Q_SLOTS:
         for (int number : earlier)
             bench.sample(0, short(number));
         if (isStopped)
-            confirmStop(bench, 0);
+            bench.tellEnd(0);
         if (isRunOrdered) {
+            bench.meet(0);
             bench.action("runAct")->trigger();
         }
         for (int number : numbers)
@@ -81,7 +82,7 @@ private Q_SLOTS:
     void theBusyTitleComesAfterASecondOfSkippedRefreshes()
     {
         ClassBench bench(1);
-        bench.logger(0)->rate = 4; // 25/Sec
+        bench.meet(0, 4); // 25/Sec
         bench.sample(0, 0);
         QTest::qWait(60);
         const QString title = bench.manager->plotC()->title().text();
@@ -100,26 +101,26 @@ private Q_SLOTS:
         QCOMPARE(bench.data(0)->getXSize(), 27); // stored all the same
         bench.sample(0, 27);
         QCOMPARE(bench.manager->plotC()->title().text(), title);
-        bench.sample(0, -1); // the stream is too fast
+        bench.logger(0)->tooSlowSignal();
         QCOMPARE(bench.manager->plotC()->title().text(), after25);
     }
 
     void aRefusedRunIsExplained_data()
     {
-        columns<int, QString>({"reason", "title"});
-        row("battery", int(TERMINATE_BATTERY), "Low battery power");
-        row("memory", int(TERMINATE_MEMORY), "Not enough memory");
-        row("too many experiments", int(TERMINATE_MAXEXP), "Not enough memory");
-        row("no sensor", int(TERMINATE_NOSENS), "No selected sensors");
+        columns<int, QString>({"event", "title"});
+        row("battery", 0x23, "Low battery power");
+        row("memory", 0x24, "Not enough memory");
+        row("no sensor", 0x25, "No selected sensors");
     }
 
     void aRefusedRunIsExplained()
     {
-        QFETCH(int, reason);
+        QFETCH(int, event);
         QFETCH(QString, title);
         ClassBench bench(1);
+        bench.meet(0);
         bench.action("runAct")->trigger();
-        Q_EMIT bench.logger(0)->runTerminated(0, reason);
+        bench.tell(0, {{3, event}, {7, 0}});
         QTRY_COMPARE(bench.prompt.asked.size(), 1);
         QVERIFY(bench.prompt.asked[0].startsWith(title + QLatin1Char('|')));
         QVERIFY(bench.action("runAct")->isVisible());
@@ -160,13 +161,6 @@ private Q_SLOTS:
         plot->show();
         QVERIFY(frames.wait(1000));
         QCOMPARE(frames.size(), 1);
-    }
-
-private:
-    static void confirmStop(ClassBench& bench, int i)
-    {
-        Q_EMIT bench.logger(i)->runTerminated(i, false);
-        Q_EMIT bench.logger(i)->commandAccepted(i, CMD_STOP_LOGGING);
     }
 };
 

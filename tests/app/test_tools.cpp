@@ -11,11 +11,14 @@
 
 namespace {
 
-// A straight line of 50 samples on both channels of logger 0, which becomes the chosen one.
+// A parabola on both channels of logger 0, level from sample 40 to the 50th; the logger becomes the chosen
+// one. All values are whole tenths, which is what the sensors tell apart.
 void fill(ClassBench& bench)
 {
-    for (int i = 0; i < 50; ++i)
-        bench.sample(0, short(i), i * 0.1);
+    for (int i = 0; i < 50; ++i) {
+        const int n = qMin(i, 40);
+        bench.sample(0, short(i), n * (n - 1) / 2 * 0.1);
+    }
     Q_EMIT bench.manager->plotAt(0)->changedActivePlot(0);
     QCoreApplication::processEvents();
 }
@@ -64,12 +67,12 @@ private Q_SLOTS:
     void functionsWorkOnTheChosenGraph_data()
     {
         columns<int, bool, int, QString, QString>({"item", "isStopped", "channels", "name", "text"});
-        row("line", 1, false, 0, QString(), " = 6.00t + 0.0\nr = 1.00");
-        row("parabola", 2, false, 0, QString(), "t² ");
+        row("line", 1, false, 0, QString(), " = 87.00t - 10.8\nr = 1.00");
+        row("parabola", 2, false, 0, QString(), " = 180.00t² - 3.00t");
         row("smooth in a run", 3, false, 0, QString(), QString());
         row("smooth", 3, true, 0, " (smooth)", QString());
         row("derivative", 4, false, 1, "/time", QString());
-        row("integral", 5, false, 0, QString(), "Integral = 15 ");
+        row("integral", 5, false, 0, QString(), "Integral = 109.25 ");
     }
 
     void functionsWorkOnTheChosenGraph()
@@ -83,7 +86,7 @@ private Q_SLOTS:
         placeCrosses(plot);
         const int before = bench.data(0)->getNSens();
         if (isStopped)
-            Q_EMIT bench.logger(0)->runTerminated(0, false);
+            bench.tellEnd(0);
         Q_EMIT functions(bench)->activated(item);
         QCOMPARE(bench.data(0)->getNSens(), before + channels);
         QCOMPARE(plot->getCurve(before + channels) == nullptr, true);
