@@ -143,7 +143,7 @@ void MainWindow::createStatusBar()
     connect(notices, &ClassNotices::line, statusLine, &StatusLine::setOutcome);
     // The graphs keep their height when the line comes and goes.
     statusBar()->setMinimumHeight(statusLine->minimumSizeHint().height() + statusBarMargin);
-    statusBar()->addWidget(statusLine, 1);
+    statusBar()->addPermanentWidget(statusLine);
     statusBar()->addPermanentWidget(runLine);
     statusBar()->addPermanentWidget(indicator);
 }

@@ -170,6 +170,7 @@ private Q_SLOTS:
     void updateActions();
     void showOutcome(const ClassJob& job);
     void showNewExperiment(int index);
+    void showPlanned(int index);
     void showNewClass();
     void showPhase(int index);
     void showSamples(int index, int samplesWaiting);

@@ -31,7 +31,7 @@ void MainWindow::connectFlows()
 
     const ClassRun* run = &mTembrin->run();
     connect(run, &ClassRun::experimentBegun, this, &MainWindow::showNewExperiment);
-    connect(run, &ClassRun::channelsPlanned, this, &MainWindow::showNewExperiment);
+    connect(run, &ClassRun::channelsPlanned, this, &MainWindow::showPlanned);
     connect(run, &ClassRun::classBegun, this, &MainWindow::showNewClass);
     connect(run, &ClassRun::samplesTaken, this, &MainWindow::showSamples);
     connect(run, &ClassRun::tooSlow, this, &MainWindow::showBusyTitle);
@@ -113,6 +113,13 @@ void MainWindow::showNewExperiment(int index)
     mTembrin->plotAt(index)->setMarkers();
     updateAll(index);
     setSelected(index, qMax(0, set->getSelectedSensor()));
+}
+
+void MainWindow::showPlanned(int index)
+{
+    showNewExperiment(index);
+    if (mTembrin->dataC()->getXSize() == 0)
+        updateAll(-1);
 }
 
 void MainWindow::showNewClass()

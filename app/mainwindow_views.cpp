@@ -99,6 +99,7 @@ Plot* MainWindow::createPlot(ExpData* set, graphtype type, int index)
     }
     plot->setUserPrompt(prompt);
     connect(plot, &Plot::changedActiveCurve, this, &MainWindow::updateSens);
+    connect(plot, &Plot::shownForAll, this, &MainWindow::showForAll);
     return plot;
 }
 

@@ -241,6 +241,8 @@ void ClassRun::showPlanned(int slot)
     if (isSame || channels.isEmpty())
         return;
     own->setDataNewEmpty(channels, state(slot)->samplePeriod(), manager->groupName(slot));
+    if (!isOn && set.memberBits() == 0 && manager->dataC() && manager->dataC()->getXSize() == 0)
+        set.begin(state(slot)->samplePeriod());
     Q_EMIT channelsPlanned(slot);
 }
 

@@ -61,7 +61,12 @@ void multiConnectionsManager::createFlows()
         Q_EMIT passedOver(step.slot);
     });
     connect(commandQueue, &CommandQueue::ended, this, [this] { Q_EMIT doneSendCommandToAll(); });
-    // A setup that could not be given while the logger was away is given when it is back.
+    // A setup that could not be given while the logger was away, or ran, is given when it can be.
+    const auto catchUpAll = [this] {
+        for (int i = 0; i < nDef; ++i)
+            catchUp(i);
+    };
+    connect(classRun, &ClassRun::ended, this, catchUpAll, Qt::QueuedConnection);
     for (const Logger& logger : loggers) {
         connect(logger.protocol->tembrinData, &TembrinData::communicationEstablished, this,
                 &multiConnectionsManager::catchUp, Qt::QueuedConnection);

@@ -214,6 +214,22 @@ private Q_SLOTS:
         QCOMPARE(set->getYNoConv(0), first);
     }
 
+    void aLoggerThatDoesNotAnswerToAStopHoldsNobodyUp()
+    {
+        begin(loggers(2));
+        startAll(10);
+        bench->setDead(0);
+        bench->manager.sendCmdToAll(CMD_STOP_LOGGING);
+        QVERIFY(bench->manager.isAnyRunning());
+        QTRY_VERIFY(bench->manager.queue().isIdle());
+        QVERIFY(!bench->manager.isAnyRunning());
+        const int before = count(0);
+        bench->setDead(0, false); // it ran on, and is heard again
+        QTRY_VERIFY(count(0) > before);
+        QVERIFY(bench->manager.isRunning(0));
+        QCOMPARE(bench->data(0)->getXAt(0), 0.0);
+    }
+
     void onlyRunsThatWereStoredAreFetched()
     {
         begin({VirtualBench::identity("Birch", "25000/Sec", 10000, 2),

@@ -85,13 +85,16 @@ private Q_SLOTS:
     void whoDoesNotConfirmIsNamed_data()
     {
         columns<int, QString, QString>({"command", "fault", "outcome"});
-        row("a stop that is not heard", int(CMD_STOP_LOGGING), "dead", "Not stopped: Group B (does not answer).");
+        row("a stop that is not heard", int(CMD_STOP_LOGGING), "dead",
+            "Not stopped: Group B (does not answer).");
         row("a setup that is not heard", int(CMD_TEMBRIN_LOGGING_SETUP), "dead",
             "Not set up: Group B (does not answer).");
-        row("a start that is not heard", int(CMD_START_LOGGING), "dead", "Not started: Group B (does not answer).");
+        row("a start that is not heard", int(CMD_START_LOGGING), "dead",
+            "Not started: Group B (does not answer).");
         row("a request that is not heard", int(CMD_DOWNLOAD_STORED_DATA), "dead",
             "No experiment could be fetched from Group B (does not answer).");
-        row("lost before its turn", int(CMD_CONFIGURE_TEMBRIN), "lost", "Not configured: Group B (connection lost).");
+        row("lost before its turn", int(CMD_CONFIGURE_TEMBRIN), "lost",
+            "Not configured: Group B (connection lost).");
         row("it runs", int(CMD_TEMBRIN_LOGGING_SETUP), "runs", "Not set up: Group B (is running).");
         row("lost answers", int(CMD_TEMBRIN_LOGGING_SETUP), "deaf twice", "");
     }
