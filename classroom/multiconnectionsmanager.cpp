@@ -132,7 +132,7 @@ void multiConnectionsManager::addWidget(QGridLayout* layout, int view)
 SensorPtr multiConnectionsManager::classChannel(int i) const
 {
     // A logger without any channel still takes its place.
-    const SensorPtr channel = dataAt(i)->ownCopy(dataAt(i)->getActiveSensor());
+    SensorPtr channel = dataAt(i)->ownCopy(dataAt(i)->getActiveSensor());
     channel->groupName = groupName(i);
     return channel;
 }
