@@ -3,7 +3,6 @@
 #include <QColor>
 #include <QFont>
 #include <QList>
-#include <QMutex>
 #include <QPointer>
 #include <QString>
 #include <QVector>
@@ -423,7 +422,6 @@ private:
     bool isBarWindowMoving = false;
 
     bool axesChanged = true;           ///< the next refresh() has to lay out the axes too
-    QMutex myMutex{QMutex::Recursive}; ///< a layout inside a replot can ask for the next
 
     static QColor majGridColor;
     static QColor minGridColor;

@@ -2,7 +2,6 @@
 
 #include "graph/plot.h"
 
-#include <QMutexLocker>
 #include <QPen>
 #include <QPointer>
 
@@ -350,6 +349,5 @@ void Plot::repaintMarkers()
         replot();
         return;
     }
-    const QMutexLocker lock(&myMutex);
     static_cast<QwtPlotCanvas*>(canvas())->replot();
 }

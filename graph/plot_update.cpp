@@ -2,7 +2,6 @@
 
 #include "graph/plot.h"
 
-#include <QMutexLocker>
 #include <QPen>
 
 #include <algorithm>
@@ -301,7 +300,6 @@ void Plot::refresh()
         replot();
         return;
     }
-    const QMutexLocker lock(&myMutex);
     static_cast<QwtPlotCanvas*>(canvas())->replot();
 }
 
@@ -311,7 +309,6 @@ void Plot::replot()
         updateAxes();
         return;
     }
-    const QMutexLocker lock(&myMutex);
     axesChanged = false;
     QwtPlot::replot();
 }
