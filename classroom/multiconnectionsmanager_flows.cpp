@@ -10,21 +10,21 @@ using Task = ClassJob::Task;
 
 namespace {
 
-struct TaskRow
+struct CommandRow
 {
     commandType command;
     Task task;
 };
 
-constexpr TaskRow taskRows[] = {
+constexpr CommandRow commandRows[] = {
     {CMD_START_LOGGING, Task::Start},           {CMD_STOP_LOGGING, Task::Stop},
     {CMD_TEMBRIN_LOGGING_SETUP, Task::Setup},   {CMD_CONFIGURE_TEMBRIN, Task::Configure},
     {CMD_DOWNLOAD_STORED_DATA, Task::Download},
 };
 
-const TaskRow* rowOf(commandType command)
+const CommandRow* rowOf(commandType command)
 {
-    for (const TaskRow& row : taskRows) {
+    for (const CommandRow& row : commandRows) {
         if (row.command == command)
             return &row;
     }
@@ -33,7 +33,7 @@ const TaskRow* rowOf(commandType command)
 
 commandType commandOf(Task task)
 {
-    for (const TaskRow& row : taskRows) {
+    for (const CommandRow& row : commandRows) {
         if (row.task == task)
             return row.command;
     }
@@ -116,7 +116,7 @@ void multiConnectionsManager::sendCmdToAll(commandType cmd)
 {
     if (cmd == CMD_START_LOGGING)
         startRun();
-    else if (const TaskRow* row = rowOf(cmd))
+    else if (const CommandRow* row = rowOf(cmd))
         commandQueue->add(row->task);
 }
 
@@ -132,7 +132,7 @@ void multiConnectionsManager::cancelDownload()
 
 bool multiConnectionsManager::isSending(commandType cmd) const
 {
-    const TaskRow* row = rowOf(cmd);
+    const CommandRow* row = rowOf(cmd);
     return row && commandQueue->has(row->task);
 }
 

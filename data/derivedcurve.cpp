@@ -1,11 +1,10 @@
 #include "data/derivedcurve.h"
 
 #include <cmath>
-#include <limits>
+
+#include "data/novalue.h"
 
 namespace {
-
-constexpr double noValue = std::numeric_limits<double>::quiet_NaN();
 
 /// From `i` in steps to the next value that is no gap; -1 without one.
 int nextValue(const QVector<double>& v, int i, int step)

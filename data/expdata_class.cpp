@@ -5,11 +5,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+
+#include "data/novalue.h"
 
 namespace {
-
-constexpr double gap = std::numeric_limits<double>::quiet_NaN();
 
 bool hasValue(const QVector<double>& v, int row)
 {
@@ -78,7 +77,7 @@ int ExpData::insertRow(int at, double t)
     x.insert(at, t);
     for (QVector<double>& channel : y) {
         if (at < channel.size())
-            channel.insert(at, gap);
+            channel.insert(at, noValue);
     }
     minX = x.constFirst();
     maxX = x.constLast();
@@ -95,7 +94,7 @@ void ExpData::averageRow(int mean, int row)
         sum += y.at(c).at(row);
         ++count;
     }
-    putValue(mean, row, count > 0 ? sum / count : gap);
+    putValue(mean, row, count > 0 ? sum / count : noValue);
 }
 
 int ExpData::valuesAt(int row) const

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+
+#include "data/novalue.h"
 
 namespace {
-
-constexpr double gap = std::numeric_limits<double>::quiet_NaN();
 
 void trimEnd(QVector<double>* v)
 {
@@ -40,7 +39,7 @@ JoinedRows JoinedRows::merge(const QVector<double>& before, const QVector<bool>&
             continue;
         for (; value != values.cend() && value->x() <= before.at(i) - reach; ++value)
             rows.append(value->x(), value->y(), -1);
-        rows.append(before.at(i), gap, i);
+        rows.append(before.at(i), noValue, i);
         // Of several within reach of a row the last counts, and one that lies nearer to the next row is its.
         for (; value != values.cend() && value->x() < before.at(i) + reach; ++value) {
             if (i + 1 < before.size() && before.at(i + 1) - value->x() < value->x() - before.at(i))
@@ -56,9 +55,9 @@ JoinedRows JoinedRows::merge(const QVector<double>& before, const QVector<bool>&
 
 QVector<double> JoinedRows::moved(const QVector<double>& v) const
 {
-    QVector<double> result(source.size(), gap);
+    QVector<double> result(source.size(), noValue);
     for (int row = 0; row < source.size(); ++row)
-        result[row] = v.value(source.at(row), gap);
+        result[row] = v.value(source.at(row), noValue);
     trimEnd(&result);
     return result;
 }
