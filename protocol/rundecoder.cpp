@@ -4,7 +4,7 @@ namespace {
 
 SensorPtr channel(int id, const Units& units, int listIndex, int child)
 {
-    const SensorPtr sensor = SensorPtr::create(id, units, child < 0 ? -1 : listIndex, child);
+    SensorPtr sensor = SensorPtr::create(id, units, child < 0 ? -1 : listIndex, child);
     sensor->inLoggerIndex = listIndex;
     sensor->active = sensor->downloadActive = true;
     return sensor;
