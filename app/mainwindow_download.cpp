@@ -88,6 +88,10 @@ void MainWindow::useDownload(int index, bool isOK)
     setSelected(index, qMax(0, set->getSelectedSensor()));
     // What an earlier download or run left with a logger that does not deliver stays out of the class.
     delivered |= quint8(1u << index);
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) { // who was started meanwhile goes on in it
+        if (mTembrin->isRunning(i))
+            delivered |= mTembrin->run().classSet().memberBits() & quint8(1u << i);
+    }
     graph->setMarkers();
     mTembrin->run().classSet().rebuild(delivered);
     ExpData* classSet = mTembrin->dataC();

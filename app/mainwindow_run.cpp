@@ -81,7 +81,6 @@ void MainWindow::doRun()
         statusLine->setOutcome(tr("No logger is connected, so none was started."));
         return;
     }
-    runLine->noteStart();
     statusLine->setOutcome(QString());
     updateActions();
 }
@@ -125,6 +124,7 @@ void MainWindow::showPlanned(int index)
 void MainWindow::showNewClass()
 {
     handleOnlyStaticClassMode(false); // also for a run that was started on a logger
+    runLine->noteStart();
     graph->setMarkers();
     updateAll(-1);
     setSelected(-1, 0);

@@ -7,6 +7,7 @@
 #include "protocol/tembrinprotocol.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 constexpr int msOfLateSamples = 1000;
@@ -70,7 +71,8 @@ bool ClassRun::isAnyRunning() const
 
 QDateTime ClassRun::lostSince(int slot) const
 {
-    return places[slot].phase == Phase::Lost ? places[slot].lost : QDateTime();
+    const bool isAway = slot < manager->nDefTembrins() && places[slot].phase == Phase::Lost;
+    return isAway ? places[slot].lost : QDateTime();
 }
 
 qint64 ClassRun::elapsed() const
@@ -189,15 +191,16 @@ void ClassRun::takeLoss(int slot)
 
 void ClassRun::endIfNobodyRuns()
 {
-    if (!isOn || isAnyRunning())
+    if (isAnyRunning())
         return;
-    isOn = false;
-    duration = clock.elapsed() - begunAt;
-    if (manager->dataC())
-        manager->dataC()->setXRange();
-    const quint8 stored = storedRuns;
-    storedRuns = 0;
-    Q_EMIT ended();
+    const quint8 stored = std::exchange(storedRuns, 0);
+    if (std::exchange(isOn, false)) {
+        duration = clock.elapsed() - begunAt;
+        if (manager->dataC())
+            manager->dataC()->setXRange();
+        Q_EMIT ended();
+    }
+    // Also when the run was over before the logger came back and told that its own is.
     if (stored != 0)
         Q_EMIT storedRunsEnded(stored);
 }
@@ -331,7 +334,8 @@ bool ClassRun::isAlone(int slot) const
 void ClassRun::beginExperiment(int slot, int number)
 {
     Place& place = places[slot];
-    const bool isFirst = !isOn || isAlone(slot);
+    // What was ordered together stays together, also when the others have ended before this one's first.
+    const bool isFirst = !isOn || (!place.isOrdered && isAlone(slot));
     if (isFirst) {
         for (Place& other : places) {
             if (&other != &place && other.phase != Phase::Running && other.phase != Phase::Ordered)
@@ -340,6 +344,7 @@ void ClassRun::beginExperiment(int slot, int number)
         beginRun();
     }
     const double dt = state(slot)->samplePeriod();
+    const bool isAsPlanned = data(slot)->dt == dt;
     place.last = -1;
     place.shift = 0;
     place.zero = clock.elapsed() - qint64(dt * number * 1000);
@@ -350,6 +355,8 @@ void ClassRun::beginExperiment(int slot, int number)
     if (isFirst) {
         set.rebuild(quint8(1u << slot));
         Q_EMIT classBegun();
+    } else if (!isAsPlanned && place.isOrdered && manager->dataC()->getXSize() == 0) {
+        set.rebuild(set.memberBits() | quint8(1u << slot));
     } else {
         set.join(slot);
     }

@@ -15,6 +15,7 @@ ClassSet::ClassSet(multiConnectionsManager* manager)
 void ClassSet::begin(double period)
 {
     members = others = 0;
+    isReleased = false;
     classPeriod = period;
     manager->dataC()->setDataNewEmpty(manager->getSensorsC(), period);
 }
@@ -56,7 +57,7 @@ bool ClassSet::fits(int slot) const
 void ClassSet::join(int slot)
 {
     const quint8 bit = quint8(1u << slot);
-    if (slot >= manager->nDefTembrins())
+    if (slot >= manager->nDefTembrins() || isReleased)
         return;
     if (!fits(slot)) {
         others |= bit;
@@ -86,6 +87,12 @@ void ClassSet::follow(int slot)
     const bool isUnsaved = manager->dataC()->isNeedSave();
     join(slot);
     manager->dataC()->setNeedSave(isUnsaved);
+}
+
+void ClassSet::release()
+{
+    members = others = 0;
+    isReleased = true;
 }
 
 QVector<int> ClassSet::leftOut() const

@@ -28,8 +28,8 @@ public:
     void take(int slot);
     /// A member's selected channel is another one now; nothing changes while it is the same.
     void follow(int slot);
-    /// Data that came from a file has taken its place.
-    void release() { members = 0; }
+    /// Data that came from a file has taken its place: nobody joins it before it is begun anew.
+    void release();
     /// Samples of these come at other times than those of the class.
     QVector<int> leftOut() const;
     double period() const { return classPeriod; }
@@ -41,6 +41,7 @@ private:
     multiConnectionsManager* manager;
     quint8 members = 0;
     quint8 others = 0; ///< with another period
+    bool isReleased = false;
     double classPeriod = 1;
     int shown[mostLoggers]; ///< the channel of its set that stands for a member
 };

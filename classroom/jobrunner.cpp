@@ -40,8 +40,10 @@ JobRunner::JobRunner(const ClassLoggers& loggers, QObject* parent)
 
 void JobRunner::connectLogger(int slot)
 {
-    answerTimers[slot].setSingleShot(true);
+    for (QTimer* timer : {&answerTimers[slot], &repeatTimers[slot]})
+        timer->setSingleShot(true);
     connect(&answerTimers[slot], &QTimer::timeout, this, [this, slot] { answerMissing(slot); });
+    connect(&repeatTimers[slot], &QTimer::timeout, this, [this, slot] { repeat(slot); });
     connect(loggers[slot], &TembrinProtocol::loggerDisconnected, this, &JobRunner::takeLoss);
     const TembrinData* state = stateOf(slot);
     connect(state, &TembrinData::commandAccepted, this, &JobRunner::takeAnswer);
@@ -129,7 +131,7 @@ Reason JobRunner::obstacle(const ClassJob::Step& step) const
         return step.reason == Reason::None ? Reason::NotConnected : step.reason;
     if (!state->isLoggerRecognized() && !state->isVorta())
         return Reason::Silent;
-    const bool isForIdle = present.task == Task::Setup || present.task == Task::Configure;
+    const bool isForIdle = present.task != Task::Start && present.task != Task::Stop;
     return isForIdle && !state->isIdle() ? Reason::Running : Reason::None;
 }
 
@@ -156,6 +158,7 @@ void JobRunner::send(ClassJob::Step& step)
 {
     TembrinProtocol* logger = loggers[step.slot];
     ++step.tries;
+    repeatTimers[step.slot].stop();
     // One that was silent all the time is asked, but nobody waits for it again.
     const bool isBrief = isSilent[step.slot] || present.task == Task::Start;
     answerTimers[step.slot].start(isBrief ? qMin(2 * pacing.patience, pacing.repeat) : pacing.repeat);
@@ -198,20 +201,31 @@ void JobRunner::tryAgain(ClassJob::Step& step, Reason reason)
     qCInfo(classLog, "logger %d did not confirm command %d, try %d", slot, int(command()), step.tries);
     if (step.tries >= mostTries || isSilent[slot]) {
         isSilent[slot] = reason == Reason::Silent;
-        end(step, Progress::PassedOver, reason);
-        if (isAlone() || !turnTimer.isActive())
-            turnTimer.start(pacing.pause);
+        passOver(step, reason);
         return;
     }
-    QTimer::singleShot(pacing.pause, this, [this, slot, tries = step.tries] {
-        ClassJob::Step* open = openStep(slot);
-        if (!open || open->tries != tries)
-            return;
-        if (present.task == Task::Start)
-            askWhetherItRuns(*open);
-        else
-            send(*open);
-    });
+    repeatTimers[slot].start(pacing.pause);
+}
+
+void JobRunner::passOver(ClassJob::Step& step, Reason reason)
+{
+    end(step, Progress::PassedOver, reason);
+    if (isOn && (isAlone() || !turnTimer.isActive()))
+        turnTimer.start(pacing.pause);
+}
+
+void JobRunner::repeat(int slot)
+{
+    ClassJob::Step* step = openStep(slot);
+    if (!step)
+        return;
+    const Reason reason = obstacle(*step); // its own key may have been pressed meanwhile
+    if (reason != Reason::None)
+        passOver(*step, reason);
+    else if (present.task == Task::Start)
+        askWhetherItRuns(*step);
+    else
+        send(*step);
 }
 
 /// A start that was heard must not be given twice: only when the logger says that it is idle it is told
@@ -324,6 +338,7 @@ void JobRunner::end(ClassJob::Step& step, Progress progress, Reason reason)
     step.progress = progress;
     step.reason = reason;
     answerTimers[step.slot].stop();
+    repeatTimers[step.slot].stop();
     const ClassJob::Step outcome = step;
     if (progress == Progress::PassedOver)
         qCInfo(classLog, "logger %d is passed over in command %d, reason %d", outcome.slot, int(command()),

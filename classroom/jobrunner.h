@@ -72,6 +72,8 @@ private:
     void takeLoss(int slot);
     void askWhetherItRuns(ClassJob::Step& step);
     void tryAgain(ClassJob::Step& step, ClassJob::Reason reason);
+    void repeat(int slot);
+    void passOver(ClassJob::Step& step, ClassJob::Reason reason);
     void end(ClassJob::Step& step, ClassJob::Progress progress, ClassJob::Reason reason);
     void endIfDone();
 
@@ -85,4 +87,5 @@ private:
     bool isDownloadBad = false;
     QTimer turnTimer;
     QTimer answerTimers[mostLoggers];
+    QTimer repeatTimers[mostLoggers];
 };

@@ -56,7 +56,8 @@ void multiConnectionsManager::createFlows()
     connect(commandQueue, &CommandQueue::stepEnded, this, [this](Task task, const ClassJob::Step& step) {
         if (step.progress != ClassJob::Progress::PassedOver)
             return;
-        if (task == Task::Stop && step.reason == ClassJob::Reason::Silent)
+        const bool isOfRun = task == Task::Start || task == Task::Stop;
+        if (isOfRun && step.reason == ClassJob::Reason::Silent)
             classRun->giveUp(step.slot);
         Q_EMIT passedOver(step.slot);
     });
@@ -68,8 +69,11 @@ void multiConnectionsManager::createFlows()
     };
     connect(classRun, &ClassRun::ended, this, catchUpAll, Qt::QueuedConnection);
     for (const Logger& logger : loggers) {
-        connect(logger.protocol->tembrinData, &TembrinData::communicationEstablished, this,
-                &multiConnectionsManager::catchUp, Qt::QueuedConnection);
+        // Its first good status, which may come later than the first that was damaged.
+        const int i = logger.protocol->index;
+        connect(
+            logger.protocol->tembrinData, &TembrinData::loggerTypeChanged, this, [this, i] { catchUp(i); },
+            Qt::QueuedConnection);
     }
 }
 

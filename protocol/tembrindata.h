@@ -185,6 +185,8 @@ public:
     bool isDownloading() const { return download.isOpen(); }
     /// Ends a download without a result, and the logger's part in it too.
     void cancelDownload();
+    /// One was asked for: the head that comes is not that of a cancelled one.
+    void expectDownload() { isDownloadRefused = false; }
 
 public Q_SLOTS:
     void handleStatus(unsigned char* udata, int len);
@@ -320,4 +322,5 @@ private:
     SampleBlock rows{1}; ///< one row, used again for each sample
     SampleBlock snapshotValues;
     StoredDownload download;
+    bool isDownloadRefused = false; ///< cancelled before its head came, which may still be under way
 };

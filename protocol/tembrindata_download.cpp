@@ -65,6 +65,7 @@ void TembrinData::timeoutWaitingPacket()
 
 void TembrinData::cancelDownload()
 {
+    isDownloadRefused = !download.isOpen();
     download.cancel();
     Q_EMIT stopTransmission();
 }

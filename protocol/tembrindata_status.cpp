@@ -123,7 +123,8 @@ void TembrinData::reactToStatus(int eventCode)
         Q_EMIT commandAccepted(index, CMD_STOP_LOGGING);
         break;
     case eventDownload:
-        download.start(dataPacketSize);
+        if (!isDownloadRefused)
+            download.start(dataPacketSize);
         break;
     case eventTable:
         forgetExperimentTable();

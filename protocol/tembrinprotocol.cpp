@@ -121,8 +121,11 @@ QVector<short> TembrinProtocol::configuration() const
 
 void TembrinProtocol::sendCommand(commandType cmd, short argument)
 {
-    if (isConnect && talker)
-        talker->sendCommand(cmd, {argument});
+    if (!isConnect || !talker)
+        return;
+    if (cmd == CMD_DOWNLOAD_STORED_DATA)
+        tembrinData->expectDownload();
+    talker->sendCommand(cmd, {argument});
 }
 
 void TembrinProtocol::sendCommand(commandType cmd, const QByteArray& data)

@@ -162,6 +162,89 @@ private Q_SLOTS:
         QCOMPARE(bench->data(0)->getXAt(9), 10 * bench->data(0)->dt);
     }
 
+    void oneLoggerAloneStaysInItsRun()
+    {
+        begin(loggers(1));
+        bench->loseSamples(0, 5, 15);
+        startAll(30);
+        QCOMPARE(bench->data(0)->getXAt(0), 0.0);
+        bench->pull(0);
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Lost);
+        bench->putBack(0);
+        bench->open(0);
+        const int before = count(0);
+        QTRY_VERIFY(count(0) > before + 10);
+        QCOMPARE(bench->data(0)->getXAt(0), 0.0);
+        QCOMPARE(classFault({0}), QString());
+    }
+
+    void whoEndsBeforeTheOthersBeginStaysInTheRun()
+    {
+        begin({VirtualBench::identity("Birch", "100/Sec", 10), VirtualBench::identity("Birch", "100/Sec")});
+        bench->delay(1, 700);
+        startAll(10);
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Ended);
+        stopAll();
+        QCOMPARE(classFault({0, 1}), QString());
+    }
+
+    void aStoredRunThatEndedUnseenIsFetched_data()
+    {
+        columns<bool>({"isOther"});
+        row("alone", false);
+        row("while another one runs", true);
+    }
+
+    void aStoredRunThatEndedUnseenIsFetched()
+    {
+        QFETCH(bool, isOther);
+        QVector<LoggerIdentity> class_ = loggers(2, "1/Sec");
+        class_[0] = VirtualBench::identity("Birch", "25000/Sec", 10000);
+        begin(class_.mid(0, isOther ? 2 : 1));
+        quint8 fetched = 0;
+        connect(&run(), &ClassRun::storedRunsEnded, this, [&](quint8 which) { fetched |= which; });
+        bench->manager.sendCmdToAll(CMD_START_LOGGING);
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Running);
+        bench->pull(0);
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Lost);
+        bench->pressStop(0);
+        bench->putBack(0);
+        bench->open(0);
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Ended);
+        if (isOther)
+            stopAll();
+        QTRY_COMPARE(fetched, quint8(1));
+    }
+
+    void whoIsStartedLaterChangesNoOpenedFile()
+    {
+        begin(loggers(2));
+        bench->pressStart(0);
+        QTRY_VERIFY(count(0) > 5);
+        run().classSet().release(); // as an opened file does
+        const auto before = bench->data(-1)->getX();
+        bench->pressStart(1);
+        QTRY_VERIFY(count(1) > 20);
+        QCOMPARE(bench->data(-1)->getX(), before);
+    }
+
+    void aStartThatIsNotHeardHoldsNobodyUp()
+    {
+        begin(loggers(2, "100/Sec", 10));
+        bench->setDead(0);
+        bench->manager.sendCmdToAll(CMD_START_LOGGING);
+        QVERIFY(bench->manager.isRunning(0));
+        QTRY_VERIFY(bench->manager.queue().isIdle());
+        QTRY_VERIFY(!bench->manager.isAnyRunning());
+        QVERIFY(run().lostSince(0).isValid());
+        bench->manager.setDefTembrins(0);
+        QVERIFY(!run().lostSince(0).isValid()); // nobody's any more
+        bench->manager.setDefTembrins(2);
+        bench->setDead(0, false);
+        bench->pressStart(0);
+        QTRY_VERIFY(count(0) == 10);
+    }
+
     void samplesByHandOfAllGroupsStay()
     {
         begin(loggers(2, "Manual"));

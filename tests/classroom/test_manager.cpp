@@ -154,6 +154,56 @@ private Q_SLOTS:
         QTRY_VERIFY(bench.session(1)->isSetupConfirmed());
     }
 
+    void aRunBegunMeanwhileIsTold_data()
+    {
+        columns<int, QString>({"command", "outcome"});
+        row("before its turn", int(CMD_DOWNLOAD_STORED_DATA),
+            "No experiment could be fetched from Group B (is running).");
+        row("between two tries", int(CMD_TEMBRIN_LOGGING_SETUP), "Not set up: Group B (is running).");
+    }
+
+    void aRunBegunMeanwhileIsTold()
+    {
+        QFETCH(int, command);
+        ManagerBench bench(loggers(2, 1));
+        bench.openAll();
+        use(&bench);
+        if (command == CMD_DOWNLOAD_STORED_DATA) {
+            bench.delay(0, 100);
+            bench.manager.sendCmdToAll(CMD_CONFIGURE_TEMBRIN);
+        } else {
+            bench.dropAnswers(1, 1);
+            bench.loseSamples(1, 0, 5);
+        }
+        bench.manager.sendCmdToAll(commandType(command));
+        QTRY_VERIFY(!bench.heard(1).isEmpty());
+        bench.pressStart(1);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QTEST(ends.join(QString()), "outcome");
+        QVERIFY(bench.heard(1, Wire::Download) == 0);
+        QVERIFY(bench.heard(1, Wire::LoggingSetup) < 2);
+    }
+
+    void aCancelledRequestBringsNothing()
+    {
+        ManagerBench bench(loggers(1, 1));
+        bench.openAll();
+        bool isDelivered = false;
+        connect(bench.state(0), &TembrinData::downloadComplete, this, [&] { isDelivered = true; });
+        bench.delay(0, 100);
+        bench.manager.sendCmdToAll(CMD_DOWNLOAD_STORED_DATA);
+        QTRY_COMPARE(bench.heard(0, Wire::Download), 1);
+        bench.manager.cancelDownload();
+        QVERIFY(bench.manager.queue().isIdle());
+        bench.manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QVERIFY(!bench.state(0)->isDownloading());
+        QCOMPARE(bench.heard(0, Wire::NextPacket), 0);
+        QVERIFY(!isDelivered);
+        bench.manager.sendCmdToAll(CMD_DOWNLOAD_STORED_DATA);
+        QTRY_VERIFY(isDelivered);
+    }
+
     void aStartIsNotGivenTwice()
     {
         ManagerBench bench(loggers(1));
