@@ -294,6 +294,8 @@ private:
     void followOrigins(int first, int last);
     DerivedCurve derivation(int type) const;
     QString smoothedName(const QString& name) const;
+    SensorPtr derivedFrom(int origin, int index, int type) const;
+    void renewDerived(int channel);
     void describeSpecialCurve(int iSens, const Sensor& origin);
     int timedSamples(int iSens) const;
     QVector<QPointF> span(int iSens, double x1, double x2) const;

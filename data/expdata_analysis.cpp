@@ -60,6 +60,21 @@ DerivedCurve ExpData::derivation(int type) const
                         smoothKernel);
 }
 
+/// The channel `index` that is derived from another.
+SensorPtr ExpData::derivedFrom(int origin, int index, int type) const
+{
+    const SensorPtr sensor = ownCopy(sensors.at(origin)); // its unit is the origin's
+    sensor->ID = SENSOR_SPECIAL;
+    sensor->specialType = type;
+    sensor->specialOriginIndex = origin;
+    sensor->isVirtual = true;
+    sensor->inLoggerIndex = index;
+    sensor->virtualIndex = -1;
+    sensor->readSetMinMax = sensor->readClassMinMax = sensor->readClassSetMinMax = false;
+    sensor->barUserScale = false;
+    return sensor;
+}
+
 void ExpData::addSpecialCurve(int type)
 {
     const int origin = iSelectedSensor;
@@ -67,16 +82,7 @@ void ExpData::addSpecialCurve(int type)
     if (!from || getYSize(origin) < 2)
         return;
     const int added = sensors.size();
-    const SensorPtr sensor = ownCopy(from); // its unit is the origin's
-    sensor->ID = SENSOR_SPECIAL;
-    sensor->specialType = type;
-    sensor->specialOriginIndex = origin;
-    sensor->isVirtual = true;
-    sensor->inLoggerIndex = added;
-    sensor->virtualIndex = -1;
-    sensor->readSetMinMax = sensor->readClassMinMax = sensor->readClassSetMinMax = false;
-    sensor->barUserScale = false;
-    sensors.append(sensor);
+    sensors.append(derivedFrom(origin, added, type));
     resizeChannels(sensors.size());
     leftPad[added] = leftPad.at(origin);
     y[added] = derivation(type).of(y.at(origin));

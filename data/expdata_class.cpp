@@ -141,6 +141,7 @@ void ExpData::joinChannel(int channel, const SensorPtr& kind, const ExpData& fro
 {
     if (channel < 0 || channel >= meanIndex())
         return;
+    const SensorPtr before = sensors.at(channel);
     takeKind(channel, kind);
     mergeRows(channel, valuesToJoin(from, cuts));
     updateXExtent();
@@ -149,6 +150,26 @@ void ExpData::joinChannel(int channel, const SensorPtr& kind, const ExpData& fro
     updateMapRange(channel);
     viewExtremes(channel);
     updateMean(true);
+    if (!before || before->ID != sensors.at(channel)->ID || before->name != sensors.at(channel)->name)
+        renewDerived(channel);
+}
+
+/// Curves derived from a channel whose sensor was changed take its name and its unit.
+void ExpData::renewDerived(int channel)
+{
+    QVector<bool> isOther(sensors.size(), false);
+    isOther[channel] = true;
+    isOther[meanIndex()] = channel == 0;
+    for (int c = meanIndex() + 1; c < sensors.size(); ++c) {
+        const int origin = sensors.at(c) ? sensors.at(c)->specialOriginIndex : -1;
+        if (origin < 0 || origin >= c || !isOther.at(origin))
+            continue;
+        isOther[c] = true;
+        const SensorPtr renewed = derivedFrom(origin, c, sensors.at(c)->specialType);
+        renewed->active = sensors.at(c)->active;
+        sensors[c] = renewed;
+        describeSpecialCurve(c, *sensors.at(origin));
+    }
 }
 
 /// What a group's channel measures from now on. A range that the user set holds for all sensors of a kind.

@@ -10,6 +10,13 @@ constexpr int margin = 4;
 constexpr int between = 12; ///< pixels from what is going on to how the last thing ended
 constexpr int leastWidth = 80;
 
+/// Widths are rounded and a text is cut by what it is to a fraction: one pixel more, or the end of a line
+/// that has all the room goes.
+int widthOf(const QString& text, const QFont& font)
+{
+    return text.isEmpty() ? 0 : QFontMetrics(font).horizontalAdvance(text) + 1;
+}
+
 /// A line has no room for a second one.
 QString flat(const QString& text)
 {
@@ -64,11 +71,7 @@ QFont StatusLine::boldFont() const
 
 QSize StatusLine::sizeHint() const
 {
-    int width = 2 * margin;
-    if (!waitingText.isEmpty())
-        width += QFontMetrics(boldFont()).horizontalAdvance(waitingText);
-    if (!outcomeText.isEmpty())
-        width += QFontMetrics(font()).horizontalAdvance(outcomeText);
+    int width = 2 * margin + widthOf(waitingText, boldFont()) + widthOf(outcomeText, font());
     if (!waitingText.isEmpty() && !outcomeText.isEmpty())
         width += between;
     return {qMin(width, window()->width() * 2 / 3), QFontMetrics(boldFont()).height() + margin};
@@ -91,7 +94,7 @@ void StatusLine::paintEvent(QPaintEvent* event)
         const QFontMetrics metrics(look);
         painter.drawText(room, Qt::AlignVCenter | Qt::AlignLeft,
                          metrics.elidedText(text, Qt::ElideRight, room.width()));
-        room.setLeft(room.left() + metrics.horizontalAdvance(text) + between);
+        room.setLeft(room.left() + widthOf(text, look) + between);
     }
 }
 

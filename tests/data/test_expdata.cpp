@@ -309,6 +309,8 @@ private Q_SLOTS:
         QCOMPARE(data.getYNoConv(2), Values({8.5, 11.5, 17, 20, 7, 8}));
         QCOMPARE(data.getYNoConv(3), Values({3, 3, 5.5, 3, -6.5, 1}));
         QCOMPARE(data.getSens(2)->ID, int(SENSOR_PH)); // the average is of the first group's kind
+        QCOMPARE(data.getSens(3)->name, data.getSens(0)->name + QStringLiteral("/time"));
+        QCOMPARE(data.getSens(3)->unitName, data.getSens(0)->unitName + QStringLiteral("/s"));
         QCOMPARE(data.groupsInAverage(), 2);
         QCOMPARE(data.valuesAt(4), 1);
         data.joinChannel(0, light.getSens(0), light);

@@ -78,6 +78,21 @@ private Q_SLOTS:
         QCOMPARE(messages.count(), 1);
     }
 
+    void aLineWithAllItsRoomIsNotCut()
+    {
+        QWidget window;
+        window.resize(2000, 100);
+        StatusLine line(&window);
+        for (int letters = 1; letters < 60; ++letters) {
+            line.setOutcome(QString(letters, QLatin1Char('i')));
+            line.resize(line.sizeHint());
+            const QImage exact = line.grab().toImage();
+            line.resize(line.sizeHint() + QSize(20, 0));
+            const QImage wide = line.grab().toImage().copy(exact.rect());
+            QVERIFY2(exact == wide, qPrintable(line.text()));
+        }
+    }
+
     void theStatusLineStandsThroughStatusTips()
     {
         QMainWindow window;
