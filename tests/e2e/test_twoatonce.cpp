@@ -44,6 +44,7 @@ enum Event
     ComesBack,
     FallsSilent,
     OwnKey,
+    OwnKeyTwice, ///< stopped and started again
     KeyTurnsRate,
     IsPlugged,
     DialogOpens,
@@ -167,6 +168,7 @@ private:
 
     // --- The events, and how it must end ---
 
+    void checkButtons(Flow flow);
     void happen(Event event, int who);
     void comeBack(int who);
     void settle();
@@ -212,6 +214,7 @@ void TestTwoAtOnce::nothingIsLostAndNothingBlocked_data()
     add(Running, Middle, ComesBack, 1, "run: one is lost and comes back");
     add(Running, Middle, FallsSilent, 1, "run: one says nothing any more");
     add(Running, Middle, OwnKey, 1, "run: a pupil stops");
+    add(Running, Middle, OwnKeyTwice, 1, "run: a pupil stops and starts again");
     add(Running, Middle, IsPlugged, 2, "run: a plug is pulled");
     add(Running, Middle, DialogOpens, 0, "run: a dialog");
     add(Running, Middle, StopClicked, 0, "run: stop");
@@ -310,8 +313,10 @@ void TestTwoAtOnce::nothingIsLostAndNothingBlocked()
                                                  isFast ? 402 : 405));
     bench.reset(new WindowBench(identities));
     reach(flow, Moment(momentNumber));
-    if (flow != DownloadingOwn)
+    if (flow != DownloadingOwn) {
+        checkButtons(flow);
         happen(event, who);
+    }
     slowDown(0);
     settle();
     const bool isBackInTime = event == ComesBack && flow == Connecting;
@@ -396,6 +401,18 @@ void TestTwoAtOnce::reach(Flow flow, Moment moment)
     }
 }
 
+/// While anything runs or is under way.
+void TestTwoAtOnce::checkButtons(Flow flow)
+{
+    if (flow == Connecting)
+        return;
+    check(!canClick("downloadAct") && !canClick("selectExperimentAct"), QStringLiteral("a download offered"));
+    if (flow == Starting || flow == Running || flow == RunningVorta || flow == RunningFast)
+        check(canClick("stopAct"), QStringLiteral("no stop offered"));
+    else
+        check(!bench->window->findChild<StatusLine*>()->waiting().isEmpty(), QStringLiteral("no word of it"));
+}
+
 void TestTwoAtOnce::happen(Event event, int who)
 {
     const auto ask = [](VirtualLogger& logger, qint64 now) {
@@ -422,6 +439,11 @@ void TestTwoAtOnce::happen(Event event, int who)
             bench->pressStop(who);
         else
             bench->pressStart(who);
+        break;
+    case OwnKeyTwice:
+        bench->pressStop(who);
+        wait([=] { return bench->state(who)->isIdle(); }, "word of the stop");
+        bench->pressStart(who);
         break;
     case KeyTurnsRate:
         bench->chooseRate(who, "1/Sec");
@@ -522,8 +544,17 @@ void TestTwoAtOnce::checkSamples()
             for (int channel = 0; channel < set->getNSens(); ++channel)
                 values.append(set->getYNoConvAt(channel, k));
         }
-        // What came between the opening of a port and the first words of the logger on it can't be read.
+        // The second part follows the first.
         QFETCH(int, event);
+        const VirtualBench::Rows first =
+            event == OwnKeyTwice && bench->runs(i) > 1 ? bench->samples(i, 1) : VirtualBench::Rows();
+        if (!first.isEmpty()) {
+            check(stored.values().mid(0, first.size()) == first.values() &&
+                      stored.values().mid(first.size()) == rows.values(),
+                  QStringLiteral("not both parts are stored"));
+            continue;
+        }
+        // What came between the opening of a port and the first words of the logger on it can't be read.
         for (int unread = 0; (event == ComesBack || event == IconClicked) && unread < 6; ++unread) {
             for (int number : rows.keys()) {
                 if (rows.size() > stored.size() && !stored.contains(number)) {
