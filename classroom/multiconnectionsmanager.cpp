@@ -37,7 +37,10 @@ void multiConnectionsManager::setDefTembrins(int n)
     commandQueue->setInUse(nDef);
 }
 
-multiConnectionsManager::~multiConnectionsManager() = default;
+multiConnectionsManager::~multiConnectionsManager()
+{
+    delete loggerConnector; // before the sessions: it waits for the attempts that still open their ports
+}
 
 void multiConnectionsManager::setPortFactory(const SerialPortFactory& factory)
 {
