@@ -120,6 +120,8 @@ private Q_SLOTS:
         QTEST(ends.join(QString()), "outcome");
         for (int i : {0, 2})
             QVERIFY(!bench.heard(i).isEmpty());
+        if (fault == QLatin1String("deaf twice"))
+            QCOMPARE(bench.heard(1, Wire::LoggingSetup), 3);
     }
 
     void aLoggerThatNeverToldWhatItIsHoldsNobodyUp()
@@ -202,6 +204,34 @@ private Q_SLOTS:
         QVERIFY(!isDelivered);
         bench.manager.sendCmdToAll(CMD_DOWNLOAD_STORED_DATA);
         QTRY_VERIFY(isDelivered);
+    }
+
+    void aStopTakesBackWhatIsNotBegun()
+    {
+        ManagerBench bench(loggers(2));
+        bench.openAll();
+        bench.manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        bench.manager.sendCmdToAll(CMD_START_LOGGING); // waits
+        bench.manager.sendCmdToAll(CMD_STOP_LOGGING);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QCOMPARE(bench.heard(0, Wire::Start) + bench.heard(1, Wire::Start), 0);
+        QVERIFY(!bench.manager.isAnyRunning());
+    }
+
+    void aSetupThatARunKeptAwayFollowsIt()
+    {
+        ManagerBench bench(loggers(1));
+        bench.openAll();
+        bench.pressStart(0);
+        QTRY_VERIFY(bench.manager.isRunning(0));
+        LoggerSettings plan = bench.state(0)->reported();
+        plan.samples = 0;
+        bench.session(0)->wantSetup(plan);
+        bench.manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QCOMPARE(bench.heard(0, Wire::LoggingSetup), 0);
+        bench.pressStop(0);
+        QTRY_COMPARE(bench.setup(0).samples, 0);
     }
 
     void aStartIsNotGivenTwice()
