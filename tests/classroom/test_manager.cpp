@@ -97,6 +97,8 @@ private Q_SLOTS:
             "Not configured: Group B (connection lost).");
         row("it runs", int(CMD_TEMBRIN_LOGGING_SETUP), "runs", "Not set up: Group B (is running).");
         row("lost answers", int(CMD_TEMBRIN_LOGGING_SETUP), "deaf twice", "");
+        row("too many lost answers", int(CMD_TEMBRIN_LOGGING_SETUP), "deaf thrice",
+            "Not set up: Group B (does not answer).");
     }
 
     void whoDoesNotConfirmIsNamed()
@@ -111,6 +113,8 @@ private Q_SLOTS:
             bench.pull(1);
         else if (fault == QLatin1String("deaf twice"))
             bench.dropAnswers(1, 2);
+        else if (fault == QLatin1String("deaf thrice"))
+            bench.dropAnswers(1, 3);
         if (fault == QLatin1String("runs")) {
             bench.pressStart(1);
             QTRY_VERIFY(bench.manager.isRunning(1));
@@ -120,7 +124,7 @@ private Q_SLOTS:
         QTEST(ends.join(QString()), "outcome");
         for (int i : {0, 2})
             QVERIFY(!bench.heard(i).isEmpty());
-        if (fault == QLatin1String("deaf twice"))
+        if (fault.startsWith(QLatin1String("deaf")))
             QCOMPARE(bench.heard(1, Wire::LoggingSetup), 3);
     }
 
