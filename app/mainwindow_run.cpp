@@ -147,6 +147,8 @@ void MainWindow::showPhase(int index)
             plot->updateTitle(text);
         if (since.isValid())
             statusLine->setOutcome(text);
+        else if (statusLine->outcome().startsWith(tr("%1: connection lost at %2").arg(group, QString())))
+            statusLine->setOutcome(QString()); // it is back
     }
     markViews(index);
     updateActions();

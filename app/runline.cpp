@@ -44,14 +44,15 @@ QString RunLine::text() const
 {
     if (run->samples() == 0 && !run->isAnyRunning() && run->elapsed() == 0)
         return {};
-    const QString samples = tr("%n samples", nullptr, run->samples());
+    // A run that the loggers store brings none before it is fetched.
+    const QString samples = run->samples() > 0 ? tr(", %n samples", nullptr, run->samples()) : QString();
     QStringList parts;
     if (run->isAnyRunning())
-        parts.append(tr("Running %1, %2").arg(clockText(run->elapsed()), samples));
+        parts.append(tr("Running %1%2").arg(clockText(run->elapsed()), samples));
     else if (isStopped)
-        parts.append(tr("Stopped after %1, %2").arg(clockText(run->elapsed()), samples));
+        parts.append(tr("Stopped after %1%2").arg(clockText(run->elapsed()), samples));
     else
-        parts.append(tr("Run ended after %1, %2").arg(clockText(run->elapsed()), samples));
+        parts.append(tr("Run ended after %1%2").arg(clockText(run->elapsed()), samples));
     return (parts + awayTexts()).join(QStringLiteral("; "));
 }
 

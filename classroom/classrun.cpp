@@ -238,7 +238,7 @@ void ClassRun::showPlanned(int slot)
     const SensorList channels = planned(slot);
     const SensorList& shown = own->getSensors();
     const bool isSame =
-        shown.size() == channels.size() &&
+        own->dt == state(slot)->samplePeriod() && shown.size() == channels.size() &&
         std::equal(shown.begin(), shown.end(), channels.begin(),
                    [](const SensorPtr& a, const SensorPtr& b) { return a && a->ID == b->ID; });
     if (isSame || channels.isEmpty())

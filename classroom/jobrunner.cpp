@@ -4,6 +4,8 @@
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 
+#include <utility>
+
 using Task = ClassJob::Task;
 using Progress = ClassJob::Progress;
 using Reason = ClassJob::Reason;
@@ -140,7 +142,7 @@ void JobRunner::turn(ClassJob::Step& step)
     const int slot = step.slot;
     step.progress = Progress::Working;
     step.tries = 0;
-    otherAnswers[slot] = 0;
+    otherAnswers[slot].reset();
     isAsked[slot] = false;
     isDownloadBad = false;
     Q_EMIT working(slot, true);
@@ -250,15 +252,25 @@ void JobRunner::takeAnswer(int slot, commandType cmd)
         tryAgain(*step, Reason::Failed);
         return;
     }
-    const TembrinProtocol* logger = loggers[slot];
+    TembrinProtocol* logger = loggers[slot];
     const bool isWanted = (present.task != Task::Setup || logger->isSetupConfirmed()) &&
                           (present.task != Task::Configure || logger->isConfigurationConfirmed());
-    // The answer to an earlier choice; a logger that takes the choice in its own way says so twice.
-    if (!isWanted && otherAnswers[slot]++ == 0)
+    if (!isWanted && !isOwnWay(slot))
         return;
+    if (!isWanted)
+        logger->settleForReported();
     end(*step, Progress::Confirmed, Reason::None);
     if (isOn && present.task != Task::Start)
         turnTimer.start(pacing.pause);
+}
+
+/// Another answer than the wanted one is that to an earlier choice; a logger that takes the choice in its own
+/// way says the same twice.
+bool JobRunner::isOwnWay(int slot)
+{
+    const LoggerSettings& now = stateOf(slot)->reported();
+    const std::optional<LoggerSettings> before = std::exchange(otherAnswers[slot], now);
+    return before && before->isSameSetup(now) && before->isSameConfiguration(now);
 }
 
 void JobRunner::takeStatus(int slot)

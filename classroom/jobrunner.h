@@ -4,10 +4,12 @@
 #include <QTimer>
 
 #include <array>
+#include <optional>
 
 #include "classroom/classjob.h"
 #include "common/classsize.h"
 #include "link/commandtype.h"
+#include "protocol/loggersettings.h"
 
 class TembrinData;
 class TembrinProtocol;
@@ -65,6 +67,7 @@ private:
     void send(ClassJob::Step& step);
     void answerMissing(int slot);
     void takeAnswer(int slot, commandType cmd);
+    bool isOwnWay(int slot);
     void takeStatus(int slot);
     void takeDownload(int slot, bool isGood);
     void takeRunning(int slot);
@@ -81,9 +84,10 @@ private:
     JobPacing pacing;
     ClassJob present;
     bool isOn = false;
-    int otherAnswers[mostLoggers] = {}; ///< confirmations of something else than is wanted
-    bool isAsked[mostLoggers] = {};     ///< whether it runs, after a start without an answer
-    bool isSilent[mostLoggers] = {};    ///< was passed over, and has said nothing since
+    std::optional<LoggerSettings>
+        otherAnswers[mostLoggers];   ///< a confirmation of something else than is wanted
+    bool isAsked[mostLoggers] = {};  ///< whether it runs, after a start without an answer
+    bool isSilent[mostLoggers] = {}; ///< was passed over, and has said nothing since
     bool isDownloadBad = false;
     QTimer turnTimer;
     QTimer answerTimers[mostLoggers];

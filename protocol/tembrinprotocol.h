@@ -100,6 +100,12 @@ public:
     /// For a Vorta logger nothing is ever open: the wanted setup lasts, and each start of a run carries it.
     bool isSetupConfirmed() const;
     bool isConfigurationConfirmed() const { return !wantedConfiguration; }
+    /// The logger takes the choice in its own way: what it reports holds from now on.
+    void settleForReported()
+    {
+        wantedSetup.reset();
+        wantedConfiguration.reset();
+    }
 
     /// The main way of sending: a setup, a configuration and the start of a Vorta logger carry wanted().
     /// Translates or drops the command for a Vorta logger.

@@ -238,6 +238,20 @@ private Q_SLOTS:
         QTRY_COMPARE(bench.setup(0).samples, 0);
     }
 
+    void aLoggerThatTakesAChoiceInItsOwnWayIsAskedNoMore()
+    {
+        ManagerBench bench(loggers(1));
+        bench.openAll();
+        LoggerSettings plan = bench.state(0)->reported();
+        plan.external[0] = VERNIER_PH; // it has no such socket
+        plan.rate = 9;                 // nor that rate
+        bench.session(0)->wantSetup(plan);
+        bench.manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QVERIFY(bench.session(0)->isSetupConfirmed());
+        QVERIFY(bench.heard(0, Wire::LoggingSetup) <= 3);
+    }
+
     void aStartIsNotGivenTwice()
     {
         ManagerBench bench(loggers(1));
