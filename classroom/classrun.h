@@ -36,7 +36,8 @@ public:
 
     /// A run that this program starts: the loggers in `which` (a bit each) begin anew, and so does the class.
     void order(quint8 which);
-    /// It does not answer a start or a stop: it counts as away, and is not waited for, until it says something again.
+    /// It does not answer a start or a stop: it counts as away, and is not waited for, until it says
+    /// something again.
     void giveUp(int slot);
     Phase phase(int slot) const { return places[slot].phase; }
     /// The logger runs or was told to, whoever started it, as far as is known.

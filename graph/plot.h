@@ -421,7 +421,7 @@ private:
     int barsKnown = 0;              ///< samples at the last update
     bool isBarWindowMoving = false;
 
-    bool axesChanged = true;           ///< the next refresh() has to lay out the axes too
+    bool axesChanged = true; ///< the next refresh() has to lay out the axes too
 
     static QColor majGridColor;
     static QColor minGridColor;

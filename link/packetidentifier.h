@@ -28,6 +28,7 @@ public:
     /// are not changed and not kept.
     virtual PacketKind identifyPacket(const char* bytes, int size, int* length) = 0;
 
-    /// Takes a whole packet, a sample or a status, whose bytes are good during the call only. May pump events.
+    /// Takes a whole packet, a sample or a status, whose bytes are good during the call only. May pump
+    /// events.
     virtual void handlePacket(unsigned char* data, int length) = 0;
 };

@@ -33,10 +33,7 @@ public:
     ExpData* data(int i) { return i < 0 ? &classSet : manager.dataAt(i); }
 
     /// Opens the port and asks who is there, as a connected program does.
-    void open(int i)
-    {
-        manager.connector().connectLogger(i);
-    }
+    void open(int i) { manager.connector().connectLogger(i); }
     bool isReady(int i) { return state(i)->isLoggerRecognized() || state(i)->isVorta(); }
     /// Opens all and waits until each is known.
     void openAll()
