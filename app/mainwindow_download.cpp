@@ -7,6 +7,7 @@
 #include "graph/plot.h"
 #include "instruments/statusline.h"
 #include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
 #include "setup/experimentinfo.h"
 
 #include <QAction>
@@ -82,7 +83,7 @@ void MainWindow::useDownload(int index, bool isOK)
     const StoredRun& stored = mTembrin->tembrinDataAt(index)->storedRun();
     set->takeExperiment(stored.channels, stored.dt, stored.columns);
     set->setGroupName(mTembrin->groupName(index));
-    set->setCardWidth(mTembrin->tembrinDataAt(index)->photoObjW);
+    set->setCardWidth(mTembrin->tembrinAt(index)->photoObjW);
     mTembrin->plotAt(index)->setMarkers();
     updateAll(index);
     setSelected(index, qMax(0, set->getSelectedSensor()));

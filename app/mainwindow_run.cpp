@@ -12,6 +12,7 @@
 #include "graph/plot.h"
 #include "instruments/statusline.h"
 #include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -95,7 +96,7 @@ void MainWindow::showEndOfRun()
 {
     hideBusyTitle();
     refreshClock->mark(graph);
-    if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinDataAt(0)->Vorta_drawOnline)
+    if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinAt(0)->Vorta_drawOnline)
         updateAll();
     updateActions();
 }
@@ -167,7 +168,7 @@ void MainWindow::showSamples(int index, int samplesWaiting)
         hideBusyTitle();
         letOthersIn();
         const TembrinData* state = mTembrin->tembrinDataAt(index);
-        if (samplesWaiting == 0 && (!state->isVorta() || state->Vorta_drawOnline))
+        if (samplesWaiting == 0 && (!state->isVorta() || mTembrin->tembrinAt(index)->Vorta_drawOnline))
             onlineUpdateSafe();
     }
     --nestCounter;

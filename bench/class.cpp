@@ -354,7 +354,7 @@ void Bench::connect()
     manager = window->findChild<multiConnectionsManager*>();
     waitFor("all loggers known", 15000, [this] {
         for (int i = 0; i < loggerCount; ++i) {
-            if (!manager->tembrinDataAt(i)->loggerRecognized)
+            if (!manager->tembrinDataAt(i)->isLoggerRecognized())
                 return false;
         }
         return true;

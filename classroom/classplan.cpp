@@ -20,7 +20,7 @@ ClassPlan::Field socketField(int socket)
 
 int placeOf(const TembrinData& logger, int socket)
 {
-    const int place = socket == 0 ? logger.ext1Index : logger.ext2Index;
+    const int place = logger.socketPlace(socket);
     return place < logger.getSensors().size() ? place : -1;
 }
 

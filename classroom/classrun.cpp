@@ -3,6 +3,7 @@
 #include "classroom/classlog.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
+#include "protocol/rundecoder.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 
@@ -113,7 +114,7 @@ void ClassRun::order(quint8 which)
             continue;
         place.isOrdered = true;
         place.isStored = state(slot)->isFastRate();
-        place.storedBefore = state(slot)->numExperiments;
+        place.storedBefore = state(slot)->numExperiments();
         data(slot)->setDataNewEmpty(planned(slot), state(slot)->samplePeriod(), manager->groupName(slot));
         setPhase(slot, Phase::Ordered);
         Q_EMIT experimentBegun(slot);
@@ -161,7 +162,7 @@ void ClassRun::takeEnd(int slot)
         return;
     }
     // One that was never seen to run has perhaps nothing new to fetch.
-    if (place.isStored && (place.phase != Phase::Ordered || state(slot)->numExperiments > place.storedBefore))
+    if (place.isStored && (place.phase != Phase::Ordered || state(slot)->numExperiments() > place.storedBefore))
         storedRuns |= quint8(1u << slot);
     place.endedAt = clock.elapsed();
     if (data(slot))
@@ -214,19 +215,7 @@ SensorList ClassRun::planned(int slot) const
     // A Vorta logger is told with the start what else a logger tells by itself.
     const quint16 mask =
         logger->isVorta() ? manager->tembrinAt(slot)->wanted().mask : logger->reported().mask;
-    const SensorList& all = logger->getSensors();
-    SensorList channels;
-    for (int i = 0; i < all.size(); ++i) {
-        if (!(mask >> i & 1))
-            continue;
-        const QVector<int> children = all.at(i)->virtualSensorIDs;
-        for (const int id : children.isEmpty() ? QVector<int>{all.at(i)->ID} : children) {
-            const SensorPtr channel = SensorPtr::create(id);
-            channel->active = true;
-            channels.append(channel);
-        }
-    }
-    return channels;
+    return RunDecoder(logger->getSensors(), mask, manager->tembrinAt(slot)->units).channels();
 }
 
 /// Before a group has measured anything its graph names the sensors that its logger is set to.
@@ -350,7 +339,7 @@ void ClassRun::beginExperiment(int slot, int number)
     place.zero = clock.elapsed() - qint64(dt * number * 1000);
     place.isOrdered = place.isOrdered && !isFirst;
     data(slot)->setDataNewEmpty(state(slot)->runChannels(), dt, manager->groupName(slot));
-    data(slot)->setCardWidth(state(slot)->photoObjW);
+    data(slot)->setCardWidth(manager->tembrinAt(slot)->photoObjW);
     Q_EMIT experimentBegun(slot);
     if (isFirst) {
         set.rebuild(quint8(1u << slot));

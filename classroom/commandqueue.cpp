@@ -58,7 +58,7 @@ bool CommandQueue::isFor(Task task, int slot) const
     case Task::Configure:
         return !state->isVorta();
     case Task::Download:
-        return !state->isVorta() && state->numExperiments > 0;
+        return !state->isVorta() && state->numExperiments() > 0;
     }
     return false;
 }

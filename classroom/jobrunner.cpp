@@ -166,7 +166,7 @@ void JobRunner::send(ClassJob::Step& step)
     answerTimers[step.slot].start(isBrief ? qMin(2 * pacing.patience, pacing.repeat) : pacing.repeat);
     if (present.task == Task::Download) {
         isDownloadBad = false;
-        const short newest = short(logger->tembrinData->numExperiments);
+        const short newest = short(logger->tembrinData->numExperiments());
         logger->sendCommand(command(), step.experiment > 0 ? short(step.experiment) : newest);
         return;
     }

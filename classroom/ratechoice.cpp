@@ -30,7 +30,7 @@ QString inUnit(const char* format, double value)
 
 QVector<short> RateChoice::offered(const TembrinData& logger)
 {
-    const short highest = isAmber(logger.tembrinType) ? fastestOfAmber : short(RateTables::count - 1);
+    const short highest = isAmber(logger.tembrinType()) ? fastestOfAmber : short(RateTables::count - 1);
     QVector<short> rates;
     for (short rate = 0; rate <= highest; ++rate) {
         if (logger.isIncludedInRateMenu(rate))

@@ -54,11 +54,11 @@ ExpData::ExpData(const Units& units)
 }
 
 ExpData::ExpData(TembrinProtocol* tembrin)
-    : cardWidth(tembrin->tembrinData->photoObjW)
+    : cardWidth(tembrin->photoObjW)
     , units(tembrin->units)
 {
     TembrinData* logger = tembrin->tembrinData;
-    setDummySensors(logger->tembrinType);
+    setDummySensors(logger->tembrinType());
     for (const SensorPtr& sensor : qAsConst(sensors))
         sensor->inLoggerIndex = logger->getIndexByID(sensor->ID);
     emptyChannels(sensors.size());

@@ -11,8 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, size_t size)
     if (size < 2)
         return 0;
     TembrinData data(0);
-    data.gotSensorList = bytes[0] & 1;
-    data.loggerRecognized = bytes[0] & 2;
+    data.setGotSensorList(bytes[0] & 1);
+    data.setLoggerRecognized(bytes[0] & 2);
     data.setVorta(bytes[0] & 4);
     FakePort port;
     port.open(SerialPort::OpenMode::ReadWrite);

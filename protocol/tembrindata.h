@@ -2,7 +2,7 @@
 
 #include <QDateTime>
 #include <QObject>
-#include <QString>
+#include <QStringList>
 #include <QTimer>
 #include <QVector>
 
@@ -57,13 +57,16 @@ public:
     explicit TembrinData(int index, const Units& units = {}, QObject* parent = nullptr);
     ~TembrinData() override;
 
+    const int index; ///< logger slot, 0 to 7
+
     // --- Names shown to the user -------------------------------------------------------------------------
-    QString RateNames[RateTables::count];           ///< by `rate`
-    QString VortaRateNames[RateTables::vortaCount]; ///< by `Vorta_rate`, 1 to 5; entry 0 is empty
-    QString SamplesNames[5];                        ///< by `samples`; entry 3 depends on the logger type
-    QString TrigTypeNames[3];                       ///< by `trigType`
-    static constexpr const auto& Rates = RateTables::seconds;           ///< seconds per sample, by `rate`
-    static constexpr const auto& VortaRates = RateTables::vortaSeconds; ///< the same by `Vorta_rate`, 1 to 5
+    const QStringList RateNames;      ///< by index into Rates
+    const QStringList VortaRateNames; ///< by index into VortaRates; entry 0 is empty
+    const QStringList TrigTypeNames;
+    /// Numbers of samples; entry 3 depends on the logger type.
+    QStringList samplesNames() const;
+    static constexpr const auto& Rates = RateTables::seconds;           ///< seconds per sample
+    static constexpr const auto& VortaRates = RateTables::vortaSeconds; ///< the same from 1 to 5
 
     // --- What the logger is set to do --------------------------------------------------------------------
     /// As its packets said; what is wanted of it stands in TembrinProtocol.
@@ -71,56 +74,26 @@ public:
     /// Seconds between two samples of a run as reported, 0 at the rate Manual; of a Vorta logger as it was
     /// started.
     double samplePeriod() const;
-    short numExperiments = 0;
-    short runState = -1;      ///< 0 is idle
-    QDateTime loggerDateTime; ///< UTC, of the last good status
-
-    // --- What it is --------------------------------------------------------------------------------------
-    short tembrinType = 0; ///< of the last good status, LOGGER_BIRCH before any,
-                           ///< 0 between a sensor list and the next status
-    short firmwareVersion = 0;
-    short firmwareSmallVersion = 0; ///< 0 to 99
-    bool loggerRecognized = false;  ///< a status arrived since the last loss
-    bool gotSensorList = false;     ///< a sensor list arrived since the last loss
-    const int index;                ///< logger slot, 0 to 7
-
-    // --- Sensors -----------------------------------------------------------------------------------------
-    SensorList sensors;
-    int extTempIndex = -1;
-    int ext1Index = -1; ///< the external sockets, -1 if the logger has none
-    int ext2Index = -1;
-    int ext1Code = -1; ///< what the logger last said is plugged in, -1 before it did
-    int ext2Code = -1;
-    bool hasPhotogateCompatibleSensor = false;
-    bool hasPhotogate = false;
-    bool photogateEnabled = false;
-    double photoObjW = 0.05; ///< width of the card, m
-
-    // --- Cutting of the byte stream ----------------------------------------------------------------------
-    int onlineMask = -1; ///< mask that onlineBytesPerSample was counted for, -1 for none
-    int onlineBytesPerSample = 0;
-    int samplesWaiting = 0; ///< whole packets behind the present one
-    int dataPacketSize = 767;
-
-    QVector<expInfo> expList;
-
-    // --- Vorta -------------------------------------------------------------------------------------------
-    short Vorta_HardwareVersion = 0;
-    short Vorta_SoftwareVersion = 0;
-    bool Vorta_drawOnline = true;
-
-    // --- Identity and status (tembrindata.cpp, tembrindata_status.cpp) -----------------------------------
-    bool isIdle() const { return runState == 0; }
+    bool isIdle() const { return identity.runState == 0; }
     /// A run of this logger is stored, and not streamed, at the rate that it reported.
     bool isFastRate() const { return !vorta && settings.rate >= RateTables::firstFast; }
+    int numExperiments() const { return identity.stored; }
+    /// UTC, of the last good status.
+    const QDateTime& loggerDateTime() const { return identity.dateTime; }
+
+    // --- What it is (tembrindata.cpp, tembrindata_status.cpp) --------------------------------------------
+    /// Of the last good status, LOGGER_BIRCH before any, 0 between a sensor list and the next status.
+    int tembrinType() const { return identity.type; }
+    bool isTypeKnown() const { return identity.type != 0; }
     bool isVorta() const { return vorta; }
     void setVorta(bool tf) { vorta = tf; }
-    /// A good status has come since the last sensor list.
-    bool isTypeKnown() const { return tembrinType != 0; }
+    /// A status, and a sensor list, has come since the last loss.
     bool isLoggerRecognized() const { return loggerRecognized; }
     void setLoggerRecognized(bool tf) { loggerRecognized = tf; }
-    bool isGotSensorList() const { return gotSensorList; }
     void setGotSensorList(bool tf) { gotSensorList = tf; }
+    /// The port has gone or is a new one: what was held of the stream and of an open download is void, and
+    /// the logger is to be recognised anew.
+    void forgetConnection();
 
     /// A rate code from the wire to an index into Rates, by the present type and firmware.
     short fixedRate(short code) const;
@@ -128,39 +101,27 @@ public:
     short fixedRateDecrease(short rate) const;
     /// True when this logger offers the rate.
     bool isIncludedInRateMenu(short rate) const;
-    /// The name of the rate with exactly this period in seconds, else that of 1/Sec.
-    QString getRateNameFromDT(double dt) const;
     /// The model, its versions, in one translated line.
     QString versionLine() const;
     /// The translated name of a model; a code without one gives "Tembrin 0x" and the code.
     static QString modelName(int type);
 
-    /// Bit i is set when sensors[i] is active.
-    quint16 activeMask() const;
-    void setActiveFromMask(quint16 mask);
-    /// The sensors whose ID occurs in `list` become active, all others not.
-    void setActiveSensors(const SensorList& list);
-
+    // --- Sensors and sockets (tembrindata_sensors.cpp) ---------------------------------------------------
+    /// The logger's own list; what is plugged in or out gets a new entry.
     const SensorList& getSensors() const { return sensors; }
-    /// The sensor of this ID, or the composite with a child of this ID; `virtualIndex` (may be null) gets the
-    /// child's place, -1 for a plain sensor. Null if there is none. The two external thermometers count as
-    /// one.
-    SensorPtr getSensByID(int id, int* virtualIndex) const;
-    /// The same by name.
-    SensorPtr getSensByName(const QString& name, int* virtualIndex) const;
     /// Place in the list, -1 when absent.
     int getIndexByID(int id) const;
-
-    /// The port has gone or is a new one: what was held of the stream and of an open download is void.
-    void forgetConnection();
-
-    // --- External sockets (tembrindata.cpp) --------------------------------------------------------------
-    bool isExtSens1(int i) const { return i == ext1Index; }
-    bool isExtSens2(int i) const { return i == ext2Index; }
-    int getExtSensID1() const { return ext1Code; }
-    int getExtSensID2() const { return ext2Code; }
-    /// Gives the first or second external socket a new identity; an ID that can't be there changes nothing.
-    void replaceSensor(bool first, int id);
+    /// Until a logger has told what it records: the sensors whose ID occurs in `list`.
+    void setActiveSensors(const SensorList& list);
+    /// Place in the list of socket 0 or 1, -1 if the logger has none.
+    int socketPlace(int socket) const { return sockets.place[socket]; }
+    bool isExtSens1(int i) const { return i == sockets.place[0]; }
+    bool isExtSens2(int i) const { return i == sockets.place[1]; }
+    /// What the logger last said is plugged in, -1 before it did.
+    int getExtSensID1() const { return sockets.told[0]; }
+    int getExtSensID2() const { return sockets.told[1]; }
+    bool hasPhotogateCompatibleSensor() const { return sockets.hasHeartSensor; }
+    bool hasPhotogate() const { return sockets.hasGate; }
 
     // --- Byte stream (tembrindata_identify.cpp) ----------------------------------------------------------
     PacketKind identifyPacket(const char* bytes, int size, int* length) override;
@@ -187,6 +148,8 @@ public:
     void cancelDownload();
     /// One was asked for: the head that comes is not that of a cancelled one.
     void expectDownload() { isDownloadRefused = false; }
+    /// The table of stored experiments, as far as it was received.
+    const QVector<expInfo>& expList() const { return experiments; }
 
 public Q_SLOTS:
     void handleStatus(unsigned char* udata, int len);
@@ -213,7 +176,6 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void newSnapReceived();
-    void onlineReceived(short currentSample, int samplesWaiting);
     /// A sample, or a block of them from a Vorta logger. A row has one value for each of runChannels(), in
     /// order; the number of the first row is currentSample * rows.size(). A negative sample says that the
     /// computer is too slow, and has no rows. A direct receiver that keeps no copy costs no allocation.
@@ -241,44 +203,50 @@ Q_SIGNALS:
     void loggerMode();
     void commandAccepted(int index, commandType cmd);
     void communicationEstablished(int index);
-    void requestStats(int index);
     void temperatureChangeWarning(int index);
 
 private:
-    LoggerSettings settings;
+    /// What it last said of itself.
+    struct Identity
+    {
+        int type = 0;
+        int firmware = 0;
+        int smallFirmware = 0; ///< 0 to 99
+        int hardware = 0;      ///< of a Vorta logger, as the next
+        int software = 0;
+        int runState = -1; ///< 0 is idle
+        int stored = 0;    ///< experiments
+        QDateTime dateTime;
+    };
 
-public:
-    // Under their old names, until the last reader has moved to reported().
-    short& rate = settings.rate;
-    short& samples = settings.samples;
-    short& trigType = settings.trigType;
-    short& trigSens = settings.trigSens;
-    short& trigLevel = settings.trigLevel;
-    short& rangeSens = settings.rangeSens;
-    short& rangeMin = settings.rangeMin;
-    bool& confSound = settings.sound;
-    bool& confFarenheit = settings.fahrenheit;
-    bool& confBTEnabled = settings.bluetooth;
-    bool& confGPSEnabled = settings.gps;
-    bool& confHPA = settings.hpa;
-    int& confLanguage = settings.language;
-    short& Vorta_rate = settings.vortaRate;
-    short& Vorta_samples = settings.vortaSamples;
-    bool& Vorta_invertForce = settings.vortaInvertForce;
+    struct Sockets
+    {
+        int place[2] = {-1, -1};
+        int told[2] = {-1, -1};
+        bool hasHeartSensor = false; ///< which can stand in for a gate
+        bool hasGate = false;
+    };
 
-private:
+    /// For the cutting of the byte stream.
+    struct Stream
+    {
+        int mask = -1; ///< that sampleBytes was counted for, -1 for none
+        int sampleBytes = 0;
+        int samplesWaiting = 0; ///< whole packets behind the present one
+        int dataPacketSize = 767;
+    };
+
     // Identity and sensors
-    void setNames();
-    void setSamplesNamesForType();
     void setupSensorsForType(int type);
     void clearSensors();
-    void appendFromSlot(int slot, int id, int external1, int external2);
+    void appendFromSlot(int id, const int (&external)[2]);
     void noteGates(int first, int second);
-    void plugIn(bool first, int id);
-    void replaceEntry(int slot, int id);
+    void plugIn(int socket, int id);
+    void replaceSensor(int socket, int id);
+    void replaceEntry(int place, int id);
     void noteSockets();
     /// Whenever the list or the width of an entry changes.
-    void forgetOnlineMask() { onlineMask = -1; }
+    void forgetOnlineMask() { stream.mask = -1; }
 
     // Status
     void takeStatusFields(const Packets::Status& status);
@@ -314,13 +282,25 @@ private:
     void takeVortaBlock(const unsigned char* bytes, int len, int sampleCount);
 
     const Units units;
+    LoggerSettings settings;
+    Identity identity;
     bool vorta = false;
+    bool loggerRecognized = false;
+    bool gotSensorList = false;
     bool isUnitTold = false; ///< that the logger's temperature unit differs
-    RunDecoder run;          ///< of a usual logger
+
+    SensorList sensors;
+    int extTempIndex = -1;
+    Sockets sockets;
+    Stream stream;
+
+    RunDecoder run; ///< of a usual logger
     bool isRunFrozen = false;
     VortaRun vortaRun{units};
     SampleBlock rows{1}; ///< one row, used again for each sample
     SampleBlock snapshotValues;
+
     StoredDownload download;
     bool isDownloadRefused = false; ///< cancelled before its head came, which may still be under way
+    QVector<expInfo> experiments;
 };

@@ -49,10 +49,9 @@ StoredDownload::Header TembrinData::downloadHeader(const Packets::StoredData& pa
     header.size = packet.withSockets ? socketsHeader : plainHeader;
     if (packet.withSockets) {
         const int codes[] = {packet.externalCode1, packet.externalCode2};
-        const int slots[] = {ext1Index, ext2Index};
         for (int i = 0; i < 2; ++i) {
             if (const int id = Sensor::socketID(Sensor::codeToID(codes[i])))
-                header.decoder.replace(slots[i], SensorKind(id, units));
+                header.decoder.replace(sockets.place[i], SensorKind(id, units));
         }
     }
     return header;
@@ -72,15 +71,15 @@ void TembrinData::cancelDownload()
 
 void TembrinData::forgetExperimentTable()
 {
-    if (numExperiments > 0)
-        expList.clear();
+    if (identity.stored > 0)
+        experiments.clear();
 }
 
 void TembrinData::rejectExperimentTable(const char* why)
 {
     qCInfo(lcProtocol) << "logger" << index << why;
     Q_EMIT stopTransmission();
-    expList.clear();
+    experiments.clear();
 }
 
 void TembrinData::handleInfoPacket(unsigned char* udata, int len)
@@ -93,12 +92,12 @@ void TembrinData::handleInfoPacket(unsigned char* udata, int len)
         rejectExperimentTable("bad CS in info for exp");
         return;
     }
-    if (packet->number != expList.size() + 1) {
+    if (packet->number != experiments.size() + 1) {
         rejectExperimentTable("got wrong exp info packet");
         return;
     }
-    expList.append(experimentRow(*packet));
-    if (expList.size() == numExperiments)
+    experiments.append(experimentRow(*packet));
+    if (experiments.size() == identity.stored)
         Q_EMIT gotExperimentInfo();
 }
 

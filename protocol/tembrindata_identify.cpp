@@ -167,7 +167,7 @@ PacketKind TembrinData::identifyPacket(const char* bytes, int size, int* length)
     if (size < packetSize)
         return incomplete(length);
     if (row->countsWaiting)
-        samplesWaiting = size / packetSize - 1;
+        stream.samplesWaiting = size / packetSize - 1;
     *length = packetSize;
     return row->kind;
 }
@@ -176,7 +176,7 @@ int TembrinData::packetSizeAt(const unsigned char* head, int size, int rowSize)
 {
     switch (rowSize) {
     case sizeOfData:
-        return dataPacketSize;
+        return stream.dataPacketSize;
     case sizeOfSnapshot:
         if (size < 4)
             return sizeNotKnownYet;
@@ -185,9 +185,9 @@ int TembrinData::packetSizeAt(const unsigned char* head, int size, int rowSize)
         if (size < 6)
             return sizeNotKnownYet;
         countOnlineBytes(qFromBigEndian<quint16>(head + 4));
-        if (head[3] == onlineFrame + onlineBytesPerSample)
+        if (head[3] == onlineFrame + stream.sampleBytes)
             return head[3];
-        qCInfo(lcProtocol) << "bad online transmission. logger=" << index << "bytes=" << onlineBytesPerSample
+        qCInfo(lcProtocol) << "bad online transmission. logger=" << index << "bytes=" << stream.sampleBytes
                            << "dataLen=" << head[3];
         return sizeWrong;
     }
@@ -196,10 +196,10 @@ int TembrinData::packetSizeAt(const unsigned char* head, int size, int rowSize)
 
 void TembrinData::countOnlineBytes(quint16 mask)
 {
-    if (onlineMask == mask)
+    if (stream.mask == mask)
         return;
-    onlineMask = mask;
-    onlineBytesPerSample = bytesPerSample(mask);
+    stream.mask = mask;
+    stream.sampleBytes = bytesPerSample(mask);
 }
 
 int TembrinData::bytesPerSample(quint16 mask) const

@@ -13,7 +13,7 @@ void TembrinData::handleOnline(unsigned char* udata, int len)
     if (packet->dataSize < run.bytesPerSample())
         return;
     run.decode(packet->data, rows[0].data());
-    Q_EMIT onlineReceived(index, packet->sample, rows, samplesWaiting);
+    Q_EMIT onlineReceived(index, packet->sample, rows, stream.samplesWaiting);
 }
 
 void TembrinData::freezeRun(quint16 mask)
@@ -21,18 +21,16 @@ void TembrinData::freezeRun(quint16 mask)
     run = RunDecoder(sensors, mask, units);
     isRunFrozen = true;
     rows[0].resize(run.valueCount());
-    setActiveFromMask(mask);
+    settings.mask = mask;
     qCDebug(lcProtocol) << "logger" << index << "a run, or a part of one, begins with mask" << Qt::hex << mask
                         << Qt::dec << "and" << run.valueCount() << "values a sample";
 }
 
 SensorList TembrinData::runChannels() const
 {
-    if (vorta && vortaRun.period() > 0)
+    if (vorta)
         return vortaRun.channels();
-    if (!vorta && run.sensorCount() > 0)
-        return run.channels();
-    return RunDecoder(sensors, activeMask(), units).channels();
+    return run.sensorCount() > 0 ? run.channels() : RunDecoder(sensors, settings.mask, units).channels();
 }
 
 void TembrinData::handleTelemetry(unsigned char* udata, int len)

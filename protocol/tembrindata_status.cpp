@@ -7,6 +7,7 @@
 
 namespace {
 
+constexpr int mostSamples = 4;     ///< the last entry of the numbers of samples
 constexpr int languageWithNtc = 2; ///< loggers in this language came with the other thermometer
 
 } // namespace
@@ -23,8 +24,8 @@ void TembrinData::handleStatus(unsigned char* udata, int len)
         Q_EMIT communicationEstablished(index);
     }
     if (packet->eventCode != eventNoPacketLeft) {
-        replaceSensor(true, Sensor::codeToID(packet->externalCode1));
-        replaceSensor(false, Sensor::codeToID(packet->externalCode2));
+        replaceSensor(0, Sensor::codeToID(packet->externalCode1));
+        replaceSensor(1, Sensor::codeToID(packet->externalCode2));
     }
     followExternalTemperature();
     checkTemperatureUnit();
@@ -32,23 +33,23 @@ void TembrinData::handleStatus(unsigned char* udata, int len)
         qCInfo(lcProtocol) << "logger" << index << "Got status - wrong CS";
         return;
     }
-    loggerDateTime = packet->dateTime;
+    identity.dateTime = packet->dateTime;
     takeModel(packet->type);
-    setActiveFromMask(packet->mask);
+    settings.mask = packet->mask;
     Q_EMIT statusReceived();
     reactToStatus(packet->eventCode);
 }
 
 void TembrinData::takeStatusFields(const Packets::Status& status)
 {
-    firmwareVersion = static_cast<short>(status.firmware);
-    firmwareSmallVersion = static_cast<short>(status.smallFirmware);
-    runState = status.runState;
-    numExperiments = static_cast<short>(status.numExperiments);
+    identity.firmware = status.firmware;
+    identity.smallFirmware = status.smallFirmware;
+    identity.runState = status.runState;
+    identity.stored = status.numExperiments;
     // By the type in this packet: the one held is 0 until the first status after a sensor list is through.
     settings.rate = RateTables::fromCode(static_cast<short>(status.rateCode), status.type, status.firmware,
                                          status.smallFirmware);
-    settings.samples = static_cast<short>(qMin<int>(status.samples, std::size(SamplesNames) - 1));
+    settings.samples = static_cast<short>(qMin<int>(status.samples, mostSamples));
     settings.trigType = static_cast<short>(status.trigType);
     settings.trigSens = static_cast<short>(status.trigSens);
     settings.trigLevel = static_cast<short>(status.trigLevel);
@@ -65,7 +66,7 @@ void TembrinData::takeStatusFields(const Packets::Status& status)
 /// The old firmware reports one thermometer for both kinds; which one is there follows from its language.
 void TembrinData::followExternalTemperature()
 {
-    const bool isOld = firmwareVersion <= 1 || (firmwareVersion == 2 && firmwareSmallVersion <= 9);
+    const bool isOld = identity.firmware <= 1 || (identity.firmware == 2 && identity.smallFirmware <= 9);
     if (!isOld || extTempIndex < 0 || extTempIndex >= sensors.size())
         return;
     const int required = settings.language == languageWithNtc ? SENSOR_EXT_TEMP_NTC : SENSOR_EXT_TEMP;
@@ -85,10 +86,10 @@ void TembrinData::checkTemperatureUnit()
 
 void TembrinData::takeModel(int type)
 {
-    if (tembrinType == type)
+    if (identity.type == type)
         return;
-    tembrinType = static_cast<short>(type);
-    setSamplesNamesForType();
+    qCDebug(lcProtocol) << "logger" << index << "is a" << modelName(type);
+    identity.type = type;
     Q_EMIT loggerTypeChanged();
 }
 
@@ -124,7 +125,7 @@ void TembrinData::reactToStatus(int eventCode)
         break;
     case eventDownload:
         if (!isDownloadRefused)
-            download.start(dataPacketSize);
+            download.start(stream.dataPacketSize);
         break;
     case eventTable:
         forgetExperimentTable();

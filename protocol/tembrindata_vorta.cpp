@@ -42,18 +42,18 @@ void TembrinData::handleVortaStatus(unsigned char* udata, int len)
 
 void TembrinData::takeVortaFields(const Packets::VortaStatus& status)
 {
-    Vorta_HardwareVersion = static_cast<short>(status.hardware);
-    Vorta_SoftwareVersion = static_cast<short>(status.software);
-    runState = status.runState == runStateIdleToo ? 0 : static_cast<short>(status.runState);
+    identity.hardware = status.hardware;
+    identity.software = status.software;
+    identity.runState = status.runState == runStateIdleToo ? 0 : status.runState;
     settings.vortaRate = static_cast<short>(std::clamp(status.rate, 1, RateTables::vortaCount - 1));
     settings.vortaSamples = static_cast<short>(status.samples);
 }
 
 void TembrinData::becomeVorta()
 {
-    tembrinType = 0;
+    identity.type = 0;
     setupSensorsForType(LOGGER_VORTA);
-    setActiveFromMask(settings.vortaRate == fastRate ? VortaRun::fastChannels : usualSensors);
+    settings.mask = settings.vortaRate == fastRate ? VortaRun::fastChannels : usualSensors;
     vortaRun.choose(settings.mask, false);
     loggerRecognized = false;
     vorta = true;
@@ -125,5 +125,6 @@ void TembrinData::takeVortaBlock(const unsigned char* bytes, int len, int sample
         qCDebug(lcProtocol) << "logger" << index << "a block that was under way when the run ended";
         return;
     }
-    Q_EMIT onlineReceived(index, static_cast<short>(vortaRun.number()), vortaRun.block(), samplesWaiting);
+    Q_EMIT onlineReceived(index, static_cast<short>(vortaRun.number()), vortaRun.block(),
+                          stream.samplesWaiting);
 }

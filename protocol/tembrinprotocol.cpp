@@ -30,11 +30,6 @@ short socketCode(int slot, int id)
 
 } // namespace
 
-TembrinProtocol::TembrinProtocol(int index, QObject* parent)
-    : TembrinProtocol(index, Units::load(Settings::mainStore()), parent)
-{
-}
-
 TembrinProtocol::TembrinProtocol(int index, const Units& units, QObject* parent)
     : QObject(parent)
     , index(index)
@@ -106,8 +101,8 @@ QVector<short> TembrinProtocol::loggingSetup() const
             setup.trigType,
             setup.trigSens,
             setup.trigLevel,
-            socketCode(tembrinData->ext1Index, setup.external[0]),
-            socketCode(tembrinData->ext2Index, setup.external[1]),
+            socketCode(tembrinData->socketPlace(0), setup.external[0]),
+            socketCode(tembrinData->socketPlace(1), setup.external[1]),
             setup.rangeSens,
             setup.rangeMin};
 }

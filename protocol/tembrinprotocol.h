@@ -37,9 +37,7 @@ public:
         EventDriven = 1
     };
 
-    TembrinProtocol(int index, const Units& units, QObject* parent = nullptr);
-    /// In the units of the settings store, for those that are not handed any yet.
-    explicit TembrinProtocol(int index, QObject* parent = nullptr);
+    explicit TembrinProtocol(int index, const Units& units = {}, QObject* parent = nullptr);
     ~TembrinProtocol() override;
 
     const int index;                ///< logger slot, 0 to 7
@@ -58,6 +56,11 @@ public:
     SerialPort* port = nullptr;       ///< child of this object while a connection lasts, as are the next two
     PortListener* listener = nullptr; ///< made by init()
     MyPortTalker* talker = nullptr;   ///< made by init()
+
+    // --- What the user chose for this slot, and the logger needn't know ------------------------------------
+    bool photogateEnabled = false; ///< a card through a gate tells speeds
+    double photoObjW = 0.05;       ///< width of the card, m
+    bool Vorta_drawOnline = true;  ///< a Vorta run is drawn while it goes on
 
     // --- The firmware loader -----------------------------------------------------------------------------
     bool isBootLoader = false; ///< the loader answered, not the firmware

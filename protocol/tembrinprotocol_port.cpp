@@ -112,6 +112,7 @@ int TembrinProtocol::init()
 {
     sendIDTries = 0;
     tembrinData->forgetConnection();
+    tembrinData->setVorta(false);
     if (!port)
         return 0;
     if (listener)

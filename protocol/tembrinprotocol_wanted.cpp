@@ -15,7 +15,6 @@ bool canBeTold(int wantedID, int reportedID)
 LoggerSettings TembrinProtocol::wanted() const
 {
     LoggerSettings settings = tembrinData->reported();
-    settings.mask = tembrinData->activeMask();
     if (wantedSetup)
         settings.takeSetup(*wantedSetup);
     if (wantedConfiguration)
@@ -66,7 +65,7 @@ bool TembrinProtocol::isReportedAs(const LoggerSettings& setup) const
     if (reported.mask != setup.mask || reported.samples != setup.samples ||
         tembrinData->fixedRateDecrease(reported.rate) != tembrinData->fixedRateDecrease(setup.rate))
         return false;
-    const int slots[] = {tembrinData->ext1Index, tembrinData->ext2Index};
+    const int slots[] = {tembrinData->socketPlace(0), tembrinData->socketPlace(1)};
     for (int i = 0; i < 2; ++i) {
         if (slots[i] >= 0 && canBeTold(setup.external[i], reported.external[i]) &&
             setup.external[i] != reported.external[i])

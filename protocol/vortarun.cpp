@@ -98,17 +98,28 @@ bool VortaRun::isLate() const
     return !isOpen && !isExpected && ended.isValid() && !ended.hasExpired(lateBlocks);
 }
 
+RunDecoder VortaRun::layoutOf(quint16 mask) const
+{
+    const Kinds now = kindsNow();
+    RunDecoder sensors(units);
+    for (int i = 0; i < channelCount; ++i) {
+        if (mask >> i & 1)
+            sensors.add(now[i], i);
+    }
+    return sensors;
+}
+
 void VortaRun::freeze(bool isFast)
 {
     isFrozen = true;
     isFastRun = isFast;
     kinds = kindsNow();
-    layout = RunDecoder(units);
-    const quint16 mask = isFast ? chosen & fastChannels : chosen;
-    for (int i = 0; i < channelCount; ++i) {
-        if (mask >> i & 1)
-            layout.add(kinds[i], i);
-    }
+    layout = layoutOf(isFast ? chosen & fastChannels : chosen);
+}
+
+SensorList VortaRun::channels() const
+{
+    return (isFrozen ? layout : layoutOf(chosen)).channels();
 }
 
 bool VortaRun::take(const unsigned char* samples, int count, bool isFast, double usualPeriod)

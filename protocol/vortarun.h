@@ -23,7 +23,6 @@ public:
 
     /// The channels, and the sign of the forces, of the runs that begin from now on.
     void choose(quint16 mask, bool invertForce);
-    quint16 chosenMask() const { return chosen; }
     /// Of the two force channels, as a status tells.
     void calibrate(const Packets::VortaStatus& status);
     const ForceCalibration& calibration(int forceChannel) const { return force[forceChannel]; }
@@ -48,7 +47,8 @@ public:
     /// What was taken last: its values, good until the next one, and its number.
     const Block& block() const { return rows; }
     int number() const { return next - 1; }
-    SensorList channels() const { return layout.channels(); }
+    /// Of the present run or the last one; before any as they were chosen.
+    SensorList channels() const;
 
     /// The values of a snapshot, by channel.
     Block snapshot(const Packets::VortaWords& words) const;
@@ -58,6 +58,7 @@ private:
     using Kinds = std::array<SensorKind, channelCount>;
 
     Kinds kindsNow() const;
+    RunDecoder layoutOf(quint16 mask) const;
     void freeze(bool isFast);
     bool isLate() const;
     void findNumber(double blockPeriod);

@@ -1,6 +1,5 @@
 #include "sensors/sensor.h"
 
-#include "common/settings.h"
 #include "sensors/sensorsmaster.h"
 
 namespace {
@@ -53,11 +52,6 @@ const ClassTexts& classTexts()
 }
 
 } // namespace
-
-Sensor::Sensor(int ID, int inLoggerIndex, int virtualIndex)
-    : Sensor(ID, Units::load(Settings::mainStore()), inLoggerIndex, virtualIndex)
-{
-}
 
 Sensor::Sensor(int ID, const Units& units, int inLoggerIndex, int virtualIndex)
     : ID(ID)

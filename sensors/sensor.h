@@ -38,8 +38,6 @@ public:
     /// `inLoggerIndex` and `virtualIndex` make this a child of the composite at that place of the logger's
     /// list. An ID without a catalogue row gives empty texts and zero numbers.
     explicit Sensor(int ID, const Units& units = {}, int inLoggerIndex = -1, int virtualIndex = -1);
-    /// In the units of the settings store, for those that are not handed any yet.
-    Sensor(int ID, int inLoggerIndex, int virtualIndex = -1);
 
     /// The units that this channel was built with.
     const Units& units() const { return ownUnits; }

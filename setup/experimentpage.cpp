@@ -81,7 +81,7 @@ int ExperimentPage::index() const
 
 void ExperimentPage::askForTable()
 {
-    if (session->tembrinData->numExperiments <= 0) {
+    if (session->tembrinData->numExperiments() <= 0) {
         hint->setText(tr("No experiment is stored in this logger."));
         return;
     }
@@ -98,7 +98,7 @@ void ExperimentPage::askForTable()
 void ExperimentPage::fillTable()
 {
     tableTimer.stop();
-    experiments = session->tembrinData->expList;
+    experiments = session->tembrinData->expList();
     table->setRowCount(0);
     table->setIconSize(QSize(0, 0)); // grows with the strips
     for (const expInfo& experiment : qAsConst(experiments))

@@ -14,6 +14,7 @@
 #include "common/common.h"
 #include "common/screenflags.h"
 #include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
 #include "setup/classlink.h"
 #include "setup/dialogtools.h"
 
@@ -139,7 +140,7 @@ void loggerBasicSetup::createAll(multiConnectionsManager* manager)
 {
     mTembrin = manager;
     link = new ClassLink(manager, this);
-    cardWidthLineEdit->setText(Common::myToString(link->leaderState().photoObjW, 'g', 6));
+    cardWidthLineEdit->setText(Common::myToString(link->leader()->photoObjW, 'g', 6));
     connectControls();
     modifyAll();
     setTitleFonts();

@@ -23,7 +23,7 @@ QString loggerBasicSetup::runLengthOf(int slot) const
     const bool isVorta = state.isVorta();
     const double period =
         isVorta ? TembrinData::VortaRates[settings.vortaRate] : TembrinData::Rates[settings.rate];
-    const int samples = isVorta ? settings.vortaSamples : state.SamplesNames[settings.samples].toInt();
+    const int samples = isVorta ? settings.vortaSamples : state.samplesNames()[settings.samples].toInt();
     return period > 0 ? RateChoice::duration(samples * period) : QString();
 }
 

@@ -67,8 +67,8 @@ void loggerBasicSetup::modifyAll()
 void loggerBasicSetup::showPhotogate()
 {
     const TembrinData& leader = link->leaderState();
-    const bool isReal = leader.hasPhotogate;
-    photogateGroupBox->setVisible(leader.hasPhotogateCompatibleSensor || isReal || link->plan.canBeGate());
+    const bool isReal = leader.hasPhotogate();
+    photogateGroupBox->setVisible(leader.hasPhotogateCompatibleSensor() || isReal || link->plan.canBeGate());
     photogateGroupBox->setCheckable(!isReal);
     if (!isReal)
         photogateGroupBox->setChecked(link->plan.isGate());
@@ -177,10 +177,10 @@ loggerBasicSetup::Entries loggerBasicSetup::sampleEntries() const
     const LoggerSettings& shown = link->plan.settings();
     const bool isVorta = link->plan.isVorta();
     Entries entries;
-    for (int i = 0; i < (isVorta ? int(std::size(leader.SamplesNames)) : samplesOffered); ++i)
-        entries.append({isVorta ? leader.SamplesNames[i].toInt() : i, leader.SamplesNames[i], {}});
+    for (int i = 0; i < (isVorta ? int(std::size(leader.samplesNames())) : samplesOffered); ++i)
+        entries.append({isVorta ? leader.samplesNames()[i].toInt() : i, leader.samplesNames()[i], {}});
     if (!isVorta && shown.samples >= samplesOffered)
-        entries.append({shown.samples, leader.SamplesNames[shown.samples], {}});
+        entries.append({shown.samples, leader.samplesNames()[shown.samples], {}});
     const auto isOwn = [&shown](const Entry& entry) { return entry.value == shown.vortaSamples; };
     if (isVorta && std::none_of(entries.begin(), entries.end(), isOwn))
         entries.append({shown.vortaSamples, QString::number(shown.vortaSamples), {}});
@@ -253,7 +253,7 @@ void loggerBasicSetup::takePhotogate()
     isGood = isGood && width > 0;
     const bool isGate = !photogateGroupBox->isCheckable() || photogateGroupBox->isChecked();
     for (int i = 0; i < qMax(1, mTembrin->nDefTembrins()); ++i) {
-        TembrinData* logger = mTembrin->tembrinDataAt(i);
+        TembrinProtocol* logger = mTembrin->tembrinAt(i);
         logger->photogateEnabled = isGate;
         if (isGood)
             logger->photoObjW = width;

@@ -133,7 +133,7 @@ void setupLogger::connectLogger()
     connect(debug, &DebugPage::command, logger, [logger](commandType cmd) { logger->sendCommand(cmd); });
     connect(debug, &DebugPage::vortaCommand, logger, &TembrinProtocol::sendVortaCommand);
     connect(debug, &DebugPage::vortaRun, this, &setupLogger::startVorta);
-    connect(debug, &DebugPage::drawOnline, state, [state](bool isOn) { state->Vorta_drawOnline = isOn; });
+    connect(debug, &DebugPage::drawOnline, logger, [logger](bool isOn) { logger->Vorta_drawOnline = isOn; });
     connect(state, &TembrinData::calibrationResult, this, &setupLogger::calib_result);
     connect(state, &TembrinData::testDataReceived, this, &setupLogger::test_data_result);
     connect(state, &TembrinData::newSnapReceived, this, &setupLogger::test_vorta_show_results);
@@ -151,8 +151,8 @@ void setupLogger::modifyAll()
     const TembrinData& state = link->leaderState();
     const bool isOtherTrigger = trigger->show(link->plan, state);
     const ExpData* data = mTembrin->dataAt(0);
-    config->show(link->plan, state.tembrinType == LOGGER_SORREL_BASIC, data ? data->smoothKernel : 3);
-    debug->show(link->plan.settings(), state.Vorta_drawOnline);
+    config->show(link->plan, state.tembrinType() == LOGGER_SORREL_BASIC, data ? data->smoothKernel : 3);
+    debug->show(link->plan.settings(), link->leader()->Vorta_drawOnline);
     labelVersions->setText(state.versionLine());
     // The class shares the trigger that was chosen on the first logger.
     if (isOtherTrigger && link->running().isEmpty()) {

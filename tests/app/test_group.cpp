@@ -37,13 +37,13 @@ private Q_SLOTS:
         MainWindow window(&prompt);
         window.show();
         auto* manager = window.findChild<multiConnectionsManager*>();
-        QTRY_VERIFY(manager->tembrinDataAt(0)->loggerRecognized);
+        QTRY_VERIFY(manager->tembrinDataAt(0)->isLoggerRecognized());
         QCOMPARE(openLoggers(), QStringList("Tembrin_0001"));
 
         QTimer::singleShot(0, this, &TestGroup::chooseThreeOfFive);
         window.findChild<QAction*>("colabConnectAct")->trigger();
         for (int i = 0; i < 3; ++i)
-            QTRY_VERIFY(manager->tembrinDataAt(i)->loggerRecognized);
+            QTRY_VERIFY(manager->tembrinDataAt(i)->isLoggerRecognized());
         QTRY_COMPARE(openLoggers(), QStringList({"Tembrin_0002", "Tembrin_0004", "Tembrin_0005"}));
         QCOMPARE(manager->loggerName(1), QStringLiteral("Tembrin_0004"));
         QCOMPARE(manager->nDefTembrins(), 3);

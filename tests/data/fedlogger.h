@@ -8,11 +8,11 @@
 class FedLogger
 {
 public:
-    explicit FedLogger(const QByteArray& sensorIDs)
-        : protocol(0)
+    explicit FedLogger(const QByteArray& sensorIDs, const Units& units = {})
+        : protocol(0, units)
     {
         feed(QByteArray::fromHex("2e6982") + sensorIDs.leftJustified(18, '\0'), &TembrinData::handleSensID);
-        logger().tembrinType = LOGGER_BIRCH;
+        feed(summed(QByteArray::fromHex("2e698310230400"), 33), &TembrinData::handleStatus);
         QObject::connect(
             &logger(), qOverload<int, short, QVector<QVector<double>>, int>(&TembrinData::onlineReceived),
             [this](int, short, const QVector<QVector<double>>& rows, int) { lastRow = rows.value(0); });

@@ -85,8 +85,7 @@ private Q_SLOTS:
 
     void smoothsTheStoredValuesAndOnlyThisCurve()
     {
-        Settings::mainStore().setValue(QLatin1String(Settings::unitsCelsius), false);
-        FedLogger fed(QByteArray{"\x1e"}); // ambient temperature
+        FedLogger fed(QByteArray{"\x1e"}, inFahrenheit()); // ambient temperature
         ExpData data(&fed.protocol);
         fed.online(1, 0, QByteArray::fromHex("000a"));
         data.setDataNewEmpty(fed.logger().runChannels(), 1);
@@ -97,7 +96,7 @@ private Q_SLOTS:
         QCOMPARE(data.getYNoConv(0), QVector<double>({1.5, 4, 5.5}));
         QCOMPARE(data.getYAt(0, 1), 39.2);
         QCOMPARE(data.getSens(0)->name, name + QStringLiteral(" (smooth)"));
-        QCOMPARE(fed.logger().sensors.at(0)->name, name);
+        QCOMPARE(fed.logger().getSensors().at(0)->name, name);
     }
 
     void aDerivativeGrowsWithItsOrigin()

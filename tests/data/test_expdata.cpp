@@ -52,8 +52,7 @@ private Q_SLOTS:
         QCOMPARE(data.locateSensByID(SENSOR_PH), 1);
         const SensorList& sensors = protocol.tembrinData->getSensors();
         QCOMPARE(sensors.at(data.getSens(1)->inLoggerIndex)->ID, int(SENSOR_PH));
-        for (const SensorPtr& sensor : sensors)
-            QCOMPARE(sensor->active, sensor->ID == SENSOR_AMB_TEMP || sensor->ID == SENSOR_PH);
+        QCOMPARE(int(protocol.tembrinData->reported().mask), 1 << 1 | 1 << 7);
         data.setDummySensors(0x10);
         QCOMPARE(data.getNSens(), 0);
         QVERIFY(!data.getActiveSensor());
@@ -90,6 +89,8 @@ private Q_SLOTS:
         ExpData data(&fed.protocol);
         fed.online(0b11, 0, QByteArray::fromHex("1b5800c8"));
         const SensorPtr& theirs = fed.logger().getSensors().at(1);
+        for (const SensorPtr& sensor : fed.logger().getSensors())
+            sensor->active = true;
         theirs->readSetMinMax = theirs->readClassMinMax = theirs->readClassSetMinMax = true;
         data.setDataNewEmpty(fed.logger().runChannels(), 1);
         data.fillSensorListFromLoggerList(fed.logger().getSensors(), false);

@@ -52,7 +52,7 @@ private Q_SLOTS:
             sound->click();
             QTRY_COMPARE(received(0, "47 14 DD").size(), 1);
             QVERIFY(received(1, "47 14 DD").isEmpty());
-            QTRY_COMPARE(manager->tembrinDataAt(0)->confSound, !before);
+            QTRY_COMPARE(manager->tembrinDataAt(0)->reported().sound, !before);
             prompt.picked = 0xff204060;
             dialog->findChild<QPushButton*>(QStringLiteral("backgroundButton"))->click();
             dialog->findChild<QPushButton*>(QStringLiteral("appBackButton"))->click();

@@ -59,7 +59,7 @@ private Q_SLOTS:
             QCOMPARE(table->currentRow(), 1);
             QCOMPARE(table->item(0, 2)->text(), QStringLiteral("100/Sec"));
             QCOMPARE(table->item(0, 3)->text(), QStringLiteral("100"));
-            const expInfo& first = manager->tembrinDataAt(0)->expList[0];
+            const expInfo& first = manager->tembrinDataAt(0)->expList()[0];
             QCOMPARE(table->item(0, 4)->toolTip(), first.sensNames);
             QCOMPARE(table->item(0, 4)->icon().availableSizes().first().width(), 37 * first.iconNames.size());
 

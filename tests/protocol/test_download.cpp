@@ -178,7 +178,7 @@ private Q_SLOTS:
         bench->feed(status({{3, 0x45}}) + one + two + three);
         QCOMPARE(bench->told, (QStringList{"status", "table"}));
         QCOMPARE(bench->data.reported().rate, rate);
-        const auto& list = bench->data.expList;
+        const auto& list = bench->data.expList();
         QCOMPARE(list[0].sensNames, QStringLiteral("UV, pH"));
         QCOMPARE(list[0].rate, QStringLiteral("100/Sec"));
         QCOMPARE(list[0].samples, 1000);
@@ -281,7 +281,6 @@ private Q_SLOTS:
         QTRY_VERIFY(clock.elapsed() > 4 * 1000 * blockPeriod);
         bench->protocol.open();
         bench->protocol.init();
-        bench->data.setVorta(false);
         bench->feed(summed("3E7983 10 12 34 01 05 0100 0000 0000 00"));
         bench->told.clear();
         bench->feed(block);
@@ -294,7 +293,6 @@ private Q_SLOTS:
         bench->protocol.release();
         bench->protocol.open();
         bench->protocol.init();
-        bench->data.setVorta(false);
         bench->feed(idleVorta + summed("3E7983 22 12 34 01 05 0100 0000 0000 00") + block);
         QCOMPARE(bench->told.last(), QStringLiteral("online 0+0"));
     }

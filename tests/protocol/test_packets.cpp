@@ -164,9 +164,10 @@ private Q_SLOTS:
         // Another mask is another run; so is what comes over a new line.
         bench->feed(summed("2E6984 0B 0010 0002 0502"));
         QCOMPARE(block, rows({{QUELLMARK_TEMPERATURE, 0x502}}));
-        bench->feed(summed("2E6985 6600"));
         bench->protocol.open();
         bench->protocol.init();
+        bench->recognise();
+        bench->feed(summed("2E6985 6600"));
         bench->feed(summed("2E6984 0B 0010 FFFF 0503"));
         QCOMPARE(bench->told.last(), QStringLiteral("online -1+0"));
         QCOMPARE(block, rows({{QUELLMARK_RESPIRATION, 0x503}}));

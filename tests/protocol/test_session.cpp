@@ -57,9 +57,9 @@ private Q_SLOTS:
 
     void commandsCarryWhatTheLoggerIsSetTo()
     {
-        bench->recognise();
-        bench->data.ext2Index = -1;
-        bench->data.trigLevel = -1;
+        bench->recognise("2E6982 01 02 04 07 20 00 00000000000000000000 00 B9"); // one socket
+        bench->feed(status({{23, 0xFF}, {24, 0xFF}}));
+        bench->port().writes.clear();
         bench->protocol.sendCommand(CMD_TEMBRIN_LOGGING_SETUP);
         // The socket holds what code 0 of a status makes of it, and reads so from the wire again.
         QCOMPARE(written(), summed("471411 0005 03 02 01 02 00FF 26 00 FF 0032"));
@@ -227,7 +227,7 @@ private Q_SLOTS:
         QCOMPARE(bench->told.count("status"), 1);
         QTRY_VERIFY(!old);
         QVERIFY(bench->protocol.isConnect && bench->protocol.port == &bench->port());
-        bench->feed(bytes(statusHex));
+        bench->feed(bytes(sensorListHex) + bytes(statusHex));
         QCOMPARE(bench->told.count("status"), 2);
     }
 

@@ -11,29 +11,29 @@ class TestStatus : public BenchTest
 private Q_SLOTS:
     void aStatusIsReadFieldByField()
     {
-        QCOMPARE(bench->data.sensors.size(), 11); // before anything is connected
-        QCOMPARE(int(bench->data.tembrinType), int(LOGGER_BIRCH));
+        QCOMPARE(bench->data.getSensors().size(), 11); // before anything is connected
+        QCOMPARE(int(bench->data.tembrinType()), int(LOGGER_BIRCH));
         bench->recognise();
         const TembrinData& data = bench->data;
         QCOMPARE(data.versionLine(), QStringLiteral("Tembrin Birch, firmware 4.05"));
-        QCOMPARE(data.runState, short(0));
-        QCOMPARE(data.numExperiments, short(3));
+        QVERIFY(data.isIdle());
+        QCOMPARE(data.numExperiments(), 3);
         QCOMPARE(data.reported().mask, quint16(0x0005));
-        QCOMPARE(data.activeMask(), quint16(0x0005));
-        QCOMPARE(data.rate, short(3));
-        QCOMPARE(data.samples, short(2));
-        QCOMPARE(data.loggerDateTime, QDateTime({2026, 11, 22}, {21, 47, 58}, Qt::UTC));
-        QCOMPARE(data.trigType, short(1));
-        QCOMPARE(data.trigSens, short(2));
-        QCOMPARE(data.trigLevel, short(300));
-        QCOMPARE(data.rangeSens, short(0xFF));
-        QCOMPARE(data.rangeMin, short(50));
-        QVERIFY(data.confSound && !data.confFarenheit && data.confBTEnabled && !data.confGPSEnabled);
-        QVERIFY(data.confHPA);
-        QCOMPARE(data.confLanguage, 2);
+        QCOMPARE(data.reported().rate, short(3));
+        QCOMPARE(data.reported().samples, short(2));
+        QCOMPARE(data.loggerDateTime(), QDateTime({2026, 11, 22}, {21, 47, 58}, Qt::UTC));
+        QCOMPARE(data.reported().trigType, short(1));
+        QCOMPARE(data.reported().trigSens, short(2));
+        QCOMPARE(data.reported().trigLevel, short(300));
+        QCOMPARE(data.reported().rangeSens, short(0xFF));
+        QCOMPARE(data.reported().rangeMin, short(50));
+        const LoggerSettings& conf = data.reported();
+        QVERIFY(conf.sound && !conf.fahrenheit && conf.bluetooth && !conf.gps);
+        QVERIFY(data.reported().hpa);
+        QCOMPARE(data.reported().language, 2);
         bench->feed(status({{7, 1}, {12, 200}}));
         QVERIFY(!data.isIdle());
-        QCOMPARE(data.samples, short(4)); // the names end there
+        QCOMPARE(data.reported().samples, short(4)); // the names end there
     }
 
     void aFirstStatusWithABadSumEstablishesButIsNotBelieved()
@@ -44,7 +44,7 @@ private Q_SLOTS:
         damaged[32] = 0;
         bench->feed(damaged);
         QCOMPARE(bench->told, QStringList{"established"});
-        QCOMPARE(bench->data.tembrinType, short(0));
+        QCOMPARE(bench->data.tembrinType(), 0);
         QCOMPARE(bench->data.reported().mask, quint16(0));
         bench->feed(bytes(statusHex));
         QCOMPARE(bench->told, (QStringList{"established", "type changed", "status", "mode"}));
@@ -114,9 +114,9 @@ private Q_SLOTS:
         for (const SensorPtr& sensor : bench->data.getSensors())
             found.append(sensor->ID);
         QCOMPARE(found, ids);
-        QCOMPARE(bench->data.ext1Index, ids.isEmpty() ? -1 : 2);
-        QCOMPARE(bench->data.ext2Index, ids.isEmpty() ? -1 : 3);
-        QTEST(bench->data.hasPhotogate, "gate");
+        QCOMPARE(bench->data.socketPlace(0), ids.isEmpty() ? -1 : 2);
+        QCOMPARE(bench->data.socketPlace(1), ids.isEmpty() ? -1 : 3);
+        QTEST(bench->data.hasPhotogate(), "gate");
         QCOMPARE(bench->told, QStringList{"type?"});
         bench->feed(bytes(statusHex)); // finds sockets to fill, or none
         QVERIFY(bench->data.isLoggerRecognized());
@@ -130,7 +130,7 @@ private Q_SLOTS:
         QCOMPARE(bench->data.reported().external[0], 0); // a port that nothing is known of
         bench->feed(status({{25, 101}, {26, 3}}));
         QCOMPARE(first(), int(QUELLMARK_CURRENT));
-        QCOMPARE(bench->data.sensors.at(5)->ID, VERNIER_CODE + 3);
+        QCOMPARE(bench->data.getSensors().at(5)->ID, VERNIER_CODE + 3);
         QCOMPARE(bench->data.reported().external[0], int(QUELLMARK_CURRENT));
         QCOMPARE(bench->data.reported().external[1], VERNIER_CODE + 3);
         QCOMPARE(held->ID, int(SENSOR_EXTERNAL)); // who holds the old one keeps what it was
@@ -142,8 +142,8 @@ private Q_SLOTS:
         bench->feed(summed("2E6985 6A 00"));
         QCOMPARE(bench->told, QStringList{"status"});
         QCOMPARE(first(), int(QUELLMARK_HEARTRATE_WAVE));
-        QCOMPARE(bench->data.sensors.at(5)->ID, int(SENSOR_EXTERNAL_B));
-        QVERIFY(bench->data.hasPhotogateCompatibleSensor && !bench->data.hasPhotogate);
+        QCOMPARE(bench->data.getSensors().at(5)->ID, int(SENSOR_EXTERNAL_B));
+        QVERIFY(bench->data.hasPhotogateCompatibleSensor() && !bench->data.hasPhotogate());
         QCOMPARE(bench->data.getExtSensID1(), 106);
         bench->feed(summed("2E6985 05 00")); // no sensor that a socket can hold
         QCOMPARE(first(), int(QUELLMARK_HEARTRATE_WAVE));
@@ -156,12 +156,9 @@ private Q_SLOTS:
     {
         bench->feed(summed("2E6982 0D 000000000000000000000000000000 00"));
         bench->feed(status({{5, 2}, {6, 9}, {31, 2}}));
-        QCOMPARE(bench->data.sensors.at(0)->ID, int(SENSOR_EXT_TEMP_NTC));
+        QCOMPARE(bench->data.getSensors().at(0)->ID, int(SENSOR_EXT_TEMP_NTC));
         bench->feed(status({{5, 2}, {6, 0x10}, {31, 1}}));
-        QCOMPARE(bench->data.sensors.at(0)->ID, int(SENSOR_EXT_TEMP_NTC));
-        int child = 0;
-        QCOMPARE(bench->data.getSensByID(SENSOR_EXT_TEMP, &child), bench->data.sensors.at(0));
-        QCOMPARE(child, -1);
+        QCOMPARE(bench->data.getSensors().at(0)->ID, int(SENSOR_EXT_TEMP_NTC));
     }
 
     void anotherTemperatureUnitWarnsOnceUntilTheyAgree()
@@ -177,18 +174,6 @@ private Q_SLOTS:
         another.tembrinData->handleStatus(reinterpret_cast<unsigned char*>(fahrenheit.data()),
                                           fahrenheit.size());
         QCOMPARE(alsoTold.count(), 1);
-    }
-
-    void lookUpsFindCompositesByTheirChildren()
-    {
-        bench->recognise();
-        int child = -1;
-        QCOMPARE(bench->data.getSensByID(SENSOR_GPS_SPEED, &child), bench->data.sensors.at(3));
-        QCOMPARE(child, 2);
-        QCOMPARE(bench->data.getSensByName(bench->data.sensors.at(3)->virtualSensorsNames.at(1), &child),
-                 bench->data.sensors.at(3));
-        QCOMPARE(child, 1);
-        QVERIFY(!bench->data.getSensByID(SENSOR_SOUND, nullptr));
     }
 };
 

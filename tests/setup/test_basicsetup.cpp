@@ -101,11 +101,11 @@ private Q_SLOTS:
             bench->port(0).feed(status(
                 {{3, 0x11}, {4, type}, {5, firmware}, {6, small}, {7, 0}, {11, code}, {25, 38}, {26, 38}}));
             QCOMPARE(rate()->currentText(), name);
-            QCOMPARE(logger.RateNames[logger.rate], name);
+            QCOMPARE(logger.RateNames[logger.reported().rate], name);
             seen << QStringLiteral("%1 %2 %3")
                         .arg(name)
                         .arg(code)
-                        .arg(QString::number(logger.Rates[logger.rate], 'f', QLocale::FloatingPointShortest));
+                        .arg(QString::number(logger.samplePeriod(), 'f', QLocale::FloatingPointShortest));
         }
         QCOMPARE(seen.join(QStringLiteral(", ")), expected);
         QCOMPARE(bench->written(0), QByteArray()); // what a logger reports is not sent back
@@ -233,7 +233,7 @@ private Q_SLOTS:
         QCOMPARE(samples()->currentText(), QStringLiteral("3000"));
         bench->port(0).feed(bytes(fewSensorsHex));
         bench->port(0).feed(status({{3, 0x10}, {5, 3}, {7, 0}, {11, 6}}));
-        QCOMPARE(box(1)->text(), bench->logger(0).sensors[1]->name);
+        QCOMPARE(box(1)->text(), bench->logger(0).getSensors()[1]->name);
         QCOMPARE(rate()->currentText(), QStringLiteral("1000/Sec"));
         dialog->close();
         QCOMPARE(bench->written(0), bytes("47141095")); // the session's own question
@@ -252,7 +252,7 @@ private Q_SLOTS:
         second->setCurrentIndex(VERNIER_PH - VERNIER_FIRST);
         QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "261C"));
         bench->port(0).feed(summed("2E6985 6700")); // a current sensor that names itself
-        QCOMPARE(box(4)->text(), bench->logger(0).sensors[4]->name);
+        QCOMPARE(box(4)->text(), bench->logger(0).getSensors()[4]->name);
         QVERIFY(!find<QComboBox>("socketList1")->isVisibleTo(dialog.data()));
         bench->port(0).feed(summed("2E6985 0000"));
         QVERIFY(find<QComboBox>("socketList1")->isVisibleTo(dialog.data()) && box(4)->text().isEmpty());
@@ -263,33 +263,33 @@ private Q_SLOTS:
     {
         bench->introduce(0, idle);
         open();
-        TembrinData& logger = bench->logger(0);
+        const TembrinProtocol& session = *bench->manager.tembrinAt(0);
         auto* group = find<QGroupBox>("photogateGroupBox");
         auto* width = find<QLineEdit>("cardWidthLineEdit");
         QVERIFY(group->isHidden());
         bench->port(0).feed(summed("2E6985 006A")); // a pulse sensor, in the second socket
-        QVERIFY(!group->isHidden() && !logger.photogateEnabled);
+        QVERIFY(!group->isHidden() && !session.photogateEnabled);
         QTest::keyClick(group, Qt::Key_Space);
-        QVERIFY(logger.photogateEnabled);
+        QVERIFY(session.photogateEnabled);
         QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "0071"));
         QTest::keyClick(group, Qt::Key_Space);
         QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "006A"));
         QTest::keyClick(group, Qt::Key_Space);
         for (const char* bad : {"", "wide", "0", "-0.2", "inf"}) {
             width->setText(QLatin1String(bad));
-            QCOMPARE(logger.photoObjW, 0.05);
+            QCOMPARE(session.photoObjW, 0.05);
             QVERIFY(!find<QLabel>("cardWidthHint")->isHidden());
         }
         width->setText(QStringLiteral("0,12"));
-        QCOMPARE(logger.photoObjW, 0.12);
+        QCOMPARE(session.photoObjW, 0.12);
         QVERIFY(find<QLabel>("cardWidthHint")->isHidden());
         bench->port(0).feed(summed("2E6985 7000"));
-        QVERIFY(!group->isCheckable() && logger.photogateEnabled);
+        QVERIFY(!group->isCheckable() && session.photogateEnabled);
         bench->port(0).feed(summed("2E6985 6A00"));
         QVERIFY(group->isCheckable() && group->isChecked()); // as it was chosen
         bench->written(0);
         QTest::keyClick(group, Qt::Key_Space);
-        QVERIFY(!logger.photogateEnabled);
+        QVERIFY(!session.photogateEnabled);
         QCOMPARE(bench->written(0), setupFrame(0x05, 3, 2, "6A00"));
     }
 
@@ -337,7 +337,7 @@ private:
     QString ticked()
     {
         QStringList places;
-        for (int i = 0; i < bench->logger(0).sensors.size(); ++i) {
+        for (int i = 0; i < bench->logger(0).getSensors().size(); ++i) {
             if (box(i)->isChecked())
                 places << QString::number(i);
         }

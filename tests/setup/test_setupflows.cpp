@@ -89,8 +89,8 @@ private Q_SLOTS:
         connectClass({"Heath", "Heath"});
         bench->plug(0, 1, QUELLMARK_HEARTRATE_WAVE);
         bench->plug(1, 0, QUELLMARK_HEARTRATE_WAVE);
-        QTRY_VERIFY(bench->state(0)->hasPhotogateCompatibleSensor &&
-                    bench->state(1)->hasPhotogateCompatibleSensor);
+        QTRY_VERIFY(bench->state(0)->hasPhotogateCompatibleSensor() &&
+                    bench->state(1)->hasPhotogateCompatibleSensor());
         openSetup();
         auto* gate = find<QGroupBox>("photogateGroupBox");
         const int voltage = VERNIER_VOLTAGE - VERNIER_CODE;

@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "7026"));
         find<QComboBox>("comboBox_2")->setCurrentIndex(1);
         QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "7065"));
-        QVERIFY(bench->logger(0).hasPhotogate);
+        QVERIFY(bench->logger(0).hasPhotogate());
         first->setCurrentIndex(0);
         QCOMPARE(bench->written(0), setupFrame(3, 2, 1, 0xFF, "0065"));
         dialog->close();
