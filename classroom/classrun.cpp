@@ -162,7 +162,8 @@ void ClassRun::takeEnd(int slot)
         return;
     }
     // One that was never seen to run has perhaps nothing new to fetch.
-    if (place.isStored && (place.phase != Phase::Ordered || state(slot)->numExperiments() > place.storedBefore))
+    if (place.isStored &&
+        (place.phase != Phase::Ordered || state(slot)->numExperiments() > place.storedBefore))
         storedRuns |= quint8(1u << slot);
     place.endedAt = clock.elapsed();
     if (data(slot))

@@ -63,7 +63,7 @@ DerivedCurve ExpData::derivation(int type) const
 /// The channel `index` that is derived from another.
 SensorPtr ExpData::derivedFrom(int origin, int index, int type) const
 {
-    const SensorPtr sensor = ownCopy(sensors.at(origin)); // its unit is the origin's
+    SensorPtr sensor = ownCopy(sensors.at(origin)); // its unit is the origin's
     sensor->ID = SENSOR_SPECIAL;
     sensor->specialType = type;
     sensor->specialOriginIndex = origin;
