@@ -65,7 +65,6 @@ void TembrinData::forgetConnection()
     loggerRecognized = gotSensorList = false;
     forgetOnlineMask();
     stream.samplesWaiting = 0;
-    isRunFrozen = false;
     vortaRun.interrupt();
     download.cancel();
 }

@@ -295,7 +295,6 @@ private:
     Stream stream;
 
     RunDecoder run; ///< of a usual logger
-    bool isRunFrozen = false;
     VortaRun vortaRun{units};
     SampleBlock rows{1}; ///< one row, used again for each sample
     SampleBlock snapshotValues;

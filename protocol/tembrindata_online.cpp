@@ -8,7 +8,7 @@ void TembrinData::handleOnline(unsigned char* udata, int len)
     if (!packet)
         return;
     qCDebug(lcProtocol) << "logger" << index << *packet;
-    if (!isRunFrozen || packet->sample == 0 || packet->mask != run.mask())
+    if (packet->sample == 0 || packet->mask != run.mask())
         freezeRun(packet->mask);
     if (packet->dataSize < run.bytesPerSample())
         return;
@@ -19,7 +19,6 @@ void TembrinData::handleOnline(unsigned char* udata, int len)
 void TembrinData::freezeRun(quint16 mask)
 {
     run = RunDecoder(sensors, mask, units);
-    isRunFrozen = true;
     rows[0].resize(run.valueCount());
     settings.mask = mask;
     qCDebug(lcProtocol) << "logger" << index << "a run, or a part of one, begins with mask" << Qt::hex << mask

@@ -36,7 +36,7 @@ void TembrinData::clearSensors()
     sensors.clear();
     snapshotValues.clear();
     run = RunDecoder(units);
-    isRunFrozen = false;
+    rows[0].clear();
     extTempIndex = sockets.place[0] = sockets.place[1] = -1;
     forgetOnlineMask();
 }

@@ -180,6 +180,7 @@ private:
     QVector<short> loggingSetup() const;
     QVector<short> configuration() const;
     void noteAnswer(commandType cmd);
+    void settle(std::optional<LoggerSettings>* want, bool isConfirmed, const char* what);
     bool isReportedAs(const LoggerSettings& setup) const;
     void noteNewSensors();
     QVector<int> fixedSensors() const;

@@ -102,6 +102,7 @@ void TembrinProtocol::takeOpened(Opened* opened)
         port = opened->port.release();
         port->setParent(this);
         isConnect = true;
+        qCInfo(lcProtocol).noquote() << "logger" << index << "connected on" << portName;
         isBootLoader = false;
         usbTimer.reset();
     }

@@ -29,12 +29,18 @@ void TembrinProtocol::wantSetup(const LoggerSettings& settings)
     if (sensors < 16)
         wantedSetup->mask &= (1u << sensors) - 1;
     wantedSensors = fixedSensors();
+    qCDebug(lcProtocol) << "logger" << index << "shall record with mask" << Qt::hex << wantedSetup->mask
+                        << Qt::dec << ", rate" << wantedSetup->rate << ", samples" << wantedSetup->samples
+                        << ", sockets" << wantedSetup->external[0] << wantedSetup->external[1];
     tembrinData->chooseVortaRun(*wantedSetup);
 }
 
 void TembrinProtocol::wantConfiguration(const LoggerSettings& settings)
 {
     wantedConfiguration = settings;
+    qCDebug(lcProtocol) << "logger" << index << "shall be configured with sound" << settings.sound
+                        << ", Fahrenheit" << settings.fahrenheit << ", GPS" << settings.gps << ", language"
+                        << settings.language;
 }
 
 bool TembrinProtocol::isSetupConfirmed() const
@@ -45,16 +51,20 @@ bool TembrinProtocol::isSetupConfirmed() const
 /// An answer to an earlier command of the kind says nothing of what is wanted by now.
 void TembrinProtocol::noteAnswer(commandType cmd)
 {
-    if (cmd == CMD_TEMBRIN_LOGGING_SETUP && wantedSetup) {
-        if (isReportedAs(*wantedSetup))
-            wantedSetup.reset();
-        else
-            qCInfo(lcProtocol) << "logger" << index << "answered a setup with other settings than are wanted";
-    } else if (cmd == CMD_CONFIGURE_TEMBRIN && wantedConfiguration) {
-        if (tembrinData->reported().isSameConfiguration(*wantedConfiguration))
-            wantedConfiguration.reset();
-        else
-            qCInfo(lcProtocol) << "logger" << index << "answered a configuration with another than is wanted";
+    if (cmd == CMD_TEMBRIN_LOGGING_SETUP && wantedSetup)
+        settle(&wantedSetup, isReportedAs(*wantedSetup), "setup");
+    else if (cmd == CMD_CONFIGURE_TEMBRIN && wantedConfiguration)
+        settle(&wantedConfiguration, tembrinData->reported().isSameConfiguration(*wantedConfiguration),
+               "configuration");
+}
+
+void TembrinProtocol::settle(std::optional<LoggerSettings>* want, bool isConfirmed, const char* what)
+{
+    if (isConfirmed) {
+        qCDebug(lcProtocol) << "logger" << index << "confirmed the wanted" << what;
+        want->reset();
+    } else {
+        qCInfo(lcProtocol) << "logger" << index << "answered with another" << what << "than is wanted";
     }
 }
 

@@ -141,6 +141,8 @@ private Q_SLOTS:
         QCOMPARE(written(), summed("4714DD 16 03"));
         bench->feed(status({{3, 0xDD}}));
         QVERIFY(!bench->protocol.isConfigurationConfirmed());
+        bench->feed(status({{11, 2}})); // and what is recorded is none of its business
+        QCOMPARE(bench->protocol.wanted().rate, short(2));
         bench->feed(status({{3, 0xDD}, {30, 0x16}, {31, 3}}));
         QVERIFY(bench->protocol.isConfigurationConfirmed());
     }
