@@ -11,6 +11,7 @@
 #include <memory>
 #include <vector>
 
+#include "classroom/classjob.h"
 #include "common/classsize.h"
 #include "graph/plot.h"
 #include "link/commandtype.h"
@@ -29,7 +30,6 @@ class RunLine;
 class StatusLine;
 class TembrinProtocol;
 class UserPrompt;
-struct ClassJob;
 class loggerBasicSetup;
 class multiConnectionsManager;
 class setupLogger;
@@ -169,6 +169,7 @@ private Q_SLOTS:
     void doStopAll();
     void updateActions();
     void showOutcome(const ClassJob& job);
+    void clearOutcome(ClassJob::Task task);
     void showNewExperiment(int index);
     void showPlanned(int index);
     void showNewClass();
@@ -180,6 +181,7 @@ private:
     void connectFlows();
     std::function<QString(int)> groupNames() const;
     void countSkipped(double dt);
+    QStringList groupsNotSetUp() const;
     void showBusyTitle();
     void hideBusyTitle();
     void letOthersIn();
@@ -189,6 +191,7 @@ private:
     ClassNotices* notices = nullptr;
     StatusLine* statusLine = nullptr; ///< what is being done, and what came of it
     RunLine* runLine = nullptr;       ///< how the run stands
+    QString notStopped;               ///< the last line about a stop
     bool isOnlyStaticClassMode = false;
     bool isSlowWarning = false;
     int nestCounter = 0;

@@ -27,7 +27,7 @@ void MainWindow::connectFlows()
 {
     const CommandQueue* queue = &mTembrin->queue();
     connect(queue, &CommandQueue::changed, this, &MainWindow::updateActions);
-    connect(queue, &CommandQueue::begun, this, [this] { statusLine->setOutcome(QString()); });
+    connect(queue, &CommandQueue::begun, this, &MainWindow::clearOutcome);
     connect(queue, &CommandQueue::ended, this, &MainWindow::showOutcome);
 
     const ClassRun* run = &mTembrin->run();
@@ -35,6 +35,11 @@ void MainWindow::connectFlows()
     connect(run, &ClassRun::channelsPlanned, this, &MainWindow::showPlanned);
     connect(run, &ClassRun::classBegun, this, &MainWindow::showNewClass);
     connect(run, &ClassRun::samplesTaken, this, &MainWindow::showSamples);
+    connect(run, &ClassRun::sensorsChanged, this, [this](int index) {
+        statusLine->setOutcome(
+            tr("%1 measures with other sensors than before; new ones are not shown in this run.")
+                .arg(mTembrin->groupName(index)));
+    });
     connect(run, &ClassRun::tooSlow, this, &MainWindow::showBusyTitle);
     connect(run, &ClassRun::phaseChanged, this, &MainWindow::showPhase);
     connect(run, &ClassRun::ended, this, &MainWindow::showEndOfRun);
@@ -69,8 +74,20 @@ std::function<QString(int)> MainWindow::groupNames() const
 void MainWindow::showOutcome(const ClassJob& job)
 {
     const QString text = JobTexts::outcome(job, groupNames());
-    if (!text.isEmpty())
-        statusLine->setOutcome(text);
+    if (text.isEmpty())
+        return;
+    statusLine->setOutcome(text);
+    if (job.task == ClassJob::Task::Stop)
+        notStopped = text;
+}
+
+/// Who was not stopped is told until somebody starts or stops the class again: other jobs begin by
+/// themselves.
+void MainWindow::clearOutcome(ClassJob::Task task)
+{
+    const bool isOfRun = task == ClassJob::Task::Start || task == ClassJob::Task::Stop;
+    if (isOfRun || statusLine->outcome() != notStopped)
+        statusLine->setOutcome(QString());
 }
 
 // --- Start and stop ---
@@ -82,8 +99,23 @@ void MainWindow::doRun()
         statusLine->setOutcome(tr("No logger is connected, so none was started."));
         return;
     }
-    statusLine->setOutcome(QString());
+    const QStringList unsure = groupsNotSetUp();
+    statusLine->setOutcome(unsure.isEmpty()
+                               ? QString()
+                               : tr("Setup not confirmed, so times and sensors may be other than shown: %1")
+                                     .arg(unsure.join(QStringLiteral(", "))));
     updateActions();
+}
+
+/// Loggers that never said whether they took what was chosen last.
+QStringList MainWindow::groupsNotSetUp() const
+{
+    QStringList groups;
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        if (mTembrin->isRecognized(i) && !mTembrin->tembrinAt(i)->isSetupConfirmed())
+            groups.append(mTembrin->groupName(i));
+    }
+    return groups;
 }
 
 void MainWindow::doStopAll()

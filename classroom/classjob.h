@@ -45,6 +45,7 @@ struct ClassJob
         Progress progress = Progress::Waiting;
         Reason reason = Reason::None;
         int tries = 0;
+        int storedBefore = 0; ///< experiments in its memory when its turn came
     };
 
     Task task = Task::Stop;

@@ -1,6 +1,7 @@
 #include "classroom/classrun.h"
 
 #include "classroom/classlog.h"
+#include "classroom/commandqueue.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "protocol/rundecoder.h"
@@ -12,7 +13,8 @@
 
 namespace {
 constexpr int msOfLateSamples = 1000;
-constexpr int biggestGap = 3; // sample numbers; in a run that was begun on the logger more is another run
+constexpr int msOfOlderRun = 500; // by which a run is older than that of the class; less is the clocks' doing
+constexpr int biggestGap = 3;     // sample numbers; in a run that was begun on the logger more is another run
 } // namespace
 
 ClassRun::ClassRun(multiConnectionsManager* manager)
@@ -126,7 +128,7 @@ void ClassRun::order(quint8 which)
 void ClassRun::takeStatus(int slot)
 {
     Place& place = places[slot];
-    place.isGivenUp = false;
+    const bool wasGivenUp = std::exchange(place.isGivenUp, false);
     const bool isIdle = state(slot)->isIdle();
     if (!isIdle)
         place.isStored = state(slot)->isFastRate();
@@ -137,10 +139,14 @@ void ClassRun::takeStatus(int slot)
         else
             goOn(slot);
     } else if (!isIdle && (place.phase == Phase::Ordered || place.isStored)) {
+        if (!isOn) // begun with its own key, and no sample tells so
+            beginExperiment(slot, 0, planned(slot));
         goOn(slot);
     }
     showPlanned(slot);
     Q_EMIT phaseChanged(slot);
+    if (wasGivenUp)
+        Q_EMIT heardAgain(slot);
 }
 
 /// The logger runs, or runs again after it was away.
@@ -151,6 +157,7 @@ void ClassRun::goOn(int slot)
         if (places[slot].phase != Phase::Lost)
             beginRun();
     }
+    places[slot].isSeen = true;
     setPhase(slot, Phase::Running);
 }
 
@@ -161,9 +168,13 @@ void ClassRun::takeEnd(int slot)
         Q_EMIT phaseChanged(slot); // it may have run unseen
         return;
     }
+    const bool wasSeen = place.isSeen || state(slot)->numExperiments() > place.storedBefore;
+    // What is still to start has not ended: it is the late answer to a stop of the run before.
+    if (!wasSeen && place.phase == Phase::Ordered && !state(slot)->isVorta() &&
+        manager->queue().isOpen(ClassJob::Task::Start, slot))
+        return;
     // One that was never seen to run has perhaps nothing new to fetch.
-    if (place.isStored &&
-        (place.phase != Phase::Ordered || state(slot)->numExperiments() > place.storedBefore))
+    if (place.isStored && wasSeen)
         storedRuns |= quint8(1u << slot);
     place.endedAt = clock.elapsed();
     if (data(slot))
@@ -295,14 +306,14 @@ void ClassRun::takeSamples(int slot, short current, const QVector<QVector<double
     if (isSecondPart(place, number))
         beginSecondPart(slot, number);
     else if (isNew(place, number))
-        beginExperiment(slot, number);
+        beginExperiment(slot, number, state(slot)->runChannels());
     goOn(slot);
     data(slot)->finalData = false;
 
     const double dt = data(slot)->dt;
     for (int i = 0; i < rows.size(); ++i) {
         const double n = double(place.shift + number + i);
-        data(slot)->addSample(dt > 0 ? dt * n : n, rows.at(i));
+        data(slot)->addSample(dt > 0 ? dt * n : n, arranged(slot, rows.at(i)));
         set.take(slot);
     }
     place.last = number + rows.size() - 1;
@@ -321,7 +332,7 @@ bool ClassRun::isAlone(int slot) const
     return true;
 }
 
-void ClassRun::beginExperiment(int slot, int number)
+void ClassRun::beginExperiment(int slot, int number, const SensorList& channels)
 {
     Place& place = places[slot];
     // What was ordered together stays together, also when the others have ended before this one's first.
@@ -336,10 +347,11 @@ void ClassRun::beginExperiment(int slot, int number)
     const double dt = state(slot)->samplePeriod();
     const bool isAsPlanned = data(slot)->dt == dt;
     place.last = -1;
-    place.shift = 0;
-    place.zero = clock.elapsed() - qint64(dt * number * 1000);
+    place.origins.clear();
     place.isOrdered = place.isOrdered && !isFirst;
-    data(slot)->setDataNewEmpty(state(slot)->runChannels(), dt, manager->groupName(slot));
+    place.shift = isFirst ? 0 : shiftOfOlderRun(place, number, dt);
+    place.zero = clock.elapsed() - qint64(dt * double(place.shift + number) * 1000);
+    data(slot)->setDataNewEmpty(channels, dt, manager->groupName(slot));
     data(slot)->setCardWidth(manager->tembrinAt(slot)->photoObjW);
     Q_EMIT experimentBegun(slot);
     if (isFirst) {
@@ -348,8 +360,20 @@ void ClassRun::beginExperiment(int slot, int number)
     } else if (!isAsPlanned && place.isOrdered && manager->dataC()->getXSize() == 0) {
         set.rebuild(set.memberBits() | quint8(1u << slot));
     } else {
+        const int before = set.channels();
         set.join(slot);
+        if (set.channels() != before)
+            Q_EMIT classBegun();
     }
+}
+
+/// One that was away when the run was ordered may still be in an older run of its own: its samples stand at
+/// their true time in this one.
+qint64 ClassRun::shiftOfOlderRun(const Place& place, int number, double dt) const
+{
+    if (place.isOrdered || dt <= 0 || dt * number * 1000 <= double(elapsed() + msOfOlderRun))
+        return 0;
+    return qRound64(double(elapsed()) / 1000 / dt) - number;
 }
 
 /// A logger that was stopped and started in the middle of a run of the class, with its own keys: what comes
@@ -362,6 +386,40 @@ void ClassRun::beginSecondPart(int slot, int number)
     const qint64 next = own->getXSize() > 0 ? qRound64(own->getX().constLast() / unit) + 1 : 0;
     const qint64 now = own->dt > 0 ? qRound64(double(clock.elapsed() - place.zero) / 1000 / unit) : next;
     place.shift = qMax(next, now) - number;
+    followSensors(slot);
     qCInfo(classLog, "logger %d runs again in this run, from %g on", slot,
            double(place.shift + number) * unit);
+}
+
+/// A channel goes on with the sensor that it began with, wherever that stands now; without it, it has a gap.
+void ClassRun::followSensors(int slot)
+{
+    QVector<int>& origins = places[slot].origins;
+    origins.clear();
+    const SensorList now = state(slot)->runChannels();
+    int recorded = 0;
+    for (const SensorPtr& channel : data(slot)->getSensors()) {
+        if (!channel || channel->specialOriginIndex >= 0)
+            break; // derived ones follow by themselves
+        const auto same = std::find_if(now.begin(), now.end(), [&](const SensorPtr& other) {
+            return other->ID == channel->ID && other->inLoggerIndex == channel->inLoggerIndex &&
+                   other->virtualIndex == channel->virtualIndex;
+        });
+        origins.append(same == now.end() ? -1 : int(same - now.begin()));
+        ++recorded;
+    }
+    if (recorded != now.size() || origins.contains(-1))
+        Q_EMIT sensorsChanged(slot);
+}
+
+QVector<double> ClassRun::arranged(int slot, const QVector<double>& row) const
+{
+    const QVector<int>& origins = places[slot].origins;
+    if (origins.isEmpty())
+        return row;
+    QVector<double> values;
+    values.reserve(origins.size());
+    for (const int origin : origins)
+        values.append(row.value(origin, qQNaN()));
+    return values;
 }

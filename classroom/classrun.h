@@ -43,6 +43,8 @@ public:
     /// The logger runs or was told to, whoever started it, as far as is known.
     bool isRunning(int slot) const;
     bool isAnyRunning() const;
+    /// It did not answer a start or a stop, and has said nothing since.
+    bool isGivenUp(int slot) const { return places[slot].isGivenUp; }
     /// Since when a logger of this run is away; invalid unless it is.
     QDateTime lostSince(int slot) const;
     /// Milliseconds since the run began; to its end when it has ended, 0 before any.
@@ -70,6 +72,10 @@ Q_SIGNALS:
     void samplesTaken(int slot, int waiting);
     /// The computer is too slow for the stream.
     void tooSlow(int slot);
+    /// The logger's second part in the run has other sensors than its first: what is there of both goes on.
+    void sensorsChanged(int slot);
+    /// One that was given up has said something.
+    void heardAgain(int slot);
     /// The logger has another phase.
     void phaseChanged(int slot);
     void ended();
@@ -83,10 +89,12 @@ private:
         bool isOrdered = false; ///< this run of it was started by the program
         bool isGivenUp = false; ///< connected and silent; what it last said of itself may be over
         bool isStored = false;  ///< it stores this run and does not stream it
+        bool isSeen = false;    ///< it has told that it runs
         int storedBefore = 0;   ///< experiments in its memory at the order
         int last = -1;          ///< number of the last sample
         qint64 shift = 0;       ///< added to the numbers: a second part follows the first
         qint64 zero = 0;        ///< time of sample 0, ms of `clock`
+        QVector<int> origins;   ///< place in a row of the second part for each channel; empty: in order
         qint64 endedAt = 0;     ///< ms of `clock`
         QDateTime lost;
     };
@@ -103,8 +111,11 @@ private:
     bool isNew(const Place& place, int number) const;
     bool isSecondPart(const Place& place, int number) const;
     bool isAlone(int slot) const;
-    void beginExperiment(int slot, int number);
+    void beginExperiment(int slot, int number, const SensorList& channels);
+    qint64 shiftOfOlderRun(const Place& place, int number, double dt) const;
     void beginSecondPart(int slot, int number);
+    void followSensors(int slot);
+    QVector<double> arranged(int slot, const QVector<double>& row) const;
     void beginRun();
     void setPhase(int slot, Phase phase);
     void endIfNobodyRuns();

@@ -17,6 +17,7 @@ void ClassSet::begin(double period)
     members = others = 0;
     isReleased = false;
     classPeriod = period;
+    channelCount = manager->nDefTembrins();
     manager->dataC()->setDataNewEmpty(manager->getSensorsC(), period);
 }
 
@@ -63,11 +64,26 @@ void ClassSet::join(int slot)
         others |= bit;
         return;
     }
+    if (slot >= channelCount)
+        grow();
     members |= bit;
     others &= quint8(~bit);
     const ExpData* set = manager->dataAt(slot);
     shown[slot] = qMax(0, set->getSelectedSensor());
     manager->dataC()->joinChannel(slot, manager->classChannel(slot), *set);
+}
+
+/// A channel more for each logger that was chosen since.
+void ClassSet::grow()
+{
+    const quint8 before = members;
+    const quint8 out = others;
+    begin(classPeriod);
+    others = out;
+    for (int slot = 0; slot < channelCount; ++slot) {
+        if (before >> slot & 1)
+            join(slot);
+    }
 }
 
 void ClassSet::take(int slot)

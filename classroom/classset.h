@@ -22,7 +22,8 @@ public:
     void rebuild(quint8 members);
     bool isMember(int slot) const { return members >> slot & 1; }
     quint8 memberBits() const { return members; }
-    /// Logger `slot` is in it from now on, with what its set holds. What the user did to the others' stays.
+    /// Logger `slot` is in it from now on, with what its set holds. What the user did to the others' stays,
+    /// unless the class has become larger meanwhile.
     void join(int slot);
     /// The last sample of a member's set.
     void take(int slot);
@@ -33,15 +34,19 @@ public:
     /// Samples of these come at other times than those of the class.
     QVector<int> leftOut() const;
     double period() const { return classPeriod; }
+    /// Channels of loggers in it.
+    int channels() const { return channelCount; }
 
 private:
     bool fits(int slot) const;
+    void grow();
     double periodOf(quint8 which) const;
 
     multiConnectionsManager* manager;
     quint8 members = 0;
     quint8 others = 0; ///< with another period
     bool isReleased = false;
+    int channelCount = 0; ///< one for each logger in use at the beginning
     double classPeriod = 1;
     int shown[mostLoggers]; ///< the channel of its set that stands for a member
 };

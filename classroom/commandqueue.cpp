@@ -184,6 +184,15 @@ bool CommandQueue::has(Task task) const
     return std::any_of(all.begin(), all.end(), [task](const ClassJob& job) { return job.task == task; });
 }
 
+bool CommandQueue::isOpen(Task task, int slot) const
+{
+    const QVector<ClassJob> all = jobs();
+    return std::any_of(all.begin(), all.end(), [=](const ClassJob& job) {
+        const ClassJob::Step* step = job.task == task ? job.step(slot) : nullptr;
+        return step && (step->progress == Progress::Waiting || step->progress == Progress::Working);
+    });
+}
+
 bool CommandQueue::isWorking(Task task) const
 {
     const JobRunner& runner = task == Task::Stop ? stop : work;

@@ -38,6 +38,8 @@ public:
     bool isIdle() const;
     /// A job of this task is at work or waits.
     bool has(ClassJob::Task task) const;
+    /// It is at work or waits, and logger `slot` has no outcome yet.
+    bool isOpen(ClassJob::Task task, int slot) const;
     /// A job of this task is at work.
     bool isWorking(ClassJob::Task task) const;
     /// Those at work first, then those that wait, in order.

@@ -52,12 +52,7 @@ void JobRunner::connectLogger(int slot)
     connect(state, &TembrinData::downloadComplete, this, &JobRunner::takeDownload);
     connect(state, &TembrinData::statusReceived, this, [this, slot] { takeStatus(slot); });
     connect(state, qOverload<int, int>(&TembrinData::runTerminated), this, &JobRunner::takeRefusal);
-    connect(state, qOverload<int, bool>(&TembrinData::runTerminated), this, [this](int index) {
-        takeRunning(index); // a run that has ended was started
-        // The end of its run is all that a Vorta logger says to a stop.
-        if (stateOf(index)->isVorta())
-            takeAnswer(index, CMD_STOP_LOGGING);
-    });
+    connect(state, qOverload<int, bool>(&TembrinData::runTerminated), this, &JobRunner::takeEndOfRun);
     connect(state, qOverload<int, short, QVector<QVector<double>>, int>(&TembrinData::onlineReceived), this,
             [this](int index) {
                 isSilent[index] = false;
@@ -102,6 +97,7 @@ void JobRunner::begin(const ClassJob& job)
 {
     present = job;
     isOn = true;
+    ++number;
     nextTurn();
 }
 
@@ -110,7 +106,10 @@ void JobRunner::nextTurn()
     if (!isOn)
         return;
     turnTimer.stop();
-    for (ClassJob::Step& step : present.steps) {
+    // Who hears of an outcome may cancel this job, and begin another one.
+    const int own = number;
+    for (int i = 0; isOn && own == number && i < present.steps.size(); ++i) {
+        ClassJob::Step& step = present.steps[i];
         if (step.progress != Progress::Waiting)
             continue;
         const Reason reason = obstacle(step);
@@ -119,8 +118,6 @@ void JobRunner::nextTurn()
             return;
         }
         end(step, Progress::PassedOver, reason);
-        if (!isOn) // who heard of it may have cancelled
-            return;
     }
     endIfDone();
 }
@@ -142,6 +139,7 @@ void JobRunner::turn(ClassJob::Step& step)
     const int slot = step.slot;
     step.progress = Progress::Working;
     step.tries = 0;
+    step.storedBefore = stateOf(slot)->numExperiments();
     otherAnswers[slot].reset();
     isAsked[slot] = false;
     isDownloadBad = false;
@@ -175,7 +173,8 @@ void JobRunner::send(ClassJob::Step& step)
 
 void JobRunner::repeatNow()
 {
-    for (int i = 0; isOn && i < present.steps.size(); ++i) {
+    const int own = number;
+    for (int i = 0; isOn && own == number && i < present.steps.size(); ++i) {
         if (present.steps[i].progress == Progress::Working) {
             present.steps[i].tries = 0;
             send(present.steps[i]);
@@ -295,6 +294,18 @@ void JobRunner::takeRunning(int slot)
         end(*step, Progress::Confirmed, Reason::None);
 }
 
+/// A run that has ended was started; but the late answer to a stop before it says the same, and then there is
+/// nothing new in the memory.
+void JobRunner::takeEndOfRun(int slot)
+{
+    const ClassJob::Step* step = openStep(slot);
+    const bool isVorta = stateOf(slot)->isVorta();
+    if (step && (isVorta || stateOf(slot)->numExperiments() > step->storedBefore))
+        takeRunning(slot);
+    if (isVorta) // the end of its run is all that it says to a stop
+        takeAnswer(slot, CMD_STOP_LOGGING);
+}
+
 void JobRunner::takeRefusal(int slot, int code)
 {
     ClassJob::Step* step = openStep(slot);
@@ -335,7 +346,8 @@ void JobRunner::cancel()
     if (!isOn)
         return;
     turnTimer.stop();
-    for (int i = 0; i < present.steps.size(); ++i) {
+    const int own = number;
+    for (int i = 0; own == number && i < present.steps.size(); ++i) {
         const Progress progress = present.steps[i].progress;
         if (progress == Progress::Working && isAlone())
             stateOf(present.steps[i].slot)->cancelDownload();

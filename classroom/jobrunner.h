@@ -71,6 +71,7 @@ private:
     void takeStatus(int slot);
     void takeDownload(int slot, bool isGood);
     void takeRunning(int slot);
+    void takeEndOfRun(int slot);
     void takeRefusal(int slot, int reason);
     void takeLoss(int slot);
     void askWhetherItRuns(ClassJob::Step& step);
@@ -84,6 +85,7 @@ private:
     JobPacing pacing;
     ClassJob present;
     bool isOn = false;
+    int number = 0; ///< of the job, counted
     std::optional<LoggerSettings>
         otherAnswers[mostLoggers];   ///< a confirmation of something else than is wanted
     bool isAsked[mostLoggers] = {};  ///< whether it runs, after a start without an answer

@@ -68,6 +68,7 @@ void multiConnectionsManager::createFlows()
             catchUp(i);
     };
     connect(classRun, &ClassRun::ended, this, catchUpAll, Qt::QueuedConnection);
+    connect(classRun, &ClassRun::heardAgain, this, &multiConnectionsManager::catchUp, Qt::QueuedConnection);
     for (const Logger& logger : loggers) {
         // Its first good status, which may come later than the first that was damaged.
         const int i = logger.protocol->index;
@@ -79,7 +80,8 @@ void multiConnectionsManager::createFlows()
 
 void multiConnectionsManager::catchUp(int i)
 {
-    if (i >= nDef || !isRecognized(i) || isRunning(i) || tembrinDataAt(i)->isVorta())
+    if (i >= nDef || !isRecognized(i) || isRunning(i) || classRun->isGivenUp(i) ||
+        tembrinDataAt(i)->isVorta())
         return;
     if (!tembrinAt(i)->isSetupConfirmed())
         commandQueue->add(Task::Setup, quint8(1u << i));

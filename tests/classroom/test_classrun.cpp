@@ -1,6 +1,9 @@
+#include <QSignalSpy>
+
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "tests/classroom/managerbench.h"
+#include "virtual/wire.h"
 
 /// What a run leaves in the sets of the loggers and of the class, on loggers that behave as real ones.
 class TestClassRun : public GuardedTest
@@ -114,16 +117,25 @@ private Q_SLOTS:
         }
     }
 
+    void aSecondPartFollowsAtItsTrueTime_data()
+    {
+        columns<bool>({"isHeard"});
+        row("the stop is heard", true);
+        row("the word of the stop is lost", false);
+    }
+
     void aSecondPartFollowsAtItsTrueTime()
     {
+        QFETCH(bool, isHeard);
         begin(loggers(2));
         startAll(20);
+        bench->dropAnswers(0, isHeard ? 0 : 1);
         bench->pressStop(0);
-        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Ended);
+        QTRY_VERIFY(!isHeard || run().phase(0) == ClassRun::Phase::Ended);
         QVERIFY(bench->manager.isAnyRunning());
-        const int before = count(0);
         const int others = count(1);
         QTRY_VERIFY(count(1) > others + 40);
+        const int before = count(0);
         bench->pressStart(0);
         QTRY_VERIFY(count(0) > before + 10);
         stopAll();
@@ -132,6 +144,88 @@ private Q_SLOTS:
         QVERIFY2(gap > 0.3 && gap < 3, qPrintable(QString::number(gap)));
         QVERIFY(bench->data(-1)->getX().constLast() >= set->getX().constLast());
         QCOMPARE(classFault({0, 1}), QString());
+    }
+
+    void aSecondPartKeepsToTheSensorsOfTheFirst()
+    {
+        begin(loggers(2));
+        startAll(10);
+        bench->pressStop(0);
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Ended);
+        const int before = count(0);
+        const int channels = bench->data(0)->getNSens();
+        LoggerSettings plan = bench->state(0)->reported();
+        plan.mask &= quint16(plan.mask - 1); // without the first of its sensors
+        bench->session(0)->wantSetup(plan);
+        bench->session(0)->sendCommand(CMD_TEMBRIN_LOGGING_SETUP);
+        QTRY_VERIFY(bench->session(0)->isSetupConfirmed());
+        QSignalSpy told(&run(), &ClassRun::sensorsChanged);
+        bench->pressStart(0);
+        QTRY_VERIFY(count(0) > before + 5);
+        stopAll();
+        QCOMPARE(told.size(), 1);
+        QCOMPARE(bench->data(0)->getNSens(), channels);
+        QVERIFY(qIsNaN(bench->data(0)->getYNoConvAt(0, before)));
+        for (int c = 1; c < channels; ++c)
+            QCOMPARE(bench->data(0)->getYNoConvAt(c, before), bench->samples(0).value(0).value(c - 1));
+    }
+
+    void anOlderRunStandsAtItsTrueTime()
+    {
+        begin(loggers(2));
+        startAll(150);
+        bench->pull(1);
+        QTRY_COMPARE(run().phase(1), ClassRun::Phase::Lost);
+        stopAll();
+        bench->manager.sendCmdToAll(CMD_START_LOGGING);
+        QTRY_VERIFY(count(0) >= 10);
+        bench->putBack(1);
+        bench->open(1);
+        QTRY_VERIFY(run().isRunning(1) && count(1) >= 10);
+        stopAll();
+        QVERIFY(bench->data(1)->getX().constLast() < bench->data(0)->getX().constLast() + 0.5);
+        QCOMPARE(classFault({0, 1}), QString());
+    }
+
+    void whoIsChosenDuringARunGetsAChannel()
+    {
+        begin(loggers(2));
+        bench->manager.setDefTembrins(1);
+        bench->manager.sendCmdToAll(CMD_START_LOGGING);
+        QTRY_VERIFY(count(0) >= 10);
+        bench->manager.setDefTembrins(2);
+        bench->pressStart(1);
+        QTRY_VERIFY(count(1) >= 10);
+        stopAll();
+        QCOMPARE(classFault({0, 1}), QString());
+    }
+
+    void aLateWordOfTheStopBeforeEndsNoOrderedRun()
+    {
+        begin(loggers(1));
+        startAll(10);
+        stopAll();
+        const QByteArray stop = bench->heard(0).constLast();
+        QCOMPARE(quint8(stop.at(2)), quint8(Wire::Stop));
+        QSignalSpy ends(&run(), &ClassRun::ended);
+        bench->delay(0, 20);
+        bench->act(0, [&](VirtualLogger& logger, qint64 now) { return logger.receive(stop, now); });
+        bench->manager.sendCmdToAll(CMD_START_LOGGING); // its answer comes behind that of the stop
+        QTRY_VERIFY(count(0) >= 10);
+        QCOMPARE(ends.size(), 0);
+        QCOMPARE(bench->heard(0, Wire::Start), 2);
+    }
+
+    void aStoredRunByItsOwnKeyBeginsMembershipAnew()
+    {
+        begin(loggers(2));
+        startAll(10);
+        stopAll();
+        bench->chooseRate(0, "25000/Sec");
+        bench->pressStart(0);
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Running);
+        QCOMPARE(run().classSet().memberBits(), quint8(1));
+        QCOMPARE(count(0), 0);
     }
 
     void aRunBeginsMembershipAnew()
@@ -175,6 +269,7 @@ private Q_SLOTS:
         const int before = count(0);
         QTRY_VERIFY(count(0) > before + 10);
         QCOMPARE(bench->data(0)->getXAt(0), 0.0);
+        QCOMPARE(run().samples(), count(0));
         QCOMPARE(classFault({0}), QString());
     }
 
@@ -301,6 +396,11 @@ private Q_SLOTS:
     {
         begin(loggers(2));
         startAll(10);
+        LoggerSettings plan = bench->state(0)->reported();
+        plan.samples = 0;
+        bench->session(0)->wantSetup(plan); // as after a setup that it has not heard
+        int jobs = 0;
+        connect(&bench->manager.queue(), &CommandQueue::begun, this, [&] { ++jobs; });
         bench->setDead(0);
         bench->manager.sendCmdToAll(CMD_STOP_LOGGING);
         QVERIFY(bench->manager.isAnyRunning());
@@ -311,19 +411,35 @@ private Q_SLOTS:
         QTRY_VERIFY(count(0) > before);
         QVERIFY(bench->manager.isRunning(0));
         QCOMPARE(bench->data(0)->getXAt(0), 0.0);
+        QCOMPARE(jobs, 1); // the setup waits until it can be heard
+        bench->pressStop(0);
+        QTRY_COMPARE(bench->setup(0).samples, 0);
+    }
+
+    void onlyRunsThatWereStoredAreFetched_data()
+    {
+        columns<bool>({"isHeard"});
+        row("the word of its start is lost", true);
+        row("its start is not heard", false);
     }
 
     void onlyRunsThatWereStoredAreFetched()
     {
+        QFETCH(bool, isHeard);
         begin({VirtualBench::identity("Birch", "25000/Sec", 10000, 2),
                VirtualBench::identity("Birch", "100/Sec", 1000, 2)});
         quint8 fetched = 0;
         connect(&run(), &ClassRun::storedRunsEnded, this, [&](quint8 which) { fetched |= which; });
-        bench->dropAnswers(0, 1); // the word of its start
+        if (isHeard)
+            bench->dropAnswers(0, 1);
+        else
+            bench->setDead(0);
         bench->manager.sendCmdToAll(CMD_START_LOGGING);
-        QTRY_VERIFY(count(1) > 20);
+        QTRY_VERIFY(count(1) > 20 && bench->manager.queue().isIdle());
+        bench->setDead(0, false);
         stopAll();
-        QTRY_COMPARE(fetched, quint8(1));
+        QTRY_COMPARE(run().phase(0), ClassRun::Phase::Ended);
+        QCOMPARE(fetched, quint8(isHeard ? 1 : 0));
     }
 
 private:

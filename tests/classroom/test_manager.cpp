@@ -1,3 +1,5 @@
+#include <QSignalSpy>
+
 #include "classroom/commandqueue.h"
 #include "classroom/jobtexts.h"
 #include "classroom/loggerconnector.h"
@@ -96,6 +98,11 @@ private Q_SLOTS:
         row("lost before its turn", int(CMD_CONFIGURE_TEMBRIN), "lost",
             "Not configured: Group B (connection lost).");
         row("it runs", int(CMD_TEMBRIN_LOGGING_SETUP), "runs", "Not set up: Group B (is running).");
+        row("lost at its turn", int(CMD_TEMBRIN_LOGGING_SETUP), "lost at its turn",
+            "Not set up: Group B (connection lost).");
+        row("a download without it", int(CMD_DOWNLOAD_STORED_DATA), "lost", "");
+        row("a download that breaks off", int(CMD_DOWNLOAD_STORED_DATA), "dead in between",
+            "No experiment could be fetched from Group B (does not answer).");
         row("lost answers", int(CMD_TEMBRIN_LOGGING_SETUP), "deaf twice", "");
         row("too many lost answers", int(CMD_TEMBRIN_LOGGING_SETUP), "deaf thrice",
             "Not set up: Group B (does not answer).");
@@ -115,17 +122,83 @@ private Q_SLOTS:
             bench.dropAnswers(1, 2);
         else if (fault == QLatin1String("deaf thrice"))
             bench.dropAnswers(1, 3);
+        if (fault == QLatin1String("lost at its turn"))
+            bench.manager.setPacing(60000, 5); // nobody waits for it
+        if (fault.endsWith(QLatin1String("turn")) || fault.endsWith(QLatin1String("between")))
+            bench.delay(1, 50);
+        QTRY_VERIFY(bench.manager.isTembrinConnect(1) != (fault == QLatin1String("lost")));
         if (fault == QLatin1String("runs")) {
             bench.pressStart(1);
             QTRY_VERIFY(bench.manager.isRunning(1));
         }
         bench.manager.sendCmdToAll(commandType(command));
+        if (fault == QLatin1String("lost at its turn")) {
+            QTRY_COMPARE(bench.heard(1, Wire::LoggingSetup), 1);
+            bench.pull(1);
+        } else if (fault == QLatin1String("dead in between")) {
+            QTRY_VERIFY(bench.heard(1, Wire::NextPacket) > 0);
+            bench.setDead(1);
+        }
         QTRY_VERIFY_WITH_TIMEOUT(bench.manager.queue().isIdle(), 8000);
         QTEST(ends.join(QString()), "outcome");
         for (int i : {0, 2})
             QVERIFY(!bench.heard(i).isEmpty());
         if (fault.startsWith(QLatin1String("deaf")))
             QCOMPARE(bench.heard(1, Wire::LoggingSetup), 3);
+    }
+
+    void whoIsHeardAgainIsAskedAsOftenAsAnybody()
+    {
+        ManagerBench bench(loggers(1));
+        bench.openAll();
+        use(&bench);
+        bench.setDead(0);
+        bench.manager.sendCmdToAll(CMD_STOP_LOGGING);
+        QTRY_COMPARE(ends, QStringList("Not stopped: Group A (does not answer)."));
+        bench.setDead(0, false);
+        QSignalSpy word(bench.state(0), &TembrinData::statusReceived);
+        bench.session(0)->sendCommand(CMD_GET_TEMBRIN_STATUS);
+        QTRY_VERIFY(!word.isEmpty());
+        bench.dropAnswers(0, 1);
+        bench.manager.sendCmdToAll(CMD_STOP_LOGGING);
+        QTRY_COMPARE(ends.value(1, QStringLiteral("-")), QString());
+    }
+
+    void anAnswerToAnEarlierSetupConfirmsNoOther()
+    {
+        ManagerBench bench(loggers(1));
+        bench.openAll();
+        bench.manager.setPacing(400, 5);
+        bench.delay(0, 50);
+        LoggerSettings plan = bench.state(0)->reported();
+        for (const short samples : {0, 1}) {
+            plan.samples = samples;
+            bench.session(0)->wantSetup(plan);
+            bench.manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
+        }
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QCOMPARE(bench.setup(0).samples, 1);
+        QCOMPARE(int(bench.state(0)->reported().samples), 1);
+    }
+
+    void anAttemptEndsWhatWasDueBeforeIt()
+    {
+        guard->expect(QStringLiteral("open failed"));
+        ManagerBench bench(loggers(2));
+        LoggerConnector& connector = bench.manager.connector();
+        QSignalSpy opened(&connector, &LoggerConnector::opened);
+        bench.pull(0);
+        bench.open(0);
+        QTRY_COMPARE(connector.state(0), LoggerConnector::State::Waiting);
+        bench.putBack(0);
+        bench.open(0);
+        QTRY_VERIFY(bench.isReady(0));
+        bench.open(1);
+        bench.manager.setDefTembrins(1); // it is nobody's any more when its port is open
+        QTRY_VERIFY(!connector.isAnyOpening());
+        QVERIFY(!bench.manager.isTembrinConnect(1));
+        QVERIFY(!opened.wait(150));
+        QCOMPARE(opened.size(), 1);
     }
 
     void aLoggerThatNeverToldWhatItIsHoldsNobodyUp()
