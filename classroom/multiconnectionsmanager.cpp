@@ -148,7 +148,6 @@ SensorList multiConnectionsManager::getSensorsC()
     if (sensors.isEmpty())
         return sensors;
     SensorPtr average(new Sensor(sensors.first()->ID, sensors.first()->units()));
-    average->active = true;
     average->groupName = tr("Average");
     sensors.append(average);
     return sensors;

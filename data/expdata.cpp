@@ -80,23 +80,6 @@ void ExpData::setDummySensors(int tembrinType)
     nSens = sensors.size();
 }
 
-void ExpData::fillSensorListFromLoggerList(const SensorList& loggerSensors, bool isDownload)
-{
-    SensorList channels;
-    for (int i = 0; i < loggerSensors.size(); ++i) {
-        const SensorPtr& sensor = loggerSensors.at(i);
-        if (!sensor || !sensor->isActive(isDownload))
-            continue;
-        for (int child = 0; child < sensor->virtualSensorIDs.size(); ++child)
-            channels.append(ownChannel(sensor->virtualSensorIDs.at(child), i, child));
-        if (sensor->hasVirtual)
-            continue;
-        channels.append(ownCopy(sensor));
-        channels.last()->inLoggerIndex = i;
-    }
-    copyChannels(channels);
-}
-
 /// Every entry becomes a channel and keeps its place. What the user set on a view ends with its experiment.
 void ExpData::copyChannels(const SensorList& channels)
 {
@@ -111,12 +94,10 @@ void ExpData::copyChannels(const SensorList& channels)
     nSens = sensors.size();
 }
 
-/// A channel of this set's own: no setup of the logger can take it away, so it always counts as active.
-SensorPtr ExpData::ownChannel(int ID, int inLoggerIndex, int virtualIndex) const
+/// A channel of this set's own: no setup of the logger can take it away.
+SensorPtr ExpData::ownChannel(int ID) const
 {
-    SensorPtr sensor = SensorPtr::create(ID, units, inLoggerIndex, virtualIndex);
-    sensor->active = sensor->downloadActive = true;
-    return sensor;
+    return SensorPtr::create(ID, units);
 }
 
 void ExpData::setDataNewEmpty()
@@ -328,6 +309,7 @@ void ExpData::resizeChannels(int n)
 
 void ExpData::emptyChannels(int n)
 {
+    isAveraged = false;
     firstLive = 0;
     cuts.clear();
     y.clear();
@@ -340,11 +322,7 @@ void ExpData::emptyChannels(int n)
 
 SensorPtr ExpData::ownCopy(const SensorPtr& sensor) const
 {
-    if (!sensor)
-        return ownChannel(0);
-    SensorPtr copy = SensorPtr::create(*sensor);
-    copy->active = copy->downloadActive = true;
-    return copy;
+    return sensor ? SensorPtr::create(*sensor) : ownChannel(0);
 }
 
 void ExpData::updateXExtent()

@@ -50,9 +50,6 @@ public:
 
     /// The two channels that a logger model shows before a run; none for an unknown model code.
     void setDummySensors(int tembrinType);
-    /// Rebuilds the channels from a logger's list: active (or downloaded) sensors only, composites as one
-    /// channel per child. View ranges set by hand end here.
-    void fillSensorListFromLoggerList(const SensorList& loggerSensors, bool isDownload);
     /// Empties the set, channels included.
     void setDataNewEmpty();
     /// A channel like `sensor` that no logger or other set shares; null gives one without a meaning.
@@ -120,6 +117,10 @@ public:
     void joinChannel(int channel, const SensorPtr& kind, const ExpData& from);
     /// The channel of the average; that before the derived ones.
     int meanIndex() const;
+    /// All groups measure the same, if with different sensors.
+    bool isOfOneKind() const;
+    /// The average of light and acidity, which no file and no table shall hold.
+    bool isMeaningless(int channel) const;
     /// Over how many groups the average of a row is.
     int valuesAt(int row) const;
     /// How many groups the newest rows of the average are over.
@@ -269,7 +270,7 @@ private:
     void updateXExtent();
     double shown(int iSens, double value) const;
     double samplePeriod() const { return dt > 0 ? dt : 1.0; }
-    SensorPtr ownChannel(int ID, int inLoggerIndex = -1, int virtualIndex = -1) const;
+    SensorPtr ownChannel(int ID) const;
     void copyChannels(const SensorList& channels);
 
     // Ranges and live samples
@@ -310,6 +311,7 @@ private:
     double minX = 0.0;
     double maxX = 0.0;
     bool needSave = false;
+    bool isAveraged = false; ///< the set is that of a class
     int iSensorToDraw = 0;
     int iSelectedSensor = 0;
     int xySensIndex = -1;

@@ -95,6 +95,20 @@ void ExpData::averageRow(int mean, int row)
         ++count;
     }
     putValue(mean, row, count > 0 ? sum / count : noValue);
+    isAveraged = true;
+}
+
+bool ExpData::isOfOneKind() const
+{
+    const SensorPtr& first = getSens(0);
+    return std::all_of(
+        sensors.cbegin(), sensors.cbegin() + qMax(0, meanIndex()),
+        [&](const SensorPtr& sensor) { return first && sensor && sensor->isSameQuantity(*first); });
+}
+
+bool ExpData::isMeaningless(int channel) const
+{
+    return isAveraged && channel == meanIndex() && !isOfOneKind();
 }
 
 int ExpData::valuesAt(int row) const
@@ -166,7 +180,6 @@ void ExpData::renewDerived(int channel)
             continue;
         isOther[c] = true;
         const SensorPtr renewed = derivedFrom(origin, c, sensors.at(c)->specialType);
-        renewed->active = sensors.at(c)->active;
         sensors[c] = renewed;
         describeSpecialCurve(c, *sensors.at(origin));
     }

@@ -116,9 +116,7 @@ bool Plot::isHiddenAtFirst(int i) const
     const SensorList& sensors = data->getSensors();
     if (isHiddenKind(idOf(sensors[i])))
         return true;
-    return index < 0 && i == data->meanIndex() &&
-           std::any_of(sensors.cbegin(), sensors.cbegin() + i + 1,
-                       [&](const SensorPtr& sensor) { return idOf(sensor) != idOf(sensors.first()); });
+    return index < 0 && i == data->meanIndex() && !data->isOfOneKind();
 }
 
 void Plot::Update()

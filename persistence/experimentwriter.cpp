@@ -238,7 +238,7 @@ void writeSensor(Utf16Xml& xml, const ExperimentToWrite& experiment, int i)
     xml.attribute(u"curveMode", data.curveModeHint.value(i, -1));
     xml.attribute(u"leftPad", data.getLeftPad(i));
     const QVector<double>& samples = data.getYNoConv(i);
-    if (samples.isEmpty()) {
+    if (samples.isEmpty() || data.isMeaningless(i)) {
         xml.raw(u">\n  <Samples/>\n </Sensor>\n");
         return;
     }

@@ -52,7 +52,7 @@ QString dataLine(const ExpData& data, int i, QChar separator)
         line += QLatin1String("00000");
     for (int j = 0; j < data.getNSens(); ++j) {
         const SensorPtr& sensor = data.getSens(j);
-        const bool isStored = sensor && i < data.getYSize(j);
+        const bool isStored = sensor && i < data.getYSize(j) && !data.isMeaningless(j);
         const double value = data.getYAt(j, i);
         line += separator;
         if (isStored && std::isnan(value))

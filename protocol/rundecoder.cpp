@@ -6,7 +6,6 @@ SensorPtr channel(int id, const Units& units, int listIndex, int child)
 {
     SensorPtr sensor = SensorPtr::create(id, units, child < 0 ? -1 : listIndex, child);
     sensor->inLoggerIndex = listIndex;
-    sensor->active = sensor->downloadActive = true;
     return sensor;
 }
 

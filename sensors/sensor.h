@@ -46,13 +46,14 @@ public:
     QString getNameWithUnit(bool newline) const;
     /// With `isClass`, the group's name goes in front where there is one.
     QString nameForLegend(bool isClass) const;
-    bool isActive(bool download) const { return download ? downloadActive : active; }
 
     bool isTemperature() const;
     bool isDistance() const;
     bool isAirPressure() const;
     bool isSpeed() const;
     bool isBarometer() const;
+    /// Values of both can stand in one mean; a logger's models have different sensors for one quantity.
+    bool isSameQuantity(const Sensor& other) const;
     bool needAltUnit() const { return alternativeUnit > 0; }
     AltUnit altUnit() const;
     /// The view that channels of this ID keep until the user or their values ask for more; null for most.
@@ -113,9 +114,7 @@ public:
     bool isVirtual = false;  ///< a child, or a special curve
     int inLoggerIndex = -1;  ///< place of the composite parent in the logger's list
     int virtualIndex = -1;   ///< place among the parent's children
-    bool active = false;
-    bool downloadActive = false;
-    int numBytes = 0; ///< bytes of one sample on the wire
+    int numBytes = 0;        ///< bytes of one sample on the wire
     QString iconNameGray;
     QString iconNameColor;
     QString iconNameColorActive;

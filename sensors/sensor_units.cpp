@@ -43,6 +43,12 @@ QString coordinateText(double value, bool isLatitude)
 
 } // namespace
 
+bool Sensor::isSameQuantity(const Sensor& other) const
+{
+    const bool isNamedAlike = row && other.row && qstrcmp(row->name, other.row->name) == 0;
+    return (ID == other.ID || isNamedAlike) && unitName == other.unitName;
+}
+
 double Sensor::shownValue(double base, bool clip) const
 {
     const double value = convertToAltUnit(base);

@@ -5,7 +5,7 @@
 
 #include "common/settings.h"
 #include "tests/common/testsupport.h"
-#include "tests/data/fedlogger.h"
+#include "tests/data/loadedset.h"
 
 namespace {
 
@@ -85,40 +85,31 @@ private Q_SLOTS:
 
     void smoothsTheStoredValuesAndOnlyThisCurve()
     {
-        FedLogger fed(QByteArray{"\x1e"}, inFahrenheit()); // ambient temperature
-        ExpData data(&fed.protocol);
-        fed.online(1, 0, QByteArray::fromHex("000a"));
-        data.setDataNewEmpty(fed.logger().runChannels(), 1);
-        for (const double value : {1.0, 2.0, 9.0})
-            data.addSample(value, {value});
+        ExpData data(inFahrenheit());
+        load(&data, {SENSOR_AMB_TEMP, SENSOR_AMB_TEMP}, {{1, 2, 9}, {1, 2, 9}});
         const QString name = data.getSens(0)->name;
         data.smoothCurve();
         QCOMPARE(data.getYNoConv(0), QVector<double>({1.5, 4, 5.5}));
         QCOMPARE(data.getYAt(0, 1), 39.2);
         QCOMPARE(data.getSens(0)->name, name + QStringLiteral(" (smooth)"));
-        QCOMPARE(fed.logger().getSensors().at(0)->name, name);
+        QCOMPARE(data.getYNoConv(1), QVector<double>({1, 2, 9}));
+        QCOMPARE(data.getSens(1)->name, name);
     }
 
     void aDerivativeGrowsWithItsOrigin()
     {
-        FedLogger fed(QByteArray{"\x19"}); // distance
-        ExpData data(&fed.protocol);
-        const auto sample = [&](short n, quint16 millimetres) {
-            fed.online(1, n, FedLogger::word(millimetres));
-            if (n == 0)
-                data.setDataNewEmpty(fed.logger().runChannels(), 0.5);
-            data.addSample(n * 0.5, fed.row());
-        };
-        sample(0, 1000);
+        ExpData data;
+        data.setDataNewEmpty({SensorPtr::create(SENSOR_DISTANCE)}, 0.5);
+        data.addSample(0, {1});
         data.addSpecialCurve(ExpData::CURVE_DERIV);
         QCOMPARE(data.getNSens(), 1);
-        sample(1, 1500);
-        sample(2, 1250);
+        data.addSample(0.5, {1.5});
+        data.addSample(1, {1.25});
         data.addSpecialCurve(ExpData::CURVE_DERIV);
-        sample(3, 3250);
+        data.addSample(1.5, {3.25});
         QCOMPARE(data.getYNoConv(1), QVector<double>({1, 1, -0.5, 4}));
         data.addSpecialCurve(ExpData::CURVE_SMOOTH);
-        sample(6, 250); // two samples were lost: a slope over three periods
+        data.addSample(3, {0.25}); // two samples were lost: a slope over three periods
         QCOMPARE(data.getYNoConvAt(1, 4), -2.0);
         QCOMPARE(data.getYNoConv(2).mid(2), QVector<double>({2, 4.75 / 3, 1.75}));
         const SensorPtr& speed = data.getSens(1);

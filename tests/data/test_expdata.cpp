@@ -6,19 +6,14 @@
 #include <numeric>
 
 #include "common/settings.h"
+#include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
 #include "tests/common/testsupport.h"
-#include "tests/data/fedlogger.h"
+#include "tests/data/loadedset.h"
 
 using Values = QVector<double>;
 
 namespace {
-
-SensorPtr activeSensor(int ID)
-{
-    const SensorPtr sensor = SensorPtr::create(ID);
-    sensor->active = true;
-    return sensor;
-}
 
 /// Rows of two channels that count up from `from`, a second apart.
 void run(ExpData* data, int samples, double from)
@@ -58,49 +53,34 @@ private Q_SLOTS:
         QVERIFY(!data.getActiveSensor());
     }
 
-    void storesWhatALoggerSends()
+    void theViewOfATemperatureFollowsItsValues()
     {
-        FedLogger fed(QByteArray{"\x02\x0e\x1e"}); // pH, colorimeter, ambient temperature
-        ExpData data(&fed.protocol);
-        fed.online(0b110, 0, QByteArray::fromHex("03e807d00bb800c8"));
-        data.setDataNewEmpty(fed.logger().runChannels(), 0.1024);
-        data.addSample(0, fed.row());
-        const SensorPtr& temp = data.getSens(3);
-        QCOMPARE(temp->mapMin, 17.0);
-        QCOMPARE(temp->mapMax, 23.0);
-
-        fed.online(0b110, 1, QByteArray::fromHex("044c076c0bb8ffce"));
-        data.addSample(0.1024, fed.row());
-        QCOMPARE(data.getX(), Values({0.0, 0.1024}));
-        QCOMPARE(data.getYNoConv(1), Values({20.0, 19.0}));
-        QCOMPARE(data.getYNoConv(3), Values({20.0, -5.0}));
-        QCOMPARE(temp->mapMin, -5.0);
-        QCOMPARE(temp->maxView, 20.0);
-
-        data.setDataNewEmpty(fed.logger().runChannels(), 0);
-        data.addSample(3, fed.row());
+        ExpData data;
+        data.setDataNewEmpty({SensorPtr::create(SENSOR_AMB_TEMP)}, 0.1024);
+        const SensorPtr& temp = data.getSens(0);
+        data.addSample(0, {20});
+        QCOMPARE(Values({temp->mapMin, temp->mapMax}), Values({17, 23}));
+        data.addSample(0.1024, {-5});
+        QCOMPARE(Values({temp->mapMin, temp->maxView}), Values({-5, 20}));
+        data.setDataNewEmpty({SensorPtr::create(SENSOR_AMB_TEMP)}, 0);
+        data.addSample(3, {20});
         QCOMPARE(data.getX(), Values({3.0}));
     }
 
     // What was recorded stays what it was when a plug is pulled, a class is built from it or a run begins.
     void channelsBelongToOneSet()
     {
-        FedLogger fed(QByteArray{"\x02\x1e"}); // pH, ambient temperature
-        ExpData data(&fed.protocol);
-        fed.online(0b11, 0, QByteArray::fromHex("1b5800c8"));
-        const SensorPtr& theirs = fed.logger().getSensors().at(1);
-        for (const SensorPtr& sensor : fed.logger().getSensors())
-            sensor->active = true;
+        const SensorPtr theirs = SensorPtr::create(SENSOR_AMB_TEMP);
         theirs->readSetMinMax = theirs->readClassMinMax = theirs->readClassSetMinMax = true;
-        data.setDataNewEmpty(fed.logger().runChannels(), 1);
-        data.fillSensorListFromLoggerList(fed.logger().getSensors(), false);
+        ExpData data;
+        data.setDataNewEmpty({SensorPtr::create(SENSOR_PH), theirs}, 1);
         QVERIFY(theirs->readSetMinMax && theirs->readClassMinMax && theirs->readClassSetMinMax);
         QVERIFY(!data.getSens(1)->readSetMinMax);
         data.addSample(0, {7, 20});
         const int measured = theirs->ID;
         theirs->ID = SENSOR_VOLTAGE;
         ExpData classSet;
-        classSet.setDataNewEmpty({data.getSens(1), activeSensor(SENSOR_AMB_TEMP)}, 1);
+        classSet.setDataNewEmpty({data.getSens(1), SensorPtr::create(SENSOR_AMB_TEMP)}, 1);
         classSet.getSens(0)->name = QStringLiteral("other");
         classSet.joinSample(0, 0, 90);
         QCOMPARE(data.getSens(1)->ID, measured);
@@ -115,7 +95,7 @@ private Q_SLOTS:
         QVERIFY(!own.isNeedSave());
         ExpData data;
         data.setNeedSave(true);
-        data.setDataNewEmpty({activeSensor(SENSOR_LIGHT), activeSensor(SENSOR_LIGHT)}, 1);
+        data.setDataNewEmpty({SensorPtr::create(SENSOR_LIGHT), SensorPtr::create(SENSOR_LIGHT)}, 1);
         data.setSelectedSensor(0);
         data.joinChannel(0, own.getSens(0), own);
         data.makeUniformScales();
@@ -136,18 +116,6 @@ private Q_SLOTS:
         }
     }
 
-    void takesOverADownload()
-    {
-        FedLogger fed(QByteArray{"\x02\x16\x1e"}); // pH, pulse, ambient temperature
-        ExpData data(&fed.protocol);
-        fed.download(0b110, 3, 3, QByteArray::fromHex("00468000000000468000001e004680000032"));
-        const StoredRun& run = fed.logger().storedRun();
-        data.takeExperiment(run.channels, run.dt, run.columns);
-        QCOMPARE(data.getX(), Values({0.0, 0.1024, 0.2048}));
-        QCOMPARE(data.getData(), QVector<Values>({Values(3, 70.0), Values(3, 1.65), {0.0, 3.0, 5.0}}));
-        QCOMPARE(data.getMaxX(), 0.2048);
-    }
-
     void loadedDataGetASensibleView_data()
     {
         columns<Values, Values>({"values", "view"});
@@ -164,7 +132,7 @@ private Q_SLOTS:
         ExpData data;
         load(&data, {SENSOR_HUMIDITY}, {values});
         QTEST(Values({data.getSens(0)->minView, data.getSens(0)->maxView}), "view");
-        QVERIFY(data.getSens(0)->active && data.finalData);
+        QVERIFY(data.finalData);
     }
 
     void servesOneChannelInDegreesFahrenheit()
@@ -189,7 +157,7 @@ private Q_SLOTS:
     void aRepeatedRunStandsBesideTheLast()
     {
         ExpData data;
-        data.setDataNewEmpty({activeSensor(SENSOR_PH), activeSensor(SENSOR_LIGHT)}, 1);
+        data.setDataNewEmpty({SensorPtr::create(SENSOR_PH), SensorPtr::create(SENSOR_LIGHT)}, 1);
         run(&data, 5, 10);
         data.setDataAddRepeatExp();
         run(&data, 3, 50);
@@ -247,13 +215,13 @@ private Q_SLOTS:
         for (const double dt : {0.5, 0.0}) {
             const double period = dt > 0 ? dt : 1;
             ExpData loggers[3];
-            const SensorList list(4, activeSensor(SENSOR_LIGHT));
+            const SensorList list(4, SensorPtr::create(SENSOR_LIGHT));
             ExpData live;
             live.setDataNewEmpty(list, dt);
             QMap<int, Values> truth; // by sample number
             int next[3] = {0, 0, 40};
             for (ExpData& logger : loggers) {
-                logger.setDataNewEmpty({activeSensor(SENSOR_PH), activeSensor(SENSOR_LIGHT)}, dt);
+                logger.setDataNewEmpty({SensorPtr::create(SENSOR_PH), SensorPtr::create(SENSOR_LIGHT)}, dt);
                 logger.setSelectedSensor(1);
             }
             for (int step = 0; step < 400; ++step) {
@@ -290,7 +258,7 @@ private Q_SLOTS:
         load(&light, {SENSOR_LIGHT}, {{0, 10, 20, 30, 40, 50}});
         load(&sour, {SENSOR_PH}, {{1, 2, 3, 4, 5, 6, 7, 8}});
         ExpData data;
-        data.setDataNewEmpty(SensorList(3, activeSensor(SENSOR_LIGHT)), 1);
+        data.setDataNewEmpty(SensorList(3, SensorPtr::create(SENSOR_LIGHT)), 1);
         data.joinChannel(0, light.getSens(0), light);
         data.joinChannel(1, light.getSens(0), light);
         data.doCrop(1, 5);
@@ -313,10 +281,12 @@ private Q_SLOTS:
         QCOMPARE(data.getSens(3)->name, data.getSens(0)->name + QStringLiteral("/time"));
         QCOMPARE(data.getSens(3)->unitName, data.getSens(0)->unitName + QStringLiteral("/s"));
         QCOMPARE(data.groupsInAverage(), 2);
+        QVERIFY(data.isMeaningless(2) && !data.isMeaningless(1));
         QCOMPARE(data.valuesAt(4), 1);
         data.joinChannel(0, light.getSens(0), light);
         QCOMPARE(data.getX(), Values({1, 2, 3, 4}));
         QCOMPARE(data.getSens(0)->classMaxView, 77.0);
+        QVERIFY(!data.isMeaningless(2));
         data.joinSample(0, 9, 100);
         data.joinSample(0, 0, 100);
         data.joinSample(1, 5.2, 100);

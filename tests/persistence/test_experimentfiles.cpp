@@ -339,6 +339,24 @@ private Q_SLOTS:
         QCOMPARE(graph->markers[0]->iSens, 0);
     }
 
+    void anAverageOfUnlikeThingsIsNotKept()
+    {
+        for (const int second : {SENSOR_AMB_TEMP_NTC, SENSOR_LIGHT}) {
+            const auto kind = [](int id) { return SensorPtr::create(id); };
+            data->setDataNewEmpty({kind(SENSOR_AMB_TEMP), kind(second), kind(SENSOR_AMB_TEMP)}, 1);
+            data->joinSample(0, 0, 20);
+            data->joinSample(1, 0, 30);
+            const QString csv = folder.filePath("class.csv");
+            QVERIFY(ReadWrite::exportCSV(csv, data.get(), false, "t"));
+            const bool isKept = second != SENSOR_LIGHT; // two thermometers measure the same
+            QVERIFY(bytesOf(csv).endsWith(isKept ? ", 30.0, 25.0\n" : ", 30, ---\n"));
+            QVERIFY(ReadWrite::write(name, "T", data.get(), {}, {}, {}, "Line"));
+            ReadWrite::read(name, data.get(), nullptr, nullptr);
+            QCOMPARE(data->getYSize(2), isKept ? 1 : 0);
+            QVERIFY(QFile::remove(csv));
+        }
+    }
+
     void failedWriteKeepsOldFile()
     {
         fillExperiment(data.get(), 0.5, 4000);
