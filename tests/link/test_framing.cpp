@@ -3,7 +3,6 @@
 #include <QTimer>
 
 #include "common/waits.h"
-#include "link/connectthread.h"
 #include "link/myporttalker.h"
 #include "link/portlistener.h"
 #include "tests/common/testsupport.h"
@@ -160,20 +159,6 @@ private Q_SLOTS:
         port->feed(online(3));
         QCOMPARE(heard, QVector<QByteArray>({online(1)}));
         QCOMPARE(loader.size(), 1);
-    }
-
-    void anAttemptEndsByItself()
-    {
-        struct Opener : PortOpener
-        {
-            int open() override { return where.storeRelease(QThread::currentThread()), 0; }
-            QAtomicPointer<QThread> where;
-        } opener;
-        QPointer<ConnectThread> attempt = new ConnectThread(&opener);
-        const QThread* thread = attempt;
-        attempt->start();
-        QTRY_VERIFY(!attempt);
-        QCOMPARE(opener.where.loadAcquire(), const_cast<QThread*>(thread));
     }
 
 private:

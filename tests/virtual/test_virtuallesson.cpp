@@ -81,24 +81,6 @@ private Q_SLOTS:
         QVERIFY(channels > 90);
     }
 
-    void aWalkIsSeenByTheGps()
-    {
-        SampleWriter writer;
-        const SensorKind gps(SENSOR_GPS);
-        double values[SensorKind::mostValues];
-        const LessonSignals lesson(3);
-        for (int second = 0; second < 300; second += 7) {
-            const QByteArray bytes = writer.block(SENSOR_GPS, lesson, second);
-            QCOMPARE(bytes.size(), 12);
-            gps.decode(reinterpret_cast<const unsigned char*>(bytes.constData()), values);
-            for (int i = 0; i < 4; ++i) {
-                const double tolerance = i < 2 ? 1.0 / 60000 : 0.051;
-                QVERIFY(qAbs(values[i] - lesson.value(SENSOR_GPS_LAT + i, second)) <= tolerance);
-            }
-            QVERIFY(values[2] > 2 && values[2] < 8);
-        }
-    }
-
     void aLineDoesToPacketsWhatItsFaultsSay_data()
     {
         // written: bytes of 20 answers of 33 and 20 samples of 9, -1: more than all

@@ -188,45 +188,29 @@ private Q_SLOTS:
         row("no sensor", QByteArray("s"), quint16(0), QByteArray("25"), 0);
         row("battery dies", QByteArray("swb"), quint16(1), QByteArray("2223"), 1);
         row("memory fills", QByteArray("swm"), quint16(1), QByteArray("2224"), 1);
-        row("stop", QByteArray("swS"), quint16(1), QByteArray("2233"), 1);
-        row("stop of nothing", QByteArray("S"), quint16(1), QByteArray("33"), 0);
         row("second start goes on", QByteArray("swswS"), quint16(1), QByteArray("222233"), 1);
-        row("own keys", QByteArray("kwK"), quint16(1), QByteArray("2233"), 1);
+        row("own keys, then a stop of nothing", QByteArray("kwKS"), quint16(1), QByteArray("223333"), 1);
         row("two runs", QByteArray("swSswS"), quint16(1), QByteArray("22332233"), 2);
     }
 
     void aRunIsRefusedOrEnds()
     {
-        QFETCH(QByteArray, steps);
-        QFETCH(quint16, mask);
+        const auto [steps, mask] = fetched<QByteArray, quint16>({"steps", "mask"});
         LoggerIdentity identity = identityOf("BIRCH");
         identity.mask = mask;
         Bench bench(identity);
+        VirtualLogger& logger = bench.logger;
+        const QMap<char, std::function<LoggerPackets()>> doings{
+            {'b', [&] { return logger.setBatteryEmpty(true, bench.now); }},
+            {'m', [&] { return logger.setMemoryFull(true, bench.now); }},
+            {'s', [&] { return bench.tell("471422"); }},
+            {'S', [&] { return bench.tell("471433"); }},
+            {'k', [&] { return logger.pressStart(bench.now); }},
+            {'K', [&] { return logger.pressStop(bench.now); }},
+            {'w', [&] { return bench.wait(300); }}};
         LoggerPackets packets;
-        for (const char step : steps) {
-            switch (step) {
-            case 'b':
-                packets += bench.logger.setBatteryEmpty(true, bench.now);
-                break;
-            case 'm':
-                packets += bench.logger.setMemoryFull(true, bench.now);
-                break;
-            case 's':
-                packets += bench.tell("471422");
-                break;
-            case 'S':
-                packets += bench.tell("471433");
-                break;
-            case 'k':
-                packets += bench.logger.pressStart(bench.now);
-                break;
-            case 'K':
-                packets += bench.logger.pressStop(bench.now);
-                break;
-            default:
-                packets += bench.wait(300);
-            }
-        }
+        for (const char step : steps)
+            packets += doings[step]();
         QTEST(events(packets), "answers");
         const QByteArray status = joined(bench.tell("471410"));
         QCOMPARE(quint8(status[7]), quint8(0));
@@ -329,49 +313,6 @@ private Q_SLOTS:
         QCOMPARE(snapshot.left(3).toHex(), QByteArray("3e7981"));
         bench.logger.setBatteryEmpty(true, 0);
         QCOMPARE(quint8(joined(bench.tell("672422010000"))[3]), quint8(0x23));
-    }
-
-    void aVortaPacksItsSamplesInBlocks_data()
-    {
-        // firstDue: us; blocks: of a run of 100 samples
-        columns<QByteArray, int, int, qint64, int>({"rate", "type", "size", "firstDue", "blocks"});
-        row("1/Sec", QByteArray("01"), 0xF0, 12, qint64(0), 100);
-        row("10/Sec", QByteArray("02"), 0xF0, 12, qint64(0), 100);
-        row("25/Sec", QByteArray("03"), 0xF1, 36, qint64(3 * 40960), 25);
-        row("100/Sec", QByteArray("04"), 0xF2, 84, qint64(9 * 10240), 10);
-        row("500/Sec", QByteArray("05"), 0xF3, 254, qint64(49 * 2048), 2);
-    }
-
-    void aVortaPacksItsSamplesInBlocks()
-    {
-        const auto [rate, size, firstDue] = fetched<QByteArray, int, qint64>({"rate", "size", "firstDue"});
-        Bench bench(identityOf("VORTA"));
-        LoggerPackets packets = bench.tell("672422" + rate + "0064");
-        QCOMPARE(packets[0].bytes.mid(2, 2).toHex(), QByteArray("8422"));
-        if (firstDue > 0)
-            QCOMPARE(bench.logger.nextDue(), firstDue * 1000);
-        packets += bench.wait(120000);
-        const LoggerPackets samples = samplesOf(packets);
-        QTEST(samples.size(), "blocks");
-        QCOMPARE(packets.last().bytes.mid(2, 2).toHex(), QByteArray("8433"));
-        const SensorKind force(SENSOR_VORTA_FORCE50, {}, {2051, 28.5F});
-        const SensorKind z(SENSOR_VORTA_ACC_Z);
-        const LessonSignals lesson(7919); // of run 1
-        const double period = LoggerRates::period(rate.toInt(), LoggerModel::Vorta);
-        const int width = size == 254 ? 5 : 8;
-        const int length = (size - 4) / width;
-        for (int i = 0; i < 100; ++i) {
-            const QByteArray& bytes = samples[i / length].bytes;
-            QCOMPARE(bytes.size(), size);
-            QTEST(int(quint8(bytes[2])), "type");
-            const int at = 3 + i % length * width;
-            const bool isUpright = lesson.value(SENSOR_VORTA_ACC_X, i * period) > 0.9;
-            const double weight = isUpright ? 1.9 : 0;
-            const double wanted = lesson.value(SENSOR_VORTA_FORCE50, i * period) - weight;
-            QVERIFY(qAbs(force.convert(quint16(word(bytes, at) & 0x0FFF)) - wanted) < 0.02);
-            const double up = z.convert(quint16(word(bytes, at + width - 2) * 16));
-            QVERIFY(qAbs(up - lesson.value(SENSOR_VORTA_ACC_Z, i * period)) < 0.003);
-        }
     }
 
     void framesAreCutFromAnyStream()
