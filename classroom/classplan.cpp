@@ -155,14 +155,20 @@ void ClassPlan::tick(int row, bool isOn)
 
 void ClassPlan::chooseRate(short rate)
 {
-    shown.rate = rate;
     chosen |= Rate;
+    if (!vorta) {
+        shown.rate = rate;
+        return;
+    }
+    shown.vortaRate = rate;
+    keepVortaSensors(ticks());
+    shown.mask = ticks();
 }
 
 void ClassPlan::chooseSamples(short samples)
 {
-    shown.samples = samples;
     chosen |= Samples;
+    (vorta ? shown.vortaSamples : shown.samples) = samples;
 }
 
 void ClassPlan::plug(int socket, int id)
@@ -185,20 +191,6 @@ void ClassPlan::chooseGate(bool isOn)
         row.id = isOn ? QUELLMARK_PHOTOGATE_HEART : QUELLMARK_HEARTRATE_WAVE;
         shown.external[row.socket] = row.id;
     }
-}
-
-void ClassPlan::chooseVortaRate(short rate)
-{
-    shown.vortaRate = rate;
-    chosen |= Rate;
-    keepVortaSensors(ticks());
-    shown.mask = ticks();
-}
-
-void ClassPlan::chooseVortaSamples(short samples)
-{
-    shown.vortaSamples = samples;
-    chosen |= Samples;
 }
 
 void ClassPlan::chooseInvertForce(bool isOn)

@@ -63,13 +63,12 @@ public:
 
     // What a person chooses.
     void tick(int row, bool isOn);
+    /// Indices into TembrinData::Rates and samplesNames(); of a Vorta leader into VortaRates, and a number.
     void chooseRate(short rate);
     void chooseSamples(short samples);
     /// The sensor `id` is, or will be, in socket 0 or 1; 0 for nothing.
     void plug(int socket, int id);
     void chooseGate(bool isOn);
-    void chooseVortaRate(short rate);
-    void chooseVortaSamples(short samples);
     void chooseInvertForce(bool isOn);
     /// The parts of trigger and range are taken; they stay where `isLasting`.
     void chooseTrigger(const LoggerSettings& trigger, bool isLasting = true);

@@ -9,7 +9,7 @@ struct LoggerSettings
     // The logging setup.
     quint16 mask = 0;         ///< bit i: entry i of the logger's sensor list is recorded
     short rate = 2;           ///< index into TembrinData::Rates
-    short samples = 1;        ///< index into TembrinData::SamplesNames
+    short samples = 1;        ///< index into TembrinData::samplesNames()
     int external[2] = {0, 0}; ///< sensor IDs in sockets 1 and 2, 0 for none or unknown
     short trigType = 0;       ///< index into TembrinData::TrigTypeNames
     short trigSens = 7;       ///< list index

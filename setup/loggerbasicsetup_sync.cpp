@@ -201,11 +201,7 @@ void loggerBasicSetup::rateChosen(int index)
 {
     if (isFilling || index < 0 || isRefused())
         return;
-    const short rate = short(rates[index].value);
-    if (link->plan.isVorta())
-        link->plan.chooseVortaRate(rate);
-    else
-        link->plan.chooseRate(rate);
+    link->plan.chooseRate(short(rates[index].value));
     planChanged();
 }
 
@@ -213,11 +209,7 @@ void loggerBasicSetup::samplesChosen(int index)
 {
     if (isFilling || index < 0 || isRefused())
         return;
-    const short samples = short(sampleCounts[index].value);
-    if (link->plan.isVorta())
-        link->plan.chooseVortaSamples(samples);
-    else
-        link->plan.chooseSamples(samples);
+    link->plan.chooseSamples(short(sampleCounts[index].value));
     planChanged();
 }
 
