@@ -3,6 +3,11 @@
 #include "common/settings.h"
 
 #include <QLocale>
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
 
 QString Common::locale;
 bool Common::isLocaleRead = false;
@@ -28,6 +33,16 @@ QLocale numberLocale()
             return QLocale(row.language);
     }
     return QLocale::system();
+}
+
+QString superscript(int number)
+{
+    static const QString signs = QStringLiteral("⁰¹²³⁴⁵⁶⁷⁸⁹");
+    QString text = number < 0 ? QStringLiteral("⁻") : QString();
+    const QString digits = QString::number(std::abs(number));
+    for (const QChar digit : digits)
+        text.append(signs.at(digit.digitValue()));
+    return text;
 }
 
 } // namespace
@@ -77,6 +92,33 @@ QString Common::myToString(double val, char format, int precision)
     const QLocale numbers = numberLocale();
     QString text = numbers.toString(val, format, precision);
     return text.remove(numbers.groupSeparator());
+}
+
+QString Common::toSignificant(double val, int digits)
+{
+    constexpr int leastExponent = -4;
+    constexpr int mostExponent = 6;
+    if (val == 0 || !std::isfinite(val))
+        return myToString(val, 'f', 0);
+    // Rounding may carry into another digit, so the exponent is that of the rounded number.
+    const QStringList parts = QString::number(val, 'e', digits - 1).split(QLatin1Char('e'));
+    const int exponent = parts.last().toInt();
+    if (exponent >= leastExponent && exponent <= mostExponent)
+        return myToString(val, 'f', std::max(0, digits - 1 - exponent));
+    return QStringLiteral("%1·10%2").arg(myToString(parts.first().toDouble(), 'f', digits - 1),
+                                         superscript(exponent));
+}
+
+QString Common::unitPer(const QString& unit, const QString& per, int power)
+{
+    QString bare = unit;
+    if (bare.startsWith(QLatin1Char('[')) && bare.endsWith(QLatin1Char(']')))
+        bare = bare.mid(1, bare.size() - 2);
+    if (power == 0)
+        return bare;
+    const QString below = bare.contains(QLatin1Char('/')) ? QStringLiteral("(%1)").arg(bare) : bare;
+    return QStringLiteral("%1/%2%3").arg(below.isEmpty() ? QStringLiteral("1") : below, per,
+                                         power == 1 ? QString() : superscript(power));
 }
 
 QString Common::myToStringOptionalQuotes(double val, char format, int precision)

@@ -23,6 +23,14 @@ public:
     /// QLocale::toString().
     static QString myToString(double val, char format, int precision);
 
+    /// `val` in the user's language with `digits` digits that count; a whole number keeps all of its own.
+    /// Very large and very small ones as "1.234·10⁻⁷".
+    static QString toSignificant(double val, int digits = 4);
+
+    /// The unit of a change per `per` ("°C/s", with a power of 2 "°C/s²"; "1/s" without a unit), of power 0
+    /// `unit` itself. Brackets that some units stand in fall away.
+    static QString unitPer(const QString& unit, const QString& per, int power);
+
     /// As myToString(), in double quotes where isCommaSeparator() holds.
     static QString myToStringOptionalQuotes(double val, char format, int precision);
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "data/novalue.h"
+#include "data/regression.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ DerivedCurve::DerivedCurve(Kind kind, const QVector<double>& times, double perio
     : kind(kind)
     , times(times)
     , period(period)
-    , radius(qMax(0, (kernel - 1) / 2))
+    , radius(kind == Slope && kernel < leastWindow ? 0 : qMax(0, (kernel - 1) / 2))
 {
 }
 
@@ -28,7 +29,9 @@ double DerivedCurve::at(const QVector<double>& v, int i) const
 {
     if (std::isnan(v.at(i)))
         return noValue;
-    return kind == Slope ? slopeAt(v, i) : smoothedAt(v, i);
+    if (kind == Slope)
+        return radius > 0 ? fittedSlope(v, i, timeOf(i)) : slopeAt(v, i);
+    return smoothedAt(v, i);
 }
 
 QVector<double> DerivedCurve::of(const QVector<double>& v) const
@@ -41,10 +44,10 @@ QVector<double> DerivedCurve::of(const QVector<double>& v) const
 
 void DerivedCurve::widen(const QVector<double>& v, int* first, int* last) const
 {
-    const int reach = kind == Slope ? 1 : radius;
+    const int reach = kind == Slope ? qMax(1, radius) : radius;
     *first = qMax(0, *first - reach);
     *last = qMin(*last + reach, v.size() - 1);
-    if (kind != Slope)
+    if (kind != Slope || radius > 0)
         return;
     // The neighbours of a slope are values, however long the gap between.
     const int before = nextValue(v, *first, -1);
@@ -73,6 +76,26 @@ double DerivedCurve::slopeAt(const QVector<double>& v, int i) const
     const int from = before >= 0 ? before : i;
     const int to = before >= 0 ? i : nextValue(v, i + 1, 1);
     return to < 0 ? noValue : (v.at(to) - v.at(from)) / timeBetween(from, to);
+}
+
+/// The window is cut off at the ends of the channel, and slides inwards there so that it keeps
+/// leastWindow samples.
+double DerivedCurve::fittedSlope(const QVector<double>& v, int i, double at) const
+{
+    const int first = qMax(0, qMin(i - radius, v.size() - leastWindow));
+    const int last = qMin(v.size() - 1, qMax(i + radius, leastWindow - 1));
+    QVector<QPointF> points;
+    for (int k = first; k <= last; ++k) {
+        if (!std::isnan(v.at(k)))
+            points.append({timeOf(k), v.at(k)});
+    }
+    return points.size() > 1 ? ::fittedSlope(points, at) : noValue;
+}
+
+double DerivedCurve::timeOf(int i) const
+{
+    return i < times.size() ? times.at(i)
+                            : (times.isEmpty() ? 0.0 : times.last()) + (i - times.size() + 1) * period;
 }
 
 /// A whole number of samples, as near as the times tell it.

@@ -231,9 +231,10 @@ public:
     /// The curve at time X: linear between samples and beyond the last, the first value before the first. Not
     /// a number inside a gap.
     double interpolateY(int iSens, double X) const;
-    /// Slope of the tangent at the point (x1, y1) of the curve; not finite outside the inner samples and
-    /// beside a gap.
-    double approximateDeriv(int iSens, double x1, double y1) const;
+    /// Slope of the tangent at time x1: a line fitted to the samples nearer than `reach` seconds, though to
+    /// DerivedCurve::leastWindow of them at least and mostWindow at most. Not finite outside the curve, at a
+    /// gap, and where the times do not settle it.
+    double tangentSlope(int iSens, double x1, double reach) const;
     /// Area under the curve between two times, x1 below x2; a gap adds nothing.
     double integral(int iSens, double x1, double x2) const;
     /// Fit y = a x² + b x + c over a time span with the correlation r; degree 1 gives a = 0.
@@ -260,6 +261,7 @@ public:
     double minLimit = 0.0;      ///< lowest value of the selected sensor
     bool finalData = false;     ///< no more samples are coming
     int smoothKernel = 3;       ///< width of the moving average in samples
+    int derivWindow = 0; ///< samples that a derivative is fitted over; 0: the change from one to the next
 
 private:
     // Channels

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include "data/novalue.h"
 #include "data/regression.h"
 
 namespace {
@@ -56,8 +56,9 @@ void ExpData::smoothCurve()
 
 DerivedCurve ExpData::derivation(int type) const
 {
-    return DerivedCurve(type == CURVE_DERIV ? DerivedCurve::Slope : DerivedCurve::Smooth, x, samplePeriod(),
-                        smoothKernel);
+    const bool isSlope = type == CURVE_DERIV;
+    return DerivedCurve(isSlope ? DerivedCurve::Slope : DerivedCurve::Smooth, x, samplePeriod(),
+                        isSlope ? derivWindow : smoothKernel);
 }
 
 /// The channel `index` that is derived from another.
@@ -134,19 +135,21 @@ double ExpData::interpolateY(int iSens, double X) const
     return width > 0 ? y0 + ((X - x.at(i - 1)) / width) * (y1 - y0) : y1;
 }
 
-double ExpData::approximateDeriv(int iSens, double x1, double y1) const
+double ExpData::tangentSlope(int iSens, double x1, double reach) const
 {
     const int n = timedSamples(iSens);
-    const int before = int(std::lower_bound(x.cbegin(), x.cbegin() + n, x1) - x.cbegin()) - 1;
-    const int after = int(std::upper_bound(x.cbegin(), x.cbegin() + n, x1) - x.cbegin());
-    if (before < 0 || after >= n)
-        return std::numeric_limits<double>::quiet_NaN();
-    const double x0 = x.at(before);
-    const double x2 = x.at(after);
-    const double y0 = getYAt(iSens, before);
-    const double y2 = getYAt(iSens, after);
-    return y0 * (x1 - x2) / ((x0 - x1) * (x0 - x2)) + y1 * (2 * x1 - x0 - x2) / ((x1 - x0) * (x1 - x2)) +
-           y2 * (x1 - x0) / ((x2 - x0) * (x2 - x1));
+    if (n < 2 || !sensors.at(iSens) || x1 < x.constFirst() || x1 > x.at(n - 1) ||
+        std::isnan(interpolateY(iSens, x1)))
+        return noValue;
+    const auto firstFrom = [&](double t) {
+        return int(std::lower_bound(x.cbegin(), x.cbegin() + n, t) - x.cbegin());
+    };
+    const int after = qMin(firstFrom(x1), n - 1);
+    const int nearest = after > 0 && x1 - x.at(after - 1) < x.at(after) - x1 ? after - 1 : after;
+    const int beside = qMax(nearest - firstFrom(x1 - reach), firstFrom(x1 + reach) - 1 - nearest);
+    const int window = qBound(DerivedCurve::leastWindow, 2 * beside + 1, DerivedCurve::mostWindow);
+    const DerivedCurve slope(DerivedCurve::Slope, x, samplePeriod(), window);
+    return slope.fittedSlope(y.at(iSens), nearest, x1) * sensors.at(iSens)->altUnit().factor;
 }
 
 /// The curve between two times with both ends interpolated, in the unit on display.

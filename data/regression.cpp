@@ -101,3 +101,12 @@ ParabolaFit fitParabola(const QVector<QPointF>& points)
     fit.r = yf / (std::sqrt(yy) * std::sqrt(ff));
     return fit;
 }
+
+double fittedSlope(const QVector<QPointF>& points, double x)
+{
+    QVector<QPointF> moved = points;
+    for (QPointF& p : moved)
+        p.rx() -= x;
+    const double slope = fitParabola(moved).b;
+    return std::isfinite(slope) ? slope : fitLine(moved).slope;
+}

@@ -23,3 +23,6 @@ struct ParabolaFit
 
 LineFit fitLine(const QVector<QPointF>& points);
 ParabolaFit fitParabola(const QVector<QPointF>& points);
+/// Slope at `x` of the parabola through the points, or of the line where they stand at two places only. In
+/// the middle of evenly spaced points both are the same; at their end the line would lag behind a bend.
+double fittedSlope(const QVector<QPointF>& points, double x);

@@ -12,6 +12,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <utility>
+
 #include "common/settings.h"
 #include "common/userprompt.h"
 
@@ -34,9 +36,10 @@ QPixmap loadPicture(const QString& file)
 
 } // namespace
 
-BubbleEdit::BubbleEdit(const QString& text, int index, bool isBubble, UserPrompt* prompt, QWidget* parent)
+BubbleEdit::BubbleEdit(const QString& text, std::function<int()> place, bool isBubble, UserPrompt* prompt,
+                       QWidget* parent)
     : QDialog(parent)
-    , index(index)
+    , place(std::move(place))
     , prompt(prompt)
     , textEdit(new QPlainTextEdit(text))
     , boxBalloon(new QCheckBox(tr("Bubble shape")))
@@ -71,9 +74,9 @@ BubbleEdit::BubbleEdit(const QString& text, int index, bool isBubble, UserPrompt
     all->addWidget(buttons);
 
     connect(textEdit, &QPlainTextEdit::textChanged, this,
-            [this] { Q_EMIT textChanged(textEdit->toPlainText(), this->index); });
+            [this] { Q_EMIT textChanged(textEdit->toPlainText(), this->place()); });
     connect(boxBalloon, &QCheckBox::clicked, this,
-            [this](bool tf) { Q_EMIT bubbleChanged(tf, this->index); });
+            [this](bool tf) { Q_EMIT bubbleChanged(tf, this->place()); });
     connect(imageButton, &QPushButton::clicked, this, &BubbleEdit::chooseImage);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -94,7 +97,7 @@ void BubbleEdit::chooseImage()
     const QPixmap picture = loadPicture(file);
     if (picture.isNull())
         return;
-    Q_EMIT imageChanged(picture, index);
+    Q_EMIT imageChanged(picture, place());
     boxBalloon->setChecked(true);
-    Q_EMIT bubbleChanged(true, index);
+    Q_EMIT bubbleChanged(true, place());
 }

@@ -4,6 +4,8 @@
 #include <QPixmap>
 #include <QPointer>
 
+#include <functional>
+
 class QCheckBox;
 class QPlainTextEdit;
 class UserPrompt;
@@ -15,9 +17,11 @@ class BubbleEdit : public QDialog
     Q_OBJECT
 
 public:
-    /// `index` is the annotation's place among the markers and comes with every signal. `prompt` asks for the
-    /// picture file; without one the button does nothing. Not owned.
-    BubbleEdit(const QString& text, int index, bool isBubble, UserPrompt* prompt, QWidget* parent = nullptr);
+    /// `place` tells where the annotation stands among the markers now, -1 when it is gone: others in front
+    /// of it may go while the dialog is open. It comes with every signal. `prompt` asks for the picture file;
+    /// without one the button does nothing. Not owned.
+    BubbleEdit(const QString& text, std::function<int()> place, bool isBubble, UserPrompt* prompt,
+               QWidget* parent = nullptr);
 
 Q_SIGNALS:
     void textChanged(QString text, int index);
@@ -27,7 +31,7 @@ Q_SIGNALS:
 private:
     void chooseImage();
 
-    const int index;
+    const std::function<int()> place;
     UserPrompt* const prompt;
     QPlainTextEdit* textEdit;
     QCheckBox* boxBalloon;

@@ -13,6 +13,7 @@
 
 namespace {
 
+constexpr double slopeReach = 10;    // pixels on each side whose samples the tangent is fitted to
 constexpr double slopeHotPixels = 5; // how far beside the pointer slope mode looks for the curve
 constexpr double gateLevel = 5;      // V, height of a blocked gate, which its text points at
 constexpr double belowGateLevel = 4; // so that a second text does not hide the first
@@ -155,7 +156,9 @@ void Plot::updateSlope(const QPoint pos)
 /// The tangent where it stands, with its text; neither where the curve has no slope.
 void Plot::showSlope()
 {
-    slope->slope = data->approximateDeriv(slope->iSens, slope->xValue(), slope->yValue());
+    const QwtScaleMap map = canvasMap(xBottom);
+    const double perPixel = map.pDist() > 0 ? map.sDist() / map.pDist() : 0;
+    slope->slope = data->tangentSlope(slope->iSens, slope->xValue(), slopeReach * perPixel);
     const bool isThere = std::isfinite(slope->slope);
     slope->setShown(isThere);
     slope->connectTo->setShown(isThere);

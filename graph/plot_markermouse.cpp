@@ -177,7 +177,8 @@ void Plot::editMarker(int iMark)
     if (!marker)
         return;
     data->setNeedSave(true);
-    auto* dialog = new BubbleEdit(marker->label().text(), iMark, marker->isBubble(), userPrompt, this);
+    const auto place = [this, marker] { return markers.indexOf(marker); }; // the dialog goes with it
+    auto* dialog = new BubbleEdit(marker->label().text(), place, marker->isBubble(), userPrompt, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setModal(true);
     connect(dialog, &BubbleEdit::textChanged, this, &Plot::changeMarkerText);

@@ -25,7 +25,7 @@ SetRange::SetRange(QWidget* parent)
     minval = addField(form, tr("Minimum value"), QStringLiteral("minval"), 10000);
     maxval = addField(form, tr("Maximum Value"), QStringLiteral("maxval"), 50000);
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     buttons->setObjectName(QStringLiteral("buttonBox"));
     QPushButton* defaultButton = buttons->addButton(tr("Default"), QDialogButtonBox::ResetRole);
     defaultButton->setObjectName(QStringLiteral("buttonDefault"));
@@ -45,6 +45,18 @@ SetRange::SetRange(QWidget* parent)
     connect(reverseButton, &QPushButton::clicked, this, &SetRange::reverse);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+}
+
+void SetRange::offerAutomatic()
+{
+    QPushButton* button = buttons->addButton(tr("Automatic"), QDialogButtonBox::ResetRole);
+    button->setObjectName(QStringLiteral("buttonAutomatic"));
+    button->setToolTip(tr("The range follows the data again"));
+    button->setAutoDefault(false);
+    connect(button, &QPushButton::clicked, this, [this] {
+        automaticChosen = true;
+        accept();
+    });
 }
 
 QDoubleSpinBox* SetRange::addField(QFormLayout* form, const QString& label, const QString& name, double top)

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 
+class QDialogButtonBox;
 class QDoubleSpinBox;
 class QFormLayout;
 class QLabel;
@@ -19,6 +20,10 @@ public:
     /// Shows a range and keeps writing the edited one to `setmin`, `setmax`, starting with what it shows.
     /// They outlive the dialog; rejecting does not take them back.
     void Params(double curmin, double curmax, double defmin, double defmax, double* setmin, double* setmax);
+    /// Adds the button that gives the range back to the program and closes the dialog as accepted.
+    void offerAutomatic();
+    /// It was pressed: the range is not one fixed by hand any more.
+    bool isAutomatic() const { return automaticChosen; }
 
 private:
     QDoubleSpinBox* addField(QFormLayout* form, const QString& label, const QString& name, double top);
@@ -27,6 +32,7 @@ private:
     void reverse();
 
     QLabel* title;
+    QDialogButtonBox* buttons;
     QDoubleSpinBox* minval;
     QDoubleSpinBox* maxval;
     double shownMin = 0; ///< the fields as last read or set
@@ -35,4 +41,5 @@ private:
     double defaultMax = 0;
     double* resultMin = nullptr;
     double* resultMax = nullptr;
+    bool automaticChosen = false;
 };

@@ -40,6 +40,23 @@ private Q_SLOTS:
         QTEST(Common::myToStringOptionalQuotes(1234.5, 'f', 2), "quoted");
     }
 
+    void coefficients_data()
+    {
+        columns<double, QString, int, QString>({"value", "unit", "power", "text"});
+        row("four digits", 0.061234, "lx", 1, "0.06123 lx/s");
+        row("rounding carries", 9.99996, "°C", 0, "10.00 °C");
+        row("no digit before the point is lost", -123456.0, "km/h", 2, "-123456 (km/h)/s²");
+        row("small", 0.00001234, "[pH]", 1, "1.234·10⁻⁵ pH/s");
+        row("large, without a unit", 3e12, "", 1, "3.000·10¹² 1/s");
+        row("nothing", 0.0, "V", 0, "0 V");
+    }
+
+    void coefficients()
+    {
+        const auto [value, unit, power] = fetched<double, QString, int>({"value", "unit", "power"});
+        QTEST(Common::toSignificant(value) + QLatin1Char(' ') + Common::unitPer(unit, "s", power), "text");
+    }
+
     void aChangedLanguageWaitsForTheNextStart()
     {
         QVERIFY(!Common::isPolish());

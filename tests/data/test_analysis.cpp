@@ -159,6 +159,31 @@ private Q_SLOTS:
         }
     }
 
+    // A cup that cools by 0.7 degrees a second, told in steps of a tenth by a sensor that flickers.
+    void slopesAreFittedOverAWindow()
+    {
+        QVector<double> cup;
+        for (int i = 0; i < 400; ++i)
+            cup << std::round(10 * (80 - 0.07 * i) + i % 3 - 1) / 10;
+        ExpData data(inFahrenheit());
+        load(&data, {SENSOR_EXT_TEMP}, {cup}, 0.1);
+        data.setSelectedSensor(0);
+        data.derivWindow = 21;
+        data.addSpecialCurve(ExpData::CURVE_DERIV);
+        for (int i = 0; i < 400; ++i) {
+            const double tolerance = i < 10 || i > 389 ? 0.5 : 0.1;
+            const double tangent = data.tangentSlope(0, i * 0.1, 1.2) / 1.8;
+            const double derivative = data.getYNoConvAt(1, i);
+            QVERIFY2(qAbs(tangent + 0.7) < tolerance && qAbs(derivative + 0.7) < tolerance,
+                     qPrintable(QStringLiteral("sample %1: %2, %3").arg(i).arg(tangent).arg(derivative)));
+        }
+        load(&data, {SENSOR_LIGHT}, {{1, 2, 5}});
+        data.derivWindow = 5; // more than there are
+        data.setSelectedSensor(0);
+        data.addSpecialCurve(ExpData::CURVE_DERIV);
+        QCOMPARE(data.getYNoConvAt(1, 1), 2.0);
+    }
+
     void readsBetweenSamples()
     {
         ExpData data;
@@ -167,8 +192,9 @@ private Q_SLOTS:
         QCOMPARE(data.interpolateY(0, 6), 30.0);
         QCOMPARE(data.interpolateY(0, -1), 0.0);
         QCOMPARE(data.interpolateY(1, 3), 7.0);
-        QCOMPARE(data.approximateDeriv(0, 2.5, 6.25), 5.0);
-        QVERIFY(!std::isfinite(data.approximateDeriv(0, 4, 16)));
+        QCOMPARE(data.tangentSlope(0, 2.5, 0), 5.0);
+        QCOMPARE(data.tangentSlope(0, 4, 0), 8.0);
+        QVERIFY(!std::isfinite(data.tangentSlope(0, 4.1, 0)));
         QCOMPARE(data.integral(0, 2.2, 2.6), 0.4 * (5 + 7) / 2);
         QCOMPARE(data.integral(0, 0.5, 3), 0.375 + 2.5 + 6.5);
         double a = 0, b = 0, c = 0, r = 0;

@@ -349,10 +349,14 @@ private Q_SLOTS:
         label->setPic(QPixmap());
         label->setText(QString());
         QCOMPARE(label->balloonRect(QPointF()).width(), 50.0);
-        // The dialog goes with what it edits.
-        QTest::mouseDClick(plot->canvas(), Qt::LeftButton, {}, QPoint(400, 150));
+        // The dialog keeps to its note when one in front of it goes, and goes with it.
+        QTRY_VERIFY(!plot->findChild<BubbleEdit*>());
+        plot->newAnnotation(QPointF(200, 100));
         QPointer<BubbleEdit> open = plot->findChild<BubbleEdit*>();
         QVERIFY(open);
+        plot->removeMarker(label);
+        QTest::keyClicks(open->findChild<QWidget*>(QStringLiteral("textEdit")), QStringLiteral("Milk"));
+        QCOMPARE(textOf(0), QStringLiteral("Milk"));
         plot->setMarkers();
         QTRY_VERIFY(!open || !open->isVisible());
     }
@@ -375,7 +379,7 @@ private Q_SLOTS:
         plot->setAxisScale(QwtPlot::xBottom, -1, 11);
         plot->replot();
         moveTo(pixel(0, 0) + QPoint(-4, 10));
-        QVERIFY2(!text->isShown(), "outside the inner samples");
+        QVERIFY2(text->isShown(), "at the first sample");
         placeCrosses(0, 4, 6);
         moveTo(pixel(0, 9));
         QVERIFY(qAbs(text->connectTo->xValue() - 6) < 0.2);

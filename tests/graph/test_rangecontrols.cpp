@@ -44,6 +44,10 @@ private Q_SLOTS:
         dialog.findChild<QPushButton*>(QStringLiteral("buttonDefault"))->click();
         QCOMPARE(max, 192120.0);
         QCOMPARE(minval->value(), -559.5);
+        dialog.offerAutomatic();
+        QVERIFY(!dialog.isAutomatic());
+        dialog.findChild<QPushButton*>(QStringLiteral("buttonAutomatic"))->click();
+        QVERIFY(dialog.isAutomatic() && dialog.result() == QDialog::Accepted);
     }
 
     void windowScrollsAlongTheBars()
