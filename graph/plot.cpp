@@ -2,70 +2,47 @@
 
 #include <algorithm>
 
-#include <QFontInfo>
-#include <QFontMetrics>
 #include <QResizeEvent>
 
-#include <qwt_legend.h>
-#include <qwt_legend_label.h>
-#include <qwt_picker_machine.h>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_grid.h>
 #include <qwt_plot_layout.h>
-#include <qwt_plot_picker.h>
 #include <qwt_scale_draw.h>
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
-#include "common/common.h"
 #include "common/settings.h"
 #include "data/expdata.h"
-#include "graph/curvepainter.h"
-#include "graph/myplotcurve.h"
-#include "graph/myplothistogram.h"
+#include "graph/barkind.h"
+#include "graph/curveanalysis.h"
+#include "graph/graphaxes.h"
+#include "graph/graphcurves.h"
+#include "graph/graphdialogs.h"
+#include "graph/graphlegend.h"
+#include "graph/graphmouse.h"
+#include "graph/linekind.h"
+#include "graph/markereditor.h"
+#include "graph/markerlayer.h"
+#include "graph/markermouse.h"
 #include "graph/scalemanager.h"
-#include "graph/timescaledraw.h"
-#include "graph/timescaleengine.h"
+#include "graph/slopetool.h"
+#include "graph/spectrumkind.h"
 
 namespace {
 
-constexpr int axisFontSize = 11;
-constexpr int greatestLegendSize = 13;
-constexpr int pixelsPerLegendPoint = 45; // of the graph's width
-constexpr int leastLegendSize = 8;
-
-// In a small cell the texts leave most of the room to the curves, whatever size they have elsewhere.
-constexpr int leastPixels = 8;
 constexpr int titlesPerHeight = 12;
-constexpr int axisTitlesPerHeight = 15;
-constexpr int axisLabelsPerHeight = 16;
-constexpr int axisLabelsPerWidth = 25;
-constexpr int pixelsPerTickX = 55; // of the graph's width
-constexpr int pixelsPerTickY = 28;
-constexpr int leastTicks = 2;
-constexpr int mostTicks = 8;
-constexpr double legendPart = 0.36;  // of the width
-constexpr int besideLegendText = 34; // symbol and margins
 
-int pixelsOf(const QFont& font)
+const KindTraits& traitsOf(graphtype type)
 {
-    return QFontInfo(font).pixelSize();
-}
-
-QFont atMost(QFont font, int pixels)
-{
-    if (pixelsOf(font) > pixels)
-        font.setPixelSize(std::max(leastPixels, pixels));
-    return font;
-}
-
-// The font, or the next smaller one whose text has room.
-QFont fitted(QFont font, const QString& text, int room)
-{
-    for (int pixels = pixelsOf(font);
-         pixels > leastPixels && QFontMetrics(font).horizontalAdvance(text) > room;)
-        font.setPixelSize(--pixels);
-    return font;
+    switch (type) {
+    case GRAPH_BAR:
+        return BarKind::traits;
+    case GRAPH_FFT:
+        return SpectrumKind::traits;
+    case GRAPH_LINE:
+        break;
+    }
+    return LineKind::traits;
 }
 
 QString busyTitle()
@@ -73,58 +50,41 @@ QString busyTitle()
     return Plot::tr("Kormelin is busy with data collection, please wait");
 }
 
-QColor inkOn(const QColor& ground)
-{
-    return Plot::isDark(ground) ? QColor(0xf4, 0xf6, 0xf8) : QColor(0x1b, 0x27, 0x33);
-}
-
 } // namespace
-
-QColor Plot::majGridColor(52, 52, 52);
-QColor Plot::minGridColor(233, 233, 233);
-QColor Plot::surroundings(0xf0, 0xf0, 0xf0);
-QColor Plot::backgroundColor(Qt::white);
-QColor Plot::backgroundColorActive(200, 200, 200);
-double Plot::majGridW = 1;
-double Plot::minGridW = 1;
 
 Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget* parent)
     : QwtPlot(parent)
     , scaler(std::make_unique<scaleManager>())
-    , data(data)
-    , type(type)
+    , data(*data)
     , index(index)
-    , columnPainter(std::make_unique<CurvePainter>())
+    , traits(traitsOf(type))
+    , axes(std::make_unique<GraphAxes>(*this, traits.isTimeInUnit))
+    , curves(std::make_unique<GraphCurves>(*this, *data, *scaler, *axes, index))
+    , parts(new GraphParts{*this, *data, *scaler, *axes, *curves, index})
+    , layer(std::make_unique<MarkerLayer>(*parts, traits.markers))
+    , slope(std::make_unique<SlopeTool>(*parts, *layer))
+    , editor(std::make_unique<MarkerEditor>(*this, *data, *layer))
+    , markerMouse(std::make_unique<MarkerMouse>(*parts, *layer, *editor))
+    , dialogs(std::make_unique<GraphDialogs>(*this, *data))
+    , markers(layer->all())
+    , curveMarker(layer->movable())
     , titleFont(titleLabel()->font())
-    , axisTitleFont(axisTitle(yLeft).font())
 {
     const QString& group = data->getGroupName();
     updateTitle(group.isEmpty() ? tr("New experiment") : group);
     createCanvas();
     createGrid();
-    const QSettings store = Settings::mainStore();
-    setGridShown(!store.value(Settings::hideGrid, false).toBool());
-    curveWidth = store.value(Settings::curveWidth, 2).toInt();
-    curveWidthAct = store.value(Settings::curveWidthActive, 4).toInt();
-    createAxes();
-    if (type != GRAPH_FFT)
-        createLegend();
-    createZoomer();
-    watchMouse();
+    if (traits.hasLegend)
+        connectLegend();
+    createKind(type);
+    connectMouse();
+    connectDialogs();
+    connect(layer.get(), &MarkerLayer::distanceTold, this, &Plot::twoMarkersUpdated);
     applyDesign();
-    if (type == GRAPH_LINE)
-        setData();
-    else if (type == GRAPH_BAR)
-        setBarData();
+    kind->setData();
 }
 
-// Curves and markers draw from members of this class, so they go first.
-Plot::~Plot()
-{
-    dropDeriv();
-    clearMarkers();
-    dropCurves();
-}
+Plot::~Plot() = default;
 
 // Without a frame and a backing store of its own a repaint of the canvas is one pass over its pixels.
 void Plot::createCanvas()
@@ -142,78 +102,118 @@ void Plot::createCanvas()
 void Plot::createGrid()
 {
     grid = new QwtPlotGrid;
-    grid->enableX(type != GRAPH_BAR);
-    grid->enableXMin(type != GRAPH_BAR);
+    grid->enableX(traits.hasTimeGrid);
+    grid->enableXMin(traits.hasTimeGrid);
     grid->enableYMin(true);
+    grid->setVisible(!Settings::mainStore().value(Settings::hideGrid, false).toBool());
     grid->attach(this);
 }
 
-void Plot::createAxes()
+void Plot::createKind(graphtype type)
 {
-    if (type == GRAPH_LINE)
-        setAxisRange(yLeft, 0, 1);
-    QFont font;
-    font.setPointSize(axisFontSize);
-    setAxisFont(xBottom, font);
-    setAxisFont(yLeft, font);
-    for (int axisID : {xBottom, yLeft})
-        axisWidget(axisID)->setMargin(0);
-    myTimeScale = new TimeScaleDraw(type == GRAPH_BAR);
-    setAxisScaleEngine(xBottom, new TimeScaleEngine(myTimeScale));
-    setAxisScaleDraw(xBottom, myTimeScale);
+    switch (type) {
+    case GRAPH_LINE:
+        kind = std::make_unique<LineKind>(*parts, *legendPart, *layer);
+        break;
+    case GRAPH_BAR: {
+        auto made = std::make_unique<BarKind>(*parts, *legendPart, *layer);
+        bars = made.get();
+        kind = std::move(made);
+        break;
+    }
+    case GRAPH_FFT:
+        kind = std::make_unique<SpectrumKind>(*parts);
+        break;
+    }
 }
 
-void Plot::createZoomer()
+void Plot::connectLegend()
 {
-    zoomer = new QwtPlotPicker(xBottom, yLeft, QwtPicker::RectRubberBand, QwtPicker::AlwaysOff, canvas());
-    zoomer->setStateMachine(new QwtPickerDragRectMachine);
-    zoomer->setEnabled(false);
-    connect(zoomer, QOverload<const QRectF&>::of(&QwtPlotPicker::selected), this, &Plot::zoomIn);
+    legendPart = std::make_unique<GraphLegend>(*this, data, *curves, traits.isStyled);
+    connect(legendPart.get(), &GraphLegend::picked, this, &Plot::pickCurve);
+    connect(legendPart.get(), &GraphLegend::shownForAll, this, &Plot::shownForAll);
+    connect(legendPart.get(), &GraphLegend::pressedRight, this, [this](int i) {
+        if (!curves->at(i))
+            return;
+        curves->rotateMode(i);
+        layer->showWithCurves();
+        replot();
+    });
 }
 
-void Plot::watchMouse()
+void Plot::connectMouse()
 {
-    titleLabel()->installEventFilter(this);
-    canvas()->installEventFilter(this);
-    axisWidget(yLeft)->installEventFilter(this);
-    axisWidget(xBottom)->installEventFilter(this);
+    mouse = std::make_unique<GraphMouse>(*this, traits, *markerMouse, *slope);
+    const GraphMouse* from = mouse.get();
+    connect(from, &GraphMouse::titlePressed, this, &Plot::toggleChosen);
+    connect(from, &GraphMouse::titleDoubleClicked, this, [this] {
+        if (index >= 0)
+            toggleChosen();
+        else
+            dialogs->askForTitle(title().text());
+    });
+    connect(from, &GraphMouse::titlePressedRight, this, [this] {
+        if (traits.hidesByTitle)
+            hide();
+    });
+    connect(from, &GraphMouse::rangeAsked, this, [this] { dialogs->askForRange(getActiveSens()); });
+    connect(from, &GraphMouse::xAsked, dialogs.get(), &GraphDialogs::askForX);
+    connect(from, &GraphMouse::colorAsked, this, [this](const QPointF& pos) {
+        const int i = kind->sensorAt(pos);
+        if (getCurve(i))
+            dialogs->askForColor(i, getCurvePen(i).color());
+    });
+    connect(from, &GraphMouse::noteAsked, this, &Plot::newAnnotation);
+    connect(from, &GraphMouse::zoomedIn, this, [this](const QRectF& rect) { kind->zoomIn(rect); });
+    connect(from, &GraphMouse::zoomedOut, this, [this] { kind->zoomOut(); });
 }
 
-void Plot::setGridShown(bool shown)
+void Plot::connectDialogs()
 {
-    grid->setVisible(shown);
+    const GraphDialogs* from = dialogs.get();
+    connect(from, &GraphDialogs::titleChosen, this, [this](const QString& text) {
+        updateTitle(text);
+        Q_EMIT titleChanged(text);
+    });
+    connect(from, &GraphDialogs::colorChosen, this, [this](int iSens, const QColor& color) {
+        if (!getCurve(iSens))
+            return;
+        otherColorChanged(iSens, color);
+        Q_EMIT colorChanged(iSens, color);
+    });
+    connect(from, &GraphDialogs::rangeChosen, this, [this](const SensorPtr& sensor, double min, double max) {
+        kind->setUserRange(sensor, min, max);
+    });
+    connect(from, &GraphDialogs::xChosen, this, [this](int iSens) {
+        if (iSens == getActiveSens())
+            Q_EMIT changedActiveCurve(index, iSens != 0 ? 0 : 1);
+        kind->setXSensor(iSens);
+    });
+}
+
+void Plot::setUserPrompt(UserPrompt* prompt)
+{
+    editor->setPrompt(prompt);
+    dialogs->setPrompt(prompt);
 }
 
 void Plot::setGrid(bool shown)
 {
-    setGridShown(shown);
+    grid->setVisible(shown);
     replot();
 }
 
 void Plot::setAxisTitleAndSize(int axisID, const QString& text, int /*size*/)
 {
-    QFont font = axisTitleFont;
-    if (Common::isLocale(QStringLiteral("he"))) {
-        font = QFont(QStringLiteral("Arial"), 16, QFont::Bold);
-        font.setLetterSpacing(QFont::AbsoluteSpacing, 1);
-    }
-    const QSize size = canvas() ? canvas()->size() : this->size();
-    const int room = axisID == xBottom ? size.width() : size.height();
-    font = fitted(atMost(font, height() / axisTitlesPerHeight), text, room);
-    // One more: widths are rounded when a font is chosen and are not when a text is elided.
-    const QString shown = QFontMetrics(font).elidedText(text, Qt::ElideRight, room + 1);
-    QwtText title(shown);
-    title.setFont(font);
-    setAxisTitle(axisID, title);
-    axisWidget(axisID)->setToolTip(shown == text ? QString() : text);
-    axisTexts[axisID] = text;
+    axes->showText(axisID, text);
 }
 
 void Plot::updateTitle(const QString& text)
 {
     QwtText newTitle(text);
     const int room = canvas() ? canvas()->width() : width();
-    newTitle.setFont(fitted(atMost(titleFont, height() / titlesPerHeight), text, room));
+    newTitle.setFont(
+        GraphFonts::fitted(GraphFonts::atMost(titleFont, height() / titlesPerHeight), text, room));
     setTitle(newTitle);
 }
 
@@ -228,38 +228,12 @@ void Plot::resizeEvent(QResizeEvent* event)
 // The room for the titles is what labels and legend leave.
 void Plot::fitTexts()
 {
-    QFont labels;
-    labels.setPointSize(axisFontSize);
-    labels = atMost(labels, std::min(height() / axisLabelsPerHeight, width() / axisLabelsPerWidth));
-    for (int axisID : {xBottom, yLeft})
-        setAxisFont(axisID, labels);
-    setAxisMaxMajor(xBottom, qBound(leastTicks, width() / pixelsPerTickX, mostTicks));
-    setAxisMaxMajor(yLeft, qBound(leastTicks, height() / pixelsPerTickY, mostTicks));
-    fitLegend();
+    axes->fitLabels();
+    if (legendPart)
+        legendPart->fit();
     updateLayout();
-    for (int axisID : {xBottom, yLeft})
-        setAxisTitleAndSize(axisID, QString(axisTexts[axisID]), 0);
+    axes->fitTitles();
     updateTitle(title().text());
-    axesChanged = true;
-}
-
-void Plot::fitLegend()
-{
-    if (!legendView)
-        return;
-    QFont font;
-    font.setPointSize(qBound(leastLegendSize, width() / pixelsPerLegendPoint, greatestLegendSize));
-    QString longest;
-    for (int i = 0; i < curves.size(); ++i) {
-        const QString name = legendName(i);
-        if (QFontMetrics(font).horizontalAdvance(name) > QFontMetrics(font).horizontalAdvance(longest))
-            longest = name;
-    }
-    const int lines = std::max(curves.size(), 1);
-    font = atMost(font, int(height() / (1.5 * lines)));
-    font = fitted(font, longest, int(legendPart * width()) - besideLegendText);
-    for (QwtLegendLabel* item : legendView->findChildren<QwtLegendLabel*>())
-        item->setFont(font);
 }
 
 void Plot::setTempTitle()
@@ -279,14 +253,14 @@ void Plot::restoreTitle()
     Q_EMIT titleChanged(realTitle);
 }
 
-void Plot::otherTitleChanged(const QString& text)
-{
-    updateTitle(text);
-}
-
 void Plot::updateXAxisVisibility(bool shown)
 {
     enableAxis(xBottom, shown);
+}
+
+void Plot::toggleChosen()
+{
+    Q_EMIT changedActivePlot(isActive ? -1 : index);
 }
 
 void Plot::setActivePlot(int chosen)
@@ -298,61 +272,38 @@ void Plot::setActivePlot(int chosen)
 void Plot::doActivePlotIndicator()
 {
     if (index >= 0)
-        setCanvasBackground(isActive ? backgroundColorActive : backgroundColor);
+        setCanvasBackground(isActive ? GraphDesign::backgroundActive : GraphDesign::background);
 }
 
 void Plot::applyDesign()
 {
-    grid->setMajorPen(majGridColor, majGridW);
-    grid->setMinorPen(minGridColor, minGridW);
-    setCanvasBackground(backgroundColor);
+    grid->setMajorPen(GraphDesign::majGrid, GraphDesign::majGridWidth);
+    grid->setMinorPen(GraphDesign::minGrid, GraphDesign::minGridWidth);
+    setCanvasBackground(GraphDesign::background);
     doActivePlotIndicator();
     setTextsForPaper(false);
 }
 
-bool Plot::isDark(const QColor& ground)
-{
-    constexpr int evenContrast = 118; // to black and to white
-    return qGray(ground.rgb()) < evenContrast;
-}
-
+// Under a style sheet the palette of the graph does not reach its parts.
 void Plot::setTextsForPaper(bool tf)
 {
-    textColor = tf ? inkOn(Qt::white) : inkOn(surroundings);
-    // Under a style sheet the palette of the graph does not reach its parts.
-    for (QWidget* part : {static_cast<QWidget*>(titleLabel()), static_cast<QWidget*>(axisWidget(xBottom)),
-                          static_cast<QWidget*>(axisWidget(yLeft))}) {
-        QPalette colors = part->palette();
-        for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text})
-            colors.setColor(role, textColor);
-        part->setPalette(colors);
-    }
-    for (int i = 0; i < curves.size(); ++i) {
-        QwtText name = curves[i]->title();
-        name.setColor(legendColor(i));
-        curves[i]->setTitle(name);
-    }
-    // A page has room for the titles that a small cell had not.
-    for (int axisID : {xBottom, yLeft}) {
-        if (tf) {
-            QwtText whole(axisTexts[axisID]);
-            whole.setFont(axisTitleFont);
-            setAxisTitle(axisID, whole);
-        } else {
-            setAxisTitleAndSize(axisID, QString(axisTexts[axisID]), 0);
-        }
-    }
+    const QColor ink = GraphDesign::inkOn(tf ? QColor(Qt::white) : GraphDesign::surroundings);
+    QPalette colors = titleLabel()->palette();
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text})
+        colors.setColor(role, ink);
+    titleLabel()->setPalette(colors);
+    axes->setInk(ink);
+    curves->setInk(ink);
+    if (tf)
+        axes->showWholeTexts();
+    else
+        axes->fitTitles();
 }
 
 void Plot::doUseDesignValues()
 {
     applyDesign();
     replot();
-}
-
-void Plot::setDesign()
-{
-    doUseDesignValues();
 }
 
 // The chosen graph's own canvas colour is for the screen only.
@@ -370,4 +321,215 @@ void Plot::alignGraphs(QwtPlot* main, QwtPlot* fft)
     QwtScaleWidget* const narrower = upper->width() < lower->width() ? upper : lower;
     narrower->scaleDraw()->setMinimumExtent(std::max(upper->width(), lower->width()));
     fft->canvas()->setMaximumWidth(main->canvas()->width());
+}
+
+// --- Curves ---
+
+void Plot::setData()
+{
+    if (!bars)
+        kind->setData();
+}
+
+void Plot::Update()
+{
+    kind->update();
+}
+
+void Plot::updateSens(int iSens)
+{
+    kind->showSensor(iSens);
+    slope->changeCurve();
+}
+
+int Plot::getActiveSens() const
+{
+    return curves->activeIndex();
+}
+
+QVector<int> Plot::getShownSensIDs() const
+{
+    return curves->shownIDs();
+}
+
+myPlotCurve* Plot::getCurve(int iSens) const
+{
+    return curves->at(iSens);
+}
+
+QPen Plot::getCurvePen(int iSens) const
+{
+    return curves->pen(iSens);
+}
+
+void Plot::keepCurveModesInData() const
+{
+    curves->keepModesInData();
+}
+
+void Plot::forceDefaultSetScale()
+{
+    const SensorPtr& sensor = data.getSens(getActiveSens());
+    if (!sensor || getActiveSens() >= scaler->scales.size())
+        return;
+    scaler->scales[getActiveSens()]->setUserScales(sensor->minView, sensor->maxView, false);
+    Update();
+}
+
+// Two sensors of one name resolve to the first.
+void Plot::pickCurve(const QString& name)
+{
+    int i = 0;
+    while (i < curves->size() && curves->name(i) != name)
+        ++i;
+    if (i < curves->size() && (bars ? i != getActiveSens() : getCurve(i)->isVisible()))
+        Q_EMIT changedActiveCurve(index, i);
+}
+
+void Plot::otherColorChanged(int iSens, const QColor& color)
+{
+    if (!getCurve(iSens))
+        return;
+    curves->setColor(iSens, color);
+    kind->showColor(iSens);
+}
+
+void Plot::replot()
+{
+    if (kind && kind->isBusy()) {
+        updateAxes();
+        return;
+    }
+    axes->settle();
+    QwtPlot::replot();
+}
+
+void Plot::drawItems(QPainter* painter, const QRectF& canvasRect, const QwtScaleMap maps[axisCnt]) const
+{
+    curves->forgetColumns();
+    QwtPlot::drawItems(painter, canvasRect, maps);
+    curves->forgetColumns();
+}
+
+// --- Bars ---
+
+void Plot::setBarData()
+{
+    if (bars)
+        bars->setData();
+}
+
+void Plot::setBarColor()
+{
+    if (bars)
+        bars->showColor();
+}
+
+void Plot::updateBarData(bool isRun)
+{
+    if (bars)
+        bars->update(isRun);
+}
+
+void Plot::updateBarSens(int iSens, bool isRun)
+{
+    if (bars)
+        bars->showSensor(iSens, isRun);
+}
+
+// --- Mouse modes ---
+
+void Plot::enableZoom(bool tf)
+{
+    mouse->enableZoom(tf);
+}
+
+void Plot::enableAnnotate(bool tf)
+{
+    mouse->enableAnnotate(tf);
+}
+
+void Plot::enableMarker(bool tf)
+{
+    mouse->enableMarker(tf);
+}
+
+void Plot::enableSlope(bool tf)
+{
+    mouse->enableSlope(tf);
+}
+
+// --- Markers ---
+
+void Plot::setMarkers()
+{
+    slope->hide();
+    layer->clear();
+}
+
+void Plot::setMarkers(const QList<myPlotMarker*>& list)
+{
+    slope->hide();
+    layer->install(list);
+}
+
+void Plot::newAnnotation(const QPointF pos)
+{
+    editor->edit(layer->addNote(pos));
+}
+
+void Plot::newMarker(int iSens, int iReg, double xVal, double yVal)
+{
+    layer->addCross(iSens, iReg, xVal, yVal);
+}
+
+void Plot::removeMarker(myPlotMarker* marker)
+{
+    layer->remove(marker);
+}
+
+void Plot::verifyAndRemoveMarker(int mark)
+{
+    editor->askToRemove(markers.value(mark));
+}
+
+void Plot::lockMarker(myPlotMarker* marker, bool needConfirm)
+{
+    editor->lock(marker, needConfirm);
+}
+
+QString Plot::markerName(int type, bool translate)
+{
+    return translate ? MarkerTexts::kindName(type) : markerTypeName(type);
+}
+
+QString Plot::markerNameComp(int type)
+{
+    return MarkerTexts::kindNameInSentence(type);
+}
+
+int Plot::markerIndex(const QString& name, bool translate)
+{
+    for (int type = 0; type < MARKER_LAST; ++type) {
+        if (!name.isEmpty() && markerName(type, translate) == name)
+            return type;
+    }
+    return -1;
+}
+
+void Plot::doCrop()
+{
+    editor->askToCrop();
+}
+
+void Plot::doRegression(int degree)
+{
+    if (traits.takesAnalyses && curveMarker.size() == 2)
+        layer->addResult(CurveAnalysis::fit(*parts, degree, *curveMarker[0], *curveMarker[1]));
+}
+
+void Plot::doIntegral()
+{
+    if (traits.takesAnalyses && curveMarker.size() == 2)
+        layer->addResult(CurveAnalysis::integral(*parts, *curveMarker[0], *curveMarker[1]));
 }

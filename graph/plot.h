@@ -3,32 +3,35 @@
 #include <QColor>
 #include <QFont>
 #include <QList>
-#include <QPointer>
+#include <QPen>
 #include <QString>
 #include <QVector>
 
 #include <memory>
-#include <optional>
 
 #include <qwt_plot.h>
 
+#include "graph/graphdesign.h"
 #include "graph/myplotmarker.h"
-#include "graph/nearcurve.h"
-#include "sensors/sensor.h"
 
-class CurvePainter;
+class BarKind;
 class ExpData;
-class QMouseEvent;
-class QwtInterval;
-class QwtLegend;
+class GraphAxes;
+class GraphCurves;
+class GraphDialogs;
+class GraphKind;
+class GraphLegend;
+class GraphMouse;
+class MarkerEditor;
+class MarkerLayer;
+class MarkerMouse;
 class QwtPlotGrid;
-class QwtPlotPicker;
-class ScrollZoomer;
-class TimeScaleDraw;
+class SlopeTool;
 class UserPrompt;
 class myPlotCurve;
-class myPlotHistogram;
 class scaleManager;
+struct GraphParts;
+struct KindTraits;
 
 enum graphtype
 {
@@ -39,10 +42,31 @@ enum graphtype
 
 /// The graph widget: all curves share the canvas and the x axis, each is painted through the y scale of its
 /// own sensor, and the left axis shows the scale of the active sensor. It reads its data set when it is told
-/// to and keeps nothing of it.
+/// to and keeps nothing of it. The work is done by its parts; this is the face that they have to the window.
 class Plot : public QwtPlot
 {
     Q_OBJECT
+
+    // Parts; one may use those above it. Curves and markers draw from the scales, so these go last.
+public:
+    const std::unique_ptr<scaleManager> scaler;
+
+private:
+    ExpData& data;
+    const int index;
+    const KindTraits& traits;
+    const std::unique_ptr<GraphAxes> axes;
+    const std::unique_ptr<GraphCurves> curves;
+    const std::unique_ptr<const GraphParts> parts;
+    const std::unique_ptr<MarkerLayer> layer;
+    const std::unique_ptr<SlopeTool> slope;
+    const std::unique_ptr<MarkerEditor> editor;
+    const std::unique_ptr<MarkerMouse> markerMouse;
+    const std::unique_ptr<GraphDialogs> dialogs;
+    std::unique_ptr<GraphLegend> legendPart; ///< null for a graph that has none
+    std::unique_ptr<GraphKind> kind;
+    BarKind* bars = nullptr; ///< the kind, of a bar graph
+    std::unique_ptr<GraphMouse> mouse;
 
 public:
     /// `data` is not owned and outlives the graph. `index` is the logger's slot, or -1 for a graph of the
@@ -51,9 +75,10 @@ public:
     ~Plot() override;
 
     /// Who asks the user; without one a question counts as cancelled. Not owned.
-    void setUserPrompt(UserPrompt* prompt) { userPrompt = prompt; }
+    void setUserPrompt(UserPrompt* prompt);
+    int getIndex() const { return index; }
 
-    // Look, in plot.cpp
+    // Look
 
     void setGrid(bool shown);
     /// `size` is not used: the language decides on the font. A text without room ends in an ellipsis and is
@@ -69,7 +94,7 @@ public:
     /// Canvas colour of a chosen or not chosen graph of a logger.
     void doActivePlotIndicator();
     /// Reapplies the shared colours and grid lines.
-    void setDesign();
+    void setDesign() { doUseDesignValues(); }
     /// True before, false after printing.
     void setForPrint(bool tf);
     /// Around the canvas: dark texts for paper, or what can be read on the window's ground.
@@ -78,44 +103,43 @@ public:
     static void alignGraphs(QwtPlot* main, QwtPlot* fft);
 
     /// White is easier to read on it than black.
-    static bool isDark(const QColor& ground);
+    static bool isDark(const QColor& ground) { return GraphDesign::isDark(ground); }
     /// The window's ground, which titles, axes and legends stand on.
-    static void setSurroundings(const QColor& color) { surroundings = color; }
-    static void setBackgroundColor(const QColor& color) { backgroundColor = color; }
-    static void setActivePlotColor(const QColor& color) { backgroundColorActive = color; }
-    static void setMajGridColor(const QColor& color) { majGridColor = color; }
-    static void setMinGridColor(const QColor& color) { minGridColor = color; }
-    static void setMajGridW(double width) { majGridW = width; }
-    static void setMinGridW(double width) { minGridW = width; }
-    static QColor getBackgroundColor() { return backgroundColor; }
-    static QColor getActivePlotColor() { return backgroundColorActive; }
-    static QColor getMajGridColor() { return majGridColor; }
-    static QColor getMinGridColor() { return minGridColor; }
-    static double getMajGridW() { return majGridW; }
-    static double getMinGridW() { return minGridW; }
+    static void setSurroundings(const QColor& color) { GraphDesign::surroundings = color; }
+    static void setBackgroundColor(const QColor& color) { GraphDesign::background = color; }
+    static void setActivePlotColor(const QColor& color) { GraphDesign::backgroundActive = color; }
+    static void setMajGridColor(const QColor& color) { GraphDesign::majGrid = color; }
+    static void setMinGridColor(const QColor& color) { GraphDesign::minGrid = color; }
+    static void setMajGridW(double width) { GraphDesign::majGridWidth = width; }
+    static void setMinGridW(double width) { GraphDesign::minGridWidth = width; }
+    static QColor getBackgroundColor() { return GraphDesign::background; }
+    static QColor getActivePlotColor() { return GraphDesign::backgroundActive; }
+    static QColor getMajGridColor() { return GraphDesign::majGrid; }
+    static QColor getMinGridColor() { return GraphDesign::minGrid; }
+    static double getMajGridW() { return GraphDesign::majGridWidth; }
+    static double getMinGridW() { return GraphDesign::minGridWidth; }
 
-    // Curves and scales, in plot_update.cpp
+    // Curves and scales
 
-    /// Rebuilds the curves of a line graph from the data set; other kinds have none. A curve whose place has
-    /// the same channel as before (sensor and group) keeps its mode and colour, unless a file says another.
+    /// Rebuilds the curves from the data set. A curve whose place has the same channel as before (sensor and
+    /// group) keeps its mode and colour, unless a file says another.
     void setData();
     /// Brings axes and scales up to the data and repaints; what the live path calls.
     void Update();
     void updateSens(int iSens);
-    int getActiveSens() const { return activeSens; }
+    int getActiveSens() const;
     /// IDs of the sensors whose curves are not hidden, in curve order.
     QVector<int> getShownSensIDs() const;
     /// The active curve, null where there is none.
-    myPlotCurve* getCurve() const { return getCurve(activeSens); }
-    myPlotCurve* getCurve(int iSens) const { return curves.value(iSens); }
+    myPlotCurve* getCurve() const { return getCurve(getActiveSens()); }
+    myPlotCurve* getCurve(int iSens) const;
     QPen getCurvePen(int iSens) const;
     /// Notes how every curve is shown in the data set, for a file.
     void keepCurveModesInData() const;
     /// The active sensor's view range becomes its scale.
     void forceDefaultSetScale();
-    int getIndex() const { return index; }
 
-    // Bars, in plot_bar.cpp; for graphs of that type
+    // Bars; other kinds have none
 
     /// Makes the legend entries anew from the data set. Colours that the user gave stay.
     void setBarData();
@@ -127,14 +151,14 @@ public:
     /// Makes `iSens` the shown sensor.
     void updateBarSens(int iSens, bool isRun);
 
-    // Mouse modes, in plot_mouse.cpp
+    // Mouse modes
 
     void enableZoom(bool tf);
     void enableAnnotate(bool tf);
     void enableMarker(bool tf);
     void enableSlope(bool tf);
 
-    // What the user places, in plot_markers.cpp
+    // What the user places
 
     /// Takes all markers away.
     void setMarkers();
@@ -159,27 +183,22 @@ public:
     /// -1 for an unknown name.
     static int markerIndex(const QString& name, bool translate);
 
-    QList<myPlotMarker*> markers;     ///< owned; in order of creation, pairs side by side, graphic first
-    QList<myPlotMarker*> curveMarker; ///< the at most two crosses that can move, in order of creation
+    const QList<myPlotMarker*>& markers;     ///< in order of creation, pairs side by side, graphic first
+    const QList<myPlotMarker*>& curveMarker; ///< the at most two crosses that can move, in order of creation
 
-    // Analyses between the two crosses, in plot_analysis.cpp; without two they do nothing
+    // Analyses between the two crosses; without two they do nothing
 
     /// After a question cuts the data to the span of the crosses. The views are not updated.
     void doCrop();
     /// Degree 1 or 2.
     void doRegression(int degree);
     void doIntegral();
-    /// Texts of what passed photogates; nothing where nothing did.
-    void doPhotoSpeed(int iSens);
-    void doPhotoAccel(int iSens1, int iSens2);
-
-    const std::unique_ptr<scaleManager> scaler;
 
 public Q_SLOTS:
     void replot() override;
     /// As setDesign(), for a change of the design while the program runs.
     void doUseDesignValues();
-    void otherTitleChanged(const QString& text);
+    void otherTitleChanged(const QString& text) { updateTitle(text); }
     void otherColorChanged(int iSens, const QColor& color);
 
 Q_SIGNALS:
@@ -195,239 +214,24 @@ Q_SIGNALS:
     void twoMarkersUpdated(const QString& statusText);
 
 protected:
-    bool eventFilter(QObject* object, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void drawItems(QPainter* painter, const QRectF& canvasRect,
                    const QwtScaleMap maps[axisCnt]) const override;
 
-private Q_SLOTS:
-    void zoomIn(const QRectF& rect);
-    void zoomOut();
-    void handleLegend(const QVariant& itemInfo, int pos);
-    void changeMarkerText(const QString& text, int index);
-    void changeBubble(bool tf, int index);
-    void setBubbleImage(const QPixmap& pic, int index);
-
 private:
-    /// Where a pointer is nearest to a visible curve or regression line.
-    struct NearPoint
-    {
-        int iSens = -1; ///< -1: none in reach
-        int iReg = -1;  ///< index of the regression among the markers
-        double bestX = 0;
-        double bestY = 0;
-        double dist = 0; ///< pixels
-    };
-
-    /// What an axis was last told to show.
-    struct AxisRange
-    {
-        bool isFixed = false;
-        double from = 0;
-        double to = 0;
-    };
-
-    // plot.cpp
     void createCanvas();
     void createGrid();
-    void createLegend();
-    void createAxes();
-    void createZoomer();
-    void watchMouse();
-    void setGridShown(bool shown);
+    void createKind(graphtype type);
+    void connectLegend();
+    void connectMouse();
+    void connectDialogs();
     void applyDesign();
-    QColor legendColor(int i) const;
     void fitTexts();
-    void fitLegend();
-
-    /// How the user sees a curve, to go over to the next one of the same channel.
-    struct CurveLook
-    {
-        QString channel;
-        int mode = 0;
-        QColor color;
-    };
-
-    // plot_update.cpp
-    void dropCurves();
-    QVector<CurveLook> looks() const;
-    QString channelKey(int i) const;
-    void addCurve(int i, const CurveLook& before);
-    bool isHiddenAtFirst(int i) const;
-    void updateT();
-    void updateXY();
-    void updateXRange();
-    void updateScales();
-    void updateTimeUnit();
-    void renewTicks();
-    void leaveXY();
-    void refresh();
-    void setAxisRange(int axisID, double from, double to);
-    void setAxisAuto(int axisID);
-    bool outgrewAutoRange() const;
-    void setAxisText(int axisID, const QString& text);
-    QString timeTitle() const;
-    QString sensorTitle(int iSens) const;
-    void setXYIndex(int sel);
-
-    // plot_bar.cpp
-    void createBars();
-    void addBarEntry(int i, const QColor& color);
-    void setBarEntryPen(int i);
-    int barCount() const;
-    double barX(int i) const;
-    QPair<double, double> barRange() const;
-    void moveBarWindow(const QwtInterval& whole, const QwtInterval& shown);
-    void buildBars();
-    void barsScrolled(const QRectF& shown);
-
-    // plot_legend.cpp
-    void watchLegendItem(myPlotCurve* curve);
-    void setCurvePen(int i);
-    void designCurve(int i);
-    QString legendName(int i) const;
-    QColor curveColor(int i) const;
-    void handleLegendRight(int item);
-    void rightPressLegend(QObject* object, const QMouseEvent* event);
-    void openLegendMenu(int item, const QPoint& globalPos);
-    void renewAverageName();
-    void selectColor(int iSens);
-
-    // plot_mouse.cpp
-    void mouseOnTitle(QEvent* event);
-    void mouseOnCanvas(QEvent* event);
-    void selectColorAt(const QPointF& pos);
+    void pickCurve(const QString& name);
     void toggleChosen();
-    void changeTitle();
-    void setScale();
-    void applyUserScale(const SensorPtr& sensor, double newMin, double newMax);
-    void setXYGraph(const QPoint& globalPos);
-    void chooseXSensor(int sel);
 
-    // plot_markers.cpp
-    void addMarker(myPlotMarker* marker);
-    void addPair(myPlotMarker* graphic, int xOffset, int yOffset);
-    void dropMarker(myPlotMarker* marker);
-    void clearMarkers();
-    myPlotMarker* subjectOf(myPlotMarker* marker) const;
-    QList<myPlotMarker*> pairedUp(const QList<myPlotMarker*>& list);
-    void takeStored(myPlotMarker* marker);
-    static void setCross(myPlotMarker* marker, markerType kind);
-    void skip2ndMarker(myPlotMarker* cross);
-    void putOnCurve(myPlotMarker* marker, int iSens) const;
-    void followCurves();
-    void showMarkersWithCurves();
-    void repaintMarkers();
-
-    // plot_textplaces.cpp
-    void leanToMiddle(const myPlotMarker* cross, myPlotMarker* text) const;
-    QPointF basePixel(const myPlotMarker& text) const;
-    QRectF boxAt(const myPlotMarker& text, const QPointF& base, const QPoint& offset) const;
-    void findRoom(myPlotMarker* text) const;
-    void setFloatingMarkerPosition(myPlotMarker* text);
-    void flipTangentText(myPlotMarker* text, double y) const;
-    void placeTexts(bool all);
-    void addValueText(myPlotMarker* text, int xOffset, int yOffset);
-
-    // plot_markertexts.cpp
-    void setPartnerText(myPlotMarker* text);
-    void setTexts();
-    void setMarkerText(myPlotMarker* text);
-    void setRegressionText(myPlotMarker* text, double a, double b, double c, double r);
-    void setIntegralText(myPlotMarker* text, double integral);
-    void setPhotoSpeedText(myPlotMarker* text);
-    void setPhotoAccelText(myPlotMarker* text);
-    void setDerivText();
-    QString nameOf(int iSens) const;
-    QString valueText(int iSens, double value) const;
-    QString unitOf(int iSens) const;
-
-    // plot_markermouse.cpp
-    void pressMarker(const QPointF& pos);
-    bool rightPressMarker(const QMouseEvent* event);
-    void doubleClickMarker(const QPointF& pos);
-    void dragMarker(const QPointF& pos);
-    void releaseMarker();
-    void openMarkerMenu(myPlotMarker* marker, const QPoint& globalPos);
-    void moveMarker(int iMark, const QPointF& pos);
-    void moveMarkerX(myPlotMarker* cross, const QPointF& pos);
-    void editMarker(int iMark);
-    int isInMarker(const QPointF pos, bool* isTip) const;
-    NearPoint isNearCurve(const QPointF& pos, bool regression) const;
-    NearPoint isNearCurve(const QPointF& pos, bool regression, int onlyThisSens, double hot) const;
-    NearPoint isNearCurveXY(const QPointF& pos) const;
-    NearPoint pointByAxes(const QPointF& pos) const;
-    static void takeNearer(const std::optional<NearCurve::Hit>& hit, int iSens, int iReg, NearPoint* best);
-    void searchRegressions(const QPointF& pos, double hot, NearPoint* best) const;
-    NearCurve::Maps mapsOf(int iSens) const;
-
-    // plot_analysis.cpp
-    void finishAnalysis(myPlotMarker* result);
-    void addPhotogateTexts();
-    void newDeriv();
-    void dropDeriv();
-    void updateSlope(const QPoint pos);
-    void showSlope();
-    void moveDeriv(int iSens);
-
-    ExpData* const data;
-    const graphtype type;
-    const int index;
-    UserPrompt* userPrompt = nullptr;
-
-    const std::unique_ptr<CurvePainter> columnPainter;
-    QVector<myPlotCurve*> curves; ///< one per sensor, in sensor order
-    const QFont titleFont;        ///< the largest that titles take
-    const QFont axisTitleFont;
-    QString axisTexts[axisCnt]; ///< the axis titles in full
+    const QFont titleFont; ///< the largest that the title takes
     QwtPlotGrid* grid = nullptr;
-    QwtPlotPicker* zoomer = nullptr;
-    TimeScaleDraw* myTimeScale = nullptr; ///< owned by the bottom axis
-    QwtLegend* legendView = nullptr;
-    QVector<QPointer<QWidget>> legendItems; ///< legend entries in curve order
-
-    int activeSens = 0;
-    int nSens = 0;
-    int hasColorimeter = -1; ///< index of the red channel
-    int curveWidth = 2;
-    int curveWidthAct = 4;
-
-    AxisRange ranges[axisCnt];
-    bool xAuto = false;
-    bool usingZoom = false;
-    double shownXMin = 0; ///< in seconds or sample numbers, as last set
-    double shownXMax = 0;
-    bool isXYShown = false;
-
-    bool isZoom = false;
-    bool isAnnotate = false;
-    bool isMarker = false;
-    bool isSlope = false;
+    QString realTitle; ///< while the busy text stands in its place
     bool isActive = false;
-    QColor textColor; ///< of titles, axes and legend
-    QString realTitle;
-
-    myPlotMarker* slope = nullptr;                ///< the tangent while slope mode is on; owned
-    static constexpr int slopeTextDistance = 100; ///< pixels of its text from the curve
-    int selectedMarker = -1;                      ///< the marker that is dragged
-    bool balloonTip = false;                      ///< it is dragged by the tip of its balloon
-    bool hasUnplacedTexts = false;                ///< texts wait for the axes to be known
-
-    std::unique_ptr<myPlotHistogram> hist; ///< of a bar graph, as all in this group
-    ScrollZoomer* barZoomer = nullptr;
-    double barWidth = 0;
-    double barTStep = 1;            ///< distance of two samples in units of the axis
-    std::optional<double> barPlace; ///< left edge that the user scrolled to, seconds or sample numbers
-    int barsKnown = 0;              ///< samples at the last update
-    bool isBarWindowMoving = false;
-
-    bool axesChanged = true; ///< the next refresh() has to lay out the axes too
-
-    static QColor majGridColor;
-    static QColor minGridColor;
-    static QColor surroundings;
-    static QColor backgroundColor;
-    static QColor backgroundColorActive;
-    static double majGridW;
-    static double minGridW;
 };

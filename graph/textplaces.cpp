@@ -1,12 +1,14 @@
-// Where the texts beside the markers stand.
+#include "graph/textplaces.h"
 
-#include "graph/plot.h"
+#include <QVector>
+#include <QWidget>
 
 #include <algorithm>
 #include <cmath>
 
+#include <qwt_plot.h>
+
 #include "graph/myplotmarker.h"
-#include "graph/scalemanager.h"
 
 namespace {
 
@@ -20,28 +22,35 @@ double overlap(const QRectF& a, const QRectF& b)
 
 } // namespace
 
-void Plot::leanToMiddle(const myPlotMarker* cross, myPlotMarker* text) const
+TextPlaces::TextPlaces(const QwtPlot& plot, const QList<myPlotMarker*>& markers)
+    : plot(plot)
+    , markers(markers)
 {
-    const QPointF middle = QRectF(canvas()->contentsRect()).center();
-    const QPointF pos = cross->pixelPos();
-    text->xOffset = pos.x() > middle.x() ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
-    text->yOffset =
-        pos.y() < middle.y() || type == GRAPH_FFT ? myPlotMarker::textDistance : -myPlotMarker::textDistance;
+}
+
+void TextPlaces::lean(const myPlotMarker& cross, myPlotMarker* text, bool isBelow) const
+{
+    constexpr int distance = myPlotMarker::textDistance;
+    const QPointF middle = QRectF(plot.canvas()->contentsRect()).center();
+    const QPointF pos = cross.pixelPos();
+    text->xOffset = pos.x() > middle.x() ? -distance : distance;
+    text->yOffset = pos.y() < middle.y() || isBelow ? distance : -distance;
 }
 
 /// The whole pixel that a text keeps its distance from.
-QPointF Plot::basePixel(const myPlotMarker& text) const
+QPointF TextPlaces::basePixel(const myPlotMarker& text) const
 {
     const myPlotMarker* const partner = text.connectTo;
     const double x = partner ? partner->xValue() : text.pointToXVal;
     const double y = partner ? partner->yValue() : text.pointToYVal;
-    return QPointF(std::trunc(transform(xBottom, x)), std::trunc(text.ownMap(canvasMap(yLeft)).transform(y)));
+    return QPointF(std::trunc(plot.transform(QwtPlot::xBottom, x)),
+                   std::trunc(text.ownMap(plot.canvasMap(QwtPlot::yLeft)).transform(y)));
 }
 
 /// The box of a text at a distance from its base, pushed back onto the canvas as far as it fits.
-QRectF Plot::boxAt(const myPlotMarker& text, const QPointF& base, const QPoint& offset) const
+QRectF TextPlaces::boxAt(const myPlotMarker& text, const QPointF& base, const QPoint& offset) const
 {
-    const QRectF area = canvas()->contentsRect();
+    const QRectF area = plot.canvas()->contentsRect();
     QRectF box = text.hotBox(base + offset).adjusted(-textFrame, -textFrame, textFrame, textFrame);
     if (!area.contains(base))
         return box;
@@ -52,8 +61,7 @@ QRectF Plot::boxAt(const myPlotMarker& text, const QPointF& base, const QPoint& 
     return box;
 }
 
-/// Moves a new text to where it hides no other text and no cross, if it would otherwise.
-void Plot::findRoom(myPlotMarker* text) const
+void TextPlaces::findRoom(myPlotMarker* text) const
 {
     constexpr int farthest = 5; // text distances
     QVector<QRectF> taken;
@@ -88,56 +96,27 @@ void Plot::findRoom(myPlotMarker* text) const
     text->yOffset = best.y();
 }
 
-/// Puts a text at its distance in pixels from its partner or the value that it points at, but not beyond the
-/// canvas, and shows it.
-void Plot::setFloatingMarkerPosition(myPlotMarker* text)
+void TextPlaces::put(myPlotMarker* text) const
 {
     const QPointF base = basePixel(*text);
     if (text->connectTo && text->connectTo->type == MARKER_TANGENT)
         flipTangentText(text, base.y());
     const QPointF place = boxAt(*text, base, QPoint(text->xOffset, text->yOffset)).center();
-    text->setValue(invTransform(xBottom, place.x()), text->ownMap(canvasMap(yLeft)).invTransform(place.y()));
+    text->setValue(plot.invTransform(QwtPlot::xBottom, place.x()),
+                   text->ownMap(plot.canvasMap(QwtPlot::yLeft)).invTransform(place.y()));
     text->setShown(true);
 }
 
 // On a canvas too low for either side the text goes to the wider one, as far off as it can.
-void Plot::flipTangentText(myPlotMarker* text, double y) const
+void TextPlaces::flipTangentText(myPlotMarker* text, double y) const
 {
     const double half = text->hotBox(QPointF()).height() / 2;
     const double above = y - half;
-    const double below = canvas()->height() - y - half;
+    const double below = plot.canvas()->height() - y - half;
     const bool isAbove = text->yOffset < 0;
     const double room = isAbove ? above : below;
     const double other = isAbove ? below : above;
-    const bool isFlipped = room <= slopeTextDistance && other > room;
-    const int distance = int(std::max(half, std::min<double>(slopeTextDistance, isFlipped ? other : room)));
+    const bool isFlipped = room <= tangentDistance && other > room;
+    const int distance = int(std::max(half, std::min<double>(tangentDistance, isFlipped ? other : room)));
     text->yOffset = isAbove != isFlipped ? -distance : distance;
-}
-
-/// Places the texts that had to wait for the axes, or all that are shown.
-void Plot::placeTexts(bool all)
-{
-    for (myPlotMarker* text : qAsConst(markers)) {
-        if (text->type != MARKER_FLOATING_TEXT)
-            continue;
-        const bool isNew = std::isnan(text->xValue());
-        if (isNew && text->connectTo && text->connectTo->type == MARKER_X)
-            leanToMiddle(text->connectTo, text);
-        if (isNew)
-            findRoom(text);
-        if (isNew || (all && text->isShown()))
-            setFloatingMarkerPosition(text);
-    }
-    hasUnplacedTexts = false;
-}
-
-/// For a text that has no partner, which is placed as soon as the axes are known.
-void Plot::addValueText(myPlotMarker* text, int xOffset, int yOffset)
-{
-    text->xOffset = xOffset;
-    text->yOffset = yOffset;
-    text->setXValue(myPlotMarker::notPlaced);
-    text->setShown(false);
-    hasUnplacedTexts = true;
-    addMarker(text);
 }

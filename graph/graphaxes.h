@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QFont>
+#include <QString>
+
+#include <qwt_plot.h>
+
+#include "graph/timescaledraw.h"
+
+class QColor;
+
+/// What the axes of a graph were last told to show: ranges, titles, the unit of the time, ticks and fonts. It
+/// knows whether they have to be laid out anew, which costs more than painting the curves.
+class GraphAxes
+{
+    Q_DECLARE_TR_FUNCTIONS(GraphAxes)
+
+public:
+    /// `plot` is not owned.
+    GraphAxes(QwtPlot& plot, bool isBar);
+
+    TimeScaleDraw& time() const { return *timeScale; }
+    /// "Time" with its unit, or what counts samples.
+    QString timeTitle(double dt) const;
+    /// Picks the unit for a range that ends at `maxX`.
+    void setTimeUnit(double maxX, double dt);
+    void setSeconds();
+
+    void setRange(int axisID, double from, double to);
+    void setAuto(int axisID);
+    bool isFixed(int axisID) const { return ranges[axisID].isFixed; }
+
+    /// A title; one that is shown already costs nothing.
+    void setText(int axisID, const QString& text);
+    /// The same, always. A text without room ends in an ellipsis and is the axis' tool tip.
+    void showText(int axisID, const QString& text);
+    /// In full, for a page, which has room for the titles that a small cell had not.
+    void showWholeTexts();
+    void setInk(const QColor& ink);
+
+    /// Fonts and number of ticks for the present size; fitTitles() when the canvas has its own.
+    void fitLabels();
+    void fitTitles();
+
+    void setDue() { isDirty = true; }
+    bool isDue() const { return isDirty; }
+    void settle() { isDirty = false; }
+    /// The canvas alone where the axes stand still.
+    void repaint();
+
+private:
+    struct Range
+    {
+        bool isFixed = false;
+        double from = 0;
+        double to = 0;
+    };
+
+    void renewTicks();
+
+    QwtPlot& plot;
+    TimeScaleDraw* const timeScale; ///< owned by the bottom axis
+    const QFont titleFont;
+    Range ranges[QwtPlot::axisCnt];
+    QString texts[QwtPlot::axisCnt]; ///< in full
+    bool isDirty = true;
+};

@@ -1,0 +1,286 @@
+#include "graph/graphcurves.h"
+
+#include <qwt_plot.h>
+#include <qwt_symbol.h>
+#include <qwt_text.h>
+
+#include "common/settings.h"
+#include "data/expdata.h"
+#include "graph/colorscale.h"
+#include "graph/curvepainter.h"
+#include "graph/graphaxes.h"
+#include "graph/myplotcurve.h"
+
+namespace {
+
+constexpr int symbolSize = 10;
+constexpr QSize iconSize(22, 10);
+
+int idOf(const SensorPtr& sensor)
+{
+    return sensor ? sensor->ID : -1;
+}
+
+bool isHiddenKind(int id)
+{
+    return id == SENSOR_GPS_LAT || id == SENSOR_GPS_LONG || id == SENSOR_GPS_ANGLE ||
+           id == SENSOR_SIM_ENERGY || id == SENSOR_SIM_SPEED;
+}
+
+} // namespace
+
+GraphCurves::GraphCurves(QwtPlot& plot, ExpData& data, scaleManager& scaler, GraphAxes& axes, int index)
+    : plot(plot)
+    , data(data)
+    , scaler(scaler)
+    , axes(axes)
+    , index(index)
+    , columnPainter(std::make_unique<CurvePainter>())
+{
+    const QSettings store = Settings::mainStore();
+    width = store.value(Settings::curveWidth, width).toInt();
+    widthActive = store.value(Settings::curveWidthActive, widthActive).toInt();
+}
+
+GraphCurves::~GraphCurves()
+{
+    drop();
+}
+
+void GraphCurves::drop()
+{
+    for (myPlotCurve* curve : qAsConst(curves)) {
+        curve->detach();
+        delete curve;
+    }
+    curves.clear();
+}
+
+void GraphCurves::setActive(int i)
+{
+    activeSens = i >= 0 && i < data.getNSens() ? i : 0;
+}
+
+void GraphCurves::rebuild()
+{
+    const QVector<Look> before = looks();
+    drop();
+    setActive(activeSens);
+    for (int i = 0; i < data.getNSens(); ++i)
+        add(i, before.value(i));
+}
+
+void GraphCurves::rebuildEntries()
+{
+    const QVector<Look> before = looks();
+    isLegendOnly = true;
+    drop();
+    setActive(activeSens);
+    for (int i = 0; i < data.getNSens(); ++i) {
+        auto* entry = new myPlotCurve(&data, &scaler, i, columnPainter.get());
+        curves.append(entry);
+        entry->setColor(i < before.size() ? before[i].color : ColorScale::myColors(i));
+        setEntryPen(i);
+        entry->setTitle(name(i));
+        entry->setLegendAttribute(QwtPlotCurve::LegendShowLine, true);
+        entry->setVisible(false);
+        entry->attach(&plot);
+        entry->setLegendIconSize(iconSize);
+    }
+}
+
+QVector<GraphCurves::Look> GraphCurves::looks() const
+{
+    QVector<Look> result;
+    for (const myPlotCurve* curve : curves)
+        result.append({curve->getChannel(), curve->getMode(), curve->getColor()});
+    return result;
+}
+
+QString GraphCurves::channelKey(int i) const
+{
+    const SensorPtr& sensor = data.getSens(i);
+    if (!sensor)
+        return QString();
+    return QStringLiteral("%1 %2 %3 %4")
+        .arg(sensor->ID)
+        .arg(sensor->specialType)
+        .arg(sensor->specialOriginIndex)
+        .arg(sensor->groupName);
+}
+
+void GraphCurves::add(int i, const Look& before)
+{
+    auto* curve = new myPlotCurve(&data, &scaler, i, columnPainter.get());
+    curves.append(curve);
+    curve->setChannel(channelKey(i));
+    if (isHiddenAtFirst(i))
+        curve->hide();
+    if (!before.channel.isEmpty() && before.channel == curve->getChannel()) {
+        curve->setMode(before.mode);
+        if (before.color.isValid())
+            curve->setColor(before.color);
+    }
+    const int hint = data.curveModeHint.value(i, -1);
+    if (hint >= 0)
+        curve->setMode(hint);
+    design(i);
+    curve->attach(&plot);
+}
+
+// The average of the class says something only for sensors of one kind.
+bool GraphCurves::isHiddenAtFirst(int i) const
+{
+    return isHiddenKind(idOf(data.getSens(i))) ||
+           (index < 0 && i == data.meanIndex() && !data.isOfOneKind());
+}
+
+QString GraphCurves::name(int i) const
+{
+    const SensorPtr& sensor = data.getSens(i);
+    const QString name = sensor ? sensor->nameForLegend(index < 0) : QString();
+    // The channels of a file have no groups; only the class at work has an average that can lack some.
+    if (index >= 0 || i != data.meanIndex() || !sensor || sensor->groupName.isEmpty())
+        return name;
+    const int groups = data.groupsInAverage();
+    return groups > 0 && groups < i ? QStringLiteral("%1 (%2)").arg(name).arg(groups) : name;
+}
+
+void GraphCurves::renewAverageName()
+{
+    const int mean = data.meanIndex();
+    if (mean < 0 || mean >= curves.size() || curves[mean]->title().text() == name(mean))
+        return;
+    setPen(mean);
+    axes.setDue();
+}
+
+// In a repeated run the second half of the curves is the present one and takes the colours of the first.
+QColor GraphCurves::colorOf(int i) const
+{
+    const int half = data.getNSens() / 2;
+    if (data.isRepeatMode() && half > 0 && i >= half)
+        return colorOf(i - half);
+    const int colorimeter = data.hasColorimeter();
+    if (colorimeter >= 0)
+        return ColorScale::myColorsForColorimeter(i, colorimeter);
+    return curves[i]->isUserColor() ? curves[i]->getColor() : ColorScale::myColors(i);
+}
+
+QColor GraphCurves::inkOf(int i) const
+{
+    return curves[i]->isVisible() ? ink : QColor(Qt::gray);
+}
+
+void GraphCurves::setInk(const QColor& color)
+{
+    ink = color;
+    for (int i = 0; i < curves.size(); ++i) {
+        QwtText title = curves[i]->title();
+        title.setColor(inkOf(i));
+        curves[i]->setTitle(title);
+    }
+}
+
+QPen GraphCurves::pen(int i) const
+{
+    const myPlotCurve* curve = at(i);
+    return curve ? curve->pen() : QPen();
+}
+
+void GraphCurves::setPen(int i)
+{
+    myPlotCurve* const curve = curves[i];
+    QwtText title(name(i));
+    title.setColor(inkOf(i));
+    if (curve->isVisible()) {
+        curve->setColor(colorOf(i));
+        QPen pen(curve->getColor(), i == activeSens ? widthActive : width);
+        if (data.isRepeatMode() && i < data.getNSens() / 2)
+            pen.setDashPattern({4, 4});
+        curve->setPen(pen);
+    } else {
+        curve->setPen(QPen(Qt::transparent, 0));
+    }
+    curve->setTitle(title);
+    curve->setLegendIconSize(iconSize); // pen and symbol set a size of their own
+}
+
+void GraphCurves::setEntryPen(int i)
+{
+    curves[i]->setPen(QPen(curves[i]->getColor(), i == activeSens ? widthActive : width));
+}
+
+void GraphCurves::designPens()
+{
+    for (int i = 0; i < curves.size(); ++i) {
+        if (isLegendOnly)
+            setEntryPen(i);
+        else
+            setPen(i);
+    }
+}
+
+void GraphCurves::design(int i)
+{
+    if (i < 0 || i >= curves.size())
+        return;
+    if (isLegendOnly) {
+        setEntryPen(i);
+        return;
+    }
+    myPlotCurve* const curve = curves[i];
+    const bool isXSensor = data.isXYPlot() && data.getXYIndex() == i;
+    const bool isSymbol = curve->isSymbol() && !isXSensor;
+    const bool isLine = curve->isLine() && !isXSensor;
+    curve->setVisible(curve->isShown() && !isXSensor);
+    curve->setLegendAttribute(QwtPlotCurve::LegendShowSymbol, isSymbol);
+    curve->setLegendAttribute(QwtPlotCurve::LegendShowLine, isLine);
+    setPen(i); // gives the symbol its colour
+    if (isSymbol) {
+        curve->setSymbol(new QwtSymbol(QwtSymbol::Diamond, curve->getColor(), QPen(curve->getColor(), 1),
+                                       QSize(symbolSize, symbolSize)));
+        curve->setStyle(QwtPlotCurve::NoCurve);
+    } else {
+        curve->setSymbol(nullptr);
+    }
+    if (isLine)
+        curve->setStyle(QwtPlotCurve::Lines);
+    axes.setDue();
+}
+
+void GraphCurves::setColor(int i, const QColor& color)
+{
+    curves[i]->setColor(color);
+    design(i);
+}
+
+void GraphCurves::rotateMode(int i)
+{
+    const int mode = curves[i]->rotateMode();
+    if (data.curveModeHint.value(i, -1) >= 0)
+        data.curveModeHint[i] = mode; // what the file said is no longer so
+    design(i);
+}
+
+QVector<int> GraphCurves::shownIDs() const
+{
+    QVector<int> ids;
+    for (int i = 0; i < curves.size(); ++i) {
+        if (curves[i]->isShown())
+            ids.append(idOf(data.getSens(i)));
+    }
+    return ids;
+}
+
+void GraphCurves::keepModesInData() const
+{
+    data.curveModeHint.resize(curves.size());
+    for (int i = 0; i < curves.size(); ++i)
+        data.curveModeHint[i] = curves[i]->getMode();
+}
+
+void GraphCurves::forgetColumns()
+{
+    columnPainter->forget();
+}

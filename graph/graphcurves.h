@@ -1,0 +1,91 @@
+#pragma once
+
+#include <QColor>
+#include <QPen>
+#include <QString>
+#include <QVector>
+
+#include <memory>
+
+class CurvePainter;
+class ExpData;
+class GraphAxes;
+class QwtPlot;
+class myPlotCurve;
+class scaleManager;
+
+/// The curves of one graph, one for each sensor in sensor order, and how they look. On a bar graph they are
+/// never drawn: each holds its sensor's place in the legend and its colour.
+class GraphCurves
+{
+public:
+    /// None of what is handed in is owned. `index` is below 0 for a graph of the class.
+    GraphCurves(QwtPlot& plot, ExpData& data, scaleManager& scaler, GraphAxes& axes, int index);
+    ~GraphCurves();
+
+    int size() const { return curves.size(); }
+    /// Null outside the list.
+    myPlotCurve* at(int i) const { return curves.value(i); }
+    myPlotCurve* active() const { return at(activeSens); }
+    int activeIndex() const { return activeSens; }
+    /// A sensor that the data do not have becomes the first.
+    void setActive(int i);
+
+    /// Anew from the data. A curve whose place has the same channel as before (sensor and group) keeps its
+    /// mode and colour, unless a file says another.
+    void rebuild();
+    /// The same for a bar graph, where colours stay with their places.
+    void rebuildEntries();
+
+    /// As the legend names it.
+    QString name(int i) const;
+    QPen pen(int i) const;
+    void setColor(int i, const QColor& color);
+    /// Line, points, hidden, line.
+    void rotateMode(int i);
+    /// Pen, symbol and whether it is drawn.
+    void design(int i);
+    void designPens();
+    /// Of the names in the legend.
+    void setInk(const QColor& color);
+    /// Groups come and go in a run.
+    void renewAverageName();
+    QVector<int> shownIDs() const;
+    /// Notes how every curve is shown in the data set, for a file.
+    void keepModesInData() const;
+
+    /// The time axis is cut into pixel columns once for all curves of a picture, and anew for the next.
+    void forgetColumns();
+
+private:
+    /// How the user sees a curve, to go over to the next one of the same channel.
+    struct Look
+    {
+        QString channel;
+        int mode = 0;
+        QColor color;
+    };
+
+    void drop();
+    QVector<Look> looks() const;
+    QString channelKey(int i) const;
+    void add(int i, const Look& before);
+    bool isHiddenAtFirst(int i) const;
+    QColor colorOf(int i) const;
+    QColor inkOf(int i) const;
+    void setPen(int i);
+    void setEntryPen(int i);
+
+    QwtPlot& plot;
+    ExpData& data;
+    scaleManager& scaler;
+    GraphAxes& axes;
+    const int index;
+    const std::unique_ptr<CurvePainter> columnPainter;
+    QVector<myPlotCurve*> curves;
+    int activeSens = 0;
+    int width = 2;
+    int widthActive = 4;
+    QColor ink;
+    bool isLegendOnly = false;
+};

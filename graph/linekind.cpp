@@ -1,0 +1,243 @@
+#include "graph/linekind.h"
+
+#include <qwt_plot.h>
+
+#include "data/expdata.h"
+#include "graph/graphaxes.h"
+#include "graph/graphcurves.h"
+#include "graph/graphlegend.h"
+#include "graph/markerlayer.h"
+#include "graph/scalemanager.h"
+
+namespace {
+
+constexpr int minXSamp = 100;         // samples that the axis of a young run has room for
+constexpr double needMoreFrac = 0.75; // part of that room that fills before the axis follows the data
+constexpr int fewSamples = int(minXSamp * needMoreFrac);
+constexpr double colourReach = 20; // pixels: how near a curve a right press picks its colour
+
+} // namespace
+
+LineKind::LineKind(const GraphParts& parts, GraphLegend& legend, MarkerLayer& layer)
+    : parts(parts)
+    , legend(legend)
+    , layer(layer)
+    , search(parts)
+{
+    parts.axes.setRange(QwtPlot::yLeft, 0, 1);
+}
+
+void LineKind::setData()
+{
+    parts.curves.rebuild();
+    legend.watchEntries();
+    if (parts.index < 0)
+        parts.data.makeUniformScales();
+    parts.scaler.setScales(&parts.data, parts.index < 0);
+    parts.axes.setText(QwtPlot::xBottom, parts.axes.timeTitle(parts.data.dt));
+    parts.axes.setText(QwtPlot::yLeft, sensorTitle(parts.curves.activeIndex()));
+    parts.axes.setAuto(QwtPlot::xBottom);
+    if (parts.data.getXSize() == 0) // the window that a run begins with
+        parts.axes.setRange(QwtPlot::xBottom, 0, (parts.data.dt > 0 ? parts.data.dt : 1) * minXSamp);
+    else if (!isZoomed)
+        shownXMax = parts.data.getX().last();
+    layer.followCurves();
+    layer.renewGateTexts();
+    parts.plot.replot();
+}
+
+void LineKind::update()
+{
+    if (parts.data.getXSize() == 0)
+        parts.plot.replot();
+    else if (parts.data.isXYPlot())
+        updateOverSensor();
+    else
+        updateOverTime();
+}
+
+void LineKind::updateOverTime()
+{
+    leaveXY();
+    updateXRange();
+    updateScales();
+    parts.axes.setTimeUnit(shownXMax, parts.data.dt);
+    parts.data.setTimeScale(&parts.axes.time());
+    parts.axes.setText(QwtPlot::xBottom, parts.axes.timeTitle(parts.data.dt));
+    layer.renewTexts();
+    repaint();
+}
+
+void LineKind::updateXRange()
+{
+    if (isZoomed)
+        return;
+    const QVector<double>& x = parts.data.getX();
+    const bool isWhole = parts.data.finalData || parts.data.isRepeatMode1stPhase();
+    if (isWhole && x.last() > x.first()) {
+        shownXMax = x.last();
+        parts.axes.setRange(QwtPlot::xBottom, x.first(), shownXMax);
+    } else if (x.size() > fewSamples) {
+        if (!parts.axes.isFixed(QwtPlot::xBottom))
+            return;
+        shownXMax = x.last();
+        parts.axes.setAuto(QwtPlot::xBottom);
+    } else if (x.size() < fewSamples) {
+        shownXMax = x.first() + (parts.data.dt > 0 ? parts.data.dt : 1) * minXSamp;
+        parts.axes.setRange(QwtPlot::xBottom, x.first(), shownXMax);
+    }
+}
+
+void LineKind::updateScales()
+{
+    if (parts.index < 0) {
+        const SensorPtr& first = parts.data.get1stSensor();
+        if (first && !first->readClassSetMinMax)
+            parts.data.makeUniformScales();
+        parts.scaler.updateClassScales(&parts.data);
+        parts.curves.renewAverageName();
+    } else {
+        parts.scaler.updateScales(&parts.data);
+    }
+    showRangeY();
+}
+
+void LineKind::showRangeY()
+{
+    const int active = parts.curves.activeIndex();
+    parts.axes.setRange(QwtPlot::yLeft, parts.scaler.getScaleMin(active), parts.scaler.getScaleMax(active));
+}
+
+void LineKind::updateOverSensor()
+{
+    const int iX = parts.data.getXYIndex();
+    isXYShown = true;
+    if (!isZoomed) {
+        showRangeY();
+        parts.axes.setRange(QwtPlot::xBottom, parts.scaler.getScaleMin(iX), parts.scaler.getScaleMax(iX));
+    }
+    parts.axes.setText(QwtPlot::xBottom, sensorTitle(iX));
+    parts.axes.setSeconds();
+    layer.renewTexts();
+    repaint();
+}
+
+// Back from a sensor the bottom axis still has the range of that, at any number of samples.
+void LineKind::leaveXY()
+{
+    if (!isXYShown)
+        return;
+    isXYShown = false;
+    parts.axes.setAuto(QwtPlot::xBottom);
+    shownXMax = parts.data.getX().last();
+}
+
+void LineKind::setXSensor(int iSens)
+{
+    const int before = parts.data.getXYIndex();
+    if (iSens == before)
+        return;
+    if (isZoomed) {
+        parts.scaler.setZoomOut();
+        isZoomed = false;
+    }
+    parts.data.setXYIndex(iSens);
+    for (int i : {iSens, before})
+        parts.curves.design(i);
+    parts.axes.setDue();
+    update();
+}
+
+QString LineKind::sensorTitle(int iSens) const
+{
+    const SensorPtr& sensor = parts.data.getSens(iSens);
+    return sensor ? sensor->getNameWithUnit(false) : QString();
+}
+
+// An automatic range ends at a tick, so it changes only when the data pass it.
+bool LineKind::outgrewAutoRange() const
+{
+    return !parts.axes.isFixed(QwtPlot::xBottom) &&
+           parts.data.getX().last() > parts.plot.axisInterval(QwtPlot::xBottom).maxValue();
+}
+
+void LineKind::repaint()
+{
+    if (outgrewAutoRange())
+        parts.axes.setDue();
+    if (layer.hasUnplaced() || (parts.axes.isDue() && !parts.data.finalData && !layer.all().isEmpty())) {
+        parts.plot.updateAxes();
+        layer.placeTexts(!parts.data.finalData);
+    }
+    parts.axes.repaint();
+}
+
+void LineKind::showSensor(int iSens)
+{
+    parts.curves.setActive(iSens);
+    parts.curves.designPens();
+    parts.axes.setText(QwtPlot::yLeft, sensorTitle(parts.curves.activeIndex()));
+    update();
+}
+
+void LineKind::showColor(int iSens)
+{
+    parts.curves.design(iSens);
+    parts.plot.replot();
+}
+
+// On the graph of the class the range goes to all sensors of the kind.
+void LineKind::setUserRange(const SensorPtr& sensor, double min, double max)
+{
+    if (parts.index >= 0) {
+        const int i = parts.data.getSensors().indexOf(sensor);
+        if (i < 0 || i >= parts.scaler.scales.size())
+            return;
+        sensor->readSetMinMax = true;
+        parts.scaler.scales[i]->calcScales();
+        parts.scaler.scales[i]->setUserScales(min, max, false);
+    } else {
+        for (const SensorPtr& other : parts.data.getSensors()) {
+            if (!other || other->ID != sensor->ID)
+                continue;
+            other->classMinView = min;
+            other->classMaxView = max;
+            other->readClassMinMax = false;
+            other->readClassSetMinMax = true;
+        }
+    }
+    update();
+}
+
+void LineKind::zoomIn(const QRectF& rect)
+{
+    const int active = parts.curves.activeIndex();
+    shownXMax = rect.right();
+    parts.axes.setRange(QwtPlot::xBottom, rect.left(), rect.right());
+    isZoomed = true;
+    // A scale that stands upside down stays so. Over a sensor the curves follow their scales too.
+    const bool isReversed = parts.scaler.getScaleMin(active) > parts.scaler.getScaleMax(active);
+    parts.scaler.setZoom(active, isReversed ? rect.bottom() : rect.top(),
+                         isReversed ? rect.top() : rect.bottom());
+    showRangeY();
+    update();
+}
+
+void LineKind::zoomOut()
+{
+    parts.scaler.setZoomOut();
+    isZoomed = false;
+    parts.axes.setAuto(QwtPlot::xBottom);
+    if (parts.data.getXSize() > 0)
+        shownXMax = parts.data.getX().last();
+    update();
+}
+
+int LineKind::sensorAt(const QPointF& pos) const
+{
+    constexpr int fewSamplesToHit = 2;
+    if (parts.data.getXSize() <= fewSamplesToHit)
+        return -1;
+    const CurveSearch::Place near = search.nearest(pos);
+    return near.dist < colourReach ? near.iSens : -1;
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "graph/curvesearch.h"
+#include "graph/graphkind.h"
+
+/// Curves over time or over another sensor. The x axis of a run grows in steps; each curve has the y scale of
+/// its own sensor.
+class LineKind : public GraphKind
+{
+public:
+    static constexpr KindTraits traits{true, true, true,  true,  true,
+                                       true, true, false, false, MarkerForm::Curve};
+
+    LineKind(const GraphParts& parts, GraphLegend& legend, MarkerLayer& layer);
+
+    void setData() override;
+    void update() override;
+    void showSensor(int iSens) override;
+    void showColor(int iSens) override;
+    void setUserRange(const SensorPtr& sensor, double min, double max) override;
+    void setXSensor(int iSens) override;
+    void zoomIn(const QRectF& rect) override;
+    void zoomOut() override;
+    int sensorAt(const QPointF& pos) const override;
+
+private:
+    void updateOverTime();
+    void updateOverSensor();
+    void updateXRange();
+    void updateScales();
+    void leaveXY();
+    void showRangeY();
+    void repaint();
+    bool outgrewAutoRange() const;
+    QString sensorTitle(int iSens) const;
+
+    const GraphParts parts;
+    GraphLegend& legend;
+    MarkerLayer& layer;
+    const CurveSearch search;
+    bool isZoomed = false;
+    double shownXMax = 0; ///< in seconds or sample numbers, as last set
+    bool isXYShown = false;
+};

@@ -1,0 +1,208 @@
+// How markers come onto a graph.
+
+#include "graph/markerlayer.h"
+
+#include <QPen>
+#include <QWidget>
+
+#include <algorithm>
+#include <cmath>
+
+#include <qwt_plot.h>
+#include <qwt_symbol.h>
+
+#include "data/expdata.h"
+#include "graph/graphcurves.h"
+#include "graph/myplotcurve.h"
+#include "graph/photogates.h"
+
+namespace {
+
+constexpr int maxCrosses = 2;
+
+bool hasPartnerText(int type)
+{
+    return type == MARKER_X || type == MARKER_REGRESSION || type == MARKER_INTEGRAL;
+}
+
+} // namespace
+
+void MarkerLayer::adopt(myPlotMarker* marker)
+{
+    marker->attach(&parts.plot);
+    markers.append(marker);
+}
+
+void MarkerLayer::addPair(myPlotMarker* graphic, int xOffset, int yOffset)
+{
+    auto* text = new myPlotMarker(graphic->iSens, &parts.scaler, MARKER_FLOATING_TEXT);
+    graphic->connectTo = text;
+    text->connectTo = graphic;
+    text->xOffset = xOffset;
+    text->yOffset = yOffset;
+    adopt(graphic);
+    adopt(text);
+}
+
+myPlotMarker* MarkerLayer::addNote(const QPointF& pos)
+{
+    constexpr double sideMargin = 50;
+    constexpr double endMargin = 20;
+    const QRect area = parts.plot.canvas()->contentsRect();
+    const auto inside = [](double at, double margin, double size) {
+        return std::max(margin, std::min(at, size - margin));
+    };
+    parts.data.setNeedSave(true);
+    auto* note = new myPlotMarker(parts.curves.activeIndex(), &parts.scaler, MARKER_ANNOTATE);
+    note->setValue(parts.plot.invTransform(QwtPlot::xBottom, inside(pos.x(), sideMargin, area.width())),
+                   parts.plot.invTransform(QwtPlot::yLeft, inside(pos.y(), endMargin, area.height())));
+    note->setText(tr("New label"));
+    note->xOffset = 10;
+    note->yOffset = -75;
+    adopt(note);
+    repaint();
+    return note;
+}
+
+void MarkerLayer::addCross(int iSens, int iReg, double x, double y)
+{
+    if (crosses.size() >= maxCrosses)
+        return;
+    parts.data.setNeedSave(true);
+    auto* cross = new myPlotMarker(iSens, &parts.scaler, MARKER_X);
+    cross->iReg = iReg;
+    cross->setValue(x, y);
+    setCross(cross, MARKER_X);
+    addPair(cross, 0, 0);
+    crosses.append(cross);
+    myPlotMarker* const text = cross->connectTo;
+    places.lean(*cross, text, form == MarkerForm::Frequency);
+    renewText(text);
+    places.findRoom(text);
+    places.put(text);
+    bringOther(cross);
+    // The distance of the two goes by where the second one has been brought.
+    renewText(text);
+    repaint();
+}
+
+void MarkerLayer::setCross(myPlotMarker* marker, markerType kind)
+{
+    constexpr int size = 20;
+    constexpr int penWidth = 3;
+    if (marker->type == kind && marker->symbol())
+        return;
+    const QColor color = kind == MARKER_X ? Qt::black : Qt::gray;
+    marker->type = kind;
+    marker->setSymbol(new QwtSymbol(QwtSymbol::XCross, color, QPen(color, penWidth), QSize(size, size)));
+}
+
+void MarkerLayer::addResult(std::unique_ptr<myPlotMarker> graphic)
+{
+    if (!graphic)
+        return;
+    parts.data.setNeedSave(true);
+    if (graphic->type == MARKER_INTEGRAL) {
+        graphic->curve = parts.curves.at(graphic->iSens);
+        putOnCurve(graphic.get(), graphic->iSens);
+    }
+    myPlotMarker* const result = graphic.release();
+    addPair(result, myPlotMarker::textDistance, -myPlotMarker::textDistance);
+    renewText(result->connectTo);
+    places.findRoom(result->connectTo);
+    places.put(result->connectTo);
+    repaint();
+}
+
+void MarkerLayer::install(const QList<myPlotMarker*>& list)
+{
+    clear();
+    for (myPlotMarker* marker : pairedUp(list))
+        takeStored(marker);
+    repaint();
+}
+
+QList<myPlotMarker*> MarkerLayer::pairedUp(const QList<myPlotMarker*>& list)
+{
+    QList<myPlotMarker*> result;
+    for (int i = 0; i < list.size(); ++i) {
+        myPlotMarker* const marker = list[i];
+        if (hasPartnerText(marker->type)) {
+            myPlotMarker* const next = list.value(i + 1);
+            const bool isStored = next && next->type == MARKER_FLOATING_TEXT;
+            myPlotMarker* const text =
+                isStored ? next : new myPlotMarker(marker->iSens, MARKER_FLOATING_TEXT);
+            i += isStored ? 1 : 0;
+            if (!isStored) {
+                text->setXValue(myPlotMarker::notPlaced);
+                text->setShown(false);
+                hasUnplacedTexts = true;
+            }
+            marker->connectTo = text;
+            text->connectTo = marker;
+            result << marker << text;
+        } else if (marker->type == MARKER_ANNOTATE) {
+            result << marker;
+        } else {
+            delete marker;
+        }
+    }
+    return result;
+}
+
+void MarkerLayer::takeStored(myPlotMarker* marker)
+{
+    marker->setScaler(&parts.scaler);
+    adopt(marker);
+    if (const SensorPtr& sensor = parts.data.getSens(marker->iSens); sensor && sensor->needAltUnit()) {
+        marker->setYValue(sensor->convertToAltUnit(marker->yValue()));
+        if (marker->type == MARKER_REGRESSION) {
+            marker->a *= sensor->altUnit().factor;
+            marker->b *= sensor->altUnit().factor;
+            marker->c = sensor->convertToAltUnit(marker->c);
+        }
+    }
+    marker->setText(marker->label().text());
+    if (marker->type == MARKER_X) {
+        setCross(marker, MARKER_X);
+        if (!marker->isLocked() && crosses.size() == maxCrosses)
+            marker->lock();
+        if (!marker->isLocked())
+            crosses.append(marker);
+    } else if (marker->type == MARKER_INTEGRAL) {
+        marker->curve = parts.curves.at(marker->iSens);
+    } else if (marker->type == MARKER_FLOATING_TEXT) {
+        const bool isNew = std::isnan(marker->xValue());
+        if (marker->connectTo->type == MARKER_X || isNew)
+            renewText(marker);
+        if (isNew) {
+            marker->xOffset = myPlotMarker::textDistance;
+            marker->yOffset = -myPlotMarker::textDistance;
+        }
+    }
+}
+
+void MarkerLayer::renewGateTexts()
+{
+    for (int i = markers.size() - 1; i >= 0; --i) {
+        if (markers[i]->type == MARKER_FLOATING_TEXT && !markers[i]->connectTo)
+            drop(markers[i]);
+    }
+    for (const Photogates::Told& told : Photogates::read(parts.data))
+        addGateText(told.iSens, told.at, told.offset, told.words);
+}
+
+/// A text without a partner, which is placed as soon as the axes are known.
+void MarkerLayer::addGateText(int iSens, const QPointF& at, const QPoint& offset, const QString& words)
+{
+    auto* text = new myPlotMarker(iSens, &parts.scaler, MARKER_FLOATING_TEXT);
+    text->pointToXVal = at.x();
+    text->pointToYVal = at.y();
+    text->xOffset = offset.x();
+    text->yOffset = offset.y();
+    text->setText(words);
+    text->setXValue(myPlotMarker::notPlaced);
+    text->setShown(false);
+    hasUnplacedTexts = true;
+    adopt(text);
+}

@@ -1,0 +1,91 @@
+#include "graph/markermouse.h"
+
+#include <QMouseEvent>
+
+#include "graph/markereditor.h"
+#include "graph/markerlayer.h"
+
+namespace {
+
+constexpr double tipPixels = 10; // how near the tip of a balloon counts as on it
+
+} // namespace
+
+MarkerMouse::MarkerMouse(const GraphParts& parts, MarkerLayer& layer, MarkerEditor& editor)
+    : layer(layer)
+    , editor(editor)
+    , search(parts)
+{
+}
+
+/// The first shown marker under a point of the canvas.
+myPlotMarker* MarkerMouse::at(const QPointF& pos, bool* isTip) const
+{
+    *isTip = false;
+    for (myPlotMarker* marker : layer.all()) {
+        if (!marker->isShown())
+            continue;
+        const QPointF place = marker->pixelPos();
+        if (marker->hotBox(place).contains(pos))
+            return marker;
+        if (marker->type != MARKER_ANNOTATE || !marker->isBubble())
+            continue;
+        QPointF tip;
+        *isTip = marker->distToBubbleTip(pos, &tip) < tipPixels;
+        if (*isTip || myPlotMarker::isInTriangle(marker->balloonRect(place), tip, pos))
+            return marker;
+    }
+    return nullptr;
+}
+
+bool MarkerMouse::take(const QPointF& pos)
+{
+    dragged = at(pos, &isByTip);
+    return isDragging();
+}
+
+void MarkerMouse::drag(const QPointF& pos)
+{
+    if (dragged)
+        layer.drag(dragged, pos, isByTip);
+}
+
+void MarkerMouse::letGo()
+{
+    myPlotMarker* const marker = dragged;
+    dragged.clear();
+    if (marker && marker->type == MARKER_X_GHOST)
+        layer.remove(marker);
+}
+
+void MarkerMouse::placeCross(const QPointF& pos)
+{
+    const CurveSearch::Place near = search.nearest(pos, layer.all());
+    if (near.iSens >= 0)
+        layer.addCross(near.iSens, near.iReg, near.x, near.y);
+}
+
+bool MarkerMouse::pressRight(const QMouseEvent& event)
+{
+    bool isTip = false;
+    myPlotMarker* const marker = at(event.pos(), &isTip);
+    if (!marker)
+        return false;
+    if (MarkerLayer::isCross(*marker) || marker->type == MARKER_FLOATING_TEXT)
+        editor.openMenu(marker, event.globalPos());
+    else
+        editor.askToRemove(marker);
+    return true;
+}
+
+void MarkerMouse::doubleClick(const QPointF& pos)
+{
+    bool isTip = false;
+    myPlotMarker* const marker = at(pos, &isTip);
+    if (!marker)
+        return;
+    if (marker->type == MARKER_ANNOTATE)
+        editor.edit(marker);
+    else
+        editor.lock(marker, true);
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QPointF>
+#include <QPointer>
+
+#include "graph/curvesearch.h"
+#include "graph/myplotmarker.h"
+
+class MarkerEditor;
+class MarkerLayer;
+class QMouseEvent;
+
+/// The mouse on markers: what it hits, and what a press, drag or double click does with it.
+class MarkerMouse
+{
+public:
+    /// Nothing is owned.
+    MarkerMouse(const GraphParts& parts, MarkerLayer& layer, MarkerEditor& editor);
+
+    /// Takes up the marker under the pointer; false when there is none.
+    bool take(const QPointF& pos);
+    void drag(const QPointF& pos);
+    void letGo();
+    bool isDragging() const { return !dragged.isNull(); }
+    /// A cross on the curve or line under the pointer.
+    void placeCross(const QPointF& pos);
+    /// False when the press was on no marker.
+    bool pressRight(const QMouseEvent& event);
+    void doubleClick(const QPointF& pos);
+
+private:
+    myPlotMarker* at(const QPointF& pos, bool* isTip) const;
+
+    MarkerLayer& layer;
+    MarkerEditor& editor;
+    const CurveSearch search;
+    QPointer<myPlotMarker> dragged;
+    bool isByTip = false; ///< by the tip of its balloon
+};

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QString>
+
+class ExpData;
+class TimeScaleDraw;
+class myPlotMarker;
+
+/// What a graph's crosses are about.
+enum class MarkerForm
+{
+    Curve,    ///< values over time or over a sensor
+    Frequency ///< peaks of a spectrum
+};
+
+/// Words what markers tell, from the data and the unit of the time axis.
+class MarkerTexts
+{
+    Q_DECLARE_TR_FUNCTIONS(MarkerTexts)
+
+public:
+    /// What a photogate told: the time, what was measured with it, and the result.
+    struct Gate
+    {
+        double dt = 0;
+        double measured = 0;
+        double result = 0;
+    };
+
+    /// Neither is owned.
+    MarkerTexts(const ExpData& data, const TimeScaleDraw& time, MarkerForm form);
+
+    /// The text beside a cross, tangent, fit or integral; empty for other kinds.
+    QString of(const myPlotMarker& marker) const;
+    /// The distance of two crosses in words, as the sensor of `told` says it; empty where x is no time.
+    QString distance(const myPlotMarker& told, const myPlotMarker& first, const myPlotMarker& second) const;
+    static QString speed(const Gate& gate);
+    static QString acceleration(const Gate& gate);
+
+    /// The translated name of a kind of marker, empty for those that have none.
+    static QString kindName(int type);
+    /// The same in the form that fits into a sentence.
+    static QString kindNameInSentence(int type);
+
+private:
+    QString ofCross(const myPlotMarker& cross) const;
+    QString ofFit(const myPlotMarker& fit) const;
+    QString ofIntegral(const myPlotMarker& area) const;
+    QString ofTangent(const myPlotMarker& tangent) const;
+    QString nameOf(int iSens) const;
+    QString valueText(int iSens, double value) const;
+    QString unitOf(int iSens) const;
+
+    const ExpData& data;
+    const TimeScaleDraw& time;
+    const MarkerForm form;
+};
