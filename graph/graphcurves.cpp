@@ -131,8 +131,7 @@ void GraphCurves::add(int i, const Look& before)
 // The average of the class says something only for sensors of one kind.
 bool GraphCurves::isHiddenAtFirst(int i) const
 {
-    return isHiddenKind(idOf(data.getSens(i))) ||
-           (index < 0 && i == data.meanIndex() && !data.isOfOneKind());
+    return isHiddenKind(idOf(data.getSens(i))) || (index < 0 && i == data.meanIndex() && !data.isOfOneKind());
 }
 
 QString GraphCurves::name(int i) const

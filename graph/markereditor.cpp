@@ -67,8 +67,8 @@ void MarkerEditor::askToCrop()
 void MarkerEditor::edit(myPlotMarker* note)
 {
     data.setNeedSave(true);
-    auto* dialog =
-        new BubbleEdit(note->label().text(), layer.all().indexOf(note), note->isBubble(), prompt, &parent);
+    const auto place = [this, note] { return layer.all().indexOf(note); };
+    auto* dialog = new BubbleEdit(note->label().text(), place, note->isBubble(), prompt, &parent);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setModal(true);
     const auto repaint = [this] { layer.repaint(); };
