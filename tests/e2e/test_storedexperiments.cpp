@@ -1,7 +1,4 @@
-#include <QProgressBar>
-#include <QPushButton>
 #include <QStatusBar>
-#include <QTableWidget>
 
 #include <numeric>
 
@@ -43,45 +40,6 @@ private Q_SLOTS:
             QCOMPARE(data(i)->getXAt(999), 999 * 0.001024);
         }
         checkClass({0, 1});
-        checkValues({0, 1});
-    }
-
-    void aPersonChoosesAnOlderExperiment()
-    {
-        startWithLog(2, {QStringLiteral("--model"), QStringLiteral("Birch,Dune")});
-        download();
-        inDialog("selectExperimentAct", [this](QWidget* dialog) {
-            auto* page = dialog->findChild<QWidget*>(QStringLiteral("experiments1"));
-            auto* table = page->findChild<QTableWidget*>();
-            auto* start = dialog->findChild<QPushButton*>(QStringLiteral("pushDownload"));
-            auto* progress = dialog->findChild<QProgressBar*>();
-            QTRY_COMPARE(table->rowCount(), 2);
-            QCOMPARE(table->currentRow(), 1);
-            QCOMPARE(table->item(0, 2)->text(), QStringLiteral("100/Sec"));
-            QCOMPARE(table->item(0, 3)->text(), QStringLiteral("100"));
-            const expInfo& first = manager->tembrinDataAt(0)->expList()[0];
-            QCOMPARE(table->item(0, 4)->toolTip(), first.sensNames);
-            QCOMPARE(table->item(0, 4)->icon().availableSizes().first().width(), 37 * first.iconNames.size());
-
-            table->selectRow(0);
-            QTest::mouseClick(start, Qt::LeftButton);
-            QVERIFY(!start->isEnabled());
-            QTRY_COMPARE(data(0)->getXSize(), 100);
-            QCOMPARE(progress->value(), 100);
-            QTRY_VERIFY(start->isEnabled());
-
-            // Cancel ends a download that goes wrong for good.
-            tell("fault 1 silent=100");
-            QTest::keyClick(table, Qt::Key_Down);
-            QTest::mouseClick(start, Qt::LeftButton);
-            QVERIFY(!action("runAct")->isEnabled());
-            QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("pushCancel")), Qt::LeftButton);
-        });
-        QVERIFY(action("runAct")->isEnabled());
-        QVERIFY(!manager->isSending(CMD_DOWNLOAD_STORED_DATA));
-        QCOMPARE(data(1)->getXSize(), 1000);
-        QCOMPARE(classData()->getYNoConv(0).size(), 100);
-        QCOMPARE(classData()->getYNoConv(1).size(), 1000);
         checkValues({0, 1});
     }
 

@@ -103,35 +103,22 @@ private Q_SLOTS:
     }
 
     // The values and texts in these units are the matter of the reference in the other language.
-    void showsTheChosenUnit()
+    void rangesAreInTheChosenUnit()
     {
-        const struct
-        {
-            int id;
-            QByteArrayList keys;
-            QString unit;
-            double maximum;
-        } rows[] = {
-            {SENSOR_EXT_TEMP, {"units/celsius"}, "°F", 257},
-            {SENSOR_THERMOCOUPLE, {"units/celsius"}, "°C", 1350},
-            {SENSOR_DISTANCE, {"units/meter"}, "ft", 32.808399},
-            {VERNIER_GAS_PRESSURE, {"units/air_kpa"}, "PSI", 33.748822413},
-            {SENSOR_BAROMETER, {"units/baro_hpa"}, "hPa", 1150},
-            {SENSOR_GPS_SPEED, {"units/kmh"}, "mph", 124.2742384},
-            {SENSOR_GPS_SPEED, {"units/kmh", "units/mph"}, "m/s", 55.5555556},
-            {SENSOR_GPS_SPEED, {"units/mph"}, "km/h", 200},
-        };
-        for (const auto& row : rows) {
-            Settings::mainStore().clear();
-            for (const QByteArray& key : row.keys)
-                choose(key.constData(), key == "units/baro_hpa");
-            const Sensor sensor(row.id, Units::load(Settings::mainStore()));
-            QCOMPARE(sensor.unitName, row.unit);
-            QCOMPARE(sensor.max, row.maximum);
+        Units units;
+        units.fahrenheit = units.feet = units.psi = units.hpa = true;
+        units.speed = Units::Mph;
+        const QMap<int, double> maxima{{SENSOR_EXT_TEMP, 257},       {SENSOR_THERMOCOUPLE, 1350},
+                                       {SENSOR_DISTANCE, 32.808399}, {VERNIER_GAS_PRESSURE, 33.748822413},
+                                       {SENSOR_BAROMETER, 1150},     {SENSOR_GPS_SPEED, 124.2742384}};
+        for (auto row = maxima.begin(); row != maxima.end(); ++row) {
+            const Sensor sensor(row.key(), units);
+            QCOMPARE(sensor.max, row.value());
             QCOMPARE(sensor.maxView, sensor.max);
             const Sensor::AltUnit line = sensor.altUnit();
             QVERIFY(qAbs(23.4 * line.factor + line.offset - sensor.convertToAltUnit(23.4)) < 1e-9);
         }
+        QCOMPARE(Sensor(SENSOR_THERMOCOUPLE, units).unitName, QStringLiteral("°C"));
     }
 
     void namesAndUnits()

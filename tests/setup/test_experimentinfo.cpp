@@ -57,6 +57,11 @@ private Q_SLOTS:
                  QStringLiteral("Group AGroup BGroup C"));
         QCOMPARE(chosen(), QStringLiteral("2 1 -"));
         QVERIFY(button("pushDownload")->isEnabled());
+        const expInfo& first = bench->state(0)->expList()[0];
+        QCOMPARE(tables[0]->item(0, 2)->text(), first.rate);
+        QCOMPARE(tables[0]->item(0, 3)->text(), QString::number(first.samples));
+        QCOMPARE(tables[0]->item(0, 4)->toolTip(), first.sensNames);
+        QCOMPARE(tables[0]->item(0, 4)->icon().availableSizes().first().width(), 37 * first.iconNames.size());
         tabs->setCurrentIndex(2);
         QVERIFY(!button("pushDownload")->isEnabled());
         QCOMPARE(button("pushCancel")->text(), QStringLiteral("Cancel"));
