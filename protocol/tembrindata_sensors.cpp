@@ -73,6 +73,7 @@ void TembrinData::handleSensID(unsigned char* udata, int len)
     for (const int id : packet->ids)
         appendFromSlot(id, {packet->external1, packet->external2});
     noteSockets();
+    noteGates(packet->external1, packet->external2); // what was pulled out while the line was lost is gone
     // No logger has this type, so that the next status counts as a change of type and all views take the
     // list.
     identity.type = 0;
@@ -89,8 +90,6 @@ void TembrinData::appendFromSlot(int id, const int (&external)[2])
         sockets.place[socket] = place;
         if (external[socket] != 0)
             id = external[socket];
-        if (external[0] == QUELLMARK_PHOTOGATE || external[1] == QUELLMARK_PHOTOGATE)
-            sockets.hasGate = true;
     }
     if (isExternalTemperature(id))
         extTempIndex = place;

@@ -149,6 +149,9 @@ private Q_SLOTS:
         bench->data.handleQuellmarkSensors(112, -1);
         QCOMPARE(first(), int(QUELLMARK_PHOTOGATE));
         QCOMPARE(bench->data.getExtSensID2(), 0);
+        QVERIFY(bench->data.hasPhotogate());
+        bench->feed(bytes(sensorListHex)); // pulled out while nobody listened
+        QVERIFY(!bench->data.hasPhotogate());
     }
 
     void oldFirmwareTellsTheThermometerByItsLanguage()
