@@ -19,7 +19,6 @@
 #include "setup/unitgroups.h"
 
 #include <QAction>
-#include <QComboBox>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
@@ -54,6 +53,7 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     else
         createToolBars();
     createStatusBar();
+    createTools();
     connectConnector();
     connectFlows();
     setupViews();
@@ -152,12 +152,6 @@ bool MainWindow::eventFilter(QObject* object, QEvent* event)
 {
     if (object == this && event->type() == QEvent::Resize)
         fitToolBars();
-    auto* list = qobject_cast<QComboBox*>(object);
-    if (list && list->isEnabled() && isPressOnIcon(event)) {
-        if (event->type() == QEvent::MouseButtonPress)
-            Q_EMIT list->activated(list->currentIndex());
-        return true;
-    }
     return QMainWindow::eventFilter(object, event);
 }
 

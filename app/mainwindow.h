@@ -11,6 +11,7 @@
 #include <memory>
 #include <vector>
 
+#include "app/iconlist.h"
 #include "classroom/classjob.h"
 #include "common/classsize.h"
 #include "graph/plot.h"
@@ -18,8 +19,8 @@
 
 class ClassNotices;
 class ExpData;
+class GraphTools;
 class Indicator;
-class QComboBox;
 class QGridLayout;
 class QLabel;
 class QPrinter;
@@ -230,11 +231,10 @@ private Q_SLOTS:
     void doFunctions(int select);
 
 private:
-    void forEachPlot(const std::function<void(Plot*)>& visit);
-    void leaveOtherModes(const QAction* mode);
-    bool isPressOnIcon(const QEvent* event) const;
+    void createTools();
+    void showMode();
 
-    bool slopeMode = false; ///< the active graph shows a tangent at the pointer
+    GraphTools* tools = nullptr;
 
     // Files, in mainwindow_files.cpp
 
@@ -274,6 +274,7 @@ private Q_SLOTS:
     void updateLayout(int view);
     void updateView(int view);
     void activePlotChanged(int index);
+    void choosePlot(int index);
     void doSimul(QAction* theAct);
 
 private:
@@ -281,21 +282,23 @@ private:
     void createToolBars();
     void chooseIconSize();
     QToolBar* addBar(const QString& name, const QString& title);
-    QComboBox* addIconList(QToolBar* bar, const QString& name, const QString& accessibleName);
+    IconList* addIconList(QToolBar* bar, IconList::Kind kind, const char* name,
+                          const QString& accessibleName);
     void fillIconLists();
     QWidget* createSimulationButton();
     void fitToolBars();
 
     void setupViews();
-    void createCells();
     void createHint();
     Plot* createPlot(ExpData* set, graphtype type, int index);
+    Plot* createCell(int view, int index);
+    QString titleOf(int index) const;
+    void showTitle(int index);
     void setNGraphs();
     void setDisplayForNLoggers(int N);
 
     void updateAll();
     void updateAll(int index);
-    void updateBars();
     /// The graphs of a logger have new data.
     void markViews(int index);
     void updateSens(int index, int iSens);
@@ -325,10 +328,10 @@ private:
     QToolBar* graphToolBar = nullptr;
     QToolBar* tembrinToolBar = nullptr;
     QToolBar* appToolBar = nullptr;
-    QComboBox* exports = nullptr; ///< the lists are null in panel mode
-    QComboBox* regression = nullptr;
-    QComboBox* layouts = nullptr;
-    QComboBox* views = nullptr;
+    IconList* exports = nullptr; ///< the lists are null in panel mode
+    IconList* regression = nullptr;
+    IconList* layouts = nullptr;
+    IconList* views = nullptr;
     QSplitter* mainW = nullptr;
     QSplitter* graphW = nullptr;
     bool isHeightShared = false; ///< class and cells have been given their first heights

@@ -1,94 +1,82 @@
-// The tools of the graph toolbar: mouse modes and analyses of curves.
+// The tools of the graph toolbar: what the buttons say to them, and how they answer.
 
 #include "app/mainwindow.h"
 
+#include "app/graphtools.h"
 #include "app/iconlists.h"
-#include "classroom/multiconnectionsmanager.h"
-#include "data/expdata.h"
 #include "graph/plot.h"
+#include "instruments/statusline.h"
 
 #include <QAction>
-#include <QComboBox>
-#include <QMouseEvent>
+#include <QStyle>
 
-void MainWindow::forEachPlot(const std::function<void(Plot*)>& visit)
+void MainWindow::createTools()
 {
-    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i)
-        visit(mTembrin->plotAt(i));
-    visit(graph);
+    tools = new GraphTools(mTembrin, this);
+    connect(tools, &GraphTools::modeChanged, this, &MainWindow::showMode);
+    connect(tools, &GraphTools::told, statusLine, &StatusLine::setOutcome);
+    connect(tools, &GraphTools::edited, this, qOverload<int>(&MainWindow::updateAll));
+    connect(tools, &GraphTools::pressed, this, &MainWindow::choosePlot);
 }
 
-/// Ends every other mouse mode; `mode` is null for slope mode.
-void MainWindow::leaveOtherModes(const QAction* mode)
+/// Slope mode has no button of its own: it shows on the list that it is chosen from.
+void MainWindow::showMode()
 {
-    struct Mode
-    {
-        QAction* action;
-        void (Plot::*enable)(bool);
-    };
-    for (const Mode& other : {Mode{zoomAct, &Plot::enableZoom}, Mode{markerAct, &Plot::enableMarker},
-                              Mode{annotateAct, &Plot::enableAnnotate}}) {
-        if (other.action == mode || !other.action->isChecked())
-            continue;
-        other.action->setChecked(false);
-        forEachPlot([&](Plot* plot) { (plot->*other.enable)(false); });
-    }
-    if (mode && slopeMode) {
-        slopeMode = false;
-        mTembrin->getActivePlot()->enableSlope(false);
-    }
+    const GraphTools::Mode mode = tools->mode();
+    zoomAct->setChecked(mode == GraphTools::Mode::Zoom);
+    markerAct->setChecked(mode == GraphTools::Mode::Marker);
+    annotateAct->setChecked(mode == GraphTools::Mode::Annotate);
+    if (!regression)
+        return;
+    const bool isSlope = mode == GraphTools::Mode::Slope;
+    if (isSlope)
+        regression->setCurrentIndex(regression->findData(REG_SLOPE));
+    regression->setProperty("isOn", isSlope);
+    regression->style()->unpolish(regression); // for the style sheet to look again
+    regression->style()->polish(regression);
 }
 
 void MainWindow::doZoom()
 {
-    const bool tf = zoomAct->isChecked();
-    leaveOtherModes(zoomAct);
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
-        mTembrin->plotAt(i)->enableZoom(tf);
-    graph->enableZoom(tf);
+    tools->setMode(GraphTools::Mode::Zoom, zoomAct->isChecked());
 }
 
 void MainWindow::doMarker()
 {
-    leaveOtherModes(markerAct);
-    forEachPlot([tf = markerAct->isChecked()](Plot* plot) { plot->enableMarker(tf); });
+    tools->setMode(GraphTools::Mode::Marker, markerAct->isChecked());
 }
 
 void MainWindow::doAnnotate()
 {
-    leaveOtherModes(annotateAct);
-    forEachPlot([tf = annotateAct->isChecked()](Plot* plot) { plot->enableAnnotate(tf); });
+    tools->setMode(GraphTools::Mode::Annotate, annotateAct->isChecked());
 }
 
 void MainWindow::doCrop()
 {
-    mTembrin->getActivePlot()->doCrop();
-    updateAll();
+    tools->crop();
 }
 
 void MainWindow::doSlope()
 {
-    constexpr int fewestSamples = 3;
-    if (!slopeMode && mTembrin->getActiveData()->getXSize() < fewestSamples)
-        return;
-    slopeMode = !slopeMode;
-    leaveOtherModes(nullptr);
-    mTembrin->getActivePlot()->enableSlope(slopeMode);
+    tools->setMode(GraphTools::Mode::Slope, tools->mode() != GraphTools::Mode::Slope);
 }
 
 void MainWindow::doLinRegression()
 {
-    mTembrin->getActivePlot()->doRegression(1);
+    tools->fit(1);
 }
 
 void MainWindow::doQuadRegression()
 {
-    mTembrin->getActivePlot()->doRegression(2);
+    tools->fit(2);
 }
 
 void MainWindow::doFunctions(int select)
 {
-    switch (regression->itemData(select).toInt()) {
+    const int code = regression->itemData(select).toInt();
+    if (code != REG_SLOPE)
+        tools->setMode(GraphTools::Mode::Slope, false); // which its picture no longer shows
+    switch (code) {
     case REG_SLOPE:
         doSlope();
         break;
@@ -99,25 +87,13 @@ void MainWindow::doFunctions(int select)
         doQuadRegression();
         break;
     case REG_SMOOTH:
-        if (mTembrin->isAnyRunning())
-            break;
-        mTembrin->getActiveData()->smoothCurve();
-        updateAll();
+        tools->smooth();
         break;
     case REG_DERIVATIVE:
-        mTembrin->getActiveData()->addSpecialCurve(ExpData::CURVE_DERIV);
-        updateAll();
+        tools->addDerivative();
         break;
     case REG_INTEGRAL:
-        mTembrin->getActivePlot()->doIntegral();
+        tools->addIntegral();
         break;
     }
-}
-
-/// A press on the icon of a list repeats its present item; only one on the arrow beside it opens the list.
-bool MainWindow::isPressOnIcon(const QEvent* event) const
-{
-    if (event->type() != QEvent::MouseButtonPress && event->type() != QEvent::MouseButtonDblClick)
-        return false;
-    return std::abs(static_cast<const QMouseEvent*>(event)->x() - iconDim / 2) <= iconDim / 4;
 }

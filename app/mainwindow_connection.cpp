@@ -80,8 +80,7 @@ void MainWindow::showConnected(int index)
     indicator->setLoggerDetails(index, name, group);
     if (const PortListener* listener = mTembrin->tembrinAt(index)->listener)
         connect(listener, &PortListener::bootloadReady, this, &MainWindow::bootloadReady);
-    for (Plot* plot : {mTembrin->plotAt(index), mTembrin->barAt(index)})
-        plot->updateTitle(group);
+    showTitle(index);
 }
 
 void MainWindow::showNotConnected(int index)

@@ -101,7 +101,6 @@ void MainWindow::useDownload(int index, bool isOK)
     classSet->setNeedSave(true);
     updateAll(-1);
     setSelected(-1, 0);
-    updateBars();
     mTembrin->plotAt(index)->forceDefaultSetScale();
 }
 

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/graphtools.h"
 #include "app/iconlists.h"
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
@@ -205,8 +206,6 @@ void MainWindow::handleOnlyStaticClassMode(bool tf)
     isOnlyStaticClassMode = tf;
     if (tf) {
         mTembrin->run().classSet().release();
-        if (layouts)
-            layouts->setCurrentIndex(LAYOUT_MULTI_TOGETHER);
         updateLayout(LAYOUT_MULTI_TOGETHER);
     }
     if (layouts)
@@ -230,7 +229,7 @@ void MainWindow::setView(const QString& view)
     }
     // A file of a program with more views than the layouts of this one shows the loggers.
     if (layouts)
-        layouts->setCurrentIndex(number < layouts->count() ? number : LAYOUT_MULTI_WINDOWS);
+        updateLayout(number <= LAYOUT_MULTI_COMBO ? number : int(LAYOUT_MULTI_WINDOWS));
 }
 
 // --- Save ---
@@ -300,24 +299,30 @@ void MainWindow::doExport(int select)
 
 void MainWindow::doExcel()
 {
+    const ExpData* const set = tools->targetData();
+    if (!set)
+        return;
     const QString fname =
         prompt->saveFile(this, tr("Save experiment data"), ReadWrite::getDataPath(tr("Experiment.csv")),
                          spreadsheetFilter(), nullptr);
     if (!fname.isEmpty())
-        writeSpreadsheet(fname, mTembrin->getActiveData(), true);
+        writeSpreadsheet(fname, set, true);
 }
 
 void MainWindow::doExportImg()
 {
     QString reason;
-    if (graph->isVisible() && !ReadWrite::exportDocument(graph, prompt, &reason))
+    Plot* const plot = tools->target();
+    if (plot && !ReadWrite::exportDocument(plot, prompt, &reason))
         warnNotWritten(reason);
 }
 
 void MainWindow::doPrint()
 {
     QString reason;
-    Plot* plot = mTembrin->getActivePlot();
+    Plot* const plot = tools->target();
+    if (!plot)
+        return;
     const ReadWrite::PrinterChoice choose = printerChoice ? printerChoice : ReadWrite::askForPrinter;
     const bool isPrinted = ReadWrite::print(plot, choose, &reason);
     if (!isPrinted)

@@ -40,11 +40,10 @@ void MainWindow::useMainDesignValues()
 
 void MainWindow::useGraphDesignValues()
 {
-    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
-        mTembrin->plotAt(i)->doUseDesignValues();
-        mTembrin->barAt(i)->doUseDesignValues();
+    for (int i = -1; i < mTembrin->nMaxTembrins(); ++i) {
+        for (Plot* plot : mTembrin->viewsOf(i))
+            plot->doUseDesignValues();
     }
-    mTembrin->plotC()->doUseDesignValues();
 }
 
 void MainWindow::setBackground()
@@ -69,6 +68,8 @@ void MainWindow::setMainWindowStyle()
         {"QToolButton", QStringLiteral("margin: 0px;")},
         {"QToolButton:hover", QStringLiteral("background-color: %1; border: none;").arg(over)},
         {"QToolButton:checked", QStringLiteral("background-color: %1; border: 1px solid %1;").arg(over)},
+        {"QToolBar QComboBox[isOn=\"true\"]",
+         QStringLiteral("background-color: %1; border: 1px solid %2;").arg(over, rgb(Qt::gray))},
         {"QToolBar::handle", QStringLiteral("image: none;")},
         // Lists on toolbars only: those of dialogs stand on paper.
         {"QToolBar QComboBox", QStringLiteral("background: %1; border: none;").arg(back)},

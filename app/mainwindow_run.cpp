@@ -141,7 +141,7 @@ void MainWindow::showNewExperiment(int index)
     data->setXYIndex(-1);
     set->setXYIndex(-1);
     if (graph->isHidden() && layouts && layouts->isEnabled())
-        layouts->setCurrentIndex(LAYOUT_MULTI_WINDOWS);
+        updateLayout(LAYOUT_MULTI_WINDOWS);
     mTembrin->plotAt(index)->setMarkers();
     updateAll(index);
     setSelected(index, qMax(0, set->getSelectedSensor()));
@@ -165,6 +165,21 @@ void MainWindow::showNewClass()
 }
 
 /// A logger that was lost in the run says so where its curve stands, and since when.
+QString MainWindow::titleOf(int index) const
+{
+    const QString group = mTembrin->groupName(index);
+    const QDateTime since = mTembrin->run().lostSince(index);
+    return since.isValid()
+               ? tr("%1: connection lost at %2").arg(group, since.toString(QStringLiteral("HH:mm:ss")))
+               : group;
+}
+
+void MainWindow::showTitle(int index)
+{
+    for (Plot* plot : mTembrin->viewsOf(index))
+        plot->updateTitle(titleOf(index));
+}
+
 void MainWindow::showPhase(int index)
 {
     const QDateTime since = mTembrin->run().lostSince(index);
@@ -172,14 +187,9 @@ void MainWindow::showPhase(int index)
     if (since.isValid() != bool(markedLost & bit)) {
         markedLost ^= bit;
         const QString group = mTembrin->groupName(index);
-        const QString text =
-            since.isValid()
-                ? tr("%1: connection lost at %2").arg(group, since.toString(QStringLiteral("HH:mm:ss")))
-                : group;
-        for (Plot* plot : {mTembrin->plotAt(index), mTembrin->barAt(index)})
-            plot->updateTitle(text);
+        showTitle(index);
         if (since.isValid())
-            statusLine->setOutcome(text);
+            statusLine->setOutcome(titleOf(index));
         else if (statusLine->outcome().startsWith(tr("%1: connection lost at %2").arg(group, QString())))
             statusLine->setOutcome(QString()); // it is back
     }

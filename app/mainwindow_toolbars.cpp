@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
-#include "app/icondelegate.h"
+#include "app/graphtools.h"
+#include "app/iconlist.h"
 #include "app/iconlists.h"
 #include "classroom/views.h"
 #include "common/common.h"
@@ -8,7 +9,6 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
-#include <QComboBox>
 #include <QMenu>
 #include <QScreen>
 #include <QToolBar>
@@ -69,13 +69,9 @@ constexpr const char* simulationNames[] = {
 };
 constexpr int firstSimulation = 2;
 
-void addItem(QComboBox* list, const ListItem& item)
+void addItem(IconList* list, const ListItem& item)
 {
-    const QString name = MainWindow::tr(item.name);
-    list->addItem(QIcon(QLatin1String(item.icon)), QString(), item.code);
-    const int at = list->count() - 1;
-    list->setItemData(at, name, Qt::ToolTipRole);
-    list->setItemData(at, name, Qt::AccessibleTextRole);
+    list->addPicture(MainWindow::tr(item.name), QIcon(QLatin1String(item.icon)), item.code);
 }
 
 } // namespace
@@ -159,16 +155,16 @@ void MainWindow::createToolBars()
     fileToolBar->addActions({openAct, saveAct});
     if (isSimulEnabled)
         fileToolBar->addWidget(createSimulationButton());
-    exports = addIconList(fileToolBar, QStringLiteral("exports"), tr("Export"));
+    exports = addIconList(fileToolBar, IconList::Kind::Button, "exports", tr("Export"));
     fileToolBar->addAction(printAct);
     graphToolBar->addActions({zoomAct, markerAct, annotateAct, cropAct});
-    regression = addIconList(graphToolBar, QStringLiteral("regression"), tr("Functions"));
+    regression = addIconList(graphToolBar, IconList::Kind::Button, "regression", tr("Functions"));
     tembrinToolBar->addActions(
         {colabConnectAct, basicSetupAct, runAct, stopAct, downloadAct, advancedSetupAct});
     stopAct->setVisible(false);
     addDownloadChoice();
-    layouts = addIconList(appToolBar, QStringLiteral("layouts"), tr("Layout"));
-    views = addIconList(appToolBar, QStringLiteral("views"), tr("View"));
+    layouts = addIconList(appToolBar, IconList::Kind::State, "layouts", tr("Layout"));
+    views = addIconList(appToolBar, IconList::Kind::State, "views", tr("View"));
     if (QGuiApplication::primaryScreen()->size().width() >= narrowScreen)
         appToolBar->addAction(exitAct);
     fillIconLists();
@@ -183,16 +179,13 @@ QToolBar* MainWindow::addBar(const QString& name, const QString& title)
     return bar;
 }
 
-QComboBox* MainWindow::addIconList(QToolBar* bar, const QString& name, const QString& accessibleName)
+IconList* MainWindow::addIconList(QToolBar* bar, IconList::Kind kind, const char* name,
+                                  const QString& accessibleName)
 {
-    auto* list = new QComboBox(bar);
-    list->setObjectName(name);
+    auto* list = new IconList(kind, iconDim, bar);
+    list->setObjectName(QLatin1String(name));
     list->setAccessibleName(accessibleName);
     list->setToolTip(accessibleName);
-    list->setIconSize(QSize(iconDim, iconDim));
-    list->setItemDelegate(new IconDelegate(iconDim, list));
-    list->setMinimumWidth(iconDim * 3 / 2); // the arrow has room beside the picture at any size
-    list->setFocusPolicy(Qt::TabFocus);
     bar->addWidget(list);
     return list;
 }
@@ -210,8 +203,6 @@ void MainWindow::fillIconLists()
     for (const ListItem& item : viewItems)
         addItem(views, item);
     views->setEnabled(false);
-    for (QComboBox* list : {exports, regression}) // a press on the picture carries out what it shows
-        list->installEventFilter(this);
     connect(layouts, qOverload<int>(&QComboBox::currentIndexChanged), this, &MainWindow::updateLayout);
     connect(exports, qOverload<int>(&QComboBox::activated), this, &MainWindow::doExport);
     connect(regression, qOverload<int>(&QComboBox::activated), this, &MainWindow::doFunctions);
@@ -222,7 +213,7 @@ void MainWindow::fillIconLists()
         choose->setShortcut(QStringLiteral("Ctrl+%1").arg(i + 1));
         connect(choose, &QAction::triggered, this, [this, i] {
             if (layouts->isEnabled())
-                layouts->setCurrentIndex(i);
+                updateLayout(i);
         });
         addAction(choose);
     }

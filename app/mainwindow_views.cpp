@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/graphtools.h"
 #include "app/refreshclock.h"
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
@@ -30,7 +31,7 @@ void MainWindow::setupViews()
     graphGridL = new QGridLayout(graphGridW);
     graphGridL->setContentsMargins(0, 0, 0, 0);
 
-    createCells();
+    mTembrin->setViewMaker([this](int view, int index) { return createCell(view, index); });
     graph = createPlot(mTembrin->dataC(), GRAPH_LINE, -1);
     mTembrin->setPlotC(graph);
     createHint();
@@ -54,22 +55,25 @@ void MainWindow::setupViews()
         Settings::mainStore().value(QLatin1String(Settings::numDefined), defaultLoggers).toInt());
 }
 
-void MainWindow::createCells()
+/// A graph of a logger, when it is first shown or asked for: it then catches up with what the others know.
+Plot* MainWindow::createCell(int view, int index)
 {
-    for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
-        mTembrin->setPlotAt(i, createPlot(mTembrin->dataAt(i), GRAPH_LINE, i));
-        mTembrin->setBarAt(i, createPlot(mTembrin->dataAt(i), GRAPH_BAR, i));
-        for (Plot* plot : {mTembrin->plotAt(i), mTembrin->barAt(i)}) {
-            plot->setParent(graphGridW);
-            plot->hide();
-            connect(plot, &Plot::changedActivePlot, this, &MainWindow::activePlotChanged);
-        }
-        connect(mTembrin->barAt(i), &Plot::titleChanged, this,
-                [this](const QString& text) { graph->otherTitleChanged(text); });
-        // A logger has one curve on the graph of the class.
-        connect(mTembrin->barAt(i), &Plot::colorChanged, this,
-                [this, i](int, const QColor& color) { graph->otherColorChanged(i, color); });
-    }
+    const bool isBar = view == VIEW_BAR;
+    ExpData* const set = mTembrin->dataAt(index);
+    Plot* const plot = createPlot(set, isBar ? GRAPH_BAR : GRAPH_LINE, index);
+    plot->setParent(graphGridW);
+    plot->hide();
+    plot->updateTitle(titleOf(index));
+    plot->updateSens(qMax(0, set->getSelectedSensor()));
+    plot->setActivePlot(mTembrin->isActive(index) ? index : -1);
+    connect(plot, &Plot::changedActivePlot, this, &MainWindow::activePlotChanged);
+    if (!isBar)
+        return plot;
+    connect(plot, &Plot::titleChanged, this, [this](const QString& text) { graph->otherTitleChanged(text); });
+    // A logger has one curve on the graph of the class.
+    connect(plot, &Plot::colorChanged, this,
+            [this, index](int, const QColor& color) { graph->otherColorChanged(index, color); });
+    return plot;
 }
 
 void MainWindow::createHint()
@@ -100,6 +104,7 @@ Plot* MainWindow::createPlot(ExpData* set, graphtype type, int index)
     plot->setUserPrompt(prompt);
     connect(plot, &Plot::changedActiveCurve, this, &MainWindow::updateSens);
     connect(plot, &Plot::shownForAll, this, &MainWindow::showForAll);
+    tools->watch(plot);
     return plot;
 }
 
@@ -115,8 +120,8 @@ void MainWindow::setDisplayForNLoggers(int N)
 void MainWindow::setNGraphs()
 {
     for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
-        mTembrin->plotAt(i)->hide();
-        mTembrin->barAt(i)->hide();
+        for (Plot* plot : mTembrin->viewsOf(i))
+            plot->hide();
     }
     const int columns = mTembrin->gridColumns();
     const int rows = columns == 0 ? 0 : (mTembrin->nDefTembrins() + columns - 1) / columns;
@@ -166,39 +171,39 @@ void MainWindow::updateView(int view)
 
 void MainWindow::activePlotChanged(int index)
 {
-    if (zoomAct->isChecked()) {
-        mTembrin->getActivePlot()->enableZoom(false);
-        if (index >= 0)
-            mTembrin->plotAt(index)->enableZoom(true);
-    }
-    if (slopeMode)
-        mTembrin->getActivePlot()->enableSlope(false);
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
-        mTembrin->plotAt(i)->setActivePlot(index);
-        mTembrin->barAt(i)->setActivePlot(index);
+        for (Plot* plot : mTembrin->viewsOf(i)) {
+            if (i == index || mTembrin->isActive(i))
+                plot->setActivePlot(index);
+        }
     }
     mTembrin->setActivePlot(index);
-    if (slopeMode)
-        mTembrin->getActivePlot()->enableSlope(true);
+    tools->follow();
     if (!views)
         return;
     views->setCurrentIndex(mTembrin->getCurrentView());
     views->setEnabled(mTembrin->isActiveGraphSet());
 }
 
+/// A press in a canvas chooses its graph.
+void MainWindow::choosePlot(int index)
+{
+    if (!mTembrin->isActive(index))
+        activePlotChanged(index);
+    else
+        tools->follow();
+}
+
 // --- Bringing the views up to the data ---
 
 void MainWindow::updateAll(int index)
 {
-    Plot* plot = index < 0 ? graph : mTembrin->plotAt(index);
-    plot->setData();
-    plot->Update();
-    if (index < 0) {
-        showLeftOut();
-        return;
+    for (Plot* plot : mTembrin->viewsOf(index)) {
+        plot->setData();
+        plot->updateSens(plot->getActiveSens());
     }
-    mTembrin->barAt(index)->setBarData();
-    mTembrin->barAt(index)->updateBarSens(0, !mTembrin->dataAt(index)->finalData);
+    if (index < 0)
+        showLeftOut();
 }
 
 void MainWindow::updateAll()
@@ -208,18 +213,10 @@ void MainWindow::updateAll()
     updateAll(-1);
 }
 
-void MainWindow::updateBars()
-{
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
-        mTembrin->barAt(i)->setBarData();
-        refreshClock->mark(mTembrin->barAt(i));
-    }
-}
-
 void MainWindow::markViews(int index)
 {
-    refreshClock->mark(mTembrin->plotAt(index));
-    refreshClock->mark(mTembrin->barAt(index));
+    for (Plot* plot : mTembrin->viewsOf(index))
+        refreshClock->mark(plot);
 }
 
 void MainWindow::updateSens(int index, int iSens)
@@ -263,9 +260,8 @@ void MainWindow::setSelected(int index, int iSens)
     set->setSelectedSensor(iSens);
     if (index < 0)
         set->makeUniformScales();
-    (index < 0 ? graph : mTembrin->plotAt(index))->updateSens(iSens);
-    if (index >= 0)
-        mTembrin->barAt(index)->updateSens(iSens);
+    for (Plot* plot : mTembrin->viewsOf(index))
+        plot->updateSens(iSens);
 }
 
 void MainWindow::setSensSelect()

@@ -98,28 +98,33 @@ void multiConnectionsManager::sendCommandToFirstLogger(commandType cmd)
     }
 }
 
-QWidget* multiConnectionsManager::widgetOf(int i, int view) const
+Plot* multiConnectionsManager::viewAt(int i, int view)
 {
-    switch (view) {
-    case VIEW_GRAPH:
-        return plotAt(i);
-    case VIEW_BAR:
-        return barAt(i);
-    default:
-        return nullptr;
-    }
+    Plot*& plot = view == VIEW_BAR ? loggers[i].bar : loggers[i].plot;
+    if (!plot && makeView)
+        plot = makeView(view, i);
+    return plot;
+}
+
+QVector<Plot*> multiConnectionsManager::viewsOf(int i) const
+{
+    QVector<Plot*> built =
+        i < 0 ? QVector<Plot*>{classPlot} : QVector<Plot*>{loggers[i].plot, loggers[i].bar};
+    built.removeAll(nullptr);
+    return built;
 }
 
 void multiConnectionsManager::addWidgetByIndex(QGridLayout* layout, int view, int i)
 {
     loggers[i].currentView = view;
-    QWidget* const chosen = widgetOf(i, view);
+    if (view != VIEW_GRAPH && view != VIEW_BAR)
+        return;
+    Plot* const chosen = viewAt(i, view);
     if (!chosen)
         return;
-    for (int other : {VIEW_GRAPH, VIEW_BAR}) {
-        QWidget* const widget = widgetOf(i, other);
-        if (widget && widget != chosen)
-            widget->hide();
+    for (Plot* other : viewsOf(i)) {
+        if (other != chosen)
+            other->hide();
     }
     const int columns = gridColumns();
     layout->addWidget(chosen, i / columns, i % columns);

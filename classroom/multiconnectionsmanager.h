@@ -2,6 +2,8 @@
 
 #include <QObject>
 
+#include <functional>
+
 #include "classroom/views.h"
 #include "common/classsize.h"
 #include "link/commandtype.h"
@@ -57,10 +59,17 @@ public:
     void setDataAt(int i, ExpData* data) { loggers[i].data = data; }
     ExpData* dataC() const { return classData; }
     void setDataC(ExpData* data) { classData = data; }
-    Plot* plotAt(int i) const { return loggers[i].plot; }
+    /// Builds the graph of a logger for a kind of view, VIEW_GRAPH or VIEW_BAR.
+    using ViewMaker = std::function<Plot*(int view, int i)>;
+    /// Who builds those that nobody set, when they are first asked for: a class of two starts without the
+    /// graphs of eight.
+    void setViewMaker(const ViewMaker& maker) { makeView = maker; }
+    Plot* plotAt(int i) { return viewAt(i, VIEW_GRAPH); }
     void setPlotAt(int i, Plot* plot) { loggers[i].plot = plot; }
-    Plot* barAt(int i) const { return loggers[i].bar; }
+    Plot* barAt(int i) { return viewAt(i, VIEW_BAR); }
     void setBarAt(int i, Plot* bar) { loggers[i].bar = bar; }
+    /// The graphs of logger i that have been built so far; for -1 that of the class.
+    QVector<Plot*> viewsOf(int i) const;
     Plot* plotC() const { return classPlot; }
     void setPlotC(Plot* plot) { classPlot = plot; }
 
@@ -68,9 +77,9 @@ public:
     void setActivePlot(int i) { activeIndex = i; }
     bool isActive(int i) const { return activeIndex == i; }
     bool isActiveGraphSet() const { return activeIndex >= 0; }
-    Plot* getActivePlot() const { return isActiveGraphSet() ? plotAt(activeIndex) : classPlot; }
+    Plot* getActivePlot() { return isActiveGraphSet() ? plotAt(activeIndex) : classPlot; }
     /// Of the first logger with none active.
-    Plot* getActiveBar() const { return barAt(qMax(0, activeIndex)); }
+    Plot* getActiveBar() { return barAt(qMax(0, activeIndex)); }
     ExpData* getActiveData() const { return isActiveGraphSet() ? dataAt(activeIndex) : classData; }
     /// What the active logger's cell shows, a value of `views`; 0 with none active.
     int getCurrentView() const { return isActiveGraphSet() ? loggers[activeIndex].currentView : 0; }
@@ -137,9 +146,10 @@ private:
     void createLoggers();
     void createFlows();
     void catchUp(int i);
-    QWidget* widgetOf(int i, int view) const;
+    Plot* viewAt(int i, int view);
 
     Logger loggers[mostLoggers];
+    ViewMaker makeView;
     int nDef = 0;
     ExpData* classData = nullptr;
     Plot* classPlot = nullptr;

@@ -327,8 +327,7 @@ void Plot::alignGraphs(QwtPlot* main, QwtPlot* fft)
 
 void Plot::setData()
 {
-    if (!bars)
-        kind->setData();
+    kind->setData();
 }
 
 void Plot::Update()

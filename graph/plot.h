@@ -121,8 +121,8 @@ public:
 
     // Curves and scales
 
-    /// Rebuilds the curves from the data set. A curve whose place has the same channel as before (sensor and
-    /// group) keeps its mode and colour, unless a file says another.
+    /// Rebuilds the curves or the bars from the data set; a spectrum has none. A curve whose place has the
+    /// same channel as before (sensor and group) keeps its mode and colour, unless a file says another.
     void setData();
     /// Brings axes and scales up to the data and repaints; what the live path calls.
     void Update();

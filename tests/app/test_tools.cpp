@@ -3,10 +3,12 @@
 #include <QComboBox>
 #include <QMouseEvent>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <qwt_text.h>
 
 #include "graph/myplotmarker.h"
+#include "instruments/statusline.h"
 #include "tests/app/classbench.h"
 
 namespace {
@@ -112,6 +114,96 @@ private Q_SLOTS:
         QCOMPARE(plot->markers.size(), 6);
         QTest::mouseClick(list, Qt::LeftButton, {}, QPoint(list->width() - 4, list->height() / 2));
         QCOMPARE(plot->markers.size(), 6);
+    }
+
+    void listsActOnlyOnAChosenItem()
+    {
+        ClassBench bench(1);
+        fill(bench);
+        Plot* const plot = bench.manager->plotAt(0);
+        placeCrosses(plot);
+        auto* const layouts = bench.window->findChild<QComboBox*>(QStringLiteral("layouts"));
+        for (QComboBox* list : {functions(bench), layouts}) {
+            for (int notch = 0; notch < 5; ++notch) {
+                QWheelEvent wheel({5, 5}, list->mapToGlobal(QPoint(5, 5)), {}, {0, -120}, {}, {},
+                                  Qt::NoScrollPhase, false);
+                QApplication::sendEvent(list, &wheel);
+            }
+            QCOMPARE(list->currentIndex(), 0);
+            list->setFocus(Qt::TabFocusReason);
+            QTest::keyClick(list, Qt::Key_Down);
+            QTest::keyClick(list, Qt::Key_Down);
+        }
+        QCOMPARE(plot->markers.size(), 4); // neither the line nor the parabola
+        QVERIFY(plot->isVisible());
+        QTest::keyClick(layouts, Qt::Key_Up);
+        QTest::keyClick(layouts, Qt::Key_Space);
+        QVERIFY(bench.manager->plotC()->isVisible());
+        QCOMPARE(layouts->currentIndex(), 1);
+        QTest::keyClick(layouts, Qt::Key_Home); // and thought better of it
+        functions(bench)->setFocus(Qt::TabFocusReason);
+        QCOMPARE(layouts->currentIndex(), 1);
+        bench.action("layoutAct1")->trigger();
+        QTest::keyClick(functions(bench), Qt::Key_End);
+        QTest::keyClick(functions(bench), Qt::Key_Return);
+        QCOMPARE(plot->markers.last()->label().text().left(8), QStringLiteral("Integral"));
+        QCOMPARE(plot->markers.size(), 6);
+    }
+
+    void toolsGoToTheGraphThatIsSeen()
+    {
+        ClassBench bench(3);
+        for (short i = 0; i < 5; ++i)
+            bench.sample(1, i, i);
+        fill(bench);
+        const auto made = [&] { // derivatives of logger 0, logger 1 and the class
+            QVector<int> more;
+            for (int i : {0, 1, -1})
+                more.append(bench.data(i)->getNSens() - (i < 0 ? 4 : 2));
+            return more;
+        };
+        const auto derive = [&] { Q_EMIT functions(bench)->activated(4); };
+        auto* const line = bench.window->findChild<StatusLine*>();
+        Q_EMIT bench.manager->plotAt(0)->changedActivePlot(-1);
+        line->setOutcome(QString());
+        derive();
+        QCOMPARE(made(), (QVector<int>{0, 0, 0})); // which one?
+        QVERIFY(!line->outcome().isEmpty());
+        placeCrosses(bench.manager->plotAt(0));
+        derive();
+        QCOMPARE(made(), (QVector<int>{1, 0, 0}));
+        QTest::mouseClick(bench.manager->plotAt(1)->canvas(), Qt::LeftButton);
+        QVERIFY(bench.manager->isActive(1));
+        derive();
+        QCOMPARE(made(), (QVector<int>{1, 1, 0}));
+        bench.action("layoutAct2")->trigger();
+        derive();
+        QCOMPARE(made(), (QVector<int>{1, 1, 1}));
+    }
+
+    void aModeIsOnWhateverShows()
+    {
+        ClassBench bench(2);
+        fill(bench);
+        auto* const cell = bench.manager->plotAt(1);
+        bench.action("markerAct")->trigger();
+        bench.action("layoutAct2")->trigger();
+        QTest::mouseClick(bench.manager->plotC()->canvas(), Qt::LeftButton);
+        QCOMPARE(bench.manager->plotC()->curveMarker.size(), 1);
+        bench.action("layoutAct1")->trigger();
+        QTest::mouseClick(bench.manager->plotAt(0)->canvas(), Qt::LeftButton);
+        QCOMPARE(bench.manager->plotAt(0)->curveMarker.size(), 1);
+
+        // The tangent goes where the tools go, and shows on the list that it comes from.
+        Q_EMIT functions(bench)->activated(0);
+        QCOMPARE(functions(bench)->property("isOn"), QVariant(true));
+        QCOMPARE(bench.manager->plotAt(0)->markers.size(), 3);
+        QTest::mouseClick(cell->canvas(), Qt::LeftButton);
+        QCOMPARE(bench.manager->plotAt(0)->markers.size(), 2);
+        QCOMPARE(cell->markers.size(), 1);
+        Q_EMIT functions(bench)->activated(0);
+        QCOMPARE(functions(bench)->property("isOn"), QVariant(false));
+        QVERIFY(cell->markers.isEmpty());
     }
 
     void cropCutsTheChosenGraphAfterAQuestion()

@@ -1,0 +1,213 @@
+#include "app/graphtools.h"
+
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
+#include "graph/plot.h"
+
+#include <QEvent>
+
+#include <utility>
+
+namespace {
+constexpr int fewestForSlope = 3; // samples
+}
+
+GraphTools::GraphTools(multiConnectionsManager* manager, QObject* parent)
+    : QObject(parent)
+    , manager(manager)
+{
+}
+
+void GraphTools::watch(Plot* plot)
+{
+    plot->canvas()->installEventFilter(this);
+    if (present != Mode::Slope)
+        turn(plot, present, true);
+}
+
+bool GraphTools::eventFilter(QObject* object, QEvent* event)
+{
+    if (event->type() == QEvent::MouseButtonPress) {
+        if (auto* const plot = qobject_cast<Plot*>(object->parent())) {
+            lastPressed = plot;
+            Q_EMIT pressed(plot->getIndex());
+        }
+    }
+    return QObject::eventFilter(object, event);
+}
+
+// --- The graph that is meant ---
+
+QList<Plot*> GraphTools::shownPlots() const
+{
+    QList<Plot*> shown;
+    for (int i = -1; i < manager->nMaxTembrins(); ++i) {
+        for (Plot* plot : manager->viewsOf(i)) {
+            if (plot->isVisibleTo(plot->window()))
+                shown.append(plot);
+        }
+    }
+    return shown;
+}
+
+Plot* GraphTools::seen() const
+{
+    const QList<Plot*> shown = shownPlots();
+    if (shown.size() == 1)
+        return shown.first();
+    for (Plot* plot : shown) {
+        if (plot->getIndex() >= 0 && manager->isActive(plot->getIndex()))
+            return plot;
+    }
+    const bool isPressedShown = lastPressed && shown.contains(lastPressed);
+    if (isPressedShown && !lastPressed->curveMarker.isEmpty())
+        return lastPressed;
+    for (Plot* plot : shown) {
+        if (!plot->curveMarker.isEmpty())
+            return plot;
+    }
+    return isPressedShown ? lastPressed.data() : nullptr;
+}
+
+Plot* GraphTools::target()
+{
+    Plot* const plot = seen();
+    if (!plot)
+        Q_EMIT told(tr("Click in the graph that is meant first."));
+    return plot;
+}
+
+ExpData* GraphTools::dataOf(const Plot* plot) const
+{
+    return plot->getIndex() < 0 ? manager->dataC() : manager->dataAt(plot->getIndex());
+}
+
+ExpData* GraphTools::targetData()
+{
+    const Plot* const plot = target();
+    return plot ? dataOf(plot) : nullptr;
+}
+
+// --- Modes ---
+
+void GraphTools::forEachPlot(const std::function<void(Plot*)>& visit) const
+{
+    for (int i = -1; i < manager->nMaxTembrins(); ++i) {
+        for (Plot* plot : manager->viewsOf(i))
+            visit(plot);
+    }
+}
+
+bool GraphTools::turn(Plot* plot, Mode mode, bool tf)
+{
+    switch (mode) {
+    case Mode::None:
+        return false;
+    case Mode::Zoom:
+        plot->enableZoom(tf);
+        return true;
+    case Mode::Marker:
+        plot->enableMarker(tf);
+        return true;
+    case Mode::Annotate:
+        plot->enableAnnotate(tf);
+        return true;
+    case Mode::Slope:
+        plot->enableSlope(tf);
+        return true;
+    }
+    return false;
+}
+
+void GraphTools::setMode(Mode mode, bool tf)
+{
+    const Mode wanted = tf ? mode : present == mode ? Mode::None : present;
+    if (wanted == Mode::Slope) {
+        const ExpData* const set = present == Mode::Slope ? nullptr : targetData();
+        if (set && set->getXSize() < fewestForSlope)
+            Q_EMIT told(tr("A slope needs at least three samples."));
+        if (!set || set->getXSize() < fewestForSlope) {
+            Q_EMIT modeChanged(); // a button that was pressed for it comes up again
+            return;
+        }
+    }
+    if (present == Mode::Slope)
+        turn(std::exchange(sloped, nullptr), Mode::Slope, false);
+    else
+        forEachPlot([this](Plot* plot) { turn(plot, present, false); });
+    present = wanted;
+    if (present != Mode::Slope)
+        forEachPlot([this](Plot* plot) { turn(plot, present, true); });
+    follow();
+    Q_EMIT modeChanged();
+}
+
+void GraphTools::follow()
+{
+    if (present != Mode::Slope)
+        return;
+    Plot* const plot = seen();
+    if (plot == sloped)
+        return;
+    if (sloped)
+        sloped->enableSlope(false);
+    sloped = plot;
+    if (sloped)
+        sloped->enableSlope(true);
+}
+
+// --- Analyses ---
+
+void GraphTools::crop()
+{
+    const QPointer<Plot> plot = target();
+    if (!plot)
+        return;
+    if (plot->curveMarker.size() < 2) {
+        Q_EMIT told(tr("Put two markers on a curve first: what lies outside them is cut off."));
+        return;
+    }
+    const int index = plot->getIndex();
+    plot->doCrop();
+    Q_EMIT edited(index);
+}
+
+void GraphTools::fit(int degree)
+{
+    if (Plot* const plot = target())
+        plot->doRegression(degree);
+}
+
+void GraphTools::addIntegral()
+{
+    if (Plot* const plot = target())
+        plot->doIntegral();
+}
+
+void GraphTools::smooth()
+{
+    const Plot* const plot = target();
+    if (!plot)
+        return;
+    if (manager->isAnyRunning()) {
+        Q_EMIT told(tr("A curve can be smoothed when no logger is running."));
+        return;
+    }
+    dataOf(plot)->smoothCurve();
+    Q_EMIT edited(plot->getIndex());
+}
+
+void GraphTools::addDerivative()
+{
+    const Plot* const plot = target();
+    if (!plot)
+        return;
+    ExpData* const set = dataOf(plot);
+    const int before = set->getNSens();
+    set->addSpecialCurve(ExpData::CURVE_DERIV);
+    if (set->getNSens() == before)
+        Q_EMIT told(set->dt > 0 ? tr("A derivative needs at least two samples.")
+                                : tr("A derivative needs times; these samples were taken by hand."));
+    else
+        Q_EMIT edited(plot->getIndex());
+}
