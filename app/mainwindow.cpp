@@ -31,7 +31,8 @@ Q_LOGGING_CATEGORY(appLog, "pellandra.app", QtInfoMsg)
 
 namespace {
 constexpr int msBeforeConnecting = 500;
-constexpr int wideScreen = 3000; // above it icons double
+constexpr int msForAttempts = 500; // at the end, for each port that is just being opened
+constexpr int wideScreen = 3000;   // above it icons double
 constexpr int statusBarMargin = 6;
 } // namespace
 
@@ -199,6 +200,8 @@ void MainWindow::leave()
 {
     storeUnit();
     disconnectAll();
+    hide();
+    mTembrin->connector().waitForAttempts(msForAttempts);
     std::exit(0);
 }
 

@@ -5,6 +5,8 @@
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 
+#include <climits>
+
 namespace {
 constexpr int msBetweenAttempts = 100;
 constexpr int furtherAttempts = 10;
@@ -38,8 +40,13 @@ LoggerConnector::LoggerConnector(const ClassLoggers& loggers, QObject* parent)
 
 LoggerConnector::~LoggerConnector()
 {
+    waitForAttempts(ULONG_MAX);
+}
+
+void LoggerConnector::waitForAttempts(unsigned long ms)
+{
     for (ConnectThread* thread : findChildren<ConnectThread*>())
-        thread->wait();
+        thread->wait(ms);
 }
 
 void LoggerConnector::setInUse(int count)

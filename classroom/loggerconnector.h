@@ -37,6 +37,8 @@ public:
     /// A new series on one; a connection that stands is closed first. Nothing while an attempt is under way.
     void connectLogger(int slot);
     void disconnectAll();
+    /// Until no attempt is under way any more, `ms` at most for each: what a thread still uses must not go.
+    void waitForAttempts(unsigned long ms);
 
 Q_SIGNALS:
     void opening(int slot);

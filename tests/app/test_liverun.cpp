@@ -45,24 +45,6 @@ private Q_SLOTS:
         QTEST(bench.data(0)->getXSize(), "stored");
     }
 
-    void theClassSetKeepsEveryLoggersSamples()
-    {
-        ClassBench bench(2);
-        bench.sample(0, 0, 10);
-        QCOMPARE(bench.data(-1)->getYSize(0), 1);
-        bench.sample(0, 1, 11);
-        bench.sample(0, 2, 12);
-        QCOMPARE(bench.data(-1)->getYNoConv(0), QVector<double>({10, 11, 12}));
-        bench.sample(1, 0, 20);
-        bench.sample(1, 2, 22); // its sample 1 was lost
-        QCOMPARE(bench.data(-1)->getYNoConvAt(1, 2), 22.0);
-        bench.sample(0, 3, 13);
-        QCOMPARE(bench.data(-1)->getYNoConv(0), QVector<double>({10, 11, 12, 13}));
-        QCOMPARE(bench.data(-1)->getYNoConv(2), QVector<double>({15, 11, 17, 13}));
-        QCOMPARE(bench.data(-1)->getSens(1)->groupName, bench.manager->groupName(1));
-        QCOMPARE(bench.data(-1)->getSens(2)->groupName, QStringLiteral("Average"));
-    }
-
     void aVortaBlockReachesTheClassToo()
     {
         ClassBench bench(1);

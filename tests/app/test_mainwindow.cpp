@@ -6,7 +6,6 @@
 #include <QToolBar>
 
 #include "instruments/indicator.h"
-#include "instruments/statusline.h"
 #include "tests/app/classbench.h"
 #include "tests/protocol/loggerbench.h"
 
@@ -69,22 +68,6 @@ private Q_SLOTS:
         QCOMPARE(bench.ports.made(ClassBench::name(1)), 1);
     }
 
-    void aLostLoggerEndsTheRunOnTheScreen()
-    {
-        ClassBench bench(2);
-        connectAll(bench, 2);
-        bench.sample(0, 0);
-        bench.sample(0, 1);
-        QVERIFY(bench.action("stopAct")->isVisible());
-        bench.port(0)->hangUp();
-        QTRY_VERIFY(bench.action("runAct")->isVisible());
-        QVERIFY(bench.data(0)->finalData);
-        QCOMPARE(bench.data(0)->getXSize(), 2);
-        QCOMPARE(bench.window->findChild<Indicator*>()->state(0), Indicator::State::Off);
-        QVERIFY(!bench.logger(0)->isLoggerRecognized());
-        QVERIFY(!bench.data(1)->finalData);
-    }
-
     void startsAreSpread()
     {
         ClassBench bench(4);
@@ -109,28 +92,6 @@ private Q_SLOTS:
             QVERIFY2(apart > 24000 && apart < 60000, qPrintable(QString::number(apart)));
         }
         QVERIFY(bench.action("stopAct")->isVisible());
-    }
-
-    void aStopIsConfirmedOneLoggerAfterTheOther()
-    {
-        ClassBench bench(2);
-        connectAll(bench, 2);
-        bench.sample(0, 0);
-        bench.port(0)->writes.clear();
-        bench.port(1)->writes.clear();
-        QTest::keyClick(bench.window.data(), Qt::Key_Escape);
-        QCOMPARE(bench.port(0)->written(), bytes("47143372"));
-        QVERIFY(bench.port(1)->writes.isEmpty());
-        QVERIFY(!bench.action("runAct")->isEnabled());
-        QVERIFY(bench.action("stopAct")->isVisible() && bench.action("stopAct")->isEnabled());
-        QCOMPARE(bench.window->findChild<StatusLine*>()->waiting(),
-                 QStringLiteral("Please wait while all Tembrin are being stopped: Group A"));
-        bench.port(0)->feed(status({{3, 0x33}, {7, 0}}));
-        QTRY_COMPARE(bench.port(1)->written(), bytes("47143372"));
-        QVERIFY(bench.data(0)->finalData);
-        bench.port(1)->feed(status({{3, 0x33}, {7, 0}}));
-        QTRY_VERIFY(bench.action("runAct")->isEnabled());
-        QVERIFY(bench.action("runAct")->isVisible());
     }
 
     void everyButtonAndListHasItsPicture()
