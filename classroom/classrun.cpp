@@ -33,7 +33,10 @@ void ClassRun::connectLogger(int slot)
     connect(logger, qOverload<int, short, QVector<QVector<double>>, int>(&TembrinData::onlineReceived), this,
             &ClassRun::takeSamples);
     connect(logger, &TembrinData::statusReceived, this, [this, slot] { takeStatus(slot); });
-    connect(logger, qOverload<int, bool>(&TembrinData::runTerminated), this, &ClassRun::takeEnd);
+    connect(logger, qOverload<int, bool>(&TembrinData::runTerminated), this, [this](int index) {
+        if (!isOfEarlierStop(index))
+            takeEnd(index);
+    });
     connect(logger, qOverload<int, int>(&TembrinData::runTerminated), this, [this](int index) {
         if (places[index].phase == Phase::Ordered)
             places[index].isStored = false; // it refused
@@ -161,6 +164,19 @@ void ClassRun::goOn(int slot)
     setPhase(slot, Phase::Running);
 }
 
+/// It has told that it runs, or there is more in its memory than at the order.
+bool ClassRun::wasSeen(int slot) const
+{
+    return places[slot].isSeen || state(slot)->numExperiments() > places[slot].storedBefore;
+}
+
+/// What is still to start has not ended: the word is the late answer to a stop of the run before.
+bool ClassRun::isOfEarlierStop(int slot) const
+{
+    return places[slot].phase == Phase::Ordered && !wasSeen(slot) && !state(slot)->isVorta() &&
+           manager->queue().isOpen(ClassJob::Task::Start, slot);
+}
+
 void ClassRun::takeEnd(int slot)
 {
     Place& place = places[slot];
@@ -168,13 +184,8 @@ void ClassRun::takeEnd(int slot)
         Q_EMIT phaseChanged(slot); // it may have run unseen
         return;
     }
-    const bool wasSeen = place.isSeen || state(slot)->numExperiments() > place.storedBefore;
-    // What is still to start has not ended: it is the late answer to a stop of the run before.
-    if (!wasSeen && place.phase == Phase::Ordered && !state(slot)->isVorta() &&
-        manager->queue().isOpen(ClassJob::Task::Start, slot))
-        return;
     // One that was never seen to run has perhaps nothing new to fetch.
-    if (place.isStored && wasSeen)
+    if (place.isStored && wasSeen(slot))
         storedRuns |= quint8(1u << slot);
     place.endedAt = clock.elapsed();
     if (data(slot))

@@ -105,6 +105,8 @@ private:
     SensorList planned(int slot) const;
     void takeStatus(int slot);
     void goOn(int slot);
+    bool wasSeen(int slot) const;
+    bool isOfEarlierStop(int slot) const;
     void takeEnd(int slot);
     void takeLoss(int slot);
     bool isLate(const Place& place, int current) const;

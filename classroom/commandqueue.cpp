@@ -5,6 +5,7 @@
 #include "protocol/tembrinprotocol.h"
 
 #include <algorithm>
+#include <utility>
 
 Q_LOGGING_CATEGORY(classLog, "pellandra.class", QtInfoMsg)
 
@@ -129,6 +130,12 @@ void CommandQueue::beginStop(const ClassJob& job)
     cancel(Task::Start);
     if (stop.isBusy()) {
         stop.repeatNow();
+        // Who was away at its turn and is back now is told when this job is through.
+        for (const ClassJob::Step& step : job.steps) {
+            const ClassJob::Step* present = stop.job().step(step.slot);
+            if (loggers[step.slot]->isConnect && (!present || present->progress == Progress::PassedOver))
+                stopAgain |= quint8(1u << step.slot);
+        }
         return;
     }
     Q_EMIT begun(Task::Stop);
@@ -138,6 +145,8 @@ void CommandQueue::beginStop(const ClassJob& job)
 
 void CommandQueue::goOn()
 {
+    if (stopAgain != 0 && !stop.isBusy())
+        add(Task::Stop, std::exchange(stopAgain, quint8(0)));
     if (work.isBusy() || stop.isBusy() || waiting.isEmpty())
         return;
     const ClassJob next = waiting.takeFirst();
@@ -175,7 +184,7 @@ void CommandQueue::cancel(Task task)
 
 bool CommandQueue::isIdle() const
 {
-    return !work.isBusy() && !stop.isBusy() && waiting.isEmpty();
+    return !work.isBusy() && !stop.isBusy() && waiting.isEmpty() && stopAgain == 0;
 }
 
 bool CommandQueue::has(Task task) const

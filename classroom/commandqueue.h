@@ -65,7 +65,8 @@ private:
 
     ClassLoggers loggers;
     int inUse = 0;
-    quint8 known = 0; ///< a bit for each logger that was connected once
+    quint8 known = 0;     ///< a bit for each logger that was connected once
+    quint8 stopAgain = 0; ///< a bit for each that came back during a stop, which was asked for again
     QVector<ClassJob> waiting;
     JobRunner work;
     JobRunner stop;

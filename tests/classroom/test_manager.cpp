@@ -299,6 +299,26 @@ private Q_SLOTS:
         QVERIFY(!bench.manager.isAnyRunning());
     }
 
+    void whoComesBackDuringAStopIsToldByTheNext()
+    {
+        ManagerBench bench(loggers(2));
+        bench.openAll();
+        bench.manager.setPacing(3000, 5);
+        bench.setDead(0);
+        bench.pull(1);
+        QTRY_VERIFY(!bench.manager.isTembrinConnect(1));
+        bench.manager.sendCmdToAll(CMD_STOP_LOGGING);
+        bench.putBack(1);
+        bench.open(1);
+        QTRY_VERIFY(bench.isReady(1));
+        QCOMPARE(bench.heard(1, Wire::Stop), 0);
+        bench.setDead(0, false);
+        bench.manager.sendCmdToAll(CMD_STOP_LOGGING);
+        QTRY_VERIFY(bench.manager.queue().isIdle());
+        QCOMPARE(bench.heard(0, Wire::Stop), 1);
+        QCOMPARE(bench.heard(1, Wire::Stop), 1);
+    }
+
     void aSetupThatARunKeptAwayFollowsIt()
     {
         ManagerBench bench(loggers(1));
