@@ -21,6 +21,8 @@ GraphTools::GraphTools(multiConnectionsManager* manager, QObject* parent)
 void GraphTools::watch(Plot* plot)
 {
     plot->canvas()->installEventFilter(this);
+    connect(plot, &Plot::told, this, &GraphTools::told);
+    connect(plot, &Plot::twoMarkersUpdated, this, &GraphTools::told);
     if (present != Mode::Slope)
         turn(plot, present, true);
 }

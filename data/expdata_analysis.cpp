@@ -11,17 +11,18 @@ namespace {
 constexpr double gateThreshold = 0.1; ///< V, above it the beam is blocked
 
 /// First and last moment at which the beam is blocked for the first time; false without a whole passage.
-bool firstPassage(const QVector<double>& v, double dt, double* t0, double* t1)
+bool firstPassage(const QVector<double>& v, const QVector<double>& x, double dt, double* t0, double* t1)
 {
     if (v.isEmpty() || v.constFirst() > gateThreshold || dt <= 0)
         return false;
+    const double start = x.isEmpty() ? 0.0 : x.constFirst(); // not 0 after a crop
     int i = 0;
     while (i < v.size() && !(v.at(i) >= gateThreshold))
         ++i;
-    *t0 = i * dt;
+    *t0 = start + i * dt;
     while (i < v.size() && !(v.at(i) <= gateThreshold))
         ++i;
-    *t1 = i * dt;
+    *t1 = start + i * dt;
     return i < v.size() && *t1 > *t0;
 }
 
@@ -240,7 +241,7 @@ void ExpData::photoSpeed(int iSens, double* speed, double* midTime, double* delt
     double t0 = 0.0;
     double t1 = 0.0;
     const SensorPtr& gate = getSens(iSens);
-    if (!gate || !Sensor::isPhotoGate(gate->ID) || !firstPassage(getYNoConv(iSens), dt, &t0, &t1))
+    if (!gate || !Sensor::isPhotoGate(gate->ID) || !firstPassage(getYNoConv(iSens), x, dt, &t0, &t1))
         return;
     *width = cardWidth;
     *deltaT = t1 - t0;

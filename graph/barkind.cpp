@@ -121,10 +121,7 @@ void BarKind::update(bool isRun)
     zoomer->setScrollBarMode(Qt::Horizontal, n > numGood ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
     moveWindow(QwtInterval(minX, maxX), QwtInterval(from, from + window));
     build();
-    if (layer.hasUnplaced()) {
-        parts.plot.updateAxes();
-        layer.placeTexts(!parts.data.finalData);
-    }
+    layer.renew();
     parts.axes.repaint();
 }
 
@@ -169,7 +166,7 @@ QPair<double, double> BarKind::range() const
     return {scale.scaleFullMin, scale.scaleFullMax};
 }
 
-// Those in the window and one more on each side, however long the run is.
+// Those in the window, however long the run is.
 void BarKind::build()
 {
     const int active = parts.curves.activeIndex();
@@ -185,8 +182,10 @@ void BarKind::build()
         const double middle = *at / unit;
         if (std::isnan(parts.data.getYNoConvAt(active, int(at - x))))
             continue;
-        samples.append(QwtIntervalSample(parts.data.getYAt(active, int(at - x)), middle - width / 2,
-                                         middle + width / 2));
+        const double left = std::max(middle - width / 2, shown.left());
+        const double right = std::min(middle + width / 2, shown.right());
+        if (left < right) // the canvas goes on a little beyond the window
+            samples.append(QwtIntervalSample(parts.data.getYAt(active, int(at - x)), left, right));
     }
     bars->setSamples(samples);
 }
@@ -217,7 +216,6 @@ void BarKind::showSensor(int iSens, bool isRun)
     parts.curves.setActive(iSens);
     parts.curves.designPens();
     showColor();
-    layer.showOnly(parts.curves.activeIndex());
     const SensorPtr& sensor = parts.data.getSens(parts.curves.activeIndex());
     parts.axes.setDue();
     parts.axes.setText(QwtPlot::yLeft, sensor ? sensor->getNameWithUnit(false) : QString());

@@ -1,53 +1,120 @@
 #include "graph/curveanalysis.h"
 
+#include <QCoreApplication>
 #include <QPointF>
 
 #include <algorithm>
 #include <cmath>
 
 #include "data/expdata.h"
-#include "graph/myplotmarker.h"
 
-std::unique_ptr<myPlotMarker> CurveAnalysis::fit(const GraphParts& parts, int degree,
-                                                 const myPlotMarker& first, const myPlotMarker& second)
+namespace {
+
+QString words(const char* text)
 {
-    const int iSens = first.iSens;
-    const ExpData& data = parts.data;
-    QPointF from = first.value();
-    QPointF to = second.value();
-    if (first.iReg >= 0 || (!data.isXYPlot() && from.x() == to.x()))
-        return nullptr;
-    if (!data.isXYPlot() && from.x() > to.x())
-        std::swap(from, to);
-    auto line = std::make_unique<myPlotMarker>(iSens, &parts.scaler, MARKER_REGRESSION);
-    double* const a = &line->a;
-    double* const b = &line->b;
-    double* const c = &line->c;
-    double* const r = &line->r;
-    if (data.isXYPlot())
-        data.regressionXY(degree, iSens, from.x(), to.x(), from.y(), to.y(), a, b, c, r);
-    else
-        data.regression(degree, iSens, from.x(), to.x(), a, b, c, r);
-    if (!std::isfinite(*a) || !std::isfinite(*b) || !std::isfinite(*c))
-        return nullptr;
-    line->linX0 = from.x();
-    line->linX1 = to.x();
-    const double middle = (from.x() + to.x()) / 2;
-    line->setValue(middle, line->calcRegValue(middle));
-    return line;
+    return QCoreApplication::translate("CurveAnalysis", text);
 }
 
-std::unique_ptr<myPlotMarker> CurveAnalysis::integral(const GraphParts& parts, const myPlotMarker& first,
-                                                      const myPlotMarker& second)
+/// Why two crosses span nothing; empty where they do.
+QString spanRefusal(const GraphParts& parts, const QList<myPlotMarker*>& crosses)
 {
-    const double x0 = std::min(first.xValue(), second.xValue());
-    const double x1 = std::max(first.xValue(), second.xValue());
-    if (parts.data.isXYPlot() || x0 == x1)
-        return nullptr;
-    auto area = std::make_unique<myPlotMarker>(first.iSens, &parts.scaler, MARKER_INTEGRAL);
-    area->linX0 = x0;
-    area->linX1 = x1;
-    area->integral = parts.data.integral(first.iSens, x0, x1);
-    area->setValue((x0 + x1) / 2, first.yValue());
-    return area;
+    if (crosses.size() < 2)
+        return words(QT_TRANSLATE_NOOP("CurveAnalysis", "Put two markers on a curve first."));
+    if (crosses[0]->iSens != crosses[1]->iSens)
+        return words(QT_TRANSLATE_NOOP("CurveAnalysis", "Both markers must stand on the same curve."));
+    if (!parts.data.isXYPlot() && crosses[0]->xValue() == crosses[1]->xValue())
+        return words(QT_TRANSLATE_NOOP("CurveAnalysis", "Both markers stand at the same place."));
+    return QString();
+}
+
+bool hasFit(const myPlotMarker& line)
+{
+    return std::isfinite(line.a) && std::isfinite(line.b) && std::isfinite(line.c);
+}
+
+void fitOverTime(const ExpData& data, int degree, myPlotMarker* line)
+{
+    data.regression(degree, line->iSens, line->linX0, line->linX1, &line->a, &line->b, &line->c, &line->r);
+}
+
+void toMiddle(myPlotMarker* line)
+{
+    const double middle = (line->linX0 + line->linX1) / 2;
+    line->setValue(middle, line->calcRegValue(middle));
+}
+
+void measureArea(const ExpData& data, myPlotMarker* area)
+{
+    const double middle = (area->linX0 + area->linX1) / 2;
+    area->integral = data.integral(area->iSens, area->linX0, area->linX1);
+    const double height = data.interpolateY(area->iSens, middle);
+    area->setValue(middle, std::isfinite(height) ? height : area->yValue());
+}
+
+} // namespace
+
+CurveAnalysis::Result CurveAnalysis::fit(const GraphParts& parts, int degree,
+                                         const QList<myPlotMarker*>& crosses)
+{
+    QString refusal = spanRefusal(parts, crosses);
+    if (refusal.isEmpty() && (crosses[0]->iReg >= 0 || crosses[1]->iReg >= 0))
+        refusal = words(
+            QT_TRANSLATE_NOOP("CurveAnalysis", "The markers stand on a fitted line; put them on the curve."));
+    if (!refusal.isEmpty())
+        return {nullptr, refusal};
+    const ExpData& data = parts.data;
+    QPointF from = crosses[0]->value();
+    QPointF to = crosses[1]->value();
+    if (!data.isXYPlot() && from.x() > to.x())
+        std::swap(from, to);
+    auto line = std::make_unique<myPlotMarker>(crosses[0]->iSens, &parts.scaler, MARKER_REGRESSION);
+    line->linX0 = from.x();
+    line->linX1 = to.x();
+    if (data.isXYPlot())
+        data.regressionXY(degree, line->iSens, from.x(), to.x(), from.y(), to.y(), &line->a, &line->b,
+                          &line->c, &line->r);
+    else
+        fitOverTime(data, degree, line.get());
+    if (!hasFit(*line))
+        return {
+            nullptr,
+            degree == 2
+                ? words(QT_TRANSLATE_NOOP(
+                      "CurveAnalysis", "A quadratic fit needs samples at three places between the markers."))
+                : words(QT_TRANSLATE_NOOP("CurveAnalysis",
+                                          "A linear fit needs samples at two places between the markers."))};
+    if (!std::isfinite(line->r))
+        return {nullptr,
+                words(QT_TRANSLATE_NOOP("CurveAnalysis",
+                                        "The curve is flat between the markers: there is nothing to fit."))};
+    toMiddle(line.get());
+    return {std::move(line), QString()};
+}
+
+CurveAnalysis::Result CurveAnalysis::integral(const GraphParts& parts, const QList<myPlotMarker*>& crosses)
+{
+    QString refusal = spanRefusal(parts, crosses);
+    if (refusal.isEmpty() && parts.data.isXYPlot())
+        refusal = words(QT_TRANSLATE_NOOP("CurveAnalysis", "An integral needs the time on the x axis."));
+    if (!refusal.isEmpty())
+        return {nullptr, refusal};
+    auto area = std::make_unique<myPlotMarker>(crosses[0]->iSens, &parts.scaler, MARKER_INTEGRAL);
+    area->linX0 = std::min(crosses[0]->xValue(), crosses[1]->xValue());
+    area->linX1 = std::max(crosses[0]->xValue(), crosses[1]->xValue());
+    area->setYValue(crosses[0]->yValue());
+    measureArea(parts.data, area.get());
+    return {std::move(area), QString()};
+}
+
+bool CurveAnalysis::renew(const GraphParts& parts, myPlotMarker* result)
+{
+    if (result->type == MARKER_INTEGRAL) {
+        measureArea(parts.data, result);
+        return true;
+    }
+    if (result->xSensor >= 0) // of a path, whose ends are not kept
+        return false;
+    fitOverTime(parts.data, result->a != 0 ? 2 : 1, result);
+    toMiddle(result);
+    return hasFit(*result) && std::isfinite(result->r);
 }

@@ -1,19 +1,26 @@
 #pragma once
 
+#include <QString>
+
 #include <memory>
 
 #include "graph/graphparts.h"
+#include "graph/myplotmarker.h"
 
-class myPlotMarker;
-
-/// Analyses of a curve between two crosses. Each gives the marker that shows its result, or nothing where
-/// there is none.
+/// Analyses of a curve between two crosses.
 namespace CurveAnalysis {
 
+/// The marker that shows what came out, or why nothing did.
+struct Result
+{
+    std::unique_ptr<myPlotMarker> marker;
+    QString refusal;
+};
+
 /// Degree 1 or 2; over a sensor from the first cross to the second, over time from left to right.
-std::unique_ptr<myPlotMarker> fit(const GraphParts& parts, int degree, const myPlotMarker& first,
-                                  const myPlotMarker& second);
-std::unique_ptr<myPlotMarker> integral(const GraphParts& parts, const myPlotMarker& first,
-                                       const myPlotMarker& second);
+Result fit(const GraphParts& parts, int degree, const QList<myPlotMarker*>& crosses);
+Result integral(const GraphParts& parts, const QList<myPlotMarker*>& crosses);
+/// A fit or integral over the same span of the present data; false where there is none any more.
+bool renew(const GraphParts& parts, myPlotMarker* result);
 
 } // namespace CurveAnalysis

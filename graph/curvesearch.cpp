@@ -30,29 +30,35 @@ NearCurve::Maps CurveSearch::mapsOf(int iSens) const
     return maps;
 }
 
-CurveSearch::Place CurveSearch::byAxes(const QPointF& pos) const
-{
-    return {parts.curves.activeIndex(), -1, parts.plot.invTransform(QwtPlot::xBottom, pos.x()),
-            parts.plot.invTransform(QwtPlot::yLeft, pos.y()), 0};
-}
-
 CurveSearch::Place CurveSearch::nearest(const QPointF& pos, const QList<myPlotMarker*>& markers) const
 {
-    if (parts.data.getXSize() < fewestSamples)
-        return byAxes(pos);
-    if (parts.data.isXYPlot())
-        return onPaths(pos);
     Place best;
-    for (int i = 0; i < parts.curves.size(); ++i)
-        lookAtCurve(i, pos, hotPixels, &best);
-    lookAtLines(pos, markers, &best);
+    for (int i = 0; i < parts.curves.size(); ++i) {
+        if (parts.data.isXYPlot())
+            lookAtPath(i, pos, &best);
+        else
+            lookAtCurve(i, pos, hotPixels, &best);
+    }
+    for (int i = 0; i < markers.size() && !parts.data.isXYPlot(); ++i)
+        lookAtLine(i, *markers[i], pos, &best);
+    return best;
+}
+
+CurveSearch::Place CurveSearch::nearestFor(const myPlotMarker& cross, const QPointF& pos,
+                                           const QList<myPlotMarker*>& markers) const
+{
+    Place best;
+    if (const myPlotMarker* line = markers.value(cross.iReg))
+        lookAtLine(cross.iReg, *line, pos, &best);
+    else if (parts.data.isXYPlot())
+        lookAtPath(cross.iSens, pos, &best);
+    else
+        lookAtCurve(cross.iSens, pos, hotPixels, &best);
     return best;
 }
 
 CurveSearch::Place CurveSearch::nearestOn(int iSens, const QPointF& pos, double reach) const
 {
-    if (parts.data.getXSize() < fewestSamples)
-        return byAxes(pos);
     Place best;
     lookAtCurve(iSens, pos, reach, &best);
     return best;
@@ -61,9 +67,9 @@ CurveSearch::Place CurveSearch::nearestOn(int iSens, const QPointF& pos, double 
 void CurveSearch::lookAtCurve(int iSens, const QPointF& pos, double reach, Place* best) const
 {
     const myPlotCurve* const curve = parts.curves.at(iSens);
-    if (!curve || !curve->isVisible())
-        return;
     const ExpData& data = parts.data;
+    if (!curve || !curve->isVisible() || data.getXSize() < fewestSamples)
+        return;
     const NearCurve::Maps maps = mapsOf(iSens);
     const double first = maps.x.transform(data.getXAt(data.getLeftPad(iSens)));
     const double last = std::floor(maps.x.transform(data.getLastXForIndex(iSens)));
@@ -72,20 +78,17 @@ void CurveSearch::lookAtCurve(int iSens, const QPointF& pos, double reach, Place
                iSens, -1, best);
 }
 
-void CurveSearch::lookAtLines(const QPointF& pos, const QList<myPlotMarker*>& markers, Place* best) const
+void CurveSearch::lookAtLine(int iReg, const myPlotMarker& line, const QPointF& pos, Place* best) const
 {
-    for (int i = 0; i < markers.size(); ++i) {
-        const myPlotMarker& line = *markers[i];
-        if (line.type != MARKER_REGRESSION || !line.isShown())
-            continue;
-        const NearCurve::Maps maps = mapsOf(line.iSens);
-        const double p0 = maps.x.transform(line.linX0);
-        const double p1 = maps.x.transform(line.linX1);
-        const NearCurve::Strip strip{std::max(pos.x() - hotPixels, std::min(p0, p1)),
-                                     std::min(pos.x() + hotPixels, std::max(p0, p1))};
-        takeNearer(NearCurve::onFunction(pos, strip, maps, [&](double x) { return line.calcRegValue(x); }),
-                   line.iSens, i, best);
-    }
+    if (line.type != MARKER_REGRESSION || !line.isShown())
+        return;
+    const NearCurve::Maps maps = mapsOf(line.iSens);
+    const double p0 = maps.x.transform(line.linX0);
+    const double p1 = maps.x.transform(line.linX1);
+    const NearCurve::Strip strip{std::max(pos.x() - hotPixels, std::min(p0, p1)),
+                                 std::min(pos.x() + hotPixels, std::max(p0, p1))};
+    takeNearer(NearCurve::onFunction(pos, strip, maps, [&](double x) { return line.calcRegValue(x); }),
+               line.iSens, iReg, best);
 }
 
 void CurveSearch::takeNearer(const std::optional<NearCurve::Hit>& hit, int iSens, int iReg, Place* best)
@@ -94,18 +97,15 @@ void CurveSearch::takeNearer(const std::optional<NearCurve::Hit>& hit, int iSens
         *best = {iSens, iReg, hit->value.x(), hit->value.y(), hit->dist};
 }
 
-CurveSearch::Place CurveSearch::onPaths(const QPointF& pos) const
+void CurveSearch::lookAtPath(int iSens, const QPointF& pos, Place* best) const
 {
     const ExpData& data = parts.data;
     const int iX = data.getXYIndex();
-    Place best;
-    for (int i = 0; i < parts.curves.size(); ++i) {
-        if (!parts.curves.at(i)->isVisible() || i == iX)
-            continue;
-        const int n = std::min(data.getYSize(iX), data.getYSize(i));
-        const auto hit = NearCurve::onPath(
-            pos, n, mapsOf(i), [&](int k) { return QPointF(data.getYAt(iX, k), data.getYAt(i, k)); });
-        takeNearer(hit, i, -1, &best);
-    }
-    return best;
+    const myPlotCurve* const curve = parts.curves.at(iSens);
+    if (!curve || !curve->isVisible() || iSens == iX || data.getXSize() < fewestSamples)
+        return;
+    const int n = std::min(data.getYSize(iX), data.getYSize(iSens));
+    const auto hit = NearCurve::onPath(
+        pos, n, mapsOf(iSens), [&](int k) { return QPointF(data.getYAt(iX, k), data.getYAt(iSens, k)); });
+    takeNearer(hit, iSens, -1, best);
 }

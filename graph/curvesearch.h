@@ -24,16 +24,18 @@ public:
 
     explicit CurveSearch(const GraphParts& parts);
 
-    /// Among all curves and the fitted lines of `markers`. Without curves to speak of it is the point itself.
+    /// Among all curves and the fitted lines of `markers`.
     Place nearest(const QPointF& pos, const QList<myPlotMarker*>& markers = {}) const;
+    /// Where a cross goes under the pointer: on its own curve or line.
+    Place nearestFor(const myPlotMarker& cross, const QPointF& pos,
+                     const QList<myPlotMarker*>& markers) const;
     /// On one curve, as far beside the point as `reach` pixels.
     Place nearestOn(int iSens, const QPointF& pos, double reach) const;
 
 private:
-    Place byAxes(const QPointF& pos) const;
-    Place onPaths(const QPointF& pos) const;
+    void lookAtPath(int iSens, const QPointF& pos, Place* best) const;
     void lookAtCurve(int iSens, const QPointF& pos, double reach, Place* best) const;
-    void lookAtLines(const QPointF& pos, const QList<myPlotMarker*>& markers, Place* best) const;
+    void lookAtLine(int iReg, const myPlotMarker& line, const QPointF& pos, Place* best) const;
     static void takeNearer(const std::optional<NearCurve::Hit>& hit, int iSens, int iReg, Place* best);
     NearCurve::Maps mapsOf(int iSens) const;
 

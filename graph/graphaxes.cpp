@@ -115,17 +115,17 @@ void GraphAxes::showText(int axisID, const QString& text)
     font = GraphFonts::fitted(GraphFonts::atMost(font, plot.height() / titlesPerHeight), text, room);
     // One more: widths are rounded when a font is chosen and are not when a text is elided.
     const QString shown = QFontMetrics(font).elidedText(text, Qt::ElideRight, room + 1);
-    QwtText title(shown);
+    QwtText title(shown, QwtText::PlainText);
     title.setFont(font);
     plot.setAxisTitle(axisID, title);
-    plot.axisWidget(axisID)->setToolTip(shown == text ? QString() : text);
+    plot.axisWidget(axisID)->setToolTip(shown == text ? QString() : text.toHtmlEscaped());
     texts[axisID] = text;
 }
 
 void GraphAxes::showWholeTexts()
 {
     for (int axisID : shownAxes) {
-        QwtText whole(texts[axisID]);
+        QwtText whole(texts[axisID], QwtText::PlainText);
         whole.setFont(titleFont);
         plot.setAxisTitle(axisID, whole);
     }

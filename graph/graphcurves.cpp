@@ -1,5 +1,7 @@
 #include "graph/graphcurves.h"
 
+#include <algorithm>
+
 #include <qwt_plot.h>
 #include <qwt_symbol.h>
 #include <qwt_text.h>
@@ -59,29 +61,42 @@ void GraphCurves::drop()
 void GraphCurves::setActive(int i)
 {
     activeSens = i >= 0 && i < data.getNSens() ? i : 0;
+    const auto isSeen = [](const myPlotCurve* curve) { return curve->isShown(); };
+    if (isLegendOnly || activeSens >= curves.size() || isSeen(curves[activeSens]) ||
+        !isHiddenAtFirst(activeSens))
+        return;
+    const auto first = std::find_if(curves.cbegin(), curves.cend(), isSeen);
+    if (first != curves.cend())
+        activeSens = int(first - curves.cbegin());
 }
 
 void GraphCurves::rebuild()
 {
-    const QVector<Look> before = looks();
+    keepLooks();
     drop();
-    setActive(activeSens);
     for (int i = 0; i < data.getNSens(); ++i)
-        add(i, before.value(i));
+        add(i);
+    setActive(activeSens);
+    for (int i = 0; i < curves.size(); ++i)
+        setPen(i);
 }
 
 void GraphCurves::rebuildEntries()
 {
-    const QVector<Look> before = looks();
+    QVector<QColor> before;
+    for (const myPlotCurve* curve : qAsConst(curves))
+        before.append(curve->getColor());
     isLegendOnly = true;
     drop();
     setActive(activeSens);
     for (int i = 0; i < data.getNSens(); ++i) {
         auto* entry = new myPlotCurve(&data, &scaler, i, columnPainter.get());
         curves.append(entry);
-        entry->setColor(i < before.size() ? before[i].color : ColorScale::myColors(i));
+        entry->setColor(i < before.size() ? before[i] : ColorScale::myColors(i));
         setEntryPen(i);
-        entry->setTitle(name(i));
+        QwtText title(name(i), QwtText::PlainText);
+        title.setColor(ink);
+        entry->setTitle(title);
         entry->setLegendAttribute(QwtPlotCurve::LegendShowLine, true);
         entry->setVisible(false);
         entry->attach(&plot);
@@ -89,12 +104,36 @@ void GraphCurves::rebuildEntries()
     }
 }
 
-QVector<GraphCurves::Look> GraphCurves::looks() const
+void GraphCurves::keepLooks()
 {
-    QVector<Look> result;
-    for (const myPlotCurve* curve : curves)
-        result.append({curve->getChannel(), curve->getMode(), curve->getColor()});
-    return result;
+    before.clear();
+    // A new run begins with what stands at its places; whatever else the user styled is past.
+    if (data.getXSize() == 0)
+        looks.clear();
+    for (int i = 0; i < curves.size(); ++i) {
+        const Look look{curves[i]->getChannel(), curves[i]->getMode(), curves[i]->getColor()};
+        before.append(look);
+        if (data.getXSize() == 0)
+            continue;
+        looks.insert(look.channel, look);
+        if (!groups.value(i).isEmpty())
+            looks.insert(groups[i], look);
+    }
+    groups.clear();
+}
+
+/// The look of the same channel at the same place, at another place, or of the same group.
+const GraphCurves::Look* GraphCurves::lookOf(int i) const
+{
+    const QString key = channelKey(i);
+    if (i < before.size() && before[i].channel == key)
+        return &before[i];
+    for (const QString& from : {key, groups.value(i)}) {
+        const auto found = looks.constFind(from);
+        if (!from.isEmpty() && found != looks.constEnd())
+            return &*found;
+    }
+    return nullptr;
 }
 
 QString GraphCurves::channelKey(int i) const
@@ -109,17 +148,20 @@ QString GraphCurves::channelKey(int i) const
         .arg(sensor->groupName);
 }
 
-void GraphCurves::add(int i, const Look& before)
+void GraphCurves::add(int i)
 {
     auto* curve = new myPlotCurve(&data, &scaler, i, columnPainter.get());
     curves.append(curve);
+    // In the class a group stays itself when it shows another sensor.
+    const SensorPtr& sensor = data.getSens(i);
+    groups.append(index < 0 && sensor && sensor->specialType == 0 ? sensor->groupName : QString());
     curve->setChannel(channelKey(i));
     if (isHiddenAtFirst(i))
         curve->hide();
-    if (!before.channel.isEmpty() && before.channel == curve->getChannel()) {
-        curve->setMode(before.mode);
-        if (before.color.isValid())
-            curve->setColor(before.color);
+    if (const Look* look = lookOf(i)) {
+        curve->setMode(look->mode);
+        if (look->color.isValid())
+            curve->setColor(look->color);
     }
     const int hint = data.curveModeHint.value(i, -1);
     if (hint >= 0)
@@ -131,7 +173,9 @@ void GraphCurves::add(int i, const Look& before)
 // The average of the class says something only for sensors of one kind.
 bool GraphCurves::isHiddenAtFirst(int i) const
 {
-    return isHiddenKind(idOf(data.getSens(i))) || (index < 0 && i == data.meanIndex() && !data.isOfOneKind());
+    const SensorPtr& sensor = data.getSens(i);
+    return isHiddenKind(idOf(sensor)) || (index < 0 && i == data.meanIndex() && sensor &&
+                                          !sensor->groupName.isEmpty() && !data.isOfOneKind());
 }
 
 QString GraphCurves::name(int i) const
@@ -168,7 +212,7 @@ QColor GraphCurves::colorOf(int i) const
 
 QColor GraphCurves::inkOf(int i) const
 {
-    return curves[i]->isVisible() ? ink : QColor(Qt::gray);
+    return isLegendOnly || curves[i]->isVisible() ? ink : QColor(Qt::gray);
 }
 
 void GraphCurves::setInk(const QColor& color)
@@ -190,7 +234,7 @@ QPen GraphCurves::pen(int i) const
 void GraphCurves::setPen(int i)
 {
     myPlotCurve* const curve = curves[i];
-    QwtText title(name(i));
+    QwtText title(name(i), QwtText::PlainText);
     title.setColor(inkOf(i));
     if (curve->isVisible()) {
         curve->setColor(colorOf(i));

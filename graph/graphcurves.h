@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QHash>
 #include <QPen>
 #include <QString>
 #include <QVector>
@@ -28,11 +29,11 @@ public:
     myPlotCurve* at(int i) const { return curves.value(i); }
     myPlotCurve* active() const { return at(activeSens); }
     int activeIndex() const { return activeSens; }
-    /// A sensor that the data do not have becomes the first.
+    /// A sensor that the data do not have becomes the first; one whose kind is not shown, the first shown.
     void setActive(int i);
 
-    /// Anew from the data. A curve whose place has the same channel as before (sensor and group) keeps its
-    /// mode and colour, unless a file says another.
+    /// Anew from the data. A channel (sensor and group) and a group of the class keep their mode and colour
+    /// until a new run or a file that says another.
     void rebuild();
     /// The same for a bar graph, where colours stay with their places.
     void rebuildEntries();
@@ -67,9 +68,10 @@ private:
     };
 
     void drop();
-    QVector<Look> looks() const;
+    void keepLooks();
+    const Look* lookOf(int i) const;
     QString channelKey(int i) const;
-    void add(int i, const Look& before);
+    void add(int i);
     bool isHiddenAtFirst(int i) const;
     QColor colorOf(int i) const;
     QColor inkOf(int i) const;
@@ -83,6 +85,9 @@ private:
     const int index;
     const std::unique_ptr<CurvePainter> columnPainter;
     QVector<myPlotCurve*> curves;
+    QVector<QString> groups;    ///< of the curves, empty where a curve is not that of a group
+    QVector<Look> before;       ///< of the curves that are replaced, by place
+    QHash<QString, Look> looks; ///< by channel and by group, since the run began
     int activeSens = 0;
     int width = 2;
     int widthActive = 4;

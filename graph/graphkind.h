@@ -43,6 +43,8 @@ public:
     virtual void setXSensor(int iSens) = 0;
     virtual void zoomIn(const QRectF& rect) = 0;
     virtual void zoomOut() = 0;
+    /// Another experiment is going to be shown: no part of the last holds for it.
+    virtual void startAnew() {}
     /// The sensor whose colour is meant by a point of the canvas, -1 for none.
     virtual int sensorAt(const QPointF& pos) const = 0;
     /// Its own steps of a new layout are under way, and a picture would be of a middle state.

@@ -1,6 +1,12 @@
 #include "graph/graphmouse.h"
 
+#include <QCoreApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
+#include <QWheelEvent>
+
+#include <cmath>
+#include <utility>
 
 #include <qwt_picker_machine.h>
 #include <qwt_plot.h>
@@ -19,18 +25,61 @@ bool isPress(const QEvent& event, Qt::MouseButton button)
            static_cast<const QMouseEvent&>(event).button() == button;
 }
 
+constexpr double zoomOfNotch = 0.8; // of the shown range
+constexpr double degreesOfNotch = 120;
+
 } // namespace
+
+/// The rubber band, which can be given up.
+class ZoomPicker : public QwtPlotPicker
+{
+public:
+    explicit ZoomPicker(QWidget* canvas)
+        : QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, QwtPicker::RectRubberBand, QwtPicker::AlwaysOff,
+                        canvas)
+    {
+        setStateMachine(new QwtPickerDragRectMachine);
+        setEnabled(false);
+    }
+    using QwtPlotPicker::reset;
+};
+
+/// Takes the Escape key while it stands: the key goes to whatever has the focus, and as a shortcut it would
+/// stop the class.
+class EscapeWatch : public QObject
+{
+public:
+    explicit EscapeWatch(std::function<void()> pressed)
+        : pressed(std::move(pressed))
+    {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        const bool isPress = event->type() == QEvent::KeyPress;
+        if (!isPress && event->type() != QEvent::ShortcutOverride)
+            return false;
+        if (static_cast<const QKeyEvent*>(event)->key() != Qt::Key_Escape)
+            return false;
+        event->accept();
+        if (isPress) {
+            QCoreApplication::instance()->removeEventFilter(this);
+            pressed();
+        }
+        return true;
+    }
+
+private:
+    const std::function<void()> pressed;
+};
 
 GraphMouse::GraphMouse(QwtPlot& plot, const KindTraits& traits, MarkerMouse& markers, SlopeTool& slope)
     : plot(plot)
     , traits(traits)
     , markers(markers)
     , slope(slope)
-    , zoomer(new QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, QwtPicker::RectRubberBand,
-                               QwtPicker::AlwaysOff, plot.canvas()))
+    , zoomer(new ZoomPicker(plot.canvas()))
 {
-    zoomer->setStateMachine(new QwtPickerDragRectMachine);
-    zoomer->setEnabled(false);
     connect(zoomer, qOverload<const QRectF&>(&QwtPlotPicker::selected), this, [this](const QRectF& rect) {
         const QRectF zoomed = rect.normalized();
         if (zoomed.width() > 0 && zoomed.height() > 0)
@@ -91,10 +140,28 @@ bool GraphMouse::eventFilter(QObject* object, QEvent* event)
             Q_EMIT xAsked(static_cast<QMouseEvent*>(event)->globalPos());
     } else if (object == plot.titleLabel()) {
         onTitle(*event);
-    } else if (const auto* mouse = dynamic_cast<const QMouseEvent*>(event)) {
-        onCanvas(*mouse);
+    } else if (object == plot.canvas()) {
+        if (const auto* mouse = dynamic_cast<const QMouseEvent*>(event))
+            onCanvas(*mouse);
+        else if (event->type() == QEvent::Wheel && traits.takesCrosses)
+            onWheel(*static_cast<const QWheelEvent*>(event));
     }
     return false;
+}
+
+GraphMouse::~GraphMouse() = default;
+
+void GraphMouse::watchEscape()
+{
+    escape = std::make_unique<EscapeWatch>([this] { giveUp(); });
+}
+
+void GraphMouse::giveUp()
+{
+    escape.release()->deleteLater(); // its filter is at work
+    zoomer->reset();
+    markers.cancel();
+    pannedTo.reset();
 }
 
 void GraphMouse::onTitle(const QEvent& event)
@@ -111,28 +178,33 @@ void GraphMouse::onCanvas(const QMouseEvent& event)
 {
     switch (event.type()) {
     case QEvent::MouseButtonPress:
-        if (event.button() == Qt::LeftButton)
-            pressLeft(event.pos());
-        else if (event.button() == Qt::RightButton && !markers.pressRight(event))
-            Q_EMIT colorAsked(event.pos());
+        press(event);
         break;
     case QEvent::MouseButtonDblClick:
         markers.doubleClick(event.pos());
         break;
     case QEvent::MouseMove:
-        if (isSlope)
-            slope.follow(event.pos());
-        else
-            markers.drag(event.pos());
+        move(event.pos());
         break;
     case QEvent::MouseButtonRelease:
-        if (event.button() == Qt::LeftButton)
-            markers.letGo();
-        else if (event.button() == Qt::RightButton && isZoom)
-            Q_EMIT zoomedOut();
+        release(event.button());
         break;
     default:
         break;
+    }
+}
+
+// While zoom is on, the right button is its way back, whatever lies under the pointer.
+void GraphMouse::press(const QMouseEvent& event)
+{
+    if (event.button() == Qt::LeftButton) {
+        watchEscape();
+        pressLeft(event.pos());
+    } else if (event.button() == Qt::MiddleButton && traits.takesCrosses) {
+        watchEscape();
+        pannedTo = event.pos();
+    } else if (event.button() == Qt::RightButton && !isZoom && !markers.pressRight(event)) {
+        Q_EMIT colorAsked(event.pos());
     }
 }
 
@@ -144,4 +216,46 @@ void GraphMouse::pressLeft(const QPointF& pos)
         Q_EMIT noteAsked(pos);
     else if (isMarker && traits.takesCrosses)
         markers.placeCross(pos);
+}
+
+void GraphMouse::move(const QPointF& pos)
+{
+    if (pannedTo) {
+        const QPointF way = pos - *pannedTo;
+        pannedTo = pos;
+        showPixels(QRectF(plot.canvas()->contentsRect()).translated(-way));
+    } else if (isSlope && !markers.isDragging()) {
+        slope.follow(pos);
+    } else {
+        markers.drag(pos);
+    }
+}
+
+void GraphMouse::release(Qt::MouseButton button)
+{
+    escape.reset();
+    if (button == Qt::LeftButton)
+        markers.letGo();
+    else if (button == Qt::MiddleButton)
+        pannedTo.reset();
+    else if (button == Qt::RightButton && isZoom)
+        Q_EMIT zoomedOut();
+}
+
+// What is under the pointer stays there.
+void GraphMouse::onWheel(const QWheelEvent& event)
+{
+    const double part = std::pow(zoomOfNotch, event.angleDelta().y() / degreesOfNotch);
+    const QRectF shown = plot.canvas()->contentsRect();
+    const QPointF at = event.position();
+    showPixels(QRectF(at + (shown.topLeft() - at) * part, shown.size() * part));
+}
+
+void GraphMouse::showPixels(const QRectF& area)
+{
+    const QRectF rect =
+        QwtScaleMap::invTransform(plot.canvasMap(QwtPlot::xBottom), plot.canvasMap(QwtPlot::yLeft), area)
+            .normalized();
+    if (rect.width() > 0 && rect.height() > 0)
+        Q_EMIT zoomedIn(rect);
 }

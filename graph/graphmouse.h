@@ -3,15 +3,23 @@
 #include <QObject>
 #include <QRectF>
 
+#include <functional>
+#include <memory>
+#include <optional>
+
 #include "graph/graphkind.h"
 
+class EscapeWatch;
 class MarkerLayer;
 class MarkerMouse;
 class QMouseEvent;
-class QwtPlotPicker;
+class QWheelEvent;
 class SlopeTool;
+class ZoomPicker;
 
-/// What the mouse does on title, axes and canvas of a graph, by its mode. Events are observed and passed on.
+/// What the mouse does on title, axes and canvas of a graph, by its mode; the wheel zooms about the pointer
+/// and the middle button pans in all of them. Events are observed and passed on, but for the Escape that ends
+/// a drag.
 class GraphMouse : public QObject
 {
     Q_OBJECT
@@ -19,6 +27,7 @@ class GraphMouse : public QObject
 public:
     /// Nothing is owned.
     GraphMouse(QwtPlot& plot, const KindTraits& traits, MarkerMouse& markers, SlopeTool& slope);
+    ~GraphMouse() override;
 
     void enableZoom(bool tf);
     void enableAnnotate(bool tf);
@@ -45,15 +54,24 @@ Q_SIGNALS:
 private:
     void onTitle(const QEvent& event);
     void onCanvas(const QMouseEvent& event);
+    void press(const QMouseEvent& event);
     void pressLeft(const QPointF& pos);
+    void move(const QPointF& pos);
+    void release(Qt::MouseButton button);
+    void watchEscape();
+    void giveUp();
+    void onWheel(const QWheelEvent& event);
+    void showPixels(const QRectF& area);
 
     QwtPlot& plot;
     const KindTraits& traits;
     MarkerMouse& markers;
     SlopeTool& slope;
-    QwtPlotPicker* const zoomer; ///< owned by the canvas
+    ZoomPicker* const zoomer; ///< owned by the canvas
     bool isZoom = false;
     bool isAnnotate = false;
     bool isMarker = false;
     bool isSlope = false;
+    std::unique_ptr<EscapeWatch> escape; ///< while a button is down
+    std::optional<QPointF> pannedTo;
 };

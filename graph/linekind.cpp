@@ -1,5 +1,7 @@
 #include "graph/linekind.h"
 
+#include <algorithm>
+
 #include <qwt_plot.h>
 
 #include "data/expdata.h"
@@ -29,6 +31,8 @@ LineKind::LineKind(const GraphParts& parts, GraphLegend& legend, MarkerLayer& la
 
 void LineKind::setData()
 {
+    if (parts.data.getXSize() == 0)
+        endZoom();
     parts.curves.rebuild();
     legend.watchEntries();
     if (parts.index < 0)
@@ -41,19 +45,21 @@ void LineKind::setData()
         parts.axes.setRange(QwtPlot::xBottom, 0, (parts.data.dt > 0 ? parts.data.dt : 1) * minXSamp);
     else if (!isZoomed)
         shownXMax = parts.data.getX().last();
-    layer.followCurves();
     layer.renewGateTexts();
+    layer.followData();
     parts.plot.replot();
 }
 
 void LineKind::update()
 {
-    if (parts.data.getXSize() == 0)
+    if (parts.data.getXSize() == 0) {
+        layer.renew();
         parts.plot.replot();
-    else if (parts.data.isXYPlot())
+    } else if (parts.data.isXYPlot()) {
         updateOverSensor();
-    else
+    } else {
         updateOverTime();
+    }
 }
 
 void LineKind::updateOverTime()
@@ -64,7 +70,7 @@ void LineKind::updateOverTime()
     parts.axes.setTimeUnit(shownXMax, parts.data.dt);
     parts.data.setTimeScale(&parts.axes.time());
     parts.axes.setText(QwtPlot::xBottom, parts.axes.timeTitle(parts.data.dt));
-    layer.renewTexts();
+    layer.renew();
     repaint();
 }
 
@@ -118,7 +124,7 @@ void LineKind::updateOverSensor()
     }
     parts.axes.setText(QwtPlot::xBottom, sensorTitle(iX));
     parts.axes.setSeconds();
-    layer.renewTexts();
+    layer.renew();
     repaint();
 }
 
@@ -137,10 +143,7 @@ void LineKind::setXSensor(int iSens)
     const int before = parts.data.getXYIndex();
     if (iSens == before)
         return;
-    if (isZoomed) {
-        parts.scaler.setZoomOut();
-        isZoomed = false;
-    }
+    endZoom();
     parts.data.setXYIndex(iSens);
     for (int i : {iSens, before})
         parts.curves.design(i);
@@ -165,10 +168,6 @@ void LineKind::repaint()
 {
     if (outgrewAutoRange())
         parts.axes.setDue();
-    if (layer.hasUnplaced() || (parts.axes.isDue() && !parts.data.finalData && !layer.all().isEmpty())) {
-        parts.plot.updateAxes();
-        layer.placeTexts(!parts.data.finalData);
-    }
     parts.axes.repaint();
 }
 
@@ -209,9 +208,26 @@ void LineKind::setUserRange(const SensorPtr& sensor, double min, double max)
     update();
 }
 
+/// A range that is no part of the whole any more.
+bool LineKind::showsAll(const QRectF& rect) const
+{
+    const QVector<double>& x = parts.data.getX();
+    const int active = parts.curves.activeIndex();
+    if (x.isEmpty() || active >= parts.scaler.scales.size() || parts.data.isXYPlot())
+        return false;
+    const oneScale& scale = *parts.scaler.scales[active];
+    return rect.left() <= x.first() && rect.right() >= x.last() &&
+           rect.top() <= std::min(scale.scaleFullMin, scale.scaleFullMax) &&
+           rect.bottom() >= std::max(scale.scaleFullMin, scale.scaleFullMax);
+}
+
 void LineKind::zoomIn(const QRectF& rect)
 {
     const int active = parts.curves.activeIndex();
+    if (isZoomed && showsAll(rect)) {
+        zoomOut();
+        return;
+    }
     shownXMax = rect.right();
     parts.axes.setRange(QwtPlot::xBottom, rect.left(), rect.right());
     isZoomed = true;
@@ -223,10 +239,26 @@ void LineKind::zoomIn(const QRectF& rect)
     update();
 }
 
-void LineKind::zoomOut()
+void LineKind::endZoom()
 {
+    if (!isZoomed)
+        return;
     parts.scaler.setZoomOut();
     isZoomed = false;
+}
+
+// The next picture has another span.
+void LineKind::startAnew()
+{
+    if (!isZoomed)
+        return;
+    endZoom();
+    parts.axes.setAuto(QwtPlot::xBottom);
+}
+
+void LineKind::zoomOut()
+{
+    endZoom();
     parts.axes.setAuto(QwtPlot::xBottom);
     if (parts.data.getXSize() > 0)
         shownXMax = parts.data.getX().last();

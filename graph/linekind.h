@@ -21,6 +21,7 @@ public:
     void setXSensor(int iSens) override;
     void zoomIn(const QRectF& rect) override;
     void zoomOut() override;
+    void startAnew() override;
     int sensorAt(const QPointF& pos) const override;
 
 private:
@@ -29,6 +30,8 @@ private:
     void updateXRange();
     void updateScales();
     void leaveXY();
+    void endZoom();
+    bool showsAll(const QRectF& rect) const;
     void showRangeY();
     void repaint();
     bool outgrewAutoRange() const;

@@ -7,11 +7,11 @@
 #include "graph/graphcurves.h"
 #include "graph/myplotcurve.h"
 
-MarkerLayer::MarkerLayer(const GraphParts& parts, MarkerForm form)
+MarkerLayer::MarkerLayer(const GraphParts& parts, const KindTraits& traits)
     : parts(parts)
-    , form(form)
-    , texts(parts.data, parts.axes.time(), form)
-    , places(parts.plot, markers)
+    , traits(traits)
+    , texts(parts.data, parts.axes.time(), traits.markers, parts.index < 0)
+    , places(parts.plot, markers, traits.markers == MarkerForm::Frequency)
     , search(parts)
 {
 }
@@ -47,16 +47,17 @@ void MarkerLayer::drop(myPlotMarker* marker)
 {
     const int at = markers.indexOf(marker);
     markers.removeOne(marker);
-    crosses.removeOne(marker);
     for (myPlotMarker* cross : qAsConst(markers)) {
         if (at < 0 || cross->iReg < at)
             continue;
-        if (cross->iReg == at)
-            putOnCurve(cross, cross->iSens);
-        cross->iReg = cross->iReg == at ? -1 : cross->iReg - 1;
+        const bool isOnIt = cross->iReg == at;
+        cross->iReg = isOnIt ? -1 : cross->iReg - 1;
+        if (isOnIt)
+            followCross(cross);
     }
     marker->detach();
     delete marker;
+    findMovable();
 }
 
 void MarkerLayer::clear()
@@ -72,7 +73,7 @@ void MarkerLayer::clear()
 void MarkerLayer::lock(myPlotMarker* cross)
 {
     cross->lock();
-    crosses.removeOne(cross);
+    findMovable();
     repaint();
 }
 
@@ -87,68 +88,100 @@ void MarkerLayer::cropTo(double x0, double x1)
     }
 }
 
-void MarkerLayer::followCurves()
+void MarkerLayer::findMovable()
 {
+    crosses.clear();
     for (myPlotMarker* marker : qAsConst(markers)) {
-        if (marker->type == MARKER_INTEGRAL)
-            marker->curve = parts.curves.at(marker->iSens);
+        if (isCross(*marker) && !marker->isLocked() && marker->xSensor == parts.data.getXYIndex())
+            crosses.append(marker);
     }
 }
 
-void MarkerLayer::showWithCurves()
+// What stands over the time means nothing over a sensor, and comes back with its axis.
+bool MarkerLayer::isSeen(const myPlotMarker& marker) const
 {
+    if (marker.isLocked() || marker.xSensor != parts.data.getXYIndex())
+        return false;
+    if (!traits.hasLegend)
+        return true;
+    const myPlotCurve* const curve = parts.curves.at(marker.iSens);
+    return traits.isStyled ? curve && curve->isVisible() : marker.iSens == parts.curves.activeIndex();
+}
+
+void MarkerLayer::renew()
+{
+    findMovable();
     for (myPlotMarker* marker : qAsConst(markers)) {
-        const myPlotCurve* const curve = parts.curves.at(marker->iSens);
-        if (!marker->connectTo || marker->connectTo->type != MARKER_TANGENT)
-            marker->setShown(curve && curve->isVisible());
+        const myPlotMarker* const partner = marker->connectTo;
+        if (partner && partner->type == MARKER_TANGENT)
+            continue;
+        const bool isOfGhost = partner && partner->type == MARKER_X_GHOST;
+        marker->setShown(isSeen(*marker) && !isOfGhost);
+        if (marker->type == MARKER_FLOATING_TEXT)
+            renewText(marker);
     }
-}
-
-void MarkerLayer::showOnly(int iSens)
-{
-    for (myPlotMarker* marker : qAsConst(markers))
-        marker->setShown(marker->iSens == iSens);
-}
-
-void MarkerLayer::renewTexts()
-{
-    for (myPlotMarker* text : qAsConst(markers)) {
-        if (text->type == MARKER_FLOATING_TEXT && text->connectTo &&
-            text->connectTo->type != MARKER_REGRESSION && text->connectTo->type != MARKER_INTEGRAL)
-            renewText(text);
-    }
+    tellDistance();
 }
 
 void MarkerLayer::renewText(myPlotMarker* text)
 {
     const myPlotMarker* const subject = text->connectTo;
-    if (!subject)
+    if (!subject || subject->xSensor != parts.data.getXYIndex())
         return;
-    text->setText(texts.of(*subject));
-    if (!isCross(*subject) || crosses.size() < 2)
-        return;
-    const QString distance = texts.distance(*subject, *crosses[0], *crosses[1]);
-    if (!distance.isEmpty())
-        Q_EMIT distanceTold(distance);
+    const QString words = texts.of(*subject);
+    if (text->label().text() != words)
+        text->setText(words);
 }
 
-void MarkerLayer::placeTexts(bool isAll)
+void MarkerLayer::tellDistance()
 {
-    for (myPlotMarker* text : qAsConst(markers)) {
-        if (text->type != MARKER_FLOATING_TEXT)
-            continue;
-        const bool isNew = std::isnan(text->xValue());
-        if (isNew && text->connectTo && isCross(*text->connectTo))
-            places.lean(*text->connectTo, text, form == MarkerForm::Frequency);
-        if (isNew)
-            places.findRoom(text);
-        if (isNew || (isAll && text->isShown()))
-            places.put(text);
-    }
-    hasUnplacedTexts = false;
+    const QString distance = crosses.size() < 2 ? QString() : texts.distance(*crosses[0], *crosses[1]);
+    if (distance == lastDistance)
+        return;
+    lastDistance = distance;
+    Q_EMIT distanceTold(distance);
 }
 
+// The place of a cross over a sensor is a point of the path, which a height alone does not tell.
+void MarkerLayer::followCross(myPlotMarker* cross)
+{
+    if (cross->type != MARKER_X || cross->xSensor >= 0)
+        return;
+    const myPlotMarker* const line = markers.value(cross->iReg);
+    if (line)
+        cross->setYValue(line->calcRegValue(cross->xValue()));
+    else
+        putOnCurve(cross, cross->iSens);
+}
+
+void MarkerLayer::followData()
+{
+    QList<QPointer<myPlotMarker>> lost;
+    for (myPlotMarker* marker : qAsConst(markers)) {
+        const myPlotCurve* const curve = parts.curves.at(marker->iSens);
+        if (!curve)
+            continue;
+        const bool isOther = !marker->channel.isEmpty() && marker->channel != curve->getChannel();
+        marker->channel = curve->getChannel();
+        if (marker->type == MARKER_INTEGRAL)
+            marker->curve = parts.curves.at(marker->iSens);
+        if (marker->type == MARKER_INTEGRAL || (marker->type == MARKER_REGRESSION && isOther)) {
+            if (!CurveAnalysis::renew(parts, marker))
+                lost.append(marker);
+        }
+    }
+    for (const QPointer<myPlotMarker>& marker : qAsConst(lost))
+        remove(marker);
+    for (myPlotMarker* marker : qAsConst(markers))
+        followCross(marker);
+    renew();
+}
+
+// A marker changes nothing about the axes, whose layout costs more than the picture.
 void MarkerLayer::repaint()
 {
-    parts.axes.repaint();
+    renew();
+    if (!parts.axes.isDue())
+        placeTexts();
+    parts.axes.repaint(); // with axes that are due the graph places the texts
 }

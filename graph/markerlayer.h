@@ -4,11 +4,9 @@
 #include <QObject>
 #include <QPointF>
 
-#include <memory>
-
+#include "graph/curveanalysis.h"
 #include "graph/curvesearch.h"
-#include "graph/graphparts.h"
-#include "graph/markertexts.h"
+#include "graph/graphkind.h"
 #include "graph/myplotmarker.h"
 #include "graph/textplaces.h"
 
@@ -19,12 +17,12 @@ class MarkerLayer : public QObject
     Q_OBJECT
 
 public:
-    MarkerLayer(const GraphParts& parts, MarkerForm form);
+    MarkerLayer(const GraphParts& parts, const KindTraits& traits);
     ~MarkerLayer() override;
 
     /// In order of creation, pairs side by side, graphic first.
     const QList<myPlotMarker*>& all() const { return markers; }
-    /// The at most two crosses that can move, in order of creation.
+    /// The at most two crosses that can move, in order of creation; those of the other x axis wait.
     const QList<myPlotMarker*>& movable() const { return crosses; }
     /// What a text tells about, else the marker itself; null for a text that points at a value.
     static myPlotMarker* subjectOf(myPlotMarker* marker);
@@ -37,8 +35,10 @@ public:
     /// A cross with its text on a curve, or on the fitted line at `iReg` (-1 for none). Refused beyond the
     /// second one.
     void addCross(int iSens, int iReg, double x, double y);
-    /// What an analysis gave, with its text; nothing for null.
-    void addResult(std::unique_ptr<myPlotMarker> graphic);
+    /// No cross can be placed, and a line says why.
+    bool refusesCross();
+    /// What an analysis gave, with its text, or why it gave nothing.
+    void addResult(CurveAnalysis::Result result);
     /// Those of a file in stored order and base units, in place of what is there. A cross or fit without a
     /// text gets one, a text without a partner is dropped.
     void install(const QList<myPlotMarker*>& list);
@@ -63,45 +63,48 @@ public:
 
     /// Follows the pointer; a note's balloon with its tip only, if `isByTip`.
     void drag(myPlotMarker* marker, const QPointF& pos, bool isByTip);
+    /// After a drag that was given up.
+    void putBack(myPlotMarker* marker, const QPointF& value, const QPoint& offset, bool isPlacedByHand);
     /// To the height of a curve; over a gap it stays where it is, since a file knows no place without one.
     void putOnCurve(myPlotMarker* marker, int iSens) const;
 
     // Following
 
-    /// After the curves were made anew.
-    void followCurves();
-    /// Hides and shows each with its curve.
-    void showWithCurves();
-    void showOnly(int iSens);
-    /// The unit of the time may have changed. Fits and integrals keep what they said.
-    void renewTexts();
+    /// After the curves were made anew: crosses go to the height of the data, results are of the data.
+    void followData();
+    /// What is seen and what it tells, by curves, x axis and units.
+    void renew();
     void renewText(myPlotMarker* text);
-    /// Where axes are or are going to be known: the texts that had to wait, or all that are shown.
-    void placeTexts(bool isAll);
+    /// Whenever axes or size have changed.
+    void placeTexts() const { places.putAll(); }
     void placeText(myPlotMarker* text) const { places.put(text); }
-    bool hasUnplaced() const { return hasUnplacedTexts; }
-    /// A marker changes nothing about the axes.
+    /// After markers have changed.
     void repaint();
 
 Q_SIGNALS:
     /// The distance of the two crosses, as a text.
     void distanceTold(const QString& text);
+    /// Why something cannot be done.
+    void refused(const QString& why);
 
 private:
-    void addPair(myPlotMarker* graphic, int xOffset, int yOffset);
+    void addPair(myPlotMarker* graphic);
     void addGateText(int iSens, const QPointF& at, const QPoint& offset, const QString& words);
     QList<myPlotMarker*> pairedUp(const QList<myPlotMarker*>& list);
     void takeStored(myPlotMarker* marker);
     void dragCross(myPlotMarker* cross, const QPointF& pos);
-    void bringOther(myPlotMarker* cross);
+    void findMovable();
+    bool isSeen(const myPlotMarker& marker) const;
+    void followCross(myPlotMarker* cross);
+    void tellDistance();
     static void setCross(myPlotMarker* marker, markerType kind);
 
     const GraphParts parts;
-    const MarkerForm form;
+    const KindTraits& traits;
     QList<myPlotMarker*> markers;
     QList<myPlotMarker*> crosses;
     const MarkerTexts texts;
     const TextPlaces places;
     const CurveSearch search;
-    bool hasUnplacedTexts = false;
+    QString lastDistance;
 };

@@ -6,7 +6,6 @@
 #include <QWidget>
 
 #include <algorithm>
-#include <cmath>
 
 #include <qwt_plot.h>
 #include <qwt_symbol.h>
@@ -29,19 +28,23 @@ bool hasPartnerText(int type)
 
 void MarkerLayer::adopt(myPlotMarker* marker)
 {
+    marker->xSensor = parts.data.getXYIndex();
     marker->attach(&parts.plot);
     markers.append(marker);
 }
 
-void MarkerLayer::addPair(myPlotMarker* graphic, int xOffset, int yOffset)
+void MarkerLayer::addPair(myPlotMarker* graphic)
 {
     auto* text = new myPlotMarker(graphic->iSens, &parts.scaler, MARKER_FLOATING_TEXT);
     graphic->connectTo = text;
     text->connectTo = graphic;
-    text->xOffset = xOffset;
-    text->yOffset = yOffset;
+    text->xOffset = myPlotMarker::textDistance;
+    text->yOffset = -myPlotMarker::textDistance;
+    text->setXValue(myPlotMarker::notPlaced);
     adopt(graphic);
     adopt(text);
+    if (const myPlotCurve* curve = parts.curves.at(graphic->iSens))
+        graphic->channel = curve->getChannel();
 }
 
 myPlotMarker* MarkerLayer::addNote(const QPointF& pos)
@@ -64,6 +67,17 @@ myPlotMarker* MarkerLayer::addNote(const QPointF& pos)
     return note;
 }
 
+bool MarkerLayer::refusesCross()
+{
+    constexpr int fewestSamples = 2;
+    const bool isEmpty = parts.data.getXSize() < fewestSamples;
+    if (isEmpty)
+        Q_EMIT refused(tr("There is no curve to put a marker on yet."));
+    else if (crosses.size() >= maxCrosses)
+        Q_EMIT refused(tr("There are two markers already; lock or delete one for another."));
+    return isEmpty || crosses.size() >= maxCrosses;
+}
+
 void MarkerLayer::addCross(int iSens, int iReg, double x, double y)
 {
     if (crosses.size() >= maxCrosses)
@@ -73,16 +87,7 @@ void MarkerLayer::addCross(int iSens, int iReg, double x, double y)
     cross->iReg = iReg;
     cross->setValue(x, y);
     setCross(cross, MARKER_X);
-    addPair(cross, 0, 0);
-    crosses.append(cross);
-    myPlotMarker* const text = cross->connectTo;
-    places.lean(*cross, text, form == MarkerForm::Frequency);
-    renewText(text);
-    places.findRoom(text);
-    places.put(text);
-    bringOther(cross);
-    // The distance of the two goes by where the second one has been brought.
-    renewText(text);
+    addPair(cross);
     repaint();
 }
 
@@ -97,20 +102,15 @@ void MarkerLayer::setCross(myPlotMarker* marker, markerType kind)
     marker->setSymbol(new QwtSymbol(QwtSymbol::XCross, color, QPen(color, penWidth), QSize(size, size)));
 }
 
-void MarkerLayer::addResult(std::unique_ptr<myPlotMarker> graphic)
+void MarkerLayer::addResult(CurveAnalysis::Result result)
 {
-    if (!graphic)
+    if (!result.marker) {
+        Q_EMIT refused(result.refusal);
         return;
-    parts.data.setNeedSave(true);
-    if (graphic->type == MARKER_INTEGRAL) {
-        graphic->curve = parts.curves.at(graphic->iSens);
-        putOnCurve(graphic.get(), graphic->iSens);
     }
-    myPlotMarker* const result = graphic.release();
-    addPair(result, myPlotMarker::textDistance, -myPlotMarker::textDistance);
-    renewText(result->connectTo);
-    places.findRoom(result->connectTo);
-    places.put(result->connectTo);
+    parts.data.setNeedSave(true);
+    result.marker->curve = parts.curves.at(result.marker->iSens);
+    addPair(result.marker.release());
     repaint();
 }
 
@@ -135,9 +135,10 @@ QList<myPlotMarker*> MarkerLayer::pairedUp(const QList<myPlotMarker*>& list)
             i += isStored ? 1 : 0;
             if (!isStored) {
                 text->setXValue(myPlotMarker::notPlaced);
-                text->setShown(false);
-                hasUnplacedTexts = true;
+                text->xOffset = myPlotMarker::textDistance;
+                text->yOffset = -myPlotMarker::textDistance;
             }
+            text->isPlacedByHand = isStored;
             marker->connectTo = text;
             text->connectTo = marker;
             result << marker << text;
@@ -167,18 +168,9 @@ void MarkerLayer::takeStored(myPlotMarker* marker)
         setCross(marker, MARKER_X);
         if (!marker->isLocked() && crosses.size() == maxCrosses)
             marker->lock();
-        if (!marker->isLocked())
-            crosses.append(marker);
+        findMovable();
     } else if (marker->type == MARKER_INTEGRAL) {
         marker->curve = parts.curves.at(marker->iSens);
-    } else if (marker->type == MARKER_FLOATING_TEXT) {
-        const bool isNew = std::isnan(marker->xValue());
-        if (marker->connectTo->type == MARKER_X || isNew)
-            renewText(marker);
-        if (isNew) {
-            marker->xOffset = myPlotMarker::textDistance;
-            marker->yOffset = -myPlotMarker::textDistance;
-        }
     }
 }
 
@@ -202,7 +194,6 @@ void MarkerLayer::addGateText(int iSens, const QPointF& at, const QPoint& offset
     text->yOffset = offset.y();
     text->setText(words);
     text->setXValue(myPlotMarker::notPlaced);
-    text->setShown(false);
-    hasUnplacedTexts = true;
     adopt(text);
+    text->xSensor = -1; // times
 }

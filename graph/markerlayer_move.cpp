@@ -2,7 +2,6 @@
 
 #include "graph/markerlayer.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include <qwt_plot.h>
@@ -26,52 +25,33 @@ void MarkerLayer::drag(myPlotMarker* marker, const QPointF& pos, bool isByTip)
         const double y = partner ? partner->yValue() : marker->pointToYVal;
         marker->xOffset = int(pos.x()) - int(xMap.transform(x));
         marker->yOffset = int(pos.y()) - int(yMap.transform(y));
-        places.put(marker);
+        marker->isPlacedByHand = true;
     }
     repaint();
 }
 
+// A cross keeps to the curve or line that it was put on.
 void MarkerLayer::dragCross(myPlotMarker* cross, const QPointF& pos)
 {
-    const CurveSearch::Place near = search.nearest(pos, markers);
-    myPlotMarker* const text = cross->connectTo;
-    if (near.iSens < 0) {
+    const CurveSearch::Place near = search.nearestFor(*cross, pos, markers);
+    setCross(cross, near.iSens < 0 ? MARKER_X_GHOST : MARKER_X);
+    if (near.iSens < 0)
         cross->setValue(parts.plot.invTransform(QwtPlot::xBottom, pos.x()),
                         cross->ownMap(parts.plot.canvasMap(QwtPlot::yLeft)).invTransform(pos.y()));
-        setCross(cross, MARKER_X_GHOST);
-        text->setShown(false);
-        return;
-    }
-    cross->setValue(near.x, near.y);
-    cross->iReg = near.iReg;
-    cross->iSens = text->iSens = near.iSens;
-    setCross(cross, MARKER_X);
-    bringOther(cross);
-    places.put(text);
-    renewText(text);
+    else
+        cross->setValue(near.x, near.y);
 }
 
-// Analyses go from one cross to the other, so both lie on one curve.
-void MarkerLayer::bringOther(myPlotMarker* cross)
+void MarkerLayer::putBack(myPlotMarker* marker, const QPointF& value, const QPoint& offset,
+                          bool isPlacedByHand)
 {
-    if (form == MarkerForm::Frequency || crosses.size() < 2)
-        return;
-    myPlotMarker* const other = crosses[cross == crosses[0] ? 1 : 0];
-    if (other == cross || (other->iSens == cross->iSens && other->iReg == cross->iReg))
-        return;
-    const myPlotMarker* const line = markers.value(cross->iReg);
-    if (line) {
-        const double inside = std::max(std::min(line->linX0, line->linX1),
-                                       std::min(other->xValue(), std::max(line->linX0, line->linX1)));
-        other->setValue(inside, line->calcRegValue(inside));
-    } else {
-        putOnCurve(other, cross->iSens);
-    }
-    other->iSens = cross->iSens;
-    other->iReg = cross->iReg;
-    other->connectTo->iSens = cross->iSens;
-    places.put(other->connectTo);
-    renewText(other->connectTo);
+    if (isCross(*marker) && !marker->isLocked())
+        setCross(marker, MARKER_X);
+    marker->setValue(value);
+    marker->xOffset = offset.x();
+    marker->yOffset = offset.y();
+    marker->isPlacedByHand = isPlacedByHand;
+    repaint();
 }
 
 void MarkerLayer::putOnCurve(myPlotMarker* marker, int iSens) const

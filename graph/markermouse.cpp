@@ -41,6 +41,8 @@ myPlotMarker* MarkerMouse::at(const QPointF& pos, bool* isTip) const
 bool MarkerMouse::take(const QPointF& pos)
 {
     dragged = at(pos, &isByTip);
+    if (dragged)
+        start = {dragged->value(), QPoint(dragged->xOffset, dragged->yOffset), dragged->isPlacedByHand};
     return isDragging();
 }
 
@@ -58,8 +60,18 @@ void MarkerMouse::letGo()
         layer.remove(marker);
 }
 
+void MarkerMouse::cancel()
+{
+    if (!dragged)
+        return;
+    layer.putBack(dragged, start.value, start.offset, start.isPlacedByHand);
+    dragged.clear();
+}
+
 void MarkerMouse::placeCross(const QPointF& pos)
 {
+    if (layer.refusesCross())
+        return;
     const CurveSearch::Place near = search.nearest(pos, layer.all());
     if (near.iSens >= 0)
         layer.addCross(near.iSens, near.iReg, near.x, near.y);

@@ -21,6 +21,8 @@ public:
     bool take(const QPointF& pos);
     void drag(const QPointF& pos);
     void letGo();
+    /// Puts back what is dragged.
+    void cancel();
     bool isDragging() const { return !dragged.isNull(); }
     /// A cross on the curve or line under the pointer.
     void placeCross(const QPointF& pos);
@@ -34,6 +36,15 @@ private:
     MarkerLayer& layer;
     MarkerEditor& editor;
     const CurveSearch search;
+    /// Where a marker stood when it was taken up.
+    struct Start
+    {
+        QPointF value;
+        QPoint offset;
+        bool isPlacedByHand = false;
+    };
+
     QPointer<myPlotMarker> dragged;
+    Start start;
     bool isByTip = false; ///< by the tip of its balloon
 };

@@ -1,31 +1,19 @@
 #include "graph/markertexts.h"
 
-#include <algorithm>
 #include <cmath>
+
+#include <QStringList>
 
 #include "common/common.h"
 #include "data/expdata.h"
 #include "graph/myplotmarker.h"
 #include "graph/timescaledraw.h"
 
-namespace {
-
-int decimalsFor(double value)
-{
-    return std::max(2, int(std::ceil(-std::log10(std::abs(value)))));
-}
-
-QString signOf(double value)
-{
-    return QLatin1String(value >= 0 ? "+" : "-");
-}
-
-} // namespace
-
-MarkerTexts::MarkerTexts(const ExpData& data, const TimeScaleDraw& time, MarkerForm form)
+MarkerTexts::MarkerTexts(const ExpData& data, const TimeScaleDraw& time, MarkerForm form, bool isClass)
     : data(data)
     , time(time)
     , form(form)
+    , isClass(isClass)
 {
 }
 
@@ -58,7 +46,7 @@ QString MarkerTexts::kindNameInSentence(int type)
 QString MarkerTexts::nameOf(int iSens) const
 {
     const SensorPtr& sensor = data.getSens(iSens);
-    return sensor ? sensor->name : QString();
+    return sensor ? sensor->nameForLegend(isClass) : QString();
 }
 
 QString MarkerTexts::unitOf(int iSens) const
@@ -111,35 +99,41 @@ QString MarkerTexts::ofCross(const myPlotMarker& cross) const
                         time.getUnitName());
 }
 
-QString MarkerTexts::distance(const myPlotMarker& told, const myPlotMarker& first,
-                              const myPlotMarker& second) const
+QString MarkerTexts::distance(const myPlotMarker& first, const myPlotMarker& second) const
 {
     if (form == MarkerForm::Frequency || data.isXYPlot())
         return QString();
     const double dx = std::abs(first.xValue() - second.xValue());
     const double dy = std::abs(first.yValue() - second.yValue());
     return QStringLiteral("%1 = %2 %3;  dY = %4 %5")
-        .arg(time.getDeltaName(), time.getTimeString(dx), time.getUnitName(), valueText(told.iSens, dy),
-             unitOf(told.iSens));
+        .arg(time.getDeltaName(), time.getTimeString(dx), time.getUnitName(), valueText(first.iSens, dy),
+             unitOf(first.iSens));
 }
 
 /// The coefficients are per second and are told per unit of the axis.
 QString MarkerTexts::ofFit(const myPlotMarker& fit) const
 {
+    const bool isXY = data.isXYPlot();
+    const QString unit = unitOf(fit.iSens);
+    const QString perName = isXY ? unitOf(data.getXYIndex()) : time.getUnitName();
+    const QString xName = isXY ? QStringLiteral("[%1]").arg(nameOf(data.getXYIndex())) : tr("t");
     const double perUnit = time.getdT();
-    const double A = fit.a * perUnit * perUnit;
-    double B = fit.b * perUnit;
-    const QString xName = data.isXYPlot() ? QStringLiteral("[%1]").arg(nameOf(data.getXYIndex())) : tr("t");
-    QString quadratic;
-    if (fit.a != 0) {
-        quadratic = QStringLiteral("%1%2 %3 ")
-                        .arg(Common::myToString(A, 'f', decimalsFor(A)), xName + QChar(0x00B2), signOf(B));
-        B = std::abs(B);
+    const double coefficients[] = {fit.c, fit.b * perUnit, fit.a * perUnit * perUnit};
+    const QString powers[] = {QString(), xName, xName + QChar(0x00B2)};
+    QString sum;
+    for (int power = fit.a != 0 ? 2 : 1; power >= 0; --power) {
+        const double value = coefficients[power];
+        const QString sign =
+            sum.isEmpty() ? QLatin1String(value < 0 ? "-" : "") : QLatin1String(value < 0 ? " - " : " + ");
+        const QString per =
+            perName.isEmpty() && power > 0 && !unit.isEmpty()
+                ? unit
+                : Common::unitPer(unit, perName.isEmpty() ? QStringLiteral("1") : perName, power);
+        const QString word =
+            QStringList({Common::toSignificant(std::abs(value)), per}).join(QLatin1Char(' ')).trimmed();
+        sum += sign + (power > 0 ? QStringLiteral("%1·%2").arg(word, powers[power]) : word);
     }
-    const QString linear = Common::myToString(B, 'f', B == 0 ? 1 : decimalsFor(B));
-    return QStringLiteral("%1 = %2%3%4 %5 %6\nr = %7")
-        .arg(nameOf(fit.iSens), quadratic, linear, xName, signOf(fit.c),
-             Common::myToString(std::abs(fit.c), 'f', 1), Common::myToString(fit.r, 'f', 2));
+    return QStringLiteral("%1 = %2\nr = %3").arg(nameOf(fit.iSens), sum, Common::myToString(fit.r, 'f', 2));
 }
 
 QString MarkerTexts::ofIntegral(const myPlotMarker& area) const
@@ -151,8 +145,8 @@ QString MarkerTexts::ofIntegral(const myPlotMarker& area) const
 
 QString MarkerTexts::ofTangent(const myPlotMarker& tangent) const
 {
-    return tr("slope = %1 %2/%3")
-        .arg(Common::myToString(tangent.slope, 'f', 1), unitOf(tangent.iSens), tr("s"));
+    return tr("slope = %1 %2")
+        .arg(Common::myToString(tangent.slope, 'f', 1), Common::unitPer(unitOf(tangent.iSens), tr("s"), 1));
 }
 
 QString MarkerTexts::speed(const Gate& gate)

@@ -28,13 +28,13 @@ public:
         double result = 0;
     };
 
-    /// Neither is owned.
-    MarkerTexts(const ExpData& data, const TimeScaleDraw& time, MarkerForm form);
+    /// Neither is owned. Those of the class name the group with each sensor.
+    MarkerTexts(const ExpData& data, const TimeScaleDraw& time, MarkerForm form, bool isClass);
 
     /// The text beside a cross, tangent, fit or integral; empty for other kinds.
     QString of(const myPlotMarker& marker) const;
-    /// The distance of two crosses in words, as the sensor of `told` says it; empty where x is no time.
-    QString distance(const myPlotMarker& told, const myPlotMarker& first, const myPlotMarker& second) const;
+    /// The distance of two crosses in words; empty where x is no time.
+    QString distance(const myPlotMarker& first, const myPlotMarker& second) const;
     static QString speed(const Gate& gate);
     static QString acceleration(const Gate& gate);
 
@@ -55,4 +55,5 @@ private:
     const ExpData& data;
     const TimeScaleDraw& time;
     const MarkerForm form;
+    const bool isClass;
 };

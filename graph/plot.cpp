@@ -61,7 +61,7 @@ Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget*
     , axes(std::make_unique<GraphAxes>(*this, traits.isTimeInUnit))
     , curves(std::make_unique<GraphCurves>(*this, *data, *scaler, *axes, index))
     , parts(new GraphParts{*this, *data, *scaler, *axes, *curves, index})
-    , layer(std::make_unique<MarkerLayer>(*parts, traits.markers))
+    , layer(std::make_unique<MarkerLayer>(*parts, traits))
     , slope(std::make_unique<SlopeTool>(*parts, *layer))
     , editor(std::make_unique<MarkerEditor>(*this, *data, *layer))
     , markerMouse(std::make_unique<MarkerMouse>(*parts, *layer, *editor))
@@ -80,6 +80,7 @@ Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget*
     connectMouse();
     connectDialogs();
     connect(layer.get(), &MarkerLayer::distanceTold, this, &Plot::twoMarkersUpdated);
+    connect(layer.get(), &MarkerLayer::refused, this, &Plot::told);
     applyDesign();
     kind->setData();
 }
@@ -136,7 +137,8 @@ void Plot::connectLegend()
         if (!curves->at(i))
             return;
         curves->rotateMode(i);
-        layer->showWithCurves();
+        layer->renew();
+        slope->renew();
         replot();
     });
 }
@@ -210,7 +212,7 @@ void Plot::setAxisTitleAndSize(int axisID, const QString& text, int /*size*/)
 
 void Plot::updateTitle(const QString& text)
 {
-    QwtText newTitle(text);
+    QwtText newTitle(text, QwtText::PlainText);
     const int room = canvas() ? canvas()->width() : width();
     newTitle.setFont(
         GraphFonts::fitted(GraphFonts::atMost(titleFont, height() / titlesPerHeight), text, room));
@@ -328,6 +330,7 @@ void Plot::alignGraphs(QwtPlot* main, QwtPlot* fft)
 void Plot::setData()
 {
     kind->setData();
+    slope->renew();
 }
 
 void Plot::Update()
@@ -338,7 +341,7 @@ void Plot::Update()
 void Plot::updateSens(int iSens)
 {
     kind->showSensor(iSens);
-    slope->changeCurve();
+    slope->renew();
 }
 
 int Plot::getActiveSens() const
@@ -401,6 +404,16 @@ void Plot::replot()
     }
     axes->settle();
     QwtPlot::replot();
+    layer->placeTexts(); // the picture follows when the canvas paints
+}
+
+// What the axes leave to the canvas is known only when they have been laid out.
+bool Plot::eventFilter(QObject* object, QEvent* event)
+{
+    const bool isTaken = QwtPlot::eventFilter(object, event);
+    if (object == canvas() && event->type() == QEvent::Resize)
+        layer->placeTexts();
+    return isTaken;
 }
 
 void Plot::drawItems(QPainter* painter, const QRectF& canvasRect, const QwtScaleMap maps[axisCnt]) const
@@ -463,12 +476,14 @@ void Plot::enableSlope(bool tf)
 void Plot::setMarkers()
 {
     slope->hide();
+    kind->startAnew();
     layer->clear();
 }
 
 void Plot::setMarkers(const QList<myPlotMarker*>& list)
 {
     slope->hide();
+    kind->startAnew();
     layer->install(list);
 }
 
@@ -523,12 +538,12 @@ void Plot::doCrop()
 
 void Plot::doRegression(int degree)
 {
-    if (traits.takesAnalyses && curveMarker.size() == 2)
-        layer->addResult(CurveAnalysis::fit(*parts, degree, *curveMarker[0], *curveMarker[1]));
+    if (traits.takesAnalyses)
+        layer->addResult(CurveAnalysis::fit(*parts, degree, curveMarker));
 }
 
 void Plot::doIntegral()
 {
-    if (traits.takesAnalyses && curveMarker.size() == 2)
-        layer->addResult(CurveAnalysis::integral(*parts, *curveMarker[0], *curveMarker[1]));
+    if (traits.takesAnalyses)
+        layer->addResult(CurveAnalysis::integral(*parts, curveMarker));
 }

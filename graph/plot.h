@@ -160,7 +160,7 @@ public:
 
     // What the user places
 
-    /// Takes all markers away.
+    /// Takes all markers away, and ends the zoom: another experiment begins.
     void setMarkers();
     /// Takes the markers of a file in place of those shown, and owns them from now on. `list` is in stored
     /// order, a cross or regression directly before its text, with y values in the base unit. A cross or
@@ -210,10 +210,13 @@ Q_SIGNALS:
     void colorChanged(int iSens, const QColor& color);
     /// The user wants to see the sensor of a legend entry on the graphs of all groups.
     void shownForAll(int sensorID);
-    /// The distance of the two crosses, as a text.
+    /// The distance of the two crosses, as a text; empty when there are no longer two.
     void twoMarkersUpdated(const QString& statusText);
+    /// Why the graph does not do what was asked of it.
+    void told(const QString& text);
 
 protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void drawItems(QPainter* painter, const QRectF& canvasRect,
                    const QwtScaleMap maps[axisCnt]) const override;

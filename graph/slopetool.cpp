@@ -50,6 +50,7 @@ void SlopeTool::setOn(bool tf)
     text->setShown(false);
     tangent->attach(&parts.plot);
     layer.adopt(text);
+    tangent->xSensor = text->xSensor;
 }
 
 void SlopeTool::hide()
@@ -96,14 +97,17 @@ void SlopeTool::show()
     layer.placeText(tangent->connectTo);
 }
 
-void SlopeTool::changeCurve()
+void SlopeTool::renew()
 {
-    if (!tangent)
+    if (!tangent || !tangent->isShown())
         return;
-    const bool wasShown = tangent->isShown();
-    tangent->iSens = tangent->connectTo->iSens = parts.curves.activeIndex();
-    if (!wasShown)
+    const int iSens = parts.curves.activeIndex();
+    const myPlotCurve* const curve = parts.curves.at(iSens);
+    if (!curve || !curve->isVisible() || parts.data.isXYPlot()) {
+        hide();
         return;
-    layer.putOnCurve(tangent.get(), tangent->iSens);
+    }
+    tangent->iSens = tangent->connectTo->iSens = iSens;
+    layer.putOnCurve(tangent.get(), iSens);
     show();
 }

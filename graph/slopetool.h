@@ -24,8 +24,8 @@ public:
     void hide();
     /// To the point of the curve nearest to a point of the canvas; between two crosses of the curve only.
     void follow(const QPointF& pos);
-    /// To the active curve at the same x.
-    void changeCurve();
+    /// To the active curve at the same x; away with it where that is not seen.
+    void renew();
 
 private:
     void show();

@@ -22,19 +22,64 @@ double overlap(const QRectF& a, const QRectF& b)
 
 } // namespace
 
-TextPlaces::TextPlaces(const QwtPlot& plot, const QList<myPlotMarker*>& markers)
+TextPlaces::TextPlaces(const QwtPlot& plot, const QList<myPlotMarker*>& markers, bool isBelow)
     : plot(plot)
     , markers(markers)
+    , isBelow(isBelow)
 {
 }
 
-void TextPlaces::lean(const myPlotMarker& cross, myPlotMarker* text, bool isBelow) const
+void TextPlaces::lean(const myPlotMarker& cross, myPlotMarker* text) const
 {
     constexpr int distance = myPlotMarker::textDistance;
     const QPointF middle = QRectF(plot.canvas()->contentsRect()).center();
     const QPointF pos = cross.pixelPos();
     text->xOffset = pos.x() > middle.x() ? -distance : distance;
     text->yOffset = pos.y() < middle.y() || isBelow ? distance : -distance;
+}
+
+void TextPlaces::putAll() const
+{
+    QVector<QRectF> taken;
+    QList<myPlotMarker*> texts;
+    for (myPlotMarker* marker : markers) {
+        if (marker->type == MARKER_FLOATING_TEXT)
+            texts.append(marker);
+        else if (marker->isShown() && !marker->hotBox(QPointF()).isEmpty())
+            taken.append(boxOf(*marker));
+    }
+    // Those that a person has put somewhere go first.
+    std::stable_partition(texts.begin(), texts.end(),
+                          [](const myPlotMarker* text) { return text->isPlacedByHand; });
+    for (myPlotMarker* text : qAsConst(texts)) {
+        const myPlotMarker* const partner = text->connectTo;
+        const bool isTangent = partner && partner->type == MARKER_TANGENT;
+        if (std::isnan(text->xValue()) && partner && partner->symbol())
+            lean(*partner, text);
+        if (!text->isShown() && !std::isnan(text->xValue()))
+            continue;
+        if (isTangent) {
+            put(text);
+        } else if (text->isPlacedByHand) {
+            // A small canvas can push it onto what it tells about.
+            const QRectF box = boxAt(*text, basePixel(*text), QPoint(text->xOffset, text->yOffset));
+            const bool isPushed = partner && overlap(box, boxOf(*partner)) > 0;
+            putAt(text, isPushed ? freeOffset(*text, taken) : QPoint(text->xOffset, text->yOffset));
+        } else {
+            const QPoint offset = freeOffset(*text, taken);
+            text->xOffset = offset.x();
+            text->yOffset = offset.y();
+            putAt(text, offset);
+        }
+        if (text->isShown())
+            taken.append(boxOf(*text));
+    }
+}
+
+QRectF TextPlaces::boxOf(const myPlotMarker& marker) const
+{
+    const QPointF place = marker.pixelPos();
+    return marker.isBubble() ? marker.balloonRect(place) : marker.hotBox(place);
 }
 
 /// The whole pixel that a text keeps its distance from.
@@ -61,30 +106,26 @@ QRectF TextPlaces::boxAt(const myPlotMarker& text, const QPointF& base, const QP
     return box;
 }
 
-void TextPlaces::findRoom(myPlotMarker* text) const
+/// The distance nearest to what the text wants at which it hides as little as possible of what is taken.
+QPoint TextPlaces::freeOffset(const myPlotMarker& text, const QVector<QRectF>& taken) const
 {
     constexpr int farthest = 5; // text distances
-    QVector<QRectF> taken;
-    for (const myPlotMarker* marker : markers) {
-        if (marker != text && marker->isShown() && !marker->hotBox(QPointF()).isEmpty())
-            taken.append(marker->isBubble() ? marker->balloonRect(marker->pixelPos())
-                                            : marker->hotBox(marker->pixelPos()));
-    }
-    const QPointF base = basePixel(*text);
+    const QPointF base = basePixel(text);
     const auto hidden = [&](const QPoint& offset) {
-        const QRectF box = boxAt(*text, base, offset);
+        const QRectF box = boxAt(text, base, offset);
         double area = 0;
-        for (const QRectF& other : qAsConst(taken))
+        for (const QRectF& other : taken)
             area += overlap(box, other);
         return area;
     };
-    QPoint best(text->xOffset, text->yOffset);
+    QPoint best(text.xOffset, text.yOffset);
     double least = hidden(best);
     const int right = best.x() < 0 ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
     const int down = best.y() < 0 ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
     for (int i = 1; i <= farthest && least > 0; ++i) {
-        for (const QPoint& offset : {QPoint(right, i * down), QPoint(right, -i * down),
-                                     QPoint(-right, i * down), QPoint(-right, -i * down)}) {
+        for (const QPoint& offset :
+             {QPoint(right, i * down), QPoint(right, -i * down), QPoint(-right, i * down),
+              QPoint(-right, -i * down), QPoint(2 * i * right, down), QPoint(-2 * i * right, down)}) {
             const double area = hidden(offset);
             if (area < least) {
                 best = offset;
@@ -92,19 +133,21 @@ void TextPlaces::findRoom(myPlotMarker* text) const
             }
         }
     }
-    text->xOffset = best.x();
-    text->yOffset = best.y();
+    return best;
 }
 
 void TextPlaces::put(myPlotMarker* text) const
 {
-    const QPointF base = basePixel(*text);
     if (text->connectTo && text->connectTo->type == MARKER_TANGENT)
-        flipTangentText(text, base.y());
-    const QPointF place = boxAt(*text, base, QPoint(text->xOffset, text->yOffset)).center();
+        flipTangentText(text, basePixel(*text).y());
+    putAt(text, QPoint(text->xOffset, text->yOffset));
+}
+
+void TextPlaces::putAt(myPlotMarker* text, const QPoint& offset) const
+{
+    const QPointF place = boxAt(*text, basePixel(*text), offset).center();
     text->setValue(plot.invTransform(QwtPlot::xBottom, place.x()),
                    text->ownMap(plot.canvasMap(QwtPlot::yLeft)).invTransform(place.y()));
-    text->setShown(true);
 }
 
 // On a canvas too low for either side the text goes to the wider one, as far off as it can.

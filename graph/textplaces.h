@@ -4,6 +4,7 @@
 #include <QPoint>
 #include <QPointF>
 #include <QRectF>
+#include <QVector>
 
 class QwtPlot;
 class myPlotMarker;
@@ -12,25 +13,29 @@ class myPlotMarker;
 class TextPlaces
 {
 public:
-    /// `markers` is the live list of the graph. Neither is owned.
-    TextPlaces(const QwtPlot& plot, const QList<myPlotMarker*>& markers);
+    /// `markers` is the live list of the graph. Neither is owned. With `isBelow` new texts hang below their
+    /// crosses.
+    TextPlaces(const QwtPlot& plot, const QList<myPlotMarker*>& markers, bool isBelow);
 
-    /// Gives a new text a distance from its cross that leads to the middle of the canvas; with `isBelow` it
-    /// hangs below in any case.
-    void lean(const myPlotMarker& cross, myPlotMarker* text, bool isBelow) const;
-    /// Moves a text to where it hides no other text and no cross, if it would otherwise.
-    void findRoom(myPlotMarker* text) const;
-    /// Puts a text at its distance in pixels from its partner or the value that it points at, but not beyond
-    /// the canvas, and shows it.
+    /// Puts every text at its distance in pixels from its partner or the value that it points at, but not
+    /// beyond the canvas. One that nobody moved by hand goes to where it hides no other text and no cross, if
+    /// it would otherwise; a new one leans to the middle of the canvas.
+    void putAll() const;
+    /// One text where it wants to be.
     void put(myPlotMarker* text) const;
 
     static constexpr int tangentDistance = 100; ///< pixels of a tangent's text from the curve
 
 private:
+    void lean(const myPlotMarker& cross, myPlotMarker* text) const;
+    QPoint freeOffset(const myPlotMarker& text, const QVector<QRectF>& taken) const;
+    void putAt(myPlotMarker* text, const QPoint& offset) const;
+    QRectF boxOf(const myPlotMarker& marker) const;
     QPointF basePixel(const myPlotMarker& text) const;
     QRectF boxAt(const myPlotMarker& text, const QPointF& base, const QPoint& offset) const;
     void flipTangentText(myPlotMarker* text, double y) const;
 
     const QwtPlot& plot;
     const QList<myPlotMarker*>& markers;
+    const bool isBelow;
 };

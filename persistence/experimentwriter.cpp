@@ -296,7 +296,8 @@ void writeMarkers(Utf16Xml& xml, const QList<myPlotMarker*>& markers, const ExpD
     xml.raw(u" <");
     xml.raw(listTag);
     for (const myPlotMarker* marker : markers) {
-        if (!isStored(*marker))
+        // A file has one x axis, and says of no mark that it belongs to another.
+        if (!isStored(*marker) || marker->xSensor != data.getXYIndex())
             continue;
         if (isEmpty)
             xml.raw(u">\n");

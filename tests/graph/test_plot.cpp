@@ -134,6 +134,7 @@ private Q_SLOTS:
             fetched<int, QVector<int>, int, QVector<int>>({"index", "ids", "hint", "shown"});
         fill(*data, ids, 10, 1);
         data->curveModeHint.last() = hint;
+        data->getSens(ids.size() - 1)->groupName = index < 0 ? QStringLiteral("Average") : QString();
         plot.reset(new Plot(data.data(), GRAPH_LINE, false, index));
         QCOMPARE(plot->getShownSensIDs(), shown);
         plot->keepCurveModesInData();

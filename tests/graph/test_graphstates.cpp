@@ -1,0 +1,340 @@
+#include <QMenu>
+#include <QSignalSpy>
+#include <QWheelEvent>
+
+#include <cmath>
+
+#include <qwt_scale_widget.h>
+#include <qwt_text_label.h>
+
+#include "tests/graph/plottest.h"
+
+namespace {
+
+constexpr int samples = 101;
+
+} // namespace
+
+/// What stands around the curves stays true whatever else changes.
+class TestGraphStates : public PlotTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QLocale::setDefault(QLocale::c()); }
+
+    void aNewExperimentEndsTheZoom_data()
+    {
+        columns<bool>({"isFile"});
+        row("run", false);
+        row("file", true);
+    }
+
+    void aNewExperimentEndsTheZoom()
+    {
+        QFETCH(bool, isFile);
+        show();
+        drag(pixel(0, 2) - QPoint(0, 40), pixel(0, 4) + QPoint(0, 40), Qt::LeftButton);
+        QVERIFY(shownX().second < 5);
+        if (isFile)
+            plot->setMarkers(QList<myPlotMarker*>());
+        else
+            data->setDataNewEmpty(SensorList(data->getSensors()), 0.1);
+        plot->setData();
+        if (!isFile)
+            data->addSample(0, {20, 1});
+        plot->Update();
+        QCOMPARE(shownX(), qMakePair(0.0, 10.0));
+        QCOMPARE(plot->scaler->getScaleMax(0), plot->scaler->scales[0]->scaleFullMax);
+    }
+
+    void labelsAreRenewed()
+    {
+        show(1.5);
+        cross(1, 20);
+        cross(1, 120);
+        plot->doRegression(1);
+        QVERIFY2(textOf(5).contains(QStringLiteral("V/min·t")), qPrintable(textOf(5)));
+        // The shown range decides on the unit of the axis.
+        plot->enableZoom(true);
+        drag(pixel(1, 10) - QPoint(0, 40), pixel(1, 60) + QPoint(0, 40), Qt::LeftButton);
+        QVERIFY2(textOf(5).contains(QStringLiteral("V/s·t")), qPrintable(textOf(5)));
+        // A cross that stood on a fit goes back to the curve, and says so.
+        plot->lockMarker(plot->markers[0], false);
+        plot->newMarker(1, 4, 60, plot->markers[4]->calcRegValue(60));
+        const QString onLine = textOf(7);
+        plot->removeMarker(plot->markers[4]);
+        QVERIFY(textOf(5) != onLine);
+        QVERIFY(textOf(5).contains(data->getSens(1)->valueToString(data->interpolateY(1, 60))));
+    }
+
+    void eachXAxisKeepsItsMarks()
+    {
+        show();
+        cross(0, 2);
+        cross(0, 8);
+        plot->doRegression(1);
+        const QString fit = textOf(5);
+        choose(1);
+        QVERIFY(plot->curveMarker.isEmpty());
+        for (const myPlotMarker* marker : plot->markers)
+            QVERIFY(!marker->isShown());
+        plot->newMarker(0, -1, data->getYAt(1, 30), data->getYAt(0, 30));
+        QCOMPARE(plot->curveMarker.size(), 1);
+        plot->Update();
+        QVERIFY(textOf(7).startsWith(QLatin1String("Voltage")));
+        choose(-1);
+        QCOMPARE(plot->curveMarker.size(), 2);
+        QVERIFY(plot->markers[4]->isShown() && !plot->markers[6]->isShown());
+        QCOMPARE(textOf(5), fit);
+    }
+
+    void marksOfAGroupFollowItsSensor()
+    {
+        const auto group = [](int id, const char* name) {
+            SensorPtr sensor = SensorPtr::create(id);
+            sensor->groupName = QLatin1String(name);
+            return sensor;
+        };
+        data->setDataNewEmpty({group(SENSOR_EXT_TEMP, "<b>Ann"), group(SENSOR_EXT_TEMP, "Ben"),
+                               group(SENSOR_EXT_TEMP, "Average")},
+                              1);
+        for (int i = 0; i < samples; ++i) {
+            data->joinSample(0, i, 20 + 0.4 * i);
+            data->joinSample(1, i, 30);
+        }
+        PlotTest::show({800, 500}, GRAPH_LINE, -1);
+        plot->getCurve(1)->setMode(CURVE_SYMBOL);
+        plot->otherColorChanged(0, Qt::magenta);
+        cross(0, 20);
+        cross(0, 80);
+        plot->doRegression(1);
+        QVERIFY(textOf(1).startsWith(QLatin1String("<b>Ann - ")));
+        ExpData other;
+        load(&other, {SENSOR_LIGHT}, {QVector<double>(samples, 300)});
+        data->joinChannel(0, group(SENSOR_LIGHT, "<b>Ann"), other);
+        plot->setData();
+        plot->Update();
+        QCOMPARE(plot->markers.value(0)->yValue(), 300.0);
+        QVERIFY(textOf(1).contains(QLatin1String("Light")) && textOf(1).contains(QLatin1String("300")));
+        QCOMPARE(plot->markers.size(), 4); // nothing to fit in a steady light
+        QVERIFY(plot->getCurve(1)->isSymbol());
+        QCOMPARE(plot->getCurvePen(0).color(), QColor(Qt::magenta));
+        // As it was typed, and not as markup.
+        plot->updateTitle(QStringLiteral("<b>Ann"));
+        for (const QwtText& shown : {plot->getCurve(0)->title(), plot->titleLabel()->text()}) {
+            QwtText typed(shown.text(), QwtText::PlainText);
+            typed.setFont(shown.font());
+            QCOMPARE(shown.textSize().width(), typed.textSize().width());
+        }
+    }
+
+    // Both by a zoom and by a smaller cell.
+    void notesStayInThePicture()
+    {
+        show();
+        cross(0, 5);
+        const auto isGood = [this] {
+            const myPlotMarker& text = *plot->markers[1];
+            const QRectF box = text.hotBox(text.pixelPos());
+            return QRectF(plot->canvas()->rect()).contains(box) &&
+                   !box.intersects(plot->markers[0]->hotBox(plot->markers[0]->pixelPos()));
+        };
+        QVERIFY(isGood());
+        plot->enableZoom(true);
+        drag(pixel(0, 4.9) - QPoint(0, 30), pixel(0, 6) + QPoint(0, 100), Qt::LeftButton);
+        QVERIFY(shownX().second < 7);
+        QVERIFY(isGood());
+        QTest::mouseClick(plot->canvas(), Qt::RightButton);
+        plot->resize(450, 300);
+        QTRY_VERIFY(plot->canvas()->width() < 350);
+        QVERIFY(isGood());
+    }
+
+    void theRightButtonZoomsOut()
+    {
+        show();
+        plot->enableZoom(true);
+        cross(0, 5);
+        drag(pixel(0, 3) - QPoint(0, 30), pixel(0, 7) + QPoint(0, 30), Qt::LeftButton);
+        prompt.picked = qRgb(1, 2, 3);
+        QTest::mouseClick(plot->canvas(), Qt::RightButton, {}, pixel(0, 5));
+        QVERIFY(!plot->findChild<QMenu*>());
+        QCOMPARE(shownX(), qMakePair(0.0, 10.0));
+        QTest::mouseClick(plot->canvas(), Qt::RightButton, {}, pixel(0, 6));
+        QVERIFY(plot->getCurvePen(0).color() != QColor(1, 2, 3));
+    }
+
+    void escapeEndsADrag()
+    {
+        show();
+        int stopped = 0;
+        auto* stop = new QAction(plot.data());
+        stop->setShortcut(Qt::Key_Escape);
+        connect(stop, &QAction::triggered, this, [&stopped] { ++stopped; });
+        plot->addAction(stop);
+        plot->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(plot.data()));
+        plot->enableMarker(true);
+        cross(0, 5);
+        press(pixel(0, 5));
+        moveTo(pixel(0, 8));
+        QTest::keyClick(plot.data(), Qt::Key_Escape);
+        QCOMPARE(plot->curveMarker.first()->xValue(), 5.0);
+        moveTo(pixel(0, 2));
+        QTest::mouseRelease(plot->canvas(), Qt::LeftButton, {}, pixel(0, 2));
+        QCOMPARE(plot->curveMarker.first()->xValue(), 5.0);
+        plot->enableZoom(true);
+        press(pixel(0, 6));
+        moveTo(pixel(0, 8) + QPoint(0, 50));
+        QTest::keyClick(plot.data(), Qt::Key_Escape);
+        QTest::mouseRelease(plot->canvas(), Qt::LeftButton, {}, pixel(0, 8) + QPoint(0, 50));
+        QCOMPARE(shownX(), qMakePair(0.0, 10.0));
+        QCOMPARE(stopped, 0);
+        QTest::keyClick(plot.data(), Qt::Key_Escape);
+        QCOMPARE(stopped, 1);
+    }
+
+    void theAxisIsOfACurveThatIsSeen()
+    {
+        load(data.data(), {SENSOR_GPS_LAT, SENSOR_PH}, {{47, 47, 47}, {7, 8, 9}});
+        PlotTest::show({600, 400});
+        plot->updateSens(0);
+        QCOMPARE(plot->getActiveSens(), 1);
+        QVERIFY(plot->axisTitle(QwtPlot::yLeft).text().startsWith(QLatin1String("pH")));
+    }
+
+    void whatCannotBeDoneIsSaid_data()
+    {
+        columns<QVector<double>, QVector<double>, int, QString>({"values", "crosses", "degree", "word"});
+        row("no cross", QVector<double>{1, 2, 3}, QVector<double>{}, 1, "two markers");
+        row("one place", QVector<double>{1, 2, 3}, QVector<double>{1, 1}, 1, "same place");
+        row("flat", QVector<double>{2, 2, 2, 2}, QVector<double>{0, 3}, 1, "flat");
+        row("two places", QVector<double>{1, 2, 3}, QVector<double>{0, 1}, 2, "three places");
+        row("area of a place", QVector<double>{1, 2, 3}, QVector<double>{1, 1}, 0, "same place");
+        row("empty", QVector<double>{}, QVector<double>{}, -1, "no curve");
+    }
+
+    void whatCannotBeDoneIsSaid()
+    {
+        const auto [values, crosses, degree, word] =
+            fetched<QVector<double>, QVector<double>, int, QString>({"values", "crosses", "degree", "word"});
+        load(data.data(), {SENSOR_VOLTAGE}, {values});
+        PlotTest::show({600, 400});
+        QSignalSpy told(plot.data(), &Plot::told);
+        for (double x : crosses)
+            cross(0, x);
+        if (degree < 0) {
+            plot->enableMarker(true);
+            QTest::mouseClick(plot->canvas(), Qt::LeftButton);
+        } else if (degree == 0) {
+            plot->doIntegral();
+        } else {
+            plot->doRegression(degree);
+        }
+        QCOMPARE(plot->markers.size(), 2 * crosses.size());
+        QCOMPARE(told.size(), 1);
+        QVERIFY2(told.first().first().toString().contains(word), qPrintable(told.first().first().toString()));
+    }
+
+    void crossesOnTwoCurvesAreNotFitted()
+    {
+        show();
+        QSignalSpy told(plot.data(), &Plot::told);
+        cross(0, 2);
+        cross(1, 8);
+        QCOMPARE(plot->curveMarker.first()->iSens, 0);
+        plot->doRegression(1);
+        QCOMPARE(told.size(), 1);
+    }
+
+    void theTangentGoesWithItsCurve()
+    {
+        show();
+        plot->enableSlope(true);
+        QTest::mouseMove(plot->canvas(), pixel(0, 5));
+        moveTo(pixel(0, 5));
+        QVERIFY(plot->markers.first()->isShown());
+        // Labels are taken as ever, and the tangent waits.
+        cross(0, 2);
+        const myPlotMarker& text = *plot->markers[2];
+        const QPoint at = text.pixelPos().toPoint();
+        press(at);
+        moveTo(at + QPoint(60, 10));
+        QTest::mouseRelease(plot->canvas(), Qt::LeftButton);
+        QVERIFY((text.pixelPos() - at - QPointF(60, 10)).manhattanLength() < 3);
+        for (int i = 0; i < 2; ++i)
+            QTest::mousePress(legendItem(0), Qt::RightButton);
+        QVERIFY(!plot->getCurve(0)->isVisible() && !plot->markers.first()->isShown());
+    }
+
+    void wheelAndMiddleButton()
+    {
+        show();
+        const QPoint at = pixel(0, 7);
+        const double x = plot->invTransform(QwtPlot::xBottom, at.x());
+        const double y = plot->invTransform(QwtPlot::yLeft, at.y());
+        const auto turn = [&](int notches) {
+            QWheelEvent wheel(at, plot->canvas()->mapToGlobal(at), {}, {0, 120 * notches}, Qt::NoButton, {},
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(plot->canvas(), &wheel);
+        };
+        turn(2);
+        QVERIFY(shownX().second - shownX().first < 7);
+        QVERIFY(std::abs(plot->transform(QwtPlot::xBottom, x) - at.x()) < 2);
+        QVERIFY(std::abs(plot->transform(QwtPlot::yLeft, y) - at.y()) < 2);
+        QCoreApplication::processEvents(); // other labels leave another room
+        const double before = shownX().first;
+        const double taken = plot->invTransform(QwtPlot::xBottom, at.x());
+        drag(at, at - QPoint(50, 0), Qt::MiddleButton);
+        QVERIFY(std::abs(plot->transform(QwtPlot::xBottom, taken) - (at.x() - 50)) < 2);
+        QVERIFY(shownX().first > before);
+        turn(-6);
+        QCOMPARE(shownX(), qMakePair(0.0, 10.0));
+    }
+
+private:
+    // Sensor 0 is the line y = 10 + 2 x, sensor 1 a parabola.
+    void show(double dt = 0.1)
+    {
+        QVector<double> line, parabola;
+        for (int i = 0; i < samples; ++i) {
+            line << 10 + 2 * i * dt;
+            parabola << 0.0005 * i * i - 0.06 * i + 3;
+        }
+        load(data.data(), {SENSOR_EXT_TEMP, SENSOR_VOLTAGE}, {line, parabola}, dt);
+        data->setXRange();
+        PlotTest::show({800, 500});
+        connect(plot.data(), &Plot::changedActiveCurve, plot.data(),
+                [this](int, int i) { plot->updateSens(i); });
+        plot->enableZoom(true);
+    }
+    QPoint pixel(int iSens, double x) const { return place(iSens, x, data->interpolateY(iSens, x)); }
+    void cross(int iSens, double x) { plot->newMarker(iSens, -1, x, data->interpolateY(iSens, x)); }
+    void press(const QPoint& at) { QTest::mousePress(plot->canvas(), Qt::LeftButton, {}, at); }
+    void drag(const QPoint& from, const QPoint& to, Qt::MouseButton button)
+    {
+        QTest::mousePress(plot->canvas(), button, {}, from);
+        moveTo(to);
+        QTest::mouseRelease(plot->canvas(), button, {}, to);
+    }
+    /// From the menu of the x axis; -1 for the time.
+    void choose(int iSens)
+    {
+        QTest::mousePress(plot->axisWidget(QwtPlot::xBottom), Qt::RightButton);
+        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        menu->actions().at(iSens < 0 ? 0 : iSens + 2)->trigger();
+        menu->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    QPair<double, double> shownX() const
+    {
+        const QwtInterval shown = plot->axisInterval(QwtPlot::xBottom);
+        return {shown.minValue(), shown.maxValue()};
+    }
+    QString textOf(int i) const { return plot->markers.value(i)->label().text(); }
+};
+
+QTEST_MAIN(TestGraphStates)
+#include "test_graphstates.moc"
