@@ -24,6 +24,13 @@ bool hasPartnerText(int type)
     return type == MARKER_X || type == MARKER_REGRESSION || type == MARKER_INTEGRAL;
 }
 
+/// A file keeps it in the words of the fit only.
+double toldCorrelation(const QString& words)
+{
+    QString number = words.section(QLatin1Char('='), -1).trimmed();
+    return number.replace(QLatin1Char(','), QLatin1Char('.')).toDouble();
+}
+
 } // namespace
 
 void MarkerLayer::adopt(myPlotMarker* marker)
@@ -171,6 +178,8 @@ void MarkerLayer::takeStored(myPlotMarker* marker)
         findMovable();
     } else if (marker->type == MARKER_INTEGRAL) {
         marker->curve = parts.curves.at(marker->iSens);
+    } else if (marker->connectTo && marker->connectTo->type == MARKER_REGRESSION) {
+        marker->connectTo->r = toldCorrelation(marker->label().text());
     }
 }
 

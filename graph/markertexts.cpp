@@ -1,5 +1,6 @@
 #include "graph/markertexts.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <QStringList>
@@ -8,6 +9,12 @@
 #include "data/expdata.h"
 #include "graph/myplotmarker.h"
 #include "graph/timescaledraw.h"
+
+namespace {
+
+constexpr double negligible = 1e-9;
+
+} // namespace
 
 MarkerTexts::MarkerTexts(const ExpData& data, const TimeScaleDraw& time, MarkerForm form, bool isClass)
     : data(data)
@@ -120,9 +127,15 @@ QString MarkerTexts::ofFit(const myPlotMarker& fit) const
     const double perUnit = time.getdT();
     const double coefficients[] = {fit.c, fit.b * perUnit, fit.a * perUnit * perUnit};
     const QString powers[] = {QString(), xName, xName + QChar(0x00B2)};
+    // A coefficient that only rounding has left is none.
+    const double span = std::max(std::abs(fit.linX0), std::abs(fit.linX1)) / perUnit;
+    double greatest = 0;
+    for (int power = 0; power <= 2; ++power)
+        greatest = std::max(greatest, std::abs(coefficients[power] * std::pow(span, power)));
     QString sum;
     for (int power = fit.a != 0 ? 2 : 1; power >= 0; --power) {
-        const double value = coefficients[power];
+        const bool isNone = std::abs(coefficients[power] * std::pow(span, power)) < negligible * greatest;
+        const double value = isNone ? 0 : coefficients[power];
         const QString sign =
             sum.isEmpty() ? QLatin1String(value < 0 ? "-" : "") : QLatin1String(value < 0 ? " - " : " + ");
         const QString per =

@@ -56,7 +56,8 @@ void TextPlaces::putAll() const
         const bool isTangent = partner && partner->type == MARKER_TANGENT;
         if (std::isnan(text->xValue()) && partner && partner->symbol())
             lean(*partner, text);
-        if (!text->isShown() && !std::isnan(text->xValue()))
+        // Nothing to keep clear of where nobody looks; a graph that comes into sight gets a size.
+        if ((!text->isShown() || !plot.isVisible()) && !std::isnan(text->xValue()))
             continue;
         if (isTangent) {
             put(text);
