@@ -110,6 +110,16 @@ bool MarkerLayer::isSeen(const myPlotMarker& marker) const
 
 void MarkerLayer::renew()
 {
+    renewShown();
+    for (myPlotMarker* marker : qAsConst(markers)) {
+        if (marker->type == MARKER_FLOATING_TEXT)
+            renewText(marker);
+    }
+    tellDistance();
+}
+
+void MarkerLayer::renewShown()
+{
     findMovable();
     for (myPlotMarker* marker : qAsConst(markers)) {
         const myPlotMarker* const partner = marker->connectTo;
@@ -117,16 +127,14 @@ void MarkerLayer::renew()
             continue;
         const bool isOfGhost = partner && partner->type == MARKER_X_GHOST;
         marker->setShown(isSeen(*marker) && !isOfGhost);
-        if (marker->type == MARKER_FLOATING_TEXT)
-            renewText(marker);
     }
-    tellDistance();
 }
 
 void MarkerLayer::renewText(myPlotMarker* text)
 {
     const myPlotMarker* const subject = text->connectTo;
-    if (!subject || subject->xSensor != parts.data.getXYIndex())
+    if (!subject || subject->xSensor != parts.data.getXYIndex() ||
+        (subject->type == MARKER_TANGENT && !subject->isShown()))
         return;
     const QString words = texts.of(*subject);
     if (text->label().text() != words)
@@ -157,12 +165,17 @@ void MarkerLayer::followCross(myPlotMarker* cross)
 void MarkerLayer::followData()
 {
     QList<QPointer<myPlotMarker>> lost;
+    QList<myPlotMarker*> followers;
     for (myPlotMarker* marker : qAsConst(markers)) {
         const myPlotCurve* const curve = parts.curves.at(marker->iSens);
         if (!curve)
             continue;
-        const bool isOther = !marker->channel.isEmpty() && marker->channel != curve->getChannel();
+        // What a file says of its marks holds for the file's data.
+        const bool isOfFile = marker->channel.isEmpty();
+        const bool isOther = !isOfFile && marker->channel != curve->getChannel();
         marker->channel = curve->getChannel();
+        if (!isOfFile)
+            followers.append(marker);
         if (marker->type == MARKER_INTEGRAL)
             marker->curve = parts.curves.at(marker->iSens);
         if (marker->type == MARKER_INTEGRAL || (marker->type == MARKER_REGRESSION && isOther)) {
@@ -170,10 +183,10 @@ void MarkerLayer::followData()
                 lost.append(marker);
         }
     }
+    for (myPlotMarker* marker : qAsConst(followers)) // when the lines that they may stand on are known
+        followCross(marker);
     for (const QPointer<myPlotMarker>& marker : qAsConst(lost))
         remove(marker);
-    for (myPlotMarker* marker : qAsConst(markers))
-        followCross(marker);
     renew();
 }
 

@@ -94,6 +94,7 @@ private:
     void takeStored(myPlotMarker* marker);
     void dragCross(myPlotMarker* cross, const QPointF& pos);
     void findMovable();
+    void renewShown();
     bool isSeen(const myPlotMarker& marker) const;
     void followCross(myPlotMarker* cross);
     void tellDistance();

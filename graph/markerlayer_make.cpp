@@ -6,11 +6,13 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <cmath>
 
 #include <qwt_plot.h>
 #include <qwt_symbol.h>
 
 #include "data/expdata.h"
+#include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
 #include "graph/myplotcurve.h"
 #include "graph/photogates.h"
@@ -126,7 +128,8 @@ void MarkerLayer::install(const QList<myPlotMarker*>& list)
     clear();
     for (myPlotMarker* marker : pairedUp(list))
         takeStored(marker);
-    repaint();
+    renewShown();
+    parts.axes.repaint();
 }
 
 QList<myPlotMarker*> MarkerLayer::pairedUp(const QList<myPlotMarker*>& list)
@@ -181,6 +184,9 @@ void MarkerLayer::takeStored(myPlotMarker* marker)
     } else if (marker->connectTo && marker->connectTo->type == MARKER_REGRESSION) {
         marker->connectTo->r = toldCorrelation(marker->label().text());
     }
+    // A fit says what it said until the data are there.
+    if (marker->connectTo && (marker->connectTo->type == MARKER_X || std::isnan(marker->xValue())))
+        renewText(marker);
 }
 
 void MarkerLayer::renewGateTexts()
