@@ -187,7 +187,7 @@ void MarkerLayer::followData()
         followCross(marker);
     for (const QPointer<myPlotMarker>& marker : qAsConst(lost))
         remove(marker);
-    renew();
+    renewShown();
 }
 
 // A marker changes nothing about the axes, whose layout costs more than the picture.

@@ -70,7 +70,8 @@ public:
 
     // Following
 
-    /// After the curves were made anew: crosses go to the height of the data, results are of the data.
+    /// After the curves were made anew: crosses go to the height of the data, results are of the data. What
+    /// they tell follows with renew(), when the axes are known.
     void followData();
     /// What is seen and what it tells, by curves, x axis and units.
     void renew();
