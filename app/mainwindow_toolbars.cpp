@@ -3,6 +3,7 @@
 #include "app/graphtools.h"
 #include "app/iconlist.h"
 #include "app/iconlists.h"
+#include "app/lazyicon.h"
 #include "classroom/views.h"
 #include "common/common.h"
 
@@ -71,7 +72,7 @@ constexpr int firstSimulation = 2;
 
 void addItem(IconList* list, const ListItem& item)
 {
-    list->addPicture(MainWindow::tr(item.name), QIcon(QLatin1String(item.icon)), item.code);
+    list->addPicture(MainWindow::tr(item.name), lazyIcon(QLatin1String(item.icon)), item.code);
 }
 
 } // namespace
@@ -121,7 +122,7 @@ void MainWindow::createActions()
     };
     // clang-format on
     for (const Row& row : rows) {
-        const QIcon icon(QStringLiteral(":/icons/2018P2/%1.png").arg(QLatin1String(row.icon)));
+        const QIcon icon = lazyIcon(QStringLiteral(":/icons/2018P2/%1.png").arg(QLatin1String(row.icon)));
         auto* action = new QAction(icon, tr(row.text), this);
         action->setObjectName(QLatin1String(row.name));
         action->setStatusTip(*row.statusTip ? tr(row.statusTip) : QString());
@@ -225,7 +226,7 @@ QWidget* MainWindow::createSimulationButton()
     button->setObjectName(QStringLiteral("simulationButton"));
     button->setAccessibleName(tr("Simulations"));
     button->setToolTip(tr("Simulations"));
-    button->setIcon(QIcon(QStringLiteral(":/icons/2018P2/Simulation.png")));
+    button->setIcon(lazyIcon(QStringLiteral(":/icons/2018P2/Simulation.png")));
     button->setPopupMode(QToolButton::InstantPopup);
     auto* menu = new QMenu(button);
     auto* choice = new QActionGroup(menu);

@@ -65,7 +65,8 @@ Plot* MainWindow::createCell(int view, int index)
     plot->hide();
     plot->updateTitle(titleOf(index));
     plot->updateSens(qMax(0, set->getSelectedSensor()));
-    plot->setActivePlot(mTembrin->isActive(index) ? index : -1);
+    if (mTembrin->isActive(index))
+        plot->setActivePlot(index);
     connect(plot, &Plot::changedActivePlot, this, &MainWindow::activePlotChanged);
     if (!isBar)
         return plot;

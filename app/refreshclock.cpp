@@ -7,9 +7,12 @@
 #include <QSet>
 
 namespace {
+constexpr int quickPeriod = 16;   // 60 a second
 constexpr int framePeriod = 40;   // 25 a second
-constexpr int longFrame = 25;     // from here on the frames come further apart
+constexpr double shortFrame = 4;  // below it the thread has time for quick ones
+constexpr double longFrame = 25;  // from here on the frames come further apart
 constexpr int gatheringTime = 10; // after a quiet time, for samples of other loggers to join the frame
+constexpr double newsPart = 0.25; // of the last frame in what is known of their cost
 } // namespace
 
 RefreshClock::RefreshClock(QObject* parent)
@@ -21,9 +24,11 @@ RefreshClock::RefreshClock(QObject* parent)
     connect(&timer, &QTimer::timeout, this, &RefreshClock::paint);
 }
 
-int RefreshClock::period(int frameMs)
+int RefreshClock::period(double frameMs)
 {
-    return frameMs > longFrame ? 2 * frameMs : framePeriod;
+    if (frameMs > longFrame)
+        return int(2 * frameMs);
+    return frameMs < shortFrame ? quickPeriod : framePeriod;
 }
 
 RefreshClock::View& RefreshClock::entry(Plot* view)
@@ -80,7 +85,9 @@ void RefreshClock::paint()
     // Painted now and not whenever the queue is empty: a stream of samples would keep pushing it back.
     for (QWidget* window : qAsConst(windows))
         QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
-    const int ms = int(sinceFrame.elapsed());
-    wait = period(ms);
-    Q_EMIT painted(ms);
+    const double ms = double(sinceFrame.nsecsElapsed()) * 1e-6;
+    // One frame that laid out its axes does not make the next ones rare; one that held up the thread does.
+    cost += newsPart * (ms - cost);
+    wait = period(ms > longFrame ? ms : cost);
+    Q_EMIT painted(int(ms));
 }

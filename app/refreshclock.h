@@ -8,9 +8,10 @@
 
 class Plot;
 
-/// Paints graphs that have new data, all together and at most 25 times a second. Marking is cheap and never
-/// paints; a marked graph is painted within a frame or, while it is hidden, once it is shown. When a frame
-/// takes long the frames come further apart, so that painting leaves the thread half of its time.
+/// Paints graphs that have new data, all together and at most 25 times a second, or 60 times as long as frames
+/// are cheap. Marking is cheap and never paints; a marked graph is painted within a frame or, while it is
+/// hidden, once it is shown. When a frame takes long the frames come further apart, so that painting leaves the
+/// thread half of its time.
 class RefreshClock : public QObject
 {
     Q_OBJECT
@@ -21,8 +22,8 @@ public:
     /// The graph has new data.
     void mark(Plot* view);
 
-    /// Milliseconds from one frame to the next, when a frame took `frameMs`.
-    static int period(int frameMs);
+    /// Milliseconds from one frame to the next, when a frame takes `frameMs`.
+    static int period(double frameMs);
 
 Q_SIGNALS:
     /// A frame is on the screen; it took `ms` milliseconds.
@@ -47,4 +48,5 @@ private:
     QTimer timer;
     QElapsedTimer sinceFrame; ///< since the start of the last one
     int wait;                 ///< from that start to the next one, ms
+    double cost = 0;          ///< of a frame, ms, over the last few
 };

@@ -443,10 +443,10 @@ bool Bench::report() const
     row("samples lost, doubled or with another value", all.wrong, 0, "0", all.wrong == 0);
     row("frames a second, mean", frames, 1, "at least 15", frames >= 15);
     row("frames in the slowest second", fewestFrames(), 0, "at least 15", fewestFrames() >= 15);
-    row("byte written to curve on screen, median, ms", median, 1, "at most 50", median <= 50);
-    row("the same, 99 of 100, ms", most, 1, "at most 100", most <= 100);
+    row("byte written to curve on screen, median, ms", median, 1, "at most 15", median <= 15);
+    row("the same, 99 of 100, ms", most, 1, "at most 30", most <= 30);
     row("GUI thread held at the longest, ms", held, 1, "at most 100", held <= 100);
-    row("cores used by the program", cores, 2, "below 0.60", cores < 0.6);
+    row("cores used by the program", cores, 2, "at most 0.35", cores <= 0.35);
     return all.wrong == 0;
 }
 
