@@ -249,7 +249,7 @@ void CurvePainter::widen(const Curve& curve, const QwtScaleMap& yMap, int penWid
 void CurvePainter::dash(int penWidth)
 {
     for (int k = 0; k < tops.size(); ++k) {
-        if (k / (4 * penWidth) % 2)
+        if ((canvas.left() + k) / (4 * penWidth) % 2) // at the same places in a part of the canvas
             bottoms[k] = tops[k];
     }
 }

@@ -161,11 +161,13 @@ void GraphAxes::fitTitles()
     setDue();
 }
 
-void GraphAxes::repaint()
+void GraphAxes::repaint(const QRect& part)
 {
     auto* const canvas = qobject_cast<QwtPlotCanvas*>(plot.canvas());
     if (isDirty || !canvas)
         plot.replot();
-    else
+    else if (part.isEmpty())
         canvas->replot();
+    else
+        canvas->update(part);
 }

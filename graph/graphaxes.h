@@ -46,8 +46,8 @@ public:
     void setDue() { isDirty = true; }
     bool isDue() const { return isDirty; }
     void settle() { isDirty = false; }
-    /// The canvas alone where the axes stand still.
-    void repaint();
+    /// The canvas alone where the axes stand still, and `part` of it alone unless that is empty.
+    void repaint(const QRect& part = QRect());
 
 private:
     struct Range

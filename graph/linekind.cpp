@@ -168,7 +168,10 @@ void LineKind::repaint()
 {
     if (outgrewAutoRange())
         parts.axes.setDue();
-    parts.axes.repaint();
+    // A group that was late puts its samples between older ones of the class, and marks may have moved.
+    const QRect grown = live.grown(parts);
+    const bool isAppended = parts.index >= 0 && !parts.data.isXYPlot() && layer.all().isEmpty();
+    parts.axes.repaint(isAppended ? grown : QRect());
 }
 
 void LineKind::showSensor(int iSens)

@@ -2,6 +2,7 @@
 
 #include "graph/curvesearch.h"
 #include "graph/graphkind.h"
+#include "graph/livepicture.h"
 
 /// Curves over time or over another sensor. The x axis of a run grows in steps; each curve has the y scale of
 /// its own sensor.
@@ -44,4 +45,5 @@ private:
     bool isZoomed = false;
     double shownXMax = 0; ///< in seconds or sample numbers, as last set
     bool isXYShown = false;
+    LivePicture live;
 };

@@ -45,6 +45,13 @@ bool isOnScreen(const QPainter* painter)
            painter->worldTransform().type() <= QTransform::TxTranslate;
 }
 
+// The columns that can be seen: a frame of a run repaints few of them.
+QRect shownPart(const QPainter* painter, const QRectF& canvas)
+{
+    const QRect all = canvas.toAlignedRect();
+    return painter->hasClipping() ? all & painter->clipBoundingRect().toAlignedRect() : all;
+}
+
 // The rim of a round brush of `width` pixels, as offsets from the line. Thin lines drawn at all of them look
 // like the wide line, at a fraction of its cost.
 QVector<QPointF> brushRim(int width)
@@ -179,7 +186,7 @@ void myPlotCurve::drawCurve(QPainter* painter, int style, const QwtScaleMap& xMa
     if (style == Lines && paintsByColumns(painter, xMap, yMap)) {
         const QVector<double>& y = data->getYNoConv(iData);
         const int end = std::min({to + 1, y.size(), data->getXSize()});
-        columns->setTime(data->getX(), xMap, canvasRect.toAlignedRect());
+        columns->setTime(data->getX(), xMap, shownPart(painter, canvasRect));
         const bool dashed = pen().style() != Qt::SolidLine;
         const QVector<QRect>& spans = columns->spans(
             {y.constData(), from, end, sensor->altUnit(), longestLine()}, yMap, {pen().width(), dashed});
@@ -213,7 +220,7 @@ void myPlotCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, const 
     }
     const QVector<double>& y = data->getYNoConv(iData);
     const int end = std::min({to + 1, y.size(), data->getXSize()});
-    columns->setTime(data->getX(), xMap, canvasRect.toAlignedRect());
+    columns->setTime(data->getX(), xMap, shownPart(painter, canvasRect));
     const QVector<QPointF>& places =
         columns->symbolPositions({y.constData(), from, end, sensor->altUnit()}, xMap, yMap);
     symbol.drawSymbols(painter, places.constData(), places.size());
