@@ -6,13 +6,14 @@
 #include <QEvent>
 #include <QSet>
 
+#include <algorithm>
+
 namespace {
 constexpr int quickPeriod = 16;   // 60 a second
 constexpr int framePeriod = 40;   // 25 a second
 constexpr double shortFrame = 4;  // below it the thread has time for quick ones
 constexpr double longFrame = 25;  // from here on the frames come further apart
 constexpr int gatheringTime = 10; // after a quiet time, for samples of other loggers to join the frame
-constexpr double newsPart = 0.25; // of the last frame in what is known of their cost
 } // namespace
 
 RefreshClock::RefreshClock(QObject* parent)
@@ -87,7 +88,7 @@ void RefreshClock::paint()
         QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
     const double ms = double(sinceFrame.nsecsElapsed()) * 1e-6;
     // One frame that laid out its axes does not make the next ones rare; one that held up the thread does.
-    cost += newsPart * (ms - cost);
-    wait = period(ms > longFrame ? ms : cost);
+    wait = period(ms > longFrame ? ms : std::min(ms, costBefore));
+    costBefore = ms;
     Q_EMIT painted(int(ms));
 }

@@ -8,10 +8,10 @@
 
 class Plot;
 
-/// Paints graphs that have new data, all together and at most 25 times a second, or 60 times as long as frames
-/// are cheap. Marking is cheap and never paints; a marked graph is painted within a frame or, while it is
-/// hidden, once it is shown. When a frame takes long the frames come further apart, so that painting leaves the
-/// thread half of its time.
+/// Paints graphs that have new data, all together and at most 25 times a second, or 60 times as long as
+/// frames are cheap. Marking is cheap and never paints; a marked graph is painted within a frame or, while it
+/// is hidden, once it is shown. When a frame takes long the frames come further apart, so that painting
+/// leaves the thread half of its time.
 class RefreshClock : public QObject
 {
     Q_OBJECT
@@ -48,5 +48,5 @@ private:
     QTimer timer;
     QElapsedTimer sinceFrame; ///< since the start of the last one
     int wait;                 ///< from that start to the next one, ms
-    double cost = 0;          ///< of a frame, ms, over the last few
+    double costBefore = 0;    ///< of the last frame, ms
 };

@@ -103,7 +103,8 @@ void LineKind::updateScales()
         parts.scaler.updateClassScales(&parts.data);
         parts.curves.renewAverageName();
     } else {
-        parts.scaler.updateScales(&parts.data);
+        if (parts.data.finalData || parts.scaler.isOutgrown(&parts.data))
+            parts.scaler.updateScales(&parts.data);
     }
     showRangeY();
 }

@@ -122,6 +122,24 @@ void scaleManager::setScales(const ExpData* data, bool isClass)
     unifyScales(data);
 }
 
+bool scaleManager::isOutgrown(const ExpData* data) const
+{
+    constexpr double leastMargin = 0.03; // of the range, left free on either side
+    const int n = std::min(data->getNSens(), scales.size());
+    for (int i = 0; i < n; ++i) {
+        const SensorPtr& sensor = data->getSens(i);
+        const oneScale& scale = *scales[i];
+        if (!sensor || sensor->readSetMinMax || scale.isUserScale() || data->getYSize(i) == 0)
+            continue;
+        const double margin = leastMargin * (scale.scaleFullMax - scale.scaleFullMin);
+        if (data->getMaxY(i) > scale.scaleFullMax - margin)
+            return true;
+        if (scale.scaleFullMin > scale.minLimit && data->getMinY(i) < scale.scaleFullMin + margin)
+            return true;
+    }
+    return false;
+}
+
 void scaleManager::updateScales(const ExpData* data)
 {
     const int n = std::min(data->getNSens(), scales.size());

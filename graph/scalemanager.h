@@ -57,6 +57,9 @@ public:
     void setScales(const ExpData* data, bool isClass);
     /// Follows new data on the graph of one logger.
     void updateScales(const ExpData* data);
+    /// The data of a channel with an automatic range has come close to its edge or passed it. Until then the
+    /// axis of a run stands still, and does not tremble with each new extreme.
+    bool isOutgrown(const ExpData* data) const;
     /// Follows the common ranges of the class.
     void updateClassScales(const ExpData* data);
     /// Zooms to a rectangle given in units of sensor `iSens`. All automatic scales zoom by the same
