@@ -23,10 +23,15 @@ public:
         return icon().pixmap(size, mode, state);
     }
 
+    QList<QSize> availableSizes(QIcon::Mode mode, QIcon::State state) const override
+    {
+        return icon().availableSizes(mode, state);
+    }
+
     QIconEngine* clone() const override { return new LazyIconEngine(*this); }
 
 private:
-    const QIcon& icon()
+    const QIcon& icon() const
     {
         if (read.isNull())
             read = QIcon(file);
@@ -34,7 +39,7 @@ private:
     }
 
     const QString file;
-    QIcon read;
+    mutable QIcon read;
 };
 
 } // namespace

@@ -103,7 +103,8 @@ void LineKind::updateScales()
         parts.scaler.updateClassScales(&parts.data);
         parts.curves.renewAverageName();
     } else {
-        if (parts.data.finalData || parts.scaler.isOutgrown(&parts.data))
+        const bool isYoung = parts.data.getXSize() <= fewSamples;
+        if (parts.data.finalData || isYoung || parts.scaler.isOutgrown(&parts.data))
             parts.scaler.updateScales(&parts.data);
     }
     showRangeY();
