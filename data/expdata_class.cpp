@@ -100,10 +100,18 @@ void ExpData::averageRow(int mean, int row)
 
 bool ExpData::isOfOneKind() const
 {
-    const SensorPtr& first = getSens(0);
-    return std::all_of(
-        sensors.cbegin(), sensors.cbegin() + qMax(0, meanIndex()),
-        [&](const SensorPtr& sensor) { return first && sensor && sensor->isSameQuantity(*first); });
+    // Who has no values yet, such as a group whose logger never came, does not count beside those who have.
+    QVector<SensorPtr> all;
+    QVector<SensorPtr> measured;
+    for (int c = 0; c < meanIndex(); ++c) {
+        all.append(sensors.at(c));
+        if (std::any_of(y.at(c).cbegin(), y.at(c).cend(), [](double value) { return !std::isnan(value); }))
+            measured.append(sensors.at(c));
+    }
+    const QVector<SensorPtr>& counted = measured.isEmpty() ? all : measured;
+    return std::all_of(counted.cbegin(), counted.cend(), [&](const SensorPtr& sensor) {
+        return sensor && counted.first() && sensor->isSameQuantity(*counted.first());
+    });
 }
 
 bool ExpData::isMeaningless(int channel) const

@@ -76,6 +76,7 @@ void GraphCurves::rebuild()
     drop();
     for (int i = 0; i < data.getNSens(); ++i)
         add(i);
+    renewAverage();
     setActive(activeSens);
     for (int i = 0; i < curves.size(); ++i)
         setPen(i);
@@ -189,10 +190,18 @@ QString GraphCurves::name(int i) const
     return groups > 0 && groups < i ? QStringLiteral("%1 (%2)").arg(name).arg(groups) : name;
 }
 
-void GraphCurves::renewAverageName()
+void GraphCurves::renewAverage()
 {
     const int mean = data.meanIndex();
-    if (mean < 0 || mean >= curves.size() || curves[mean]->title().text() == name(mean))
+    if (index >= 0 || mean < 0 || mean >= curves.size())
+        return;
+    const bool isMixed = isHiddenAtFirst(mean);
+    if (isMixed != isAverageMixed) {
+        isAverageMixed = isMixed;
+        curves[mean]->setMode(isMixed ? CURVE_HIDDEN : CURVE_LINE);
+        design(mean);
+    }
+    if (curves[mean]->title().text() == name(mean))
         return;
     setPen(mean);
     axes.setDue();

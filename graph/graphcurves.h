@@ -49,8 +49,8 @@ public:
     void designPens();
     /// Of the names in the legend.
     void setInk(const QColor& color);
-    /// Groups come and go in a run.
-    void renewAverageName();
+    /// Groups come and go in a run: the average names how many it is over, and goes when it mixes quantities.
+    void renewAverage();
     QVector<int> shownIDs() const;
     /// Notes how every curve is shown in the data set, for a file.
     void keepModesInData() const;
@@ -93,4 +93,5 @@ private:
     int widthActive = 4;
     QColor ink;
     bool isLegendOnly = false;
+    bool isAverageMixed = false; ///< when it was looked at last
 };

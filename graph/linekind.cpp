@@ -101,7 +101,7 @@ void LineKind::updateScales()
         if (first && !first->readClassSetMinMax)
             parts.data.makeUniformScales();
         parts.scaler.updateClassScales(&parts.data);
-        parts.curves.renewAverageName();
+        parts.curves.renewAverage();
     } else {
         const bool isYoung = parts.data.getXSize() <= fewSamples;
         if (parts.data.finalData || isYoung || parts.scaler.isOutgrown(&parts.data))

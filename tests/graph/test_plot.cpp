@@ -197,6 +197,25 @@ private Q_SLOTS:
         QVERIFY(plot->scaler->getScaleMax(4) < 5); // its own values are below 2
     }
 
+    void theAverageIsOfOneQuantity()
+    {
+        SensorList list{SensorPtr::create(SENSOR_PH), SensorPtr::create(SENSOR_LIGHT),
+                        SensorPtr::create(SENSOR_LIGHT), SensorPtr::create(SENSOR_LIGHT)};
+        list.last()->groupName = QStringLiteral("Average");
+        data->setDataNewEmpty(list, 1);
+        PlotTest::show({640, 400}, GRAPH_LINE, -1);
+        const auto isAverageShown = [&](int channel) {
+            data->joinSample(channel, 0, 5);
+            plot->Update();
+            return plot->getCurve(3)->isVisible();
+        };
+        QVERIFY(isAverageShown(1));
+        QVERIFY(isAverageShown(2));  // the first group has not measured anything
+        QVERIFY(!isAverageShown(0)); // until now
+        plot->setData();
+        QVERIFY(!plot->getCurve(3)->isVisible());
+    }
+
     void theLegendAsksForAllGroups()
     {
         show(threeSensors, 100, 0.1);
