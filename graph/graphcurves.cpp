@@ -16,7 +16,7 @@
 namespace {
 
 constexpr int symbolSize = 10;
-constexpr QSize iconSize(22, 10);
+constexpr QSize legendIconSize(22, 10);
 
 int idOf(const SensorPtr& sensor)
 {
@@ -101,7 +101,7 @@ void GraphCurves::rebuildEntries()
         entry->setLegendAttribute(QwtPlotCurve::LegendShowLine, true);
         entry->setVisible(false);
         entry->attach(&plot);
-        entry->setLegendIconSize(iconSize);
+        entry->setLegendIconSize(legendIconSize);
     }
 }
 
@@ -255,7 +255,7 @@ void GraphCurves::setPen(int i)
         curve->setPen(QPen(Qt::transparent, 0));
     }
     curve->setTitle(title);
-    curve->setLegendIconSize(iconSize); // pen and symbol set a size of their own
+    curve->setLegendIconSize(legendIconSize); // pen and symbol set a size of their own
 }
 
 void GraphCurves::setEntryPen(int i)
