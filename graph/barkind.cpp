@@ -63,7 +63,9 @@ void BarKind::setData()
 void BarKind::showColor()
 {
     const myPlotCurve* const entry = parts.curves.active();
-    bars->setColor(entry ? entry->getColor() : ColorScale::myColors(parts.curves.activeIndex()));
+    const QColor color = entry ? entry->getColor() : ColorScale::myColors(parts.curves.activeIndex());
+    bars->setColor(color);
+    parts.axes.setAccent(color);
 }
 
 void BarKind::showColor(int iSens)

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include <qwt_plot_canvas.h>
+#include <qwt_plot_textlabel.h>
 #include <qwt_scale_widget.h>
 
 #include "common/common.h"
@@ -14,23 +15,12 @@
 namespace {
 
 constexpr int shownAxes[] = {QwtPlot::xBottom, QwtPlot::yLeft};
-constexpr int labelPoints = 11;
 
-// In a small cell the texts leave most of the room to the curves, whatever size they have elsewhere.
-constexpr int titlesPerHeight = 15;
-constexpr int labelsPerHeight = 16;
-constexpr int labelsPerWidth = 25;
-constexpr int pixelsPerTickX = 55; // of the graph's width
-constexpr int pixelsPerTickY = 28;
+constexpr double textsPerTickX = 4.2; // room of a mark, in heights of a text
+constexpr double textsPerTickY = 2.2;
+constexpr double innerZ = 15; // over grid and curves, under marks
 constexpr int leastTicks = 2;
 constexpr int mostTicks = 8;
-
-QFont labelFont()
-{
-    QFont font;
-    font.setPointSize(labelPoints);
-    return font;
-}
 
 } // namespace
 
@@ -38,14 +28,18 @@ GraphAxes::GraphAxes(QwtPlot& plot, bool isBar)
     : plot(plot)
     , timeScale(new TimeScaleDraw(isBar))
     , titleFont(plot.axisTitle(QwtPlot::yLeft).font())
+    , innerTitle(std::make_unique<QwtPlotTextLabel>())
 {
-    for (int axisID : shownAxes) {
-        plot.setAxisFont(axisID, labelFont());
+    for (int axisID : shownAxes)
         plot.axisWidget(axisID)->setMargin(0);
-    }
+    innerTitle->setZ(innerZ);
+    innerTitle->setVisible(false);
+    innerTitle->attach(&plot);
     plot.setAxisScaleEngine(QwtPlot::xBottom, new TimeScaleEngine(timeScale));
     plot.setAxisScaleDraw(QwtPlot::xBottom, timeScale);
 }
+
+GraphAxes::~GraphAxes() = default;
 
 QString GraphAxes::timeTitle(double dt) const
 {
@@ -112,12 +106,18 @@ void GraphAxes::showText(int axisID, const QString& text)
     }
     const QSize size = plot.canvas() ? plot.canvas()->size() : plot.size();
     const int room = axisID == QwtPlot::xBottom ? size.width() : size.height();
-    font = GraphFonts::fitted(GraphFonts::atMost(font, plot.height() / titlesPerHeight), text, room);
+    font = GraphFonts::fitted(GraphFonts::inPixels(font, GraphFonts::textPixels(plot.height())), text, room);
     // One more: widths are rounded when a font is chosen and are not when a text is elided.
     const QString shown = QFontMetrics(font).elidedText(text, Qt::ElideRight, room + 1);
     QwtText title(shown, QwtText::PlainText);
     title.setFont(font);
-    plot.setAxisTitle(axisID, title);
+    const bool isInner = axisID == QwtPlot::xBottom && innerTitle->isVisible();
+    plot.setAxisTitle(axisID, isInner ? QwtText() : title);
+    if (isInner) {
+        title.setRenderFlags(Qt::AlignRight | Qt::AlignBottom);
+        title.setColor(innerInk());
+        innerTitle->setText(title);
+    }
     plot.axisWidget(axisID)->setToolTip(shown == text ? QString() : text.toHtmlEscaped());
     texts[axisID] = text;
 }
@@ -131,26 +131,57 @@ void GraphAxes::showWholeTexts()
     }
 }
 
+void GraphAxes::setInk(const QColor& newInk, const QColor& newGround)
+{
+    ink = newInk;
+    ground = newGround;
+    applyInk();
+}
+
+void GraphAxes::setAccent(const QColor& color)
+{
+    if (accent == color)
+        return;
+    accent = color;
+    applyInk();
+}
+
 // Under a style sheet the palette of the graph does not reach its parts.
-void GraphAxes::setInk(const QColor& ink)
+void GraphAxes::applyInk()
 {
     for (int axisID : shownAxes) {
         QWidget* const axis = plot.axisWidget(axisID);
         QPalette colors = axis->palette();
+        const bool isOfCurve = axisID == QwtPlot::yLeft && accent.isValid();
         for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text})
-            colors.setColor(role, ink);
+            colors.setColor(role, isOfCurve ? GraphDesign::readableOn(accent, ground) : ink);
         axis->setPalette(colors);
     }
 }
 
+QColor GraphAxes::innerInk() const
+{
+    return GraphDesign::inkOn(plot.canvasBackground().color());
+}
+
+void GraphAxes::setInnerTitle(bool tf)
+{
+    if (innerTitle->isVisible() == tf)
+        return;
+    innerTitle->setVisible(tf);
+    showText(QwtPlot::xBottom, QString(texts[QwtPlot::xBottom]));
+    setDue();
+}
+
 void GraphAxes::fitLabels()
 {
-    const QFont font = GraphFonts::atMost(
-        labelFont(), std::min(plot.height() / labelsPerHeight, plot.width() / labelsPerWidth));
+    const int pixels = GraphFonts::textPixels(plot.height());
     for (int axisID : shownAxes)
-        plot.setAxisFont(axisID, font);
-    plot.setAxisMaxMajor(QwtPlot::xBottom, qBound(leastTicks, plot.width() / pixelsPerTickX, mostTicks));
-    plot.setAxisMaxMajor(QwtPlot::yLeft, qBound(leastTicks, plot.height() / pixelsPerTickY, mostTicks));
+        plot.setAxisFont(axisID, GraphFonts::inPixels(QFont(), pixels));
+    plot.setAxisMaxMajor(QwtPlot::xBottom,
+                         qBound(leastTicks, int(plot.width() / (textsPerTickX * pixels)), mostTicks));
+    plot.setAxisMaxMajor(QwtPlot::yLeft,
+                         qBound(leastTicks, int(plot.height() / (textsPerTickY * pixels)), mostTicks));
     setDue();
 }
 

@@ -1,14 +1,17 @@
 #pragma once
 
+#include <QColor>
 #include <QCoreApplication>
 #include <QFont>
 #include <QString>
+
+#include <memory>
 
 #include <qwt_plot.h>
 
 #include "graph/timescaledraw.h"
 
-class QColor;
+class QwtPlotTextLabel;
 
 /// What the axes of a graph were last told to show: ranges, titles, the unit of the time, ticks and fonts. It
 /// knows whether they have to be laid out anew, which costs more than painting the curves.
@@ -19,6 +22,7 @@ class GraphAxes
 public:
     /// `plot` is not owned.
     GraphAxes(QwtPlot& plot, bool isBar);
+    ~GraphAxes();
 
     TimeScaleDraw& time() const { return *timeScale; }
     /// "Time" with its unit, or what counts samples.
@@ -37,7 +41,12 @@ public:
     void showText(int axisID, const QString& text);
     /// In full, for a page, which has room for the titles that a small cell had not.
     void showWholeTexts();
-    void setInk(const QColor& ink);
+    /// What can be read on the ground that the axes stand on.
+    void setInk(const QColor& ink, const QColor& ground);
+    /// The y axis is of the curve with this colour.
+    void setAccent(const QColor& color);
+    /// The title of the x axis stands inside the canvas, where the graph is too low for it.
+    void setInnerTitle(bool tf);
 
     /// Fonts and number of ticks for the present size; fitTitles() when the canvas has its own.
     void fitLabels();
@@ -58,10 +67,16 @@ private:
     };
 
     void renewTicks();
+    void applyInk();
+    QColor innerInk() const;
 
     QwtPlot& plot;
     TimeScaleDraw* const timeScale; ///< owned by the bottom axis
     const QFont titleFont;
+    const std::unique_ptr<QwtPlotTextLabel> innerTitle;
+    QColor ink;
+    QColor ground;
+    QColor accent; ///< invalid for none
     Range ranges[QwtPlot::axisCnt];
     QString texts[QwtPlot::axisCnt]; ///< in full
     bool isDirty = true;

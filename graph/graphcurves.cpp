@@ -11,6 +11,7 @@
 #include "graph/colorscale.h"
 #include "graph/curvepainter.h"
 #include "graph/graphaxes.h"
+#include "graph/graphdesign.h"
 #include "graph/myplotcurve.h"
 
 namespace {
@@ -179,10 +180,25 @@ bool GraphCurves::isHiddenAtFirst(int i) const
                                           !sensor->groupName.isEmpty() && !data.isOfOneKind());
 }
 
+/// All groups show the same sensor, which the axis names.
+bool GraphCurves::isSensorSaidOnce() const
+{
+    const SensorPtr& first = data.get1stSensor();
+    const int mean = data.meanIndex();
+    if (index >= 0 || mean < 1 || !first)
+        return false;
+    const SensorList& sensors = data.getSensors();
+    return std::all_of(sensors.cbegin(), sensors.cbegin() + mean + 1, [&](const SensorPtr& sensor) {
+        return sensor && !sensor->groupName.isEmpty() && sensor->name == first->name;
+    });
+}
+
 QString GraphCurves::name(int i) const
 {
     const SensorPtr& sensor = data.getSens(i);
-    const QString name = sensor ? sensor->nameForLegend(index < 0) : QString();
+    QString name = sensor ? sensor->nameForLegend(index < 0) : QString();
+    if (isSensorSaidOnce() && sensor && sensor->specialType == 0)
+        name = sensor->groupName;
     // The channels of a file have no groups; only the class at work has an average that can lack some.
     if (index >= 0 || i != data.meanIndex() || !sensor || sensor->groupName.isEmpty())
         return name;
@@ -247,7 +263,7 @@ void GraphCurves::setPen(int i)
     title.setColor(inkOf(i));
     if (curve->isVisible()) {
         curve->setColor(colorOf(i));
-        QPen pen(curve->getColor(), i == activeSens ? widthActive : width);
+        QPen pen(curve->getColor(), penWidth(i));
         if (data.isRepeatMode() && i < data.getNSens() / 2)
             pen.setDashPattern({4, 4});
         curve->setPen(pen);
@@ -258,9 +274,14 @@ void GraphCurves::setPen(int i)
     curve->setLegendIconSize(legendIconSize); // pen and symbol set a size of their own
 }
 
+double GraphCurves::penWidth(int i) const
+{
+    return (i == activeSens ? widthActive : width) * GraphFonts::growth(plot.height());
+}
+
 void GraphCurves::setEntryPen(int i)
 {
-    curves[i]->setPen(QPen(curves[i]->getColor(), i == activeSens ? widthActive : width));
+    curves[i]->setPen(QPen(curves[i]->getColor(), penWidth(i)));
 }
 
 void GraphCurves::designPens()

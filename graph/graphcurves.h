@@ -75,6 +75,8 @@ private:
     bool isHiddenAtFirst(int i) const;
     QColor colorOf(int i) const;
     QColor inkOf(int i) const;
+    bool isSensorSaidOnce() const;
+    double penWidth(int i) const;
     void setPen(int i);
     void setEntryPen(int i);
 

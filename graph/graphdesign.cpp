@@ -2,12 +2,17 @@
 
 #include <QFontInfo>
 #include <QFontMetrics>
+#include <QGuiApplication>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
 constexpr int leastPixels = 8;
+constexpr double usualPixels = 13;  // of a program's texts
+constexpr double partOfHeight = 45; // a text is this part of a large graph
+constexpr double partOfSmall = 26;  // and at most this of a small one
 
 } // namespace
 
@@ -20,6 +25,56 @@ bool GraphDesign::isDark(const QColor& ground)
 QColor GraphDesign::inkOn(const QColor& ground)
 {
     return isDark(ground) ? QColor(0xf4, 0xf6, 0xf8) : QColor(0x1b, 0x27, 0x33);
+}
+
+double GraphDesign::contrast(const QColor& a, const QColor& b)
+{
+    const auto luminance = [](const QColor& color) {
+        const auto linear = [](double part) {
+            return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+               0.0722 * linear(color.blueF());
+    };
+    const double la = luminance(a) + 0.05;
+    const double lb = luminance(b) + 0.05;
+    return std::max(la, lb) / std::min(la, lb);
+}
+
+QColor GraphDesign::readableOn(const QColor& color, const QColor& ground)
+{
+    constexpr double wanted = 4.5;
+    constexpr int steps = 20;
+    const QColor ink = inkOn(ground);
+    for (int i = 0; i < steps; ++i) {
+        const double part = double(i) / steps;
+        const auto mixed = [part](double a, double b) { return a + part * (b - a); };
+        const QColor shade =
+            QColor::fromRgbF(mixed(color.redF(), ink.redF()), mixed(color.greenF(), ink.greenF()),
+                             mixed(color.blueF(), ink.blueF()));
+        if (contrast(shade, ground) >= wanted)
+            return shade;
+    }
+    return ink;
+}
+
+int GraphFonts::textPixels(int graphHeight)
+{
+    const int ofProgram = pixelsOf(QGuiApplication::font());
+    const double grown = graphHeight / partOfHeight * ofProgram / usualPixels;
+    return std::max(leastPixels,
+                    int(std::max(grown, std::min<double>(ofProgram, graphHeight / partOfSmall))));
+}
+
+QFont GraphFonts::inPixels(QFont font, double pixels)
+{
+    font.setPixelSize(std::max(leastPixels, int(pixels)));
+    return font;
+}
+
+double GraphFonts::growth(int graphHeight)
+{
+    return std::max(1.0, double(textPixels(graphHeight)) / pixelsOf(QGuiApplication::font()));
 }
 
 int GraphFonts::pixelsOf(const QFont& font)

@@ -18,12 +18,22 @@ struct GraphDesign
     /// White is easier to read on it than black.
     static bool isDark(const QColor& ground);
     static QColor inkOn(const QColor& ground);
+    /// As the contrast of texts is reckoned: 1 for one colour, 21 for black on white.
+    static double contrast(const QColor& a, const QColor& b);
+    /// The colour, or a darker or lighter one that can be read on the ground.
+    static QColor readableOn(const QColor& color, const QColor& ground);
 };
 
 /// Fonts that fit into the room there is.
 namespace GraphFonts {
 
 int pixelsOf(const QFont& font);
+/// The height of texts on a graph: a part of the graph's, so that they are one size in cells of one size and
+/// can be read from the back of a room on a large one, and more with larger texts of the program.
+int textPixels(int graphHeight);
+QFont inPixels(QFont font, double pixels);
+/// By how much pens and marks are larger than on a small graph.
+double growth(int graphHeight);
 /// The font, or a smaller one of at most so many pixels.
 QFont atMost(QFont font, int pixels);
 /// The font, or the next smaller one whose text has room.

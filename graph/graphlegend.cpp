@@ -6,8 +6,6 @@
 #include <QMenu>
 #include <QMouseEvent>
 
-#include <algorithm>
-
 #include <qwt_legend.h>
 #include <qwt_legend_label.h>
 #include <qwt_plot.h>
@@ -20,10 +18,6 @@
 namespace {
 
 constexpr int itemMargin = 1;
-constexpr int greatestPoints = 13;
-constexpr int pixelsPerPoint = 45; // of the graph's width
-constexpr int leastPoints = 8;
-constexpr double part = 0.36;  // of the width
 constexpr int besideText = 34; // symbol and margins
 
 } // namespace
@@ -64,19 +58,17 @@ void GraphLegend::watchEntries()
     fit();
 }
 
+// An entry wider than the graph is the only one that shrinks.
 void GraphLegend::fit()
 {
-    QFont font;
-    font.setPointSize(qBound(leastPoints, plot.width() / pixelsPerPoint, greatestPoints));
+    QFont font = GraphFonts::inPixels(QFont(), GraphFonts::textPixels(plot.height()));
     QString longest;
     for (int i = 0; i < curves.size(); ++i) {
         const QString name = curves.name(i);
         if (QFontMetrics(font).horizontalAdvance(name) > QFontMetrics(font).horizontalAdvance(longest))
             longest = name;
     }
-    const int lines = std::max(curves.size(), 1);
-    font = GraphFonts::atMost(font, int(plot.height() / (1.5 * lines)));
-    font = GraphFonts::fitted(font, longest, int(part * plot.width()) - besideText);
+    font = GraphFonts::fitted(font, longest, plot.width() - besideText);
     for (QwtLegendLabel* item : view->findChildren<QwtLegendLabel*>())
         item->setFont(font);
 }

@@ -9,6 +9,7 @@
 #include "graph/graphcurves.h"
 #include "graph/graphlegend.h"
 #include "graph/markerlayer.h"
+#include "graph/myplotcurve.h"
 #include "graph/scalemanager.h"
 
 namespace {
@@ -113,6 +114,8 @@ void LineKind::updateScales()
 void LineKind::showRangeY()
 {
     const int active = parts.curves.activeIndex();
+    if (const myPlotCurve* curve = parts.curves.active())
+        parts.axes.setAccent(curve->getColor());
     parts.axes.setRange(QwtPlot::yLeft, parts.scaler.getScaleMin(active), parts.scaler.getScaleMax(active));
 }
 
@@ -187,6 +190,7 @@ void LineKind::showSensor(int iSens)
 void LineKind::showColor(int iSens)
 {
     parts.curves.design(iSens);
+    showRangeY();
     parts.plot.replot();
 }
 

@@ -5,6 +5,7 @@
 #include "data/expdata.h"
 #include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
+#include "graph/graphdesign.h"
 #include "graph/myplotcurve.h"
 
 MarkerLayer::MarkerLayer(const GraphParts& parts, const KindTraits& traits)
@@ -188,6 +189,12 @@ void MarkerLayer::followData()
     for (const QPointer<myPlotMarker>& marker : qAsConst(lost))
         remove(marker);
     renewShown();
+}
+
+void MarkerLayer::fit()
+{
+    for (myPlotMarker* marker : qAsConst(markers))
+        marker->setTextPixels(GraphFonts::textPixels(parts.plot.height()));
 }
 
 // A marker changes nothing about the axes, whose layout costs more than the picture.

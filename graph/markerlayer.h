@@ -79,6 +79,8 @@ public:
     /// Whenever axes or size have changed.
     void placeTexts() const { places.putAll(); }
     void placeText(myPlotMarker* text) const { places.put(text); }
+    /// To the present size of the graph.
+    void fit();
     /// After markers have changed.
     void repaint();
 

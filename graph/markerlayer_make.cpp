@@ -2,18 +2,17 @@
 
 #include "graph/markerlayer.h"
 
-#include <QPen>
 #include <QWidget>
 
 #include <algorithm>
 #include <cmath>
 
 #include <qwt_plot.h>
-#include <qwt_symbol.h>
 
 #include "data/expdata.h"
 #include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
+#include "graph/graphdesign.h"
 #include "graph/myplotcurve.h"
 #include "graph/photogates.h"
 
@@ -38,6 +37,7 @@ double toldCorrelation(const QString& words)
 void MarkerLayer::adopt(myPlotMarker* marker)
 {
     marker->xSensor = parts.data.getXYIndex();
+    marker->setTextPixels(GraphFonts::textPixels(parts.plot.height()));
     marker->attach(&parts.plot);
     markers.append(marker);
 }
@@ -102,13 +102,10 @@ void MarkerLayer::addCross(int iSens, int iReg, double x, double y)
 
 void MarkerLayer::setCross(myPlotMarker* marker, markerType kind)
 {
-    constexpr int size = 20;
-    constexpr int penWidth = 3;
     if (marker->type == kind && marker->symbol())
         return;
-    const QColor color = kind == MARKER_X ? Qt::black : Qt::gray;
     marker->type = kind;
-    marker->setSymbol(new QwtSymbol(QwtSymbol::XCross, color, QPen(color, penWidth), QSize(size, size)));
+    marker->setCross(kind == MARKER_X ? Qt::black : Qt::gray);
 }
 
 void MarkerLayer::addResult(CurveAnalysis::Result result)

@@ -1,6 +1,7 @@
 #include "graph/myplotmarker.h"
 
 #include <QFont>
+#include <QPen>
 #include <QPolygonF>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 
 #include <qwt_plot.h>
 #include <qwt_scale_map.h>
+#include <qwt_symbol.h>
 #include <qwt_text.h>
 
 #include "graph/balloonshape.h"
@@ -16,6 +18,7 @@
 namespace {
 
 constexpr double crossBox = 20;     // hot square of a cross, pixels
+constexpr int leastCross = 12;      // pixels
 constexpr double emptyBalloon = 50; // width without a text
 
 QSizeF textSize(const myPlotMarker& marker)
@@ -74,14 +77,38 @@ void myPlotMarker::lock()
 
 void myPlotMarker::setText(const QString& text)
 {
-    constexpr int textPoints = 11;
-    constexpr int annotationPoints = 12;
-    const bool isAnnotation = type == MARKER_ANNOTATE;
     QwtText written(text, QwtText::PlainText);
-    written.setFont(QFont(QStringLiteral("Helvetica"), isAnnotation ? annotationPoints : textPoints,
-                          isAnnotation ? QFont::Bold : QFont::Normal));
+    written.setFont(textFont());
     written.setColor(Qt::black);
     setLabel(written);
+}
+
+QFont myPlotMarker::textFont() const
+{
+    constexpr double annotationGrowth = 1.1;
+    const bool isAnnotation = type == MARKER_ANNOTATE;
+    QFont font(QStringLiteral("Helvetica"));
+    font.setPixelSize(int(isAnnotation ? annotationGrowth * textPixels : textPixels));
+    font.setBold(isAnnotation);
+    return font;
+}
+
+void myPlotMarker::setTextPixels(int pixels)
+{
+    if (textPixels == pixels)
+        return;
+    textPixels = pixels;
+    QwtText written = label();
+    written.setFont(textFont());
+    setLabel(written);
+    if (const QwtSymbol* cross = symbol())
+        setCross(cross->pen().color());
+}
+
+void myPlotMarker::setCross(const QColor& color)
+{
+    const int size = std::max(leastCross, int(1.4 * textPixels));
+    setSymbol(new QwtSymbol(QwtSymbol::XCross, color, QPen(color, size / 7.0 + 0.15), QSize(size, size)));
 }
 
 double myPlotMarker::calcRegValue(double x) const

@@ -65,6 +65,9 @@ public:
 
     /// The label as plain text, in the font that the kind is written in.
     void setText(const QString& text);
+    /// The height of texts; crosses go along.
+    void setTextPixels(int pixels);
+    void setCross(const QColor& color);
     /// The fitted curve at x.
     double calcRegValue(double x) const;
     /// The marker's place on the canvas of the graph it is attached to, in pixels.
@@ -115,6 +118,7 @@ public:
 
 private:
     QSizeF pictureSize() const;
+    QFont textFont() const;
 
     // myplotmarker_draw.cpp; `map` is that of the marker's own sensor
     void drawPointer(QPainter* painter, const QPointF& pos, const QwtScaleMap& xMap,
@@ -129,6 +133,7 @@ private:
                         const QRectF& canvasRect) const;
 
     bool shown = true;
+    int textPixels = 14;
     bool bubble = false;
     bool bubPic = false;
     bool locked = false;

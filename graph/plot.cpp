@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QPainter>
 #include <QResizeEvent>
 
 #include <qwt_plot_canvas.h>
@@ -18,6 +19,7 @@
 #include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
 #include "graph/graphdialogs.h"
+#include "graph/graphlayout.h"
 #include "graph/graphlegend.h"
 #include "graph/graphmouse.h"
 #include "graph/linekind.h"
@@ -30,7 +32,7 @@
 
 namespace {
 
-constexpr int titlesPerHeight = 12;
+constexpr double titleGrowth = 1.15; // of the other texts
 
 const KindTraits& traitsOf(graphtype type)
 {
@@ -96,6 +98,7 @@ void Plot::createCanvas()
     plain->setPaintAttribute(QwtPlotCanvas::BackingStore, false);
     setCanvas(plain);
     setAutoReplot(false);
+    setPlotLayout(new GraphLayout);
     plotLayout()->setAlignCanvasToScales(true);
     setContentsMargins(3, 3, 8, 3);
 }
@@ -214,8 +217,8 @@ void Plot::updateTitle(const QString& text)
 {
     QwtText newTitle(text, QwtText::PlainText);
     const int room = canvas() ? canvas()->width() : width();
-    newTitle.setFont(
-        GraphFonts::fitted(GraphFonts::atMost(titleFont, height() / titlesPerHeight), text, room));
+    newTitle.setFont(GraphFonts::fitted(
+        GraphFonts::inPixels(titleFont, titleGrowth * GraphFonts::textPixels(height())), text, room));
     setTitle(newTitle);
 }
 
@@ -233,9 +236,26 @@ void Plot::fitTexts()
     axes->fitLabels();
     if (legendPart)
         legendPart->fit();
+    curves->designPens();
+    layer->fit();
+    axes->setInnerTitle(false);
     updateLayout();
     axes->fitTitles();
     updateTitle(title().text());
+    updateLayout();
+    axes->setInnerTitle(canvas()->height() < GraphLayout::canvasPart * height());
+}
+
+// The frame of the chosen graph.
+void Plot::paintEvent(QPaintEvent* event)
+{
+    QwtPlot::paintEvent(event);
+    if (!isActive || index < 0)
+        return;
+    constexpr double width = 3;
+    QPainter painter(this);
+    painter.setPen(QPen(GraphDesign::inkOn(GraphDesign::surroundings), width));
+    painter.drawRect(QRectF(rect()).adjusted(width / 2, width / 2, -width / 2, -width / 2));
 }
 
 void Plot::setTempTitle()
@@ -289,12 +309,13 @@ void Plot::applyDesign()
 // Under a style sheet the palette of the graph does not reach its parts.
 void Plot::setTextsForPaper(bool tf)
 {
-    const QColor ink = GraphDesign::inkOn(tf ? QColor(Qt::white) : GraphDesign::surroundings);
+    const QColor ground = tf ? QColor(Qt::white) : GraphDesign::surroundings;
+    const QColor ink = GraphDesign::inkOn(ground);
     QPalette colors = titleLabel()->palette();
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text})
         colors.setColor(role, ink);
     titleLabel()->setPalette(colors);
-    axes->setInk(ink);
+    axes->setInk(ink, ground);
     curves->setInk(ink);
     if (tf)
         axes->showWholeTexts();
@@ -330,6 +351,8 @@ void Plot::alignGraphs(QwtPlot* main, QwtPlot* fft)
 void Plot::setData()
 {
     kind->setData();
+    if (legendPart) // other names take another room
+        fitTexts();
     slope->renew();
 }
 

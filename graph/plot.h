@@ -218,6 +218,7 @@ Q_SIGNALS:
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void drawItems(QPainter* painter, const QRectF& canvasRect,
                    const QwtScaleMap maps[axisCnt]) const override;
 

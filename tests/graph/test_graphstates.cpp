@@ -147,7 +147,7 @@ private Q_SLOTS:
         QVERIFY(isGood());
         QTest::mouseClick(plot->canvas(), Qt::RightButton);
         plot->resize(450, 300);
-        QTRY_VERIFY(plot->canvas()->width() < 350);
+        QTRY_VERIFY(plot->canvas()->width() < 420);
         QVERIFY(isGood());
     }
 
