@@ -18,6 +18,7 @@ namespace {
 
 constexpr int symbolSize = 10;
 constexpr QSize legendIconSize(22, 10);
+const QString groupEnd = QStringLiteral(" - "); // of a group's name before that of its sensor
 
 int idOf(const SensorPtr& sensor)
 {
@@ -180,25 +181,31 @@ bool GraphCurves::isHiddenAtFirst(int i) const
                                           !sensor->groupName.isEmpty() && !data.isOfOneKind());
 }
 
-/// All groups show the same sensor, which the axis names.
-bool GraphCurves::isSensorSaidOnce() const
+// The channels of a file have their groups in their names.
+QString GraphCurves::commonSensor() const
 {
-    const SensorPtr& first = data.get1stSensor();
     const int mean = data.meanIndex();
-    if (index >= 0 || mean < 1 || !first)
-        return false;
-    const SensorList& sensors = data.getSensors();
-    return std::all_of(sensors.cbegin(), sensors.cbegin() + mean + 1, [&](const SensorPtr& sensor) {
-        return sensor && !sensor->groupName.isEmpty() && sensor->name == first->name;
-    });
+    if (index >= 0 || mean < 1)
+        return QString();
+    QString common;
+    for (int i = 0; i <= mean; ++i) {
+        const SensorPtr& sensor = data.getSens(i);
+        const QString full = sensor ? sensor->nameForLegend(true) : QString();
+        const int at = full.indexOf(groupEnd);
+        const QString rest = at > 0 ? full.mid(at + groupEnd.size()) : QString();
+        if (rest.isEmpty() || (i > 0 && rest != common))
+            return QString();
+        common = rest;
+    }
+    return common;
 }
 
 QString GraphCurves::name(int i) const
 {
     const SensorPtr& sensor = data.getSens(i);
     QString name = sensor ? sensor->nameForLegend(index < 0) : QString();
-    if (isSensorSaidOnce() && sensor && sensor->specialType == 0)
-        name = sensor->groupName;
+    if (sensor && sensor->specialType == 0 && !commonSensor().isEmpty())
+        name = name.section(groupEnd, 0, 0);
     // The channels of a file have no groups; only the class at work has an average that can lack some.
     if (index >= 0 || i != data.meanIndex() || !sensor || sensor->groupName.isEmpty())
         return name;

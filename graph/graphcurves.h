@@ -38,6 +38,8 @@ public:
     /// The same for a bar graph, where colours stay with their places.
     void rebuildEntries();
 
+    /// The sensor that all groups show, which the axis names instead of the legend; else empty.
+    QString commonSensor() const;
     /// As the legend names it.
     QString name(int i) const;
     QPen pen(int i) const;
@@ -75,7 +77,6 @@ private:
     bool isHiddenAtFirst(int i) const;
     QColor colorOf(int i) const;
     QColor inkOf(int i) const;
-    bool isSensorSaidOnce() const;
     double penWidth(int i) const;
     void setPen(int i);
     void setEntryPen(int i);

@@ -27,9 +27,14 @@ void GraphLayout::activate(const QwtPlot* plot, const QRectF& area, Options opti
         QwtPlotLayout::activate(plot, area, options);
         return;
     }
-    setColumns(legend, 1);
-    QwtPlotLayout::activate(plot, area, options);
-    if (canvasRect().width() >= canvasPart * area.width())
+    if (!options || !hasRows) {
+        setColumns(legend, 1);
+        QwtPlotLayout::activate(plot, area, options);
+    }
+    // A page or picture of the graph is laid out as the graph is on the screen.
+    if (!options)
+        hasRows = canvasRect().width() < canvasPart * area.width();
+    if (!hasRows)
         return;
     setColumns(legend, 0);
     layRows(plot, legend, area, options);

@@ -16,4 +16,6 @@ public:
 
 private:
     void layRows(const QwtPlot* plot, QwtLegend* legend, const QRectF& area, Options options);
+
+    bool hasRows = false;
 };

@@ -159,7 +159,11 @@ void LineKind::setXSensor(int iSens)
 QString LineKind::sensorTitle(int iSens) const
 {
     const SensorPtr& sensor = parts.data.getSens(iSens);
-    return sensor ? sensor->getNameWithUnit(false) : QString();
+    if (!sensor)
+        return QString();
+    const QString title = sensor->getNameWithUnit(false);
+    const QString common = sensor->specialType == 0 ? parts.curves.commonSensor() : QString();
+    return common.isEmpty() ? title : QString(title).replace(sensor->name, common);
 }
 
 // An automatic range ends at a tick, so it changes only when the data pass it.
