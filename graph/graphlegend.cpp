@@ -49,6 +49,7 @@ void GraphLegend::watchEntries()
         if (!item)
             continue;
         item->setMargin(itemMargin);
+        item->setIcon(item->icon()); // works out its indent with the margin
         if (!isStyled)
             continue;
         item->installEventFilter(this);
