@@ -2,23 +2,29 @@
 
 #include <cmath>
 
+#include <qwt_plot.h>
+
 #include "data/expdata.h"
 #include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
 #include "graph/graphdesign.h"
 #include "graph/myplotcurve.h"
+#include "graph/scalemanager.h"
 
 MarkerLayer::MarkerLayer(const GraphParts& parts, const KindTraits& traits)
     : parts(parts)
     , traits(traits)
     , texts(parts.data, parts.axes.time(), traits.markers, parts.index < 0)
-    , places(parts.plot, markers, traits.markers == MarkerForm::Frequency)
+    , places(
+          parts.plot, markers, [this] { return curvePoints(); }, traits.markers == MarkerForm::Frequency)
     , search(parts)
 {
 }
 
 MarkerLayer::~MarkerLayer()
 {
+    if (span)
+        span->detach();
     for (myPlotMarker* marker : qAsConst(markers)) {
         marker->detach();
         delete marker;
@@ -142,8 +148,64 @@ void MarkerLayer::renewText(myPlotMarker* text)
         text->setText(words);
 }
 
+QVector<QPointF> MarkerLayer::curvePoints() const
+{
+    constexpr int step = 8; // pixels
+    QVector<QPointF> points;
+    const QwtScaleMap xMap = parts.plot.canvasMap(QwtPlot::xBottom);
+    for (int i = 0; i < parts.curves.size(); ++i) {
+        if (!parts.curves.at(i)->isVisible() || parts.data.isXYPlot())
+            continue;
+        QwtScaleMap yMap = parts.plot.canvasMap(QwtPlot::yLeft);
+        parts.scaler.fixScaleY(&yMap, i);
+        for (int column = 0; column < parts.plot.canvas()->width(); column += step)
+            points.append(
+                QPointF(column, yMap.transform(parts.data.interpolateY(i, xMap.invTransform(column)))));
+    }
+    return points;
+}
+
+// Half way between the two, in pixels; their scales may differ.
+void MarkerLayer::renewSpan()
+{
+    const QString words = crosses.size() < 2 ? QString() : texts.span(*crosses[0], *crosses[1]);
+    const bool isSeenNow = !words.isEmpty() && crosses[0]->isShown() && crosses[1]->isShown();
+    if (!isSeenNow) {
+        if (span)
+            span->detach();
+        span.reset();
+        return;
+    }
+    if (!span) {
+        span = std::make_unique<myPlotMarker>(crosses[0]->iSens, &parts.scaler, MARKER_FLOATING_TEXT);
+        span->setXValue(myPlotMarker::notPlaced);
+        span->attach(&parts.plot);
+    }
+    span->iSens = crosses[0]->iSens;
+    span->setTextPixels(GraphFonts::textPixels(parts.plot.height()));
+    if (span->label().text() != words)
+        span->setText(words);
+    aimSpan();
+}
+
+void MarkerLayer::aimSpan()
+{
+    if (!span || crosses.size() < 2)
+        return;
+    const QPointF middle = (crosses[0]->pixelPos() + crosses[1]->pixelPos()) / 2;
+    span->pointToXVal = parts.plot.invTransform(QwtPlot::xBottom, middle.x());
+    span->pointToYVal = span->ownMap(parts.plot.canvasMap(QwtPlot::yLeft)).invTransform(middle.y());
+}
+
+void MarkerLayer::placeTexts()
+{
+    aimSpan();
+    places.putAll(span.get());
+}
+
 void MarkerLayer::tellDistance()
 {
+    renewSpan();
     const QString distance = crosses.size() < 2 ? QString() : texts.distance(*crosses[0], *crosses[1]);
     if (distance == lastDistance)
         return;

@@ -77,7 +77,7 @@ public:
     void renew();
     void renewText(myPlotMarker* text);
     /// Whenever axes or size have changed.
-    void placeTexts() const { places.putAll(); }
+    void placeTexts();
     void placeText(myPlotMarker* text) const { places.put(text); }
     /// To the present size of the graph.
     void fit();
@@ -101,6 +101,9 @@ private:
     bool isSeen(const myPlotMarker& marker) const;
     void followCross(myPlotMarker* cross);
     void tellDistance();
+    void renewSpan();
+    void aimSpan();
+    QVector<QPointF> curvePoints() const;
     static void setCross(myPlotMarker* marker, markerType kind);
 
     const GraphParts parts;
@@ -108,7 +111,8 @@ private:
     QList<myPlotMarker*> markers;
     QList<myPlotMarker*> crosses;
     const MarkerTexts texts;
-    const TextPlaces places;
+    TextPlaces places;
     const CurveSearch search;
     QString lastDistance;
+    std::unique_ptr<myPlotMarker> span; ///< what lies between two crosses; not among the markers
 };

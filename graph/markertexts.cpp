@@ -106,15 +106,52 @@ QString MarkerTexts::ofCross(const myPlotMarker& cross) const
                         time.getUnitName());
 }
 
-QString MarkerTexts::distance(const myPlotMarker& first, const myPlotMarker& second) const
+std::optional<MarkerTexts::Distance> MarkerTexts::between(const myPlotMarker& first,
+                                                          const myPlotMarker& second) const
 {
     if (form == MarkerForm::Frequency || data.isXYPlot())
+        return std::nullopt;
+    const bool isForward = second.xValue() >= first.xValue();
+    const double dx = std::abs(second.xValue() - first.xValue());
+    const double dy = (isForward ? 1 : -1) * (second.yValue() - first.yValue());
+    const QString unit = unitOf(first.iSens);
+    Distance told;
+    told.x = QStringLiteral("%1 %2").arg(time.getTimeString(dx), time.getUnitName()).trimmed();
+    if (unit != unitOf(second.iSens))
+        return told;
+    told.y = QStringLiteral("%1 %2").arg(valueText(first.iSens, dy), unit).trimmed();
+    if (dx > 0)
+        told.slope = QStringLiteral("%1 %2").arg(
+            Common::toSignificant(dy / dx * time.getdT(), 3),
+            time.getUnitName().isEmpty() ? unit : Common::unitPer(unit, time.getUnitName(), 1));
+    return told;
+}
+
+QString MarkerTexts::distance(const myPlotMarker& first, const myPlotMarker& second) const
+{
+    const auto told = between(first, second);
+    if (!told)
         return QString();
-    const double dx = std::abs(first.xValue() - second.xValue());
-    const double dy = std::abs(first.yValue() - second.yValue());
-    return QStringLiteral("%1 = %2 %3;  dY = %4 %5")
-        .arg(time.getDeltaName(), time.getTimeString(dx), time.getUnitName(), valueText(first.iSens, dy),
-             unitOf(first.iSens));
+    QString text = QStringLiteral("%1 = %2").arg(time.getDeltaName(), told->x);
+    if (!told->y.isEmpty())
+        text += QStringLiteral(";  dY = %1").arg(told->y);
+    if (!told->slope.isEmpty())
+        text += QStringLiteral(";  dY/%1 = %2").arg(time.getDeltaName(), told->slope);
+    return text;
+}
+
+QString MarkerTexts::span(const myPlotMarker& first, const myPlotMarker& second) const
+{
+    const auto told = between(first, second);
+    if (!told)
+        return QString();
+    const QString x = time.getUnitName().isEmpty() ? QStringLiteral("Δx") : QStringLiteral("Δt");
+    QStringList lines{QStringLiteral("%1 = %2").arg(x, told->x)};
+    if (!told->y.isEmpty())
+        lines.append(QStringLiteral("Δy = %1").arg(told->y));
+    if (!told->slope.isEmpty())
+        lines.append(QStringLiteral("Δy/%1 = %2").arg(x, told->slope));
+    return lines.join(QLatin1Char('\n'));
 }
 
 /// The coefficients are per second and are told per unit of the axis.

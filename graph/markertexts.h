@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 #include <QString>
 
+#include <optional>
+
 class ExpData;
 class TimeScaleDraw;
 class myPlotMarker;
@@ -35,6 +37,8 @@ public:
     QString of(const myPlotMarker& marker) const;
     /// The distance of two crosses in words; empty where x is no time.
     QString distance(const myPlotMarker& first, const myPlotMarker& second) const;
+    /// The same and the slope, in lines to stand between the two.
+    QString span(const myPlotMarker& first, const myPlotMarker& second) const;
     static QString speed(const Gate& gate);
     static QString acceleration(const Gate& gate);
 
@@ -44,6 +48,14 @@ public:
     static QString kindNameInSentence(int type);
 
 private:
+    struct Distance
+    {
+        QString x;
+        QString y;     ///< empty for unlike sensors
+        QString slope; ///< empty without one
+    };
+
+    std::optional<Distance> between(const myPlotMarker& first, const myPlotMarker& second) const;
     QString ofCross(const myPlotMarker& cross) const;
     QString ofFit(const myPlotMarker& fit) const;
     QString ofIntegral(const myPlotMarker& area) const;

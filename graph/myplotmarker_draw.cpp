@@ -14,12 +14,13 @@
 
 namespace {
 
-constexpr double textFrame = 3;    // pixels round a text
-constexpr double hatchStep = 5;    // pixels between the lines of an integral
+constexpr double textFrame = 3; // pixels round a text
+constexpr double beyond = 5;    // pixels of what is drawn outside the canvas
+constexpr int areaAlpha = 80;
 constexpr double tangentPart = 20; // of the canvas width, half the length of a tangent
 constexpr double farOutside = 1e6;
 
-const QColor boxColor(247, 247, 247);
+const QColor boxColor(247, 247, 247, 190); // curves are seen through it
 
 /// A stretch of time in pixels, cut to what a canvas shows.
 struct PixelSpan
@@ -32,8 +33,8 @@ PixelSpan visibleSpan(double x0, double x1, const QwtScaleMap& xMap, const QRect
 {
     const double p0 = xMap.transform(x0);
     const double p1 = xMap.transform(x1);
-    return {std::max(std::min(p0, p1), canvasRect.left() - hatchStep),
-            std::min(std::max(p0, p1), canvasRect.right() + hatchStep)};
+    return {std::max(std::min(p0, p1), canvasRect.left() - beyond),
+            std::min(std::max(p0, p1), canvasRect.right() + beyond)};
 }
 
 double clamped(double pixel)
@@ -88,7 +89,16 @@ void myPlotMarker::drawPointer(QPainter* painter, const QPointF& pos, const QwtS
 {
     const double x = connectTo ? connectTo->xValue() : pointToXVal;
     const double y = connectTo ? connectTo->yValue() : pointToYVal;
-    painter->drawLine(pos, QPointF(clamped(xMap.transform(x)), clamped(map.transform(y))));
+    // It ends at the box, which is seen through.
+    const QPointF target(clamped(xMap.transform(x)), clamped(map.transform(y)));
+    QRectF box(QPointF(), label().textSize() + QSizeF(2 * textFrame, 2 * textFrame));
+    box.moveCenter(pos);
+    if (box.contains(target))
+        return;
+    const QPointF way = target - pos;
+    const double acrossX = way.x() != 0 ? box.width() / 2 / std::abs(way.x()) : 1;
+    const double acrossY = way.y() != 0 ? box.height() / 2 / std::abs(way.y()) : 1;
+    painter->drawLine(pos + way * std::min({acrossX, acrossY, 1.0}), target);
 }
 
 void myPlotMarker::drawTextBox(QPainter* painter, const QPointF& pos) const
@@ -134,17 +144,29 @@ void myPlotMarker::drawIntegral(QPainter* painter, const QwtScaleMap& xMap, cons
 {
     if (!curve)
         return;
-    painter->setPen(QPen(curve->getColor(), 1));
     const double zero = clamped(map.transform(0));
-    const double first = xMap.transform(linX0);
     const PixelSpan seen = visibleSpan(linX0, linX1, xMap, canvasRect);
-    // The lines stand on the same pixels of the area however much of it is seen.
-    for (double at = first + std::ceil((seen.from - first) / hatchStep) * hatchStep; at <= seen.to;
-         at += hatchStep) {
+    QColor fill = curve->getColor();
+    fill.setAlpha(areaAlpha);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(fill);
+    QPolygonF area;
+    const auto close = [&] {
+        if (area.size() > 1) {
+            area.append(QPointF(area.last().x(), zero));
+            area.append(QPointF(area.first().x(), zero));
+            painter->drawPolygon(area);
+        }
+        area.clear();
+    };
+    for (double at = seen.from; at <= seen.to; at += 1) {
         const double top = map.transform(curve->getYForX(xMap.invTransform(at)));
         if (std::isfinite(top))
-            painter->drawLine(QPointF(at, zero), QPointF(at, clamped(top)));
+            area.append(QPointF(at, clamped(top)));
+        else
+            close(); // nothing lies under a gap
     }
+    close();
 }
 
 void myPlotMarker::drawRegression(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,

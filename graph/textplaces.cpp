@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <qwt_plot.h>
 
@@ -22,9 +23,11 @@ double overlap(const QRectF& a, const QRectF& b)
 
 } // namespace
 
-TextPlaces::TextPlaces(const QwtPlot& plot, const QList<myPlotMarker*>& markers, bool isBelow)
+TextPlaces::TextPlaces(const QwtPlot& plot, const QList<myPlotMarker*>& markers,
+                       std::function<QVector<QPointF>()> curvePoints, bool isBelow)
     : plot(plot)
     , markers(markers)
+    , curvePoints(std::move(curvePoints))
     , isBelow(isBelow)
 {
 }
@@ -38,43 +41,74 @@ void TextPlaces::lean(const myPlotMarker& cross, myPlotMarker* text) const
     text->yOffset = pos.y() < middle.y() || isBelow ? distance : -distance;
 }
 
-void TextPlaces::putAll() const
+bool TextPlaces::isLayoutNew()
 {
-    QVector<QRectF> taken;
+    const QwtInterval x = plot.axisInterval(QwtPlot::xBottom);
+    const QRectF shown(QPointF(x.minValue(), x.maxValue()), plot.canvas()->size());
+    const bool isNew = shown != lastShown;
+    lastShown = shown;
+    return isNew;
+}
+
+void TextPlaces::putAll(myPlotMarker* span)
+{
+    Taken taken;
     QList<myPlotMarker*> texts;
     for (myPlotMarker* marker : markers) {
         if (marker->type == MARKER_FLOATING_TEXT)
             texts.append(marker);
         else if (marker->isShown() && !marker->hotBox(QPointF()).isEmpty())
-            taken.append(boxOf(*marker));
+            taken.boxes.append(boxOf(*marker));
     }
+    if (span)
+        texts.append(span);
+    const bool isAnyNew = std::any_of(texts.cbegin(), texts.cend(),
+                                      [](const myPlotMarker* text) { return std::isnan(text->xValue()); });
+    if (!texts.isEmpty() && (isLayoutNew() || isAnyNew))
+        taken.curves = curvePoints();
     // Those that a person has put somewhere go first.
     std::stable_partition(texts.begin(), texts.end(),
                           [](const myPlotMarker* text) { return text->isPlacedByHand; });
-    for (myPlotMarker* text : qAsConst(texts)) {
-        const myPlotMarker* const partner = text->connectTo;
-        const bool isTangent = partner && partner->type == MARKER_TANGENT;
-        if (std::isnan(text->xValue()) && partner && partner->symbol())
-            lean(*partner, text);
-        // Nothing to keep clear of where nobody looks; a graph that comes into sight gets a size.
-        if ((!text->isShown() || !plot.isVisible()) && !std::isnan(text->xValue()))
-            continue;
-        if (isTangent) {
-            put(text);
-        } else if (text->isPlacedByHand) {
-            // A small canvas can push it onto what it tells about.
-            const QRectF box = boxAt(*text, basePixel(*text), QPoint(text->xOffset, text->yOffset));
-            const bool isPushed = partner && overlap(box, boxOf(*partner)) > 0;
-            putAt(text, isPushed ? freeOffset(*text, taken) : QPoint(text->xOffset, text->yOffset));
-        } else {
-            const QPoint offset = freeOffset(*text, taken);
-            text->xOffset = offset.x();
-            text->yOffset = offset.y();
-            putAt(text, offset);
-        }
-        if (text->isShown())
-            taken.append(boxOf(*text));
+    for (myPlotMarker* text : qAsConst(texts))
+        putText(text, &taken);
+}
+
+void TextPlaces::putText(myPlotMarker* text, Taken* taken)
+{
+    const myPlotMarker* const partner = text->connectTo;
+    const bool isTangent = partner && partner->type == MARKER_TANGENT;
+    if (std::isnan(text->xValue()) && partner && partner->symbol())
+        lean(*partner, text);
+    // Nothing to keep clear of where nobody looks; a graph that comes into sight gets a size.
+    if ((!text->isShown() || !plot.isVisible()) && !std::isnan(text->xValue()))
+        return;
+    if (isTangent) {
+        put(text);
+    } else if (text->isPlacedByHand) {
+        // A small canvas can push it onto what it tells about.
+        const QRectF box = boxAt(*text, basePixel(*text), QPoint(text->xOffset, text->yOffset));
+        const bool isPushed = partner && overlap(box, boxOf(*partner)) > 0;
+        putAt(text, isPushed ? freeOffset(*text, *taken) : QPoint(text->xOffset, text->yOffset));
+    } else {
+        const QPoint offset = freeOffset(*text, *taken);
+        text->xOffset = offset.x();
+        text->yOffset = offset.y();
+        putAt(text, offset);
     }
+    if (text->isShown())
+        taken->boxes.append(boxOf(*text));
+}
+
+/// How bad it is to put a box somewhere, in square pixels; a curve is not as bad as another text.
+double TextPlaces::hidden(const Taken& taken, const QRectF& box) const
+{
+    constexpr double perPoint = 30;
+    double area = 0;
+    for (const QRectF& other : taken.boxes)
+        area += overlap(box, other);
+    for (const QPointF& point : taken.curves)
+        area += box.contains(point) ? perPoint : 0;
+    return area;
 }
 
 QRectF TextPlaces::boxOf(const myPlotMarker& marker) const
@@ -108,26 +142,19 @@ QRectF TextPlaces::boxAt(const myPlotMarker& text, const QPointF& base, const QP
 }
 
 /// The distance nearest to what the text wants at which it hides as little as possible of what is taken.
-QPoint TextPlaces::freeOffset(const myPlotMarker& text, const QVector<QRectF>& taken) const
+QPoint TextPlaces::freeOffset(const myPlotMarker& text, const Taken& taken) const
 {
     constexpr int farthest = 5; // text distances
     const QPointF base = basePixel(text);
-    const auto hidden = [&](const QPoint& offset) {
-        const QRectF box = boxAt(text, base, offset);
-        double area = 0;
-        for (const QRectF& other : taken)
-            area += overlap(box, other);
-        return area;
-    };
     QPoint best(text.xOffset, text.yOffset);
-    double least = hidden(best);
+    double least = hidden(taken, boxAt(text, base, best));
     const int right = best.x() < 0 ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
     const int down = best.y() < 0 ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
     for (int i = 1; i <= farthest && least > 0; ++i) {
         for (const QPoint& offset :
              {QPoint(right, i * down), QPoint(right, -i * down), QPoint(-right, i * down),
               QPoint(-right, -i * down), QPoint(2 * i * right, down), QPoint(-2 * i * right, down)}) {
-            const double area = hidden(offset);
+            const double area = hidden(taken, boxAt(text, base, offset));
             if (area < least) {
                 best = offset;
                 least = area;

@@ -6,6 +6,8 @@
 #include <QRectF>
 #include <QVector>
 
+#include <functional>
+
 class QwtPlot;
 class myPlotMarker;
 
@@ -15,12 +17,16 @@ class TextPlaces
 public:
     /// `markers` is the live list of the graph. Neither is owned. With `isBelow` new texts hang below their
     /// crosses.
-    TextPlaces(const QwtPlot& plot, const QList<myPlotMarker*>& markers, bool isBelow);
+    /// `curvePoints` gives points of the curves in pixels, some pixels apart.
+    TextPlaces(const QwtPlot& plot, const QList<myPlotMarker*>& markers,
+               std::function<QVector<QPointF>()> curvePoints, bool isBelow);
 
     /// Puts every text at its distance in pixels from its partner or the value that it points at, but not
     /// beyond the canvas. One that nobody moved by hand goes to where it hides no other text and no cross, if
     /// it would otherwise; a new one leans to the middle of the canvas.
-    void putAll() const;
+    /// When axes or size have changed, it keeps clear of curves as well. `span`, which may be null, is not
+    /// among the markers and comes last.
+    void putAll(myPlotMarker* span = nullptr);
     /// One text where it wants to be.
     void put(myPlotMarker* text) const;
 
@@ -28,7 +34,17 @@ public:
 
 private:
     void lean(const myPlotMarker& cross, myPlotMarker* text) const;
-    QPoint freeOffset(const myPlotMarker& text, const QVector<QRectF>& taken) const;
+    /// What is on the canvas already.
+    struct Taken
+    {
+        QVector<QRectF> boxes;
+        QVector<QPointF> curves;
+    };
+
+    void putText(myPlotMarker* text, Taken* taken);
+    bool isLayoutNew();
+    double hidden(const Taken& taken, const QRectF& box) const;
+    QPoint freeOffset(const myPlotMarker& text, const Taken& taken) const;
     void putAt(myPlotMarker* text, const QPoint& offset) const;
     QRectF boxOf(const myPlotMarker& marker) const;
     QPointF basePixel(const myPlotMarker& text) const;
@@ -37,5 +53,7 @@ private:
 
     const QwtPlot& plot;
     const QList<myPlotMarker*>& markers;
+    const std::function<QVector<QPointF>()> curvePoints;
     const bool isBelow;
+    QRectF lastShown; ///< the x range and the size that the texts were placed for
 };

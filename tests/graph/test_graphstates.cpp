@@ -248,6 +248,45 @@ private Q_SLOTS:
         QCOMPARE(told.size(), 1);
     }
 
+    void twoCrossesTellWhatLiesBetween()
+    {
+        show();
+        QSignalSpy told(plot.data(), &Plot::twoMarkersUpdated);
+        cross(0, 8);
+        cross(0, 2);
+        const QString line = told.last().first().toString();
+        QCOMPARE(line, QStringLiteral("dt = 6.0 s;  dY = 12.0 °C;  dY/dt = 2.00 °C/s"));
+        const auto between = [this] {
+            QString found;
+            for (const QwtPlotItem* item : plot->itemList(QwtPlotItem::Rtti_PlotMarker)) {
+                const auto* marker = static_cast<const myPlotMarker*>(item);
+                if (!plot->markers.contains(const_cast<myPlotMarker*>(marker)))
+                    found = marker->label().text();
+            }
+            return found;
+        };
+        QCOMPARE(between(), QStringLiteral("Δt = 6.0 s\nΔy = 12.0 °C\nΔy/Δt = 2.00 °C/s"));
+        choose(1);
+        QCOMPARE(between(), QString());
+        choose(-1);
+        QVERIFY(between().startsWith(QStringLiteral("Δt")));
+        plot->removeMarker(plot->markers[2]);
+        QCOMPARE(between(), QString());
+    }
+
+    void notesKeepOffCurves()
+    {
+        show();
+        cross(0, 5);
+        const myPlotMarker& text = *plot->markers[1];
+        const QRectF box = text.hotBox(text.pixelPos());
+        for (int column = int(box.left()); column < box.right(); ++column) {
+            const double x = plot->invTransform(QwtPlot::xBottom, column);
+            for (int i : {0, 1})
+                QVERIFY(!box.contains(place(i, x, data->interpolateY(i, x))));
+        }
+    }
+
     void theTangentGoesWithItsCurve()
     {
         show();
