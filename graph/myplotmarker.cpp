@@ -93,6 +93,13 @@ QFont myPlotMarker::textFont() const
     return font;
 }
 
+/// Of pens, with the texts.
+double myPlotMarker::growth() const
+{
+    constexpr double usualPixels = 14;
+    return std::max(1.0, textPixels / usualPixels);
+}
+
 void myPlotMarker::setTextPixels(int pixels)
 {
     if (textPixels == pixels)

@@ -119,6 +119,7 @@ public:
 private:
     QSizeF pictureSize() const;
     QFont textFont() const;
+    double growth() const;
 
     // myplotmarker_draw.cpp; `map` is that of the marker's own sensor
     void drawPointer(QPainter* painter, const QPointF& pos, const QwtScaleMap& xMap,

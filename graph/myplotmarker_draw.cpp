@@ -52,7 +52,7 @@ void myPlotMarker::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtSca
     if (!shown || !std::isfinite(pos.x()) || !std::isfinite(pos.y()))
         return;
     painter->save();
-    painter->setPen(QPen(Qt::black, 1));
+    painter->setPen(QPen(Qt::black, growth()));
     switch (type) {
     case MARKER_ANNOTATE:
         if (bubble)
@@ -112,7 +112,7 @@ void myPlotMarker::drawTextBox(QPainter* painter, const QPointF& pos) const
 void myPlotMarker::drawBalloon(QPainter* painter, const QPointF& pos) const
 {
     const QRectF box = balloonRect(pos);
-    QPen pen(Qt::black, 2);
+    QPen pen(Qt::black, 2 * growth());
     pen.setCosmetic(true);
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setRenderHint(QPainter::SmoothPixmapTransform);
@@ -135,7 +135,7 @@ void myPlotMarker::drawTangent(QPainter* painter, const QPointF& pos, const QwtS
     if (!std::isfinite(length) || length == 0)
         return;
     const QPointF half = way * (canvasRect.width() / tangentPart / length);
-    painter->setPen(QPen(Qt::black, 3));
+    painter->setPen(QPen(Qt::black, 3 * growth()));
     painter->drawLine(pos - half, pos + half);
 }
 
@@ -184,6 +184,6 @@ void myPlotMarker::drawRegression(QPainter* painter, const QwtScaleMap& xMap, co
     if (seen.from <= seen.to)
         addAt(seen.to);
     painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(QPen(Qt::black, 2));
+    painter->setPen(QPen(Qt::black, 2 * growth()));
     painter->drawPolyline(line);
 }

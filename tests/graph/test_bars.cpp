@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include <qwt_plot_histogram.h>
+#include <qwt_scale_widget.h>
 
 #include "graph/scrollbar.h"
 #include "tests/graph/plottest.h"
@@ -78,6 +79,11 @@ private Q_SLOTS:
         QCOMPARE(data->getSelectedSensor(), 0); // the class goes on with its own
         plot->updateBarSens(0, true);
         const double before = left();
+        const QColor entry = plot->getCurve(0)->title().color();
+        plot->setActivePlot(3); // a click on a title
+        QCOMPARE(plot->getCurve(0)->title().color(), entry);
+        QTest::mousePress(plot->axisWidget(QwtPlot::xBottom), Qt::RightButton);
+        QVERIFY(!QApplication::activePopupWidget()); // bars stand over the time only
         QTest::mouseClick(plot->canvas(), Qt::RightButton);
         QCOMPARE(left(), before); // a release of the button does not zoom
         plot->setBarData();

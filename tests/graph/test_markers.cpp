@@ -402,6 +402,11 @@ private Q_SLOTS:
         QCOMPARE(plot->markers.size(), 3);
         QCOMPARE(textOf(0), QStringLiteral("dt = 0.100 s\nwidth=0.05 m\nSpeed = 0.50 m/s"));
         QCOMPARE(textOf(2), QStringLiteral("dt = 0.175 s\ndV=0.50 m/s\nAcceleration = 2.86 m/s^2"));
+        // After a crop they point at the same passage.
+        const double passed = plot->markers[0]->pointToXVal;
+        data->doCrop(0.05, 0.45);
+        plot->setData();
+        QCOMPARE(plot->markers[0]->pointToXVal, passed);
         prompt.answer = UserPrompt::Answer::Yes;
         plot->verifyAndRemoveMarker(0);
         plot->lockMarker(plot->markers[0], true);
