@@ -44,11 +44,12 @@ void GraphLayout::layRows(const QwtPlot* plot, QwtLegend* legend, const QRectF& 
 {
     constexpr int between = 8; // pixels, of a title and the entries beside it
     const QSize title = plot->titleLabel()->sizeHint();
-    const int oneRow = legend->contentsWidget()->sizeHint().width();
-    const bool isBeside = title.width() + between + oneRow <= area.width();
+    constexpr int rounding = 2; // a legend that is a pixel too small hides entries behind a scroll bar
+    const QSize oneRow = legend->contentsWidget()->sizeHint() + QSize(rounding, rounding);
+    const bool isBeside = title.width() + between + oneRow.width() <= area.width();
     const double rows =
         std::min<double>(legend->heightForWidth(qFloor(area.width())), greatestRows * area.height());
-    const double taken = isBeside ? 0 : rows;
+    const double taken = isBeside ? std::max(0, oneRow.height() - title.height()) : rows;
     QwtPlotLayout::activate(plot, area.adjusted(0, taken, 0, 0), options | IgnoreLegend);
     QRectF top(area.left(), area.top(), area.width(), titleRect().height());
     if (!isBeside) {
@@ -56,8 +57,9 @@ void GraphLayout::layRows(const QwtPlot* plot, QwtLegend* legend, const QRectF& 
         setLegendRect(QRectF(area.left(), top.bottom(), area.width(), rows));
         return;
     }
+    top.setHeight(top.height() + taken);
     QRectF right = top;
-    right.setLeft(area.right() - oneRow);
+    right.setLeft(area.right() - oneRow.width());
     setTitleRect(QRectF(top.topLeft(), QPointF(right.left() - between, top.bottom())));
     setLegendRect(right);
 }

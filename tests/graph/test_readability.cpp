@@ -45,6 +45,22 @@ private Q_SLOTS:
         QVERIFY2(part > 1.0 / 50 && part < 1.0 / 18, qPrintable(QString::number(part)));
     }
 
+    // At every width between that where the entries go below the title and that where they have room beside it.
+    void noEntryIsHidden()
+    {
+        fill(0);
+        PlotTest::show({300, 300});
+        const QWidget* const legend = plot->legend();
+        for (int width = 220; width < 900; width += 7) {
+            plot->resize(width, 300);
+            QCoreApplication::processEvents();
+            for (const QwtLegendLabel* item : legend->findChildren<QwtLegendLabel*>()) {
+                const QRect place(item->mapTo(legend, QPoint()), item->size());
+                QVERIFY2(legend->rect().contains(place), qPrintable(QString::number(width)));
+            }
+        }
+    }
+
     void theAxisIsOfTheActiveCurve_data()
     {
         columns<QColor, QColor>({"ground", "curve"});
