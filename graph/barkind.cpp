@@ -231,3 +231,9 @@ void BarKind::setUserRange(const SensorPtr& sensor, double min, double max)
     sensor->barUserScale = true;
     update();
 }
+
+void BarKind::setAutomaticRange(const SensorPtr& sensor)
+{
+    sensor->barUserScale = false;
+    update();
+}

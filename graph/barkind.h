@@ -26,7 +26,9 @@ public:
     void update() override;
     void showSensor(int iSens) override;
     void showColor(int iSens) override;
+    QPair<double, double> range() const override;
     void setUserRange(const SensorPtr& sensor, double min, double max) override;
+    void setAutomaticRange(const SensorPtr& sensor) override;
     void setXSensor(int) override {}
     void zoomIn(const QRectF&) override {} // the scroll bar moves its window
     void zoomOut() override {}
@@ -43,7 +45,6 @@ public:
 private:
     int count() const;
     double xOf(int i) const;
-    QPair<double, double> range() const;
     void moveWindow(const QwtInterval& whole, const QwtInterval& shown);
     void build();
     void scrolled(const QRectF& shown);

@@ -39,7 +39,7 @@ void GraphDialogs::askForColor(int iSens, const QColor& present)
     Q_EMIT colorChosen(iSens, QColor::fromRgba(*answer));
 }
 
-void GraphDialogs::askForRange(int iSens)
+void GraphDialogs::askForRange(int iSens, const QPair<double, double>& inForce)
 {
     const SensorPtr sensor = data.getSens(iSens);
     if (!sensor)
@@ -49,14 +49,19 @@ void GraphDialogs::askForRange(int iSens)
     const QPointer<GraphDialogs> alive(this);
     const QPointer<SetRange> dialog = new SetRange(&parent);
     dialog->sensName(tr("%1 Sensor").arg(sensor->name));
-    dialog->Params(sensor->minView, sensor->maxView, sensor->min, sensor->max, &newMin, &newMax);
+    dialog->Params(inForce.first, inForce.second, sensor->min, sensor->max, &newMin, &newMax);
+    dialog->offerAutomatic();
     const bool accepted = dialog->exec() == QDialog::Accepted;
+    const bool isAutomatic = dialog && dialog->isAutomatic();
     if (dialog)
         dialog->deleteLater();
     if (!alive || !accepted)
         return;
     data.setNeedSave(true);
-    Q_EMIT rangeChosen(sensor, newMin, newMax);
+    if (isAutomatic)
+        Q_EMIT rangeReleased(sensor);
+    else
+        Q_EMIT rangeChosen(sensor, newMin, newMax);
 }
 
 void GraphDialogs::askForX(const QPoint& globalPos)

@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QPair>
 #include <QPoint>
 #include <QString>
 
@@ -26,7 +27,7 @@ public:
 
     void askForTitle(const QString& present);
     void askForColor(int iSens, const QColor& present);
-    void askForRange(int iSens);
+    void askForRange(int iSens, const QPair<double, double>& inForce);
     /// A menu of time and all sensors; nothing with fewer than two.
     void askForX(const QPoint& globalPos);
 
@@ -34,6 +35,7 @@ Q_SIGNALS:
     void titleChosen(const QString& text);
     void colorChosen(int iSens, const QColor& color);
     void rangeChosen(const SensorPtr& sensor, double min, double max);
+    void rangeReleased(const SensorPtr& sensor);
     /// -1 for the time.
     void xChosen(int iSens);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPair>
 #include <QRectF>
 
 #include "graph/graphparts.h"
@@ -38,7 +39,10 @@ public:
     virtual void showSensor(int iSens) = 0;
     /// The colour of a sensor has changed.
     virtual void showColor(int iSens) = 0;
+    /// The range of the active sensor that is in force, without zoom.
+    virtual QPair<double, double> range() const = 0;
     virtual void setUserRange(const SensorPtr& sensor, double min, double max) = 0;
+    virtual void setAutomaticRange(const SensorPtr& sensor) = 0;
     /// -1 for the time.
     virtual void setXSensor(int iSens) = 0;
     virtual void zoomIn(const QRectF& rect) = 0;

@@ -198,27 +198,37 @@ void LineKind::showColor(int iSens)
     parts.plot.replot();
 }
 
-// On the graph of the class the range goes to all sensors of the kind.
+QPair<double, double> LineKind::range() const
+{
+    const int active = parts.curves.activeIndex();
+    if (active >= parts.scaler.scales.size())
+        return {0, 1};
+    const oneScale& scale = *parts.scaler.scales[active];
+    return {scale.scaleFullMin, scale.scaleFullMax};
+}
+
+/// The channels on the scale of one, itself included.
+SensorList LineKind::sharersOf(const SensorPtr& sensor) const
+{
+    SensorList sharers{sensor};
+    const QString quantity = sensor->quantity();
+    for (const SensorPtr& other : parts.data.getSensors()) {
+        if (other && other != sensor && !quantity.isEmpty() && other->quantity() == quantity)
+            sharers.append(other);
+    }
+    return sharers;
+}
+
 void LineKind::setUserRange(const SensorPtr& sensor, double min, double max)
 {
-    if (parts.index >= 0) {
-        const int i = parts.data.getSensors().indexOf(sensor);
-        if (i < 0 || i >= parts.scaler.scales.size())
-            return;
-        sensor->readSetMinMax = true;
-        parts.scaler.scales[i]->calcScales();
-        parts.scaler.scales[i]->setUserScales(min, max, false);
-    } else {
-        for (const SensorPtr& other : parts.data.getSensors()) {
-            if (!other || other->ID != sensor->ID)
-                continue;
-            other->classMinView = min;
-            other->classMaxView = max;
-            other->readClassMinMax = false;
-            other->readClassSetMinMax = true;
-        }
+    const bool isClass = parts.index < 0;
+    for (const SensorPtr& other : sharersOf(sensor)) {
+        (isClass ? other->classMinView : other->minView) = min;
+        (isClass ? other->classMaxView : other->maxView) = max;
+        (isClass ? other->readClassSetMinMax : other->readSetMinMax) = true;
+        other->readClassMinMax = other->readClassMinMax && !isClass;
     }
-    update();
+    takeFixedRanges();
 }
 
 /// A range that is no part of the whole any more.
@@ -232,6 +242,23 @@ bool LineKind::showsAll(const QRectF& rect) const
     return rect.left() <= x.first() && rect.right() >= x.last() &&
            rect.top() <= std::min(scale.scaleFullMin, scale.scaleFullMax) &&
            rect.bottom() >= std::max(scale.scaleFullMin, scale.scaleFullMax);
+}
+
+void LineKind::setAutomaticRange(const SensorPtr& sensor)
+{
+    for (const SensorPtr& other : sharersOf(sensor))
+        (parts.index < 0 ? other->readClassSetMinMax : other->readSetMinMax) = false;
+    takeFixedRanges();
+}
+
+/// At once, also where the axis of a run stands still.
+void LineKind::takeFixedRanges()
+{
+    if (parts.index < 0)
+        parts.scaler.updateClassScales(&parts.data);
+    else
+        parts.scaler.updateScales(&parts.data);
+    update();
 }
 
 void LineKind::zoomIn(const QRectF& rect)

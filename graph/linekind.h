@@ -18,7 +18,9 @@ public:
     void update() override;
     void showSensor(int iSens) override;
     void showColor(int iSens) override;
+    QPair<double, double> range() const override;
     void setUserRange(const SensorPtr& sensor, double min, double max) override;
+    void setAutomaticRange(const SensorPtr& sensor) override;
     void setXSensor(int iSens) override;
     void zoomIn(const QRectF& rect) override;
     void zoomOut() override;
@@ -34,6 +36,8 @@ private:
     void endZoom();
     bool showsAll(const QRectF& rect) const;
     void showRangeY();
+    SensorList sharersOf(const SensorPtr& sensor) const;
+    void takeFixedRanges();
     void repaint();
     bool outgrewAutoRange() const;
     QString sensorTitle(int iSens) const;

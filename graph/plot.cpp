@@ -161,7 +161,8 @@ void Plot::connectMouse()
         if (traits.hidesByTitle)
             hide();
     });
-    connect(from, &GraphMouse::rangeAsked, this, [this] { dialogs->askForRange(getActiveSens()); });
+    connect(from, &GraphMouse::rangeAsked, this,
+            [this] { dialogs->askForRange(getActiveSens(), kind->range()); });
     connect(from, &GraphMouse::xAsked, dialogs.get(), &GraphDialogs::askForX);
     connect(from, &GraphMouse::colorAsked, this, [this](const QPointF& pos) {
         const int i = kind->sensorAt(pos);
@@ -189,6 +190,8 @@ void Plot::connectDialogs()
     connect(from, &GraphDialogs::rangeChosen, this, [this](const SensorPtr& sensor, double min, double max) {
         kind->setUserRange(sensor, min, max);
     });
+    connect(from, &GraphDialogs::rangeReleased, this,
+            [this](const SensorPtr& sensor) { kind->setAutomaticRange(sensor); });
     connect(from, &GraphDialogs::xChosen, this, [this](int iSens) {
         if (iSens == getActiveSens())
             Q_EMIT changedActiveCurve(index, iSens != 0 ? 0 : 1);
@@ -394,10 +397,6 @@ void Plot::keepCurveModesInData() const
 
 void Plot::forceDefaultSetScale()
 {
-    const SensorPtr& sensor = data.getSens(getActiveSens());
-    if (!sensor || getActiveSens() >= scaler->scales.size())
-        return;
-    scaler->scales[getActiveSens()]->setUserScales(sensor->minView, sensor->maxView, false);
     Update();
 }
 

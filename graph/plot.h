@@ -136,7 +136,7 @@ public:
     QPen getCurvePen(int iSens) const;
     /// Notes how every curve is shown in the data set, for a file.
     void keepCurveModesInData() const;
-    /// The active sensor's view range becomes its scale.
+    /// Brings the scales up to data that were loaded: ranges fixed by hand hold, all others follow the data.
     void forceDefaultSetScale();
 
     // Bars; other kinds have none

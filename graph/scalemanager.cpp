@@ -1,6 +1,10 @@
 #include "graph/scalemanager.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <QStringList>
 
 #include <qwt_scale_map.h>
 
@@ -13,6 +17,12 @@ constexpr double NeedMoreFrac = 0.75;
 constexpr double maxSmallestSpan = 10;
 
 using ScalePtr = QSharedPointer<oneScale>;
+
+/// What no automatic range goes below. Of a derived or imported channel only the data are known.
+double lowestOf(const Sensor& sensor)
+{
+    return sensor.isRate || sensor.ID == SENSOR_SPECIAL ? std::numeric_limits<double>::lowest() : sensor.min;
+}
 
 } // namespace
 
@@ -37,10 +47,12 @@ void oneScale::calcScales()
 
 void oneScale::calcScales(double minZoom, double maxZoom)
 {
-    const double minY = std::min(yFracRange * sensRange, maxSmallestSpan);
+    const double midY = (dataMin + dataMax) / 2;
+    double minY = std::min(yFracRange * sensRange, maxSmallestSpan);
+    if (!(minY > 0)) // a column that never changes and of which nothing else is known
+        minY = midY == 0 ? 1 : yFracRange * std::abs(midY);
     const double yDataR = dataMax - dataMin;
     if (yDataR < NeedMoreFrac * minY) {
-        const double midY = (dataMin + dataMax) / 2;
         scaleFullMin = std::max(midY - minY / 2, minLimit);
         scaleFullMax = midY + minY / 2;
         if (scaleFullMax < minLimit)
@@ -90,11 +102,19 @@ void oneScale::setUserScales(double uMin, double uMax, bool isClass)
         userScale = true;
 }
 
+void oneScale::showAs(const oneScale& other)
+{
+    scaleFullMin = other.scaleFullMin;
+    scaleFullMax = other.scaleFullMax;
+    scaleZoomMin = other.scaleZoomMin;
+    scaleZoomMax = other.scaleZoomMax;
+}
+
 void scaleManager::setScales(const ExpData* data, bool isClass)
 {
     constexpr int firstGroupIndex = 10;
     scales.clear();
-    tempScales.clear();
+    isRepeated = data->isRepeatMode();
     for (int i = 0; i < data->getNSens(); ++i) {
         const SensorPtr& sensor = data->getSens(i);
         if (!sensor) {
@@ -102,24 +122,16 @@ void scaleManager::setScales(const ExpData* data, bool isClass)
             continue;
         }
         const auto scale =
-            ScalePtr::create(data->getMinY(i), data->getMaxY(i), sensor->max - sensor->min, sensor->min,
+            ScalePtr::create(data->getMinY(i), data->getMaxY(i), sensor->max - sensor->min, lowestOf(*sensor),
                              firstGroupIndex + i, sensor->groupName, sensor->name);
-        scale->keepView(*data, i);
         scales.append(scale);
-        if (sensor->isTemperature() && !sensor->isRate)
-            tempScales.append(scale);
-        if (isClass && sensor->readClassMinMax)
-            scale->setUserScales(sensor->classMinView, sensor->classMaxView, true);
-        else if (!isClass && sensor->readSetMinMax)
-            scale->setUserScales(sensor->minView, sensor->maxView, false);
-        if (Sensor::isPhotoGate(sensor->ID)) {
-            // Both levels of the gate, 0 and 5 V, stay clear of the edges.
-            scale->dataMin = 0;
-            scale->dataMax = scale->sensRange = 5;
-            scale->setUserScales(-1, 7, false);
-        }
+        scale->quantity = sensor->quantity();
+        scale->isFilled = data->getYSize(i) > 0;
+        scale->keepView(*data, i);
+        scale->setZoomScales(zoomMin, zoomMax);
+        takeFixedRange(i, *sensor, isClass);
     }
-    unifyScales(data);
+    share();
 }
 
 bool scaleManager::isOutgrown(const ExpData* data) const
@@ -142,39 +154,107 @@ bool scaleManager::isOutgrown(const ExpData* data) const
 
 void scaleManager::updateScales(const ExpData* data)
 {
-    const int n = std::min(data->getNSens(), scales.size());
-    for (int i = 0; i < n; ++i) {
-        const SensorPtr& sensor = data->getSens(i);
-        if (sensor && !sensor->readSetMinMax && data->getYSize(i) > 0)
-            scales[i]->updateScale(data->getMinY(i), data->getMaxY(i), zoomMin, zoomMax);
-    }
-    unifyScales(data);
+    follow(data, false);
 }
 
 void scaleManager::updateClassScales(const ExpData* data)
 {
+    follow(data, true);
+}
+
+void scaleManager::follow(const ExpData* data, bool isClass)
+{
+    isRepeated = data->isRepeatMode();
     const int n = std::min(data->getNSens(), scales.size());
     for (int i = 0; i < n; ++i) {
         const SensorPtr& sensor = data->getSens(i);
-        oneScale& scale = *scales[i];
-        if (sensor && sensor->specialType > 0 && i > data->meanIndex())
-            scale.updateScale(data->getMinY(i), data->getMaxY(i), zoomMin, zoomMax);
-        if (!sensor || !(sensor->readClassMinMax || sensor->readClassSetMinMax))
+        if (!sensor)
             continue;
-        scale.dataMin = scale.scaleZoomMin = sensor->classMinView;
-        scale.dataMax = scale.scaleZoomMax = sensor->classMaxView;
+        takeFixedRange(i, *sensor, isClass);
+        scales[i]->isFilled = data->getYSize(i) > 0;
+        if (scales[i]->isFilled)
+            scales[i]->updateScale(data->getMinY(i), data->getMaxY(i), zoomMin, zoomMax);
+    }
+    share();
+}
+
+/// The channel says whether its range is fixed; a zoom into that range stays.
+void scaleManager::takeFixedRange(int i, const Sensor& sensor, bool isClass)
+{
+    oneScale& scale = *scales[i];
+    double low = isClass ? sensor.classMinView : sensor.minView;
+    double high = isClass ? sensor.classMaxView : sensor.maxView;
+    bool isFixed = isClass ? sensor.readClassSetMinMax : sensor.readSetMinMax;
+    if (Sensor::isPhotoGate(sensor.ID)) {
+        // Both levels of the gate, 0 and 5 V, stay clear of the edges.
+        scale.dataMin = 0;
+        scale.dataMax = scale.sensRange = 5;
+        low = -1;
+        high = 7;
+        isFixed = true;
+    }
+    if (!isFixed) {
+        if (scale.isUserScale()) {
+            scale.calcScales();
+            scale.setZoomScales(zoomMin, zoomMax);
+        }
+    } else if (!scale.isUserScale() || scale.scaleFullMin != low || scale.scaleFullMax != high) {
+        scale.setUserScales(low, high, false);
     }
 }
 
-void scaleManager::unifyScales(const ExpData* data)
+QVector<ScalePtr> scaleManager::groupOf(const oneScale& scale) const
 {
-    unifyTemperatureScales();
-    if (data->isRepeatMode())
+    QVector<ScalePtr> group;
+    for (const ScalePtr& other : scales) {
+        if (other.data() == &scale || (!scale.quantity.isEmpty() && other->quantity == scale.quantity))
+            group.append(other);
+    }
+    return group;
+}
+
+/// The scale fixed by hand that decides on the range of sensor `iSens`; null where it is automatic.
+ScalePtr scaleManager::fixedFor(int iSens) const
+{
+    const QVector<ScalePtr> group = groupOf(*scales.at(iSens));
+    const auto fixed = std::find_if(group.cbegin(), group.cend(),
+                                    [](const ScalePtr& scale) { return scale->isUserScale(); });
+    return fixed != group.cend() ? *fixed : ScalePtr();
+}
+
+void scaleManager::share()
+{
+    QStringList done;
+    for (int i = 0; i < scales.size(); ++i) {
+        const QString& quantity = scales.at(i)->quantity;
+        if (quantity.isEmpty() || done.contains(quantity))
+            continue;
+        done.append(quantity);
+        const QVector<ScalePtr> group = groupOf(*scales.at(i));
+        const ScalePtr fixed = fixedFor(i);
+        if (!fixed)
+            shareAmong(group);
+        else
+            std::for_each(group.cbegin(), group.cend(),
+                          [&](const ScalePtr& scale) { scale->showAs(*fixed); });
+    }
+    if (isRepeated)
         unifyRepeatedScales();
 }
 
-void scaleManager::unify(const QVector<ScalePtr>& group, double min, double max)
+/// The range that the automatic scales of a group need together; one without data asks for none.
+void scaleManager::shareAmong(const QVector<ScalePtr>& group)
 {
+    const bool isAnyFilled =
+        std::any_of(group.cbegin(), group.cend(), [](const ScalePtr& scale) { return scale->isFilled; });
+    double min = std::numeric_limits<double>::max();
+    double max = std::numeric_limits<double>::lowest();
+    for (const ScalePtr& scale : group) {
+        if (isAnyFilled && !scale->isFilled)
+            continue;
+        min = std::min(min, scale->scaleFullMin);
+        max = std::max(max, scale->scaleFullMax);
+    }
     for (const ScalePtr& scale : group) {
         scale->scaleFullMin = min;
         scale->scaleFullMax = max;
@@ -182,28 +262,11 @@ void scaleManager::unify(const QVector<ScalePtr>& group, double min, double max)
     }
 }
 
-void scaleManager::unifyTemperatureScales()
-{
-    if (tempScales.size() < 2)
-        return;
-    double min = 9999;
-    double max = -1000;
-    for (const ScalePtr& scale : qAsConst(tempScales)) {
-        min = std::min(min, scale->scaleFullMin);
-        max = std::max(max, scale->scaleFullMax);
-    }
-    unify(tempScales, min, max);
-}
-
 void scaleManager::unifyRepeatedScales()
 {
     const int half = scales.size() / 2;
-    for (int i = 0; i < half; ++i) {
-        const ScalePtr& earlier = scales.at(i);
-        const ScalePtr& present = scales.at(i + half);
-        unify({earlier, present}, std::min(earlier->scaleFullMin, present->scaleFullMin),
-              std::max(earlier->scaleFullMax, present->scaleFullMax));
-    }
+    for (int i = 0; i < half; ++i)
+        shareAmong({scales.at(i), scales.at(i + half)});
 }
 
 void scaleManager::setZoom(int iSens, double bottom, double top)
@@ -217,18 +280,24 @@ void scaleManager::setZoom(int iSens, double bottom, double top)
         if (!scale->isUserScale())
             scale->calcScales(zoomMin, zoomMax);
     }
-    if (active.isUserScale()) {
-        scales[iSens]->scaleZoomMin = bottom;
-        scales[iSens]->scaleZoomMax = top;
+    if (const ScalePtr fixed = fixedFor(iSens)) {
+        fixed->scaleZoomMin = bottom;
+        fixed->scaleZoomMax = top;
     }
+    share();
 }
 
 void scaleManager::setZoomOut()
 {
     zoomMin = 0;
     zoomMax = 1;
-    for (const ScalePtr& scale : qAsConst(scales))
-        scale->calcScales();
+    for (const ScalePtr& scale : qAsConst(scales)) {
+        if (scale->isUserScale())
+            scale->setZoomScales(0, 1);
+        else
+            scale->calcScales();
+    }
+    share();
 }
 
 double scaleManager::getScaleMin(int iSens) const

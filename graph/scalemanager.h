@@ -30,6 +30,8 @@ public:
     /// The automatic range of a sensor with a view that it keeps is that view, or more where its data are.
     void keepView(const ExpData& data, int iSens);
     bool isUserScale() const { return userScale; }
+    /// Full and zoomed range of another scale, whoever fixed it.
+    void showAs(const oneScale& other);
     double fullSpan() const { return scaleFullMax - scaleFullMin; }
 
     double dataMin;
@@ -43,29 +45,33 @@ public:
     int groupIndex; ///< this and the names tell scales apart in a log
     QString groupName;
     QString sensName;
+    QString quantity;      ///< scales of one quantity show one range; empty for one by itself
+    bool isFilled = false; ///< somebody measured the extremes
 
 private:
     bool userScale = false;
     Sensor::View least{0, 0};
 };
 
-/// The y scales of one graph, one per sensor in sensor order.
+/// The y scales of one graph, one per sensor in sensor order. Channels of one quantity and unit share one
+/// range: all that they need together, or the one that somebody fixed by hand for one of them.
 class scaleManager
 {
 public:
     /// Builds all scales anew; nobody may hold one across this.
     void setScales(const ExpData* data, bool isClass);
-    /// Follows new data on the graph of one logger.
+    /// Follows new data and the ranges fixed by hand, which stand in the channels, on the graph of one
+    /// logger.
     void updateScales(const ExpData* data);
     /// The data of a channel with an automatic range has come close to its edge or passed it. Until then the
     /// axis of a run stands still, and does not tremble with each new extreme.
     bool isOutgrown(const ExpData* data) const;
-    /// Follows the common ranges of the class.
+    /// The same on the graph of the class, which has ranges of its own fixed by hand.
     void updateClassScales(const ExpData* data);
     /// Zooms to a rectangle given in units of sensor `iSens`. All automatic scales zoom by the same
     /// fractions. Nothing happens without such a sensor or when its full range has no width.
     void setZoom(int iSens, double bottom, double top);
-    /// Ends the zoom; ranges fixed by hand become automatic again.
+    /// Ends the zoom; ranges fixed by hand are shown whole again.
     void setZoomOut();
 
     /// The range under the present zoom, 0 and 1 for a sensor without a scale.
@@ -75,13 +81,17 @@ public:
     void fixScaleY(QwtScaleMap* scl, int iSens) const;
 
     QVector<QSharedPointer<oneScale>> scales;
-    QVector<QSharedPointer<oneScale>> tempScales; ///< those of temperature sensors, which share one range
-    double zoomMin = 0;                           ///< the zoom as fractions of a full range
+    double zoomMin = 0; ///< the zoom as fractions of a full range
     double zoomMax = 1;
 
 private:
-    void unify(const QVector<QSharedPointer<oneScale>>& group, double min, double max);
-    void unifyTemperatureScales();
+    void follow(const ExpData* data, bool isClass);
+    void takeFixedRange(int i, const Sensor& sensor, bool isClass);
+    void share();
+    void shareAmong(const QVector<QSharedPointer<oneScale>>& group);
+    QVector<QSharedPointer<oneScale>> groupOf(const oneScale& scale) const;
+    QSharedPointer<oneScale> fixedFor(int iSens) const;
     void unifyRepeatedScales();
-    void unifyScales(const ExpData* data);
+
+    bool isRepeated = false;
 };

@@ -15,7 +15,9 @@ public:
     void update() override;
     void showSensor(int) override { update(); }
     void showColor(int) override {}
+    QPair<double, double> range() const override { return {0, 1}; }
     void setUserRange(const SensorPtr&, double, double) override {}
+    void setAutomaticRange(const SensorPtr&) override {}
     void setXSensor(int) override {}
     void zoomIn(const QRectF& rect) override;
     void zoomOut() override {}

@@ -66,6 +66,10 @@ public:
     /// The text of a value that is in the unit on display: cut down, not rounded, to `precision` decimals.
     QString valueToString(double value) const;
 
+    /// What it measures and in which unit: the same text for channels whose values can be compared. Empty for
+    /// one that compares with no other, such as a column of a spreadsheet.
+    QString quantity() const;
+
     static double C2F(double value) { return value * 9 / 5 + 32; }
 
     static int codeToID(int code);

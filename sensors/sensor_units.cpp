@@ -78,6 +78,20 @@ bool Sensor::isTemperature() const
     return SensorKind::isTemperature(unitID());
 }
 
+QString Sensor::quantity() const
+{
+    if (!row || unitID() == SENSOR_SPECIAL || isPhotoGate(ID))
+        return QString();
+    // Units that more than one quantity has: there the kind of sensor tells them apart.
+    static const QStringList common{QString(), QStringLiteral("V"), QStringLiteral("mV"), QStringLiteral("°"),
+                                    QStringLiteral("%")};
+    const QString unit = QString::fromUtf8(row->uname);
+    const QString what = isTemperature()         ? QStringLiteral("temperature")
+                         : common.contains(unit) ? unit + QString::fromUtf8(row->name)
+                                                 : unitName;
+    return isRate ? what + QStringLiteral(" a second") : what;
+}
+
 bool Sensor::isDistance() const
 {
     return unitID() == SENSOR_DISTANCE;

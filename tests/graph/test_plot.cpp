@@ -1,5 +1,7 @@
 #include <QAction>
+#include <QDoubleSpinBox>
 #include <QMenu>
+#include <QPushButton>
 
 #include <cmath>
 
@@ -298,7 +300,7 @@ private Q_SLOTS:
         row("a shout", 0, {60, 110}, 55, 115);
         row("silence", 0, {30, 90}, 24, 100);
         row("class", -1, {60, 70}, 55, 100);
-        row("class with a shout", -1, {60, 110}, 55, 110);
+        row("class with a shout", -1, {60, 110}, 55, 115);
     }
 
     void soundKeepsItsView()
@@ -321,7 +323,8 @@ private Q_SLOTS:
         bars.updateBarSens(0, true);
         QTEST(rangeOf(bars, QwtPlot::yLeft), "range");
         data->getSens(0)->readSetMinMax = true; // the user asks for another
-        plot->scaler->scales[0]->setUserScales(0, 50, false);
+        data->getSens(0)->minView = 0;
+        data->getSens(0)->maxView = 50;
         plot->Update();
         QCOMPARE(plot->scaler->getScaleMax(0), 50.0);
     }
@@ -499,12 +502,34 @@ private Q_SLOTS:
         });
         QTest::mousePress(plot->axisWidget(QwtPlot::yLeft), Qt::RightButton);
         QVERIFY(!data->getSens(0)->readClassSetMinMax);
-        QTimer::singleShot(0, this,
-                           [] { qobject_cast<SetRange*>(QApplication::activeModalWidget())->accept(); });
-        QTest::mousePress(plot->axisWidget(QwtPlot::yLeft), Qt::RightButton);
-        QVERIFY(data->getSens(1)->readClassSetMinMax);
-        const SensorPtr first = data->getSens(0);
-        QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), qMakePair(first->minView, first->maxView));
+        for (const int index : {-1, 0}) {
+            show({SENSOR_PH, SENSOR_PH, SENSOR_PH}, 100, 0.1, index);
+            const auto automatic = rangeOf(*plot, QwtPlot::yLeft);
+            const auto ask = [this](const auto& answer) {
+                QTimer::singleShot(0, this, [answer] {
+                    answer(qobject_cast<SetRange*>(QApplication::activeModalWidget()));
+                });
+                QTest::mousePress(plot->axisWidget(QwtPlot::yLeft), Qt::RightButton);
+            };
+            ask([&](SetRange* dialog) {
+                auto* const from = dialog->findChild<QDoubleSpinBox*>(QStringLiteral("minval"));
+                QVERIFY(qAbs(from->value() - automatic.first) < 0.001);
+                from->setValue(3);
+                Q_EMIT from->editingFinished();
+                dialog->accept();
+            });
+            const auto byHand = qMakePair(3.0, automatic.second);
+            QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), byHand);
+            plot->setData(); // after an analysis or a download
+            plot->forceDefaultSetScale();
+            QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), byHand);
+            plot->updateSens(1);
+            QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), byHand);
+            ask([](SetRange* dialog) {
+                dialog->findChild<QPushButton*>(QStringLiteral("buttonAutomatic"))->click();
+            });
+            QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), automatic);
+        }
     }
 
 private:

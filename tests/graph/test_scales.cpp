@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(shown(scaler, 2), (Range{850, 900}));
         scaler.setZoomOut();
         QCOMPARE(shown(scaler, 1), (Range{3.5, 9.5}));
-        QCOMPARE(shown(scaler, 2), (Range{890, 1010}));
+        QCOMPARE(shown(scaler, 2), (Range{800, 1100}));
     }
 
     void zoomOnARangeWithoutWidthChangesNothing()
@@ -133,23 +133,62 @@ private Q_SLOTS:
         QCOMPARE(shown(scaler, 1), (Range{3.5, 9.5}));
     }
 
-    void classRangesAreCommon()
+    void channelsOfOneQuantityShareAScale_data()
+    {
+        using Ids = QVector<int>;
+        columns<Ids, QVector<Range>, QVector<Range>>({"ids", "channels", "scales"});
+        row("two kinds of thermometer", Ids{SENSOR_AMB_TEMP, SENSOR_EXT_TEMP},
+            QVector<Range>{{22, 22}, {70, 74}}, QVector<Range>{{19, 77}, {19, 77}});
+        row("steady", Ids{SENSOR_HUMIDITY, SENSOR_HUMIDITY}, QVector<Range>{{40, 40}, {40, 40}},
+            QVector<Range>{{35, 45}, {35, 45}});
+        row("one without samples asks for no room", Ids{SENSOR_BAROMETER, SENSOR_BAROMETER},
+            QVector<Range>{{900, 1000}, {}}, QVector<Range>{{890, 1010}, {890, 1010}});
+        row("one unit, two quantities", Ids{SENSOR_VOLTAGE, SENSOR_MICROPHONE},
+            QVector<Range>{{-20, 20}, {1, 2}}, QVector<Range>{{-24, 24}, {0.9, 2.1}});
+        row("columns of a spreadsheet", Ids{SENSOR_SPECIAL, SENSOR_SPECIAL},
+            QVector<Range>{{30, 30}, {-5, 5}}, QVector<Range>{{28.5, 31.5}, {-6, 6}});
+    }
+
+    void channelsOfOneQuantityShareAScale()
+    {
+        const auto [ids, channels, scales] =
+            fetched<QVector<int>, QVector<Range>, QVector<Range>>({"ids", "channels", "scales"});
+        ExpData data;
+        fill(data, ids, channels);
+        for (int i = 0; i < ids.size(); ++i) {
+            if (ids[i] == SENSOR_SPECIAL)
+                data.addSpecialSensorData(QStringLiteral("T%1").arg(i), QStringLiteral("°C"), i, channels[i]);
+        }
+        for (const bool isClass : {false, true}) {
+            scaleManager scaler;
+            scaler.setScales(&data, isClass);
+            QCOMPARE((QVector<Range>{shown(scaler, 0), shown(scaler, 1)}), scales);
+            isClass ? scaler.updateClassScales(&data) : scaler.updateScales(&data);
+            QCOMPARE((QVector<Range>{shown(scaler, 0), shown(scaler, 1)}), scales);
+            QCOMPARE((Range{scaler.scales[0]->scaleFullMin, scaler.scales[0]->scaleFullMax}), scales[0]);
+        }
+    }
+
+    void aRangeFixedForTheClassHoldsUntilItIsReleased()
     {
         ExpData data;
-        fill(data, {SENSOR_HUMIDITY, SENSOR_HUMIDITY, SENSOR_PH}, {{10, 60}, {30, 90}, {4, 9}});
-        for (int i = 0; i < 2; ++i) {
-            data.getSens(i)->readClassMinMax = true;
-            data.getSens(i)->classMinView = 10;
-            data.getSens(i)->classMaxView = 90;
-        }
+        fill(data, {SENSOR_HUMIDITY, SENSOR_HUMIDITY}, {{10, 60}, {30, 90}});
         scaleManager scaler;
         scaler.setScales(&data, true);
-        QCOMPARE(shown(scaler, 0), (Range{10, 90}));
-        QVERIFY(!scaler.scales[0]->isUserScale());
-        data.getSens(1)->classMaxView = 95;
-        scaler.setZoom(0, 20, 30);
+        data.getSens(1)->classMinView = 20;
+        data.getSens(1)->classMaxView = 40;
+        data.getSens(1)->readClassSetMinMax = true;
         scaler.updateClassScales(&data);
-        QCOMPARE(shown(scaler, 1), (Range{10, 95}));
+        QCOMPARE(shown(scaler, 0), (Range{20, 40}));
+        scaler.setZoom(0, 30, 35); // the height counts, and lasts
+        scaler.updateClassScales(&data);
+        QCOMPARE(shown(scaler, 1), (Range{30, 35}));
+        QCOMPARE(shown(scaler, 0), (Range{30, 35}));
+        scaler.setZoomOut();
+        QCOMPARE(shown(scaler, 1), (Range{20, 40}));
+        data.getSens(1)->readClassSetMinMax = false;
+        scaler.updateClassScales(&data);
+        QCOMPARE(shown(scaler, 1), (Range{5, 96}));
     }
 
     void repeatedRunKeepsTheScaleOfTheFirst()
