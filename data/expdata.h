@@ -117,6 +117,8 @@ public:
     void joinChannel(int channel, const SensorPtr& kind, const ExpData& from);
     /// The channel of the average; that before the derived ones.
     int meanIndex() const;
+    /// The channel is the average of the others.
+    bool isAverage(int channel) const { return isAveraged && channel == meanIndex(); }
     /// All groups measure the same, if with different sensors.
     bool isOfOneKind() const;
     /// The average of light and acidity, which no file and no table shall hold.

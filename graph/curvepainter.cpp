@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include <QPainter>
+
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -91,11 +93,32 @@ int lastFinite(const double* y, int from, int to)
     return to > from ? to - 1 : -1;
 }
 
-// The nearest whole row; a cast is cheaper than floor() and cuts the same way above 0.
-int roundRow(double row)
+// Casts are cheaper than floor() and cut the same way above 0.
+constexpr int lift = 1 << 20;
+
+int floorRow(double row)
 {
-    constexpr int lift = 1 << 20;
-    return int(row + (lift + 0.5)) - lift;
+    return int(row + lift) - lift;
+}
+
+int ceilRow(double row)
+{
+    return -floorRow(-row);
+}
+
+// How much of the rows above `row` an edge leaves free that goes from nothing at `start` to all `ramp` rows
+// on.
+double coveredAbove(double row, double start, double ramp)
+{
+    const double past = row - start;
+    if (past <= 0)
+        return 0;
+    return past < ramp ? past * past / (2 * ramp) : past - ramp / 2;
+}
+
+double coverOf(int row, double start, double ramp)
+{
+    return coveredAbove(row + 1, start, ramp) - coveredAbove(row, start, ramp);
 }
 
 } // namespace
@@ -202,8 +225,8 @@ void CurvePainter::coverSegment(const double* y, int i, int j, int fromColumn, i
 void CurvePainter::widen(const Curve& curve, const QwtScaleMap& yMap, int penWidth)
 {
     const Line row = rowLine(yMap, curve.unit);
-    const double above = canvas.top() - 2.0 * maxPenWidth;
-    const double below = canvas.bottom() + 2.0 * maxPenWidth;
+    const double above = topLimit();
+    const double below = bottomLimit();
     upper.fill(infinity, columnCount);
     lower.fill(-infinity, columnCount);
     for (int k = 0; k < columnCount; ++k) {
@@ -232,25 +255,180 @@ void CurvePainter::widen(const Curve& curve, const QwtScaleMap& yMap, int penWid
         }
     }
     const double middle = penWidth % 2 ? 0.5 : 0.0;
-    tops.resize(count);
-    bottoms.resize(count);
+    ramps.resize(count);
     for (int k = 0; k < count; ++k) {
-        if (penUpper[k] > penLower[k]) {
-            tops[k] = bottoms[k] = 0;
+        ramps[k] = 0;
+        if (penUpper[k] > penLower[k])
             continue;
+        // An even pen lies half a pixel to the right, as it lies half a pixel down.
+        const int at = k + margin;
+        const int next = penWidth % 2 ? at : at + 1;
+        const double ramp =
+            rampAt(at, penWidth / 2) > 0 ? (lower[at] - upper[at] + lower[next] - upper[next]) / 2 : 0;
+        if (ramp > 0) { // a slanting line of the pen's width
+            const double centre = (upper[at] + lower[at] + upper[next] + lower[next]) / 4;
+            const double half = (penWidth * std::sqrt(1 + ramp * ramp) + ramp) / 2;
+            penUpper[k] = centre - half;
+            penLower[k] = centre + half;
+            ramps[k] = ramp;
         }
-        const int top = roundRow(penUpper[k] + middle);
-        const int bottom = std::max(top + 1, roundRow(penLower[k] + middle));
-        tops[k] = std::max(top, canvas.top());
-        bottoms[k] = std::min(bottom, canvas.bottom() + 1);
+        penUpper[k] += middle;
+        penLower[k] += middle;
+        if (penLower[k] - penUpper[k] < penWidth)
+            penLower[k] = penUpper[k] + penWidth;
     }
 }
 
-void CurvePainter::dash(int penWidth)
+// How many rows a curve that goes on in one direction rises or falls within a column; 0 where it turns, as
+// noise does in every column: there the edges are level.
+double CurvePainter::rampAt(int k, int reach) const
 {
+    constexpr double overlap = 0.5; // rows
+    const double rows = lower[k] - upper[k];
+    const int away = reach + 1;
+    if (!(rows > 0) || upper[k] <= topLimit() || lower[k] >= bottomLimit() || k < away ||
+        k + away >= columnCount)
+        return 0;
+    bool rises = true;
+    bool falls = true;
+    for (int i = k - away; i < k + away; ++i) {
+        if (!(upper[i] <= lower[i]) || !(upper[i + 1] <= lower[i + 1]))
+            return 0;
+        rises = rises && lower[i + 1] <= upper[i] + overlap && upper[i + 1] <= upper[i];
+        falls = falls && upper[i + 1] >= lower[i] - overlap && lower[i + 1] >= lower[i];
+    }
+    return rises || falls ? rows : 0;
+}
+
+void CurvePainter::dash(const Pen& pen)
+{
+    double whole = 0;
+    for (const qreal dash : pen.dashes)
+        whole += dash * pen.dashUnit;
+    if (!(whole >= 1))
+        return;
+    for (int k = 0; k < penUpper.size(); ++k) {
+        double along = std::fmod(canvas.left() + k, whole); // at the same places in a part of the canvas
+        int part = 0;
+        while (along >= pen.dashes[part] * pen.dashUnit)
+            along -= pen.dashes[part++] * pen.dashUnit;
+        if (part % 2) {
+            penUpper[k] = infinity;
+            penLower[k] = -infinity;
+        }
+    }
+}
+
+// The tip of a spike has nothing beside it that a smooth edge could go on to, and noise is all spikes: whole
+// rows do there.
+void CurvePainter::roundSpikes(QVector<double>& edge)
+{
+    constexpr double nearRows = 1.5;
+    double before = infinity;
+    for (int k = 0; k < edge.size(); ++k) {
+        const double own = edge[k];
+        const double after = k + 1 < edge.size() ? edge[k + 1] : infinity;
+        if (ramps[k] == 0 && std::isfinite(own) && !(std::abs(own - before) < nearRows) &&
+            !(std::abs(own - after) < nearRows))
+            edge[k] = floorRow(own + 0.5);
+        before = own;
+    }
+}
+
+// The rows of each column that are covered in full.
+void CurvePainter::findWhole()
+{
+    const int count = penUpper.size();
+    tops.resize(count);
+    bottoms.resize(count);
+    for (int k = 0; k < count; ++k) {
+        tops[k] = bottoms[k] = canvas.top();
+        if (penUpper[k] > penLower[k])
+            continue;
+        constexpr double hair = 0.5 / Spans::levels;
+        const int top = std::max(ceilRow(penUpper[k] + ramps[k] - hair), canvas.top());
+        const int bottom = std::min(floorRow(penLower[k] - ramps[k] + hair), canvas.bottom() + 1);
+        tops[k] = std::min(top, canvas.bottom() + 1);
+        bottoms[k] = std::max(bottom, tops[k]);
+    }
+}
+
+void CurvePainter::Spans::add(int level, int column, int top, int bottom)
+{
+    QVector<QRect>& rects = level < levels ? part[level] : whole;
+    QRect* const last = rects.isEmpty() ? nullptr : &rects.last();
+    if (last && last->top() == top && last->bottom() == bottom - 1 && last->right() == column - 1)
+        last->setRight(column);
+    else
+        rects.append(QRect(column, top, 1, bottom - top));
+}
+
+void CurvePainter::Spans::clear()
+{
+    whole.resize(0);
+    for (QVector<QRect>& rects : part)
+        rects.resize(0);
+}
+
+void CurvePainter::Spans::paint(QPainter* painter, const QColor& color) const
+{
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(color);
+    painter->drawRects(whole);
+    QColor shade = color;
+    for (int level = 1; level < levels; ++level) {
+        shade.setAlphaF(color.alphaF() * level / levels);
+        if (part[level].isEmpty())
+            continue;
+        painter->setBrush(shade);
+        painter->drawRects(part[level]);
+    }
+}
+
+// First all upper edges and then all lower ones, so that equal neighbours follow each other.
+void CurvePainter::collectEdges()
+{
+    const auto collectRows = [this](int k, int from, int to) {
+        const double start = penUpper[k];
+        const double end = -penLower[k]; // turned around, the lower edge is an upper one
+        int runLevel = 0;
+        int runTop = from;
+        for (int row = from; row <= to; ++row) {
+            int level = 0;
+            if (row < to) {
+                const double covered = coverOf(row, start, ramps[k]) + coverOf(-row - 1, end, ramps[k]) - 1;
+                level = std::clamp(int(covered * Spans::levels + 0.5), 0, Spans::levels);
+            }
+            if (row > from && level == runLevel && row < to)
+                continue;
+            if (row > from && runLevel > 0)
+                result.add(runLevel, canvas.left() + k, runTop, row);
+            runLevel = level;
+            runTop = row;
+        }
+    };
+    const auto collectLevel = [this](int k, int row, double covered) {
+        const int level = int(covered * Spans::levels + 0.5);
+        if (level > 0)
+            result.add(level, canvas.left() + k, row, row + 1);
+    };
     for (int k = 0; k < tops.size(); ++k) {
-        if ((canvas.left() + k) / (4 * penWidth) % 2) // at the same places in a part of the canvas
-            bottoms[k] = tops[k];
+        if (penUpper[k] > penLower[k])
+            continue;
+        const int from = std::max(floorRow(penUpper[k]), canvas.top());
+        if (ramps[k] > 0 || tops[k] >= bottoms[k])
+            collectRows(k, from, tops[k]);
+        else if (from < tops[k])
+            collectLevel(k, from, from + 1 - penUpper[k]);
+    }
+    for (int k = 0; k < tops.size(); ++k) {
+        if (penUpper[k] > penLower[k])
+            continue;
+        const int to = std::min(ceilRow(penLower[k]), canvas.bottom() + 1);
+        if (ramps[k] > 0 || tops[k] >= bottoms[k])
+            collectRows(k, bottoms[k], to);
+        else if (bottoms[k] < to)
+            collectLevel(k, bottoms[k], penLower[k] - bottoms[k]);
     }
 }
 
@@ -261,7 +439,7 @@ void CurvePainter::collectColumns(const int* top, const int* bottom, int first, 
         while (next < last && top[next] == top[k] && bottom[next] == bottom[k])
             ++next;
         if (top[k] < bottom[k])
-            rects.append(QRect(canvas.left() + k, top[k], next - k, bottom[k] - top[k]));
+            result.whole.append(QRect(canvas.left() + k, top[k], next - k, bottom[k] - top[k]));
         k = next;
     }
 }
@@ -270,7 +448,7 @@ void CurvePainter::collectColumns(const int* top, const int* bottom, int first, 
 // once, which writes whole cache lines, and only the ragged ends column by column.
 void CurvePainter::collect()
 {
-    rects.resize(0);
+    result.clear();
     const int count = tops.size();
     capTops.resize(count);
     capBottoms.resize(count);
@@ -282,7 +460,7 @@ void CurvePainter::collect()
             collectColumns(tops.constData(), bottoms.constData(), first, last);
             continue;
         }
-        rects.append(QRect(canvas.left() + first, coreTop, last - first, coreBottom - coreTop));
+        result.whole.append(QRect(canvas.left() + first, coreTop, last - first, coreBottom - coreTop));
         std::fill(capTops.begin() + first, capTops.begin() + last, coreBottom);
         std::fill(capBottoms.begin() + first, capBottoms.begin() + last, coreTop);
         collectColumns(tops.constData(), capBottoms.constData(), first, last);
@@ -290,15 +468,18 @@ void CurvePainter::collect()
     }
 }
 
-const QVector<QRect>& CurvePainter::spans(const Curve& curve, const QwtScaleMap& yMap, const Pen& pen)
+const CurvePainter::Spans& CurvePainter::spans(const Curve& curve, const QwtScaleMap& yMap, const Pen& pen)
 {
-    const int penWidth = std::clamp(pen.width, 1, maxPenWidth);
     cover(curve);
-    widen(curve, yMap, penWidth);
-    if (pen.dashed)
-        dash(penWidth);
+    widen(curve, yMap, std::clamp(pen.width, 1, maxPenWidth));
+    if (!pen.dashes.isEmpty())
+        dash(pen);
+    roundSpikes(penUpper);
+    roundSpikes(penLower);
+    findWhole();
     collect();
-    return rects;
+    collectEdges();
+    return result;
 }
 
 const QVector<QPointF>& CurvePainter::symbolPositions(const Curve& curve, const QwtScaleMap& xMap,

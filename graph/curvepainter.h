@@ -10,13 +10,15 @@
 
 #include "sensors/sensor.h"
 
+class QPainter;
+
 /// Turns the samples of a time plot into the rectangles to fill, at a cost that follows the width of the
 /// canvas: for each pixel column the stretch that the curve covers there, segments across columns included,
 /// so that no peak is lost. One painter serves all curves of a graph and keeps its buffers from frame to
 /// frame.
 ///
 /// A wide pen of the raster engine costs about a microsecond a segment; a filled column costs some tens of
-/// nanoseconds. The fill imitates a round pen without antialiasing.
+/// nanoseconds. The fill imitates a round antialiased pen.
 class CurvePainter
 {
 public:
@@ -34,7 +36,19 @@ public:
     struct Pen
     {
         int width = 1;
-        bool dashed = false; ///< four widths on, four off
+        QVector<qreal> dashes; ///< on, off, ... in units of dashUnit; none for a whole line
+        int dashUnit = 1;
+    };
+    /// What to fill, none overlapping another: whole pixels, and those at the edges by how much is covered.
+    struct Spans
+    {
+        static constexpr int levels = 8;
+        QVector<QRect> whole;
+        QVector<QRect> part[levels]; ///< at place k covered by k/levels; the first is never used
+
+        void paint(QPainter* painter, const QColor& color) const;
+        void clear();
+        void add(int level, int column, int top, int bottom);
     };
 
     static constexpr int maxPenWidth = 24;
@@ -47,8 +61,8 @@ public:
     /// The data may change from now on.
     void forget() { times = nullptr; }
 
-    /// The rectangles of a curve, none overlapping another; valid until the next call.
-    const QVector<QRect>& spans(const Curve& curve, const QwtScaleMap& yMap, const Pen& pen);
+    /// The rectangles of a curve; valid until the next call.
+    const Spans& spans(const Curve& curve, const QwtScaleMap& yMap, const Pen& pen);
     /// Samples that no line led to in the last call of spans().
     const QVector<int>& lonely() const { return singles; }
     /// Where to put symbols: every sample, or where they crowd the lowest and highest of each column.
@@ -61,7 +75,13 @@ private:
     bool isJoined(const Curve& curve, int i, int j) const;
     void coverSegment(const double* y, int i, int j, int fromColumn, int toColumn);
     void widen(const Curve& curve, const QwtScaleMap& yMap, int penWidth);
-    void dash(int penWidth);
+    double topLimit() const { return canvas.top() - 2.0 * maxPenWidth; } ///< rows beyond are not told apart
+    double bottomLimit() const { return canvas.bottom() + 2.0 * maxPenWidth; }
+    double rampAt(int k, int reach) const;
+    void dash(const Pen& pen);
+    void roundSpikes(QVector<double>& edge);
+    void findWhole();
+    void collectEdges();
     void collect();
     void collectColumns(const int* tops, const int* bottoms, int first, int last);
 
@@ -78,9 +98,10 @@ private:
     QVector<double> lows, highs;  ///< the stretch covered, stored values; low above high where none is
     QVector<double> upper, lower; ///< the same in pixel rows
     QVector<double> penUpper, penLower; ///< one entry per canvas column, the pen's width included
-    QVector<int> tops, bottoms;         ///< the same in whole rows; empty where bottom is not below top
+    QVector<double> ramps;              ///< rows over which the edges of the column go from nothing to all
+    QVector<int> tops, bottoms;         ///< the whole rows; none where bottom is not below top
     QVector<int> capTops, capBottoms;
-    QVector<QRect> rects;
+    Spans result;
     QVector<QPointF> points;
     QVector<int> singles;
 };

@@ -19,6 +19,8 @@ namespace {
 constexpr int symbolSize = 10;
 constexpr QSize legendIconSize(22, 10);
 const QString groupEnd = QStringLiteral(" - "); // of a group's name before that of its sensor
+constexpr double curvesZ = 20;                  // as the plot library has it
+constexpr double averageZ = 21;
 
 int idOf(const SensorPtr& sensor)
 {
@@ -88,14 +90,17 @@ void GraphCurves::rebuildEntries()
 {
     QVector<QColor> before;
     for (const myPlotCurve* curve : qAsConst(curves))
-        before.append(curve->getColor());
+        before.append(curve->isUserColor() ? curve->getColor() : QColor());
     isLegendOnly = true;
     drop();
     setActive(activeSens);
     for (int i = 0; i < data.getNSens(); ++i) {
         auto* entry = new myPlotCurve(&data, &scaler, i, columnPainter.get());
         curves.append(entry);
-        entry->setColor(i < before.size() ? before[i] : ColorScale::myColors(i));
+        if (before.value(i).isValid())
+            entry->setColor(before[i]);
+        else
+            entry->setOwnColor(ColorScale::myColors(i));
         setEntryPen(i);
         QwtText title(name(i), QwtText::PlainText);
         title.setColor(ink);
@@ -114,7 +119,8 @@ void GraphCurves::keepLooks()
     if (data.getXSize() == 0)
         looks.clear();
     for (int i = 0; i < curves.size(); ++i) {
-        const Look look{curves[i]->getChannel(), curves[i]->getMode(), curves[i]->getColor()};
+        const Look look{curves[i]->getChannel(), curves[i]->getMode(),
+                        curves[i]->isUserColor() ? curves[i]->getColor() : QColor()};
         before.append(look);
         if (data.getXSize() == 0)
             continue;
@@ -224,7 +230,7 @@ void GraphCurves::renewAverage()
         curves[mean]->setMode(isMixed ? CURVE_HIDDEN : CURVE_LINE);
         design(mean);
     }
-    if (curves[mean]->title().text() == name(mean))
+    if (curves[mean]->title().text() == name(mean) && isAverage(mean) == hasAverageLook)
         return;
     setPen(mean);
     axes.setDue();
@@ -239,7 +245,24 @@ QColor GraphCurves::colorOf(int i) const
     const int colorimeter = data.hasColorimeter();
     if (colorimeter >= 0)
         return ColorScale::myColorsForColorimeter(i, colorimeter);
-    return curves[i]->isUserColor() ? curves[i]->getColor() : ColorScale::myColors(i);
+    if (curves[i]->isUserColor())
+        return curves[i]->getColor();
+    return isAverage(i) ? ColorScale::averageColor() : ColorScale::myColors(i);
+}
+
+bool GraphCurves::isAverage(int i) const
+{
+    return index < 0 && data.isAverage(i);
+}
+
+QVector<qreal> GraphCurves::dashesOf(int i) const
+{
+    if (data.isRepeatMode())
+        return i < data.getNSens() / 2 ? QVector<qreal>{4, 4} : QVector<qreal>();
+    QVector<QColor> colors;
+    for (int k = 0; k <= i; ++k)
+        colors.append(colorOf(k));
+    return ColorScale::dashes(colors, i);
 }
 
 QColor GraphCurves::inkOf(int i) const
@@ -266,14 +289,20 @@ QPen GraphCurves::pen(int i) const
 void GraphCurves::setPen(int i)
 {
     myPlotCurve* const curve = curves[i];
+    if (i == data.meanIndex())
+        hasAverageLook = isAverage(i);
     QwtText title(name(i), QwtText::PlainText);
     title.setColor(inkOf(i));
     if (curve->isVisible()) {
-        curve->setColor(colorOf(i));
-        QPen pen(curve->getColor(), penWidth(i));
-        if (data.isRepeatMode() && i < data.getNSens() / 2)
-            pen.setDashPattern({4, 4});
+        if (!curve->isUserColor())
+            curve->setOwnColor(colorOf(i));
+        QPen pen(colorOf(i), penWidth(i));
+        const QVector<qreal> dashes = dashesOf(i);
+        if (!dashes.isEmpty())
+            pen.setDashPattern(dashes);
         curve->setPen(pen);
+        curve->setCasing(isAverage(i) ? ColorScale::averageCasing() : QColor());
+        curve->setZ(isAverage(i) ? averageZ : curvesZ);
     } else {
         curve->setPen(QPen(Qt::transparent, 0));
     }
@@ -283,11 +312,14 @@ void GraphCurves::setPen(int i)
 
 double GraphCurves::penWidth(int i) const
 {
-    return (i == activeSens ? widthActive : width) * GraphFonts::growth(plot.height());
+    const int own = isAverage(i) ? widthActive + 2 : i == activeSens ? widthActive : width;
+    return own * GraphFonts::growth(plot.height());
 }
 
 void GraphCurves::setEntryPen(int i)
 {
+    if (!curves[i]->isUserColor())
+        curves[i]->setOwnColor(ColorScale::myColors(i));
     curves[i]->setPen(QPen(curves[i]->getColor(), penWidth(i)));
 }
 
@@ -299,6 +331,12 @@ void GraphCurves::designPens()
         else
             setPen(i);
     }
+}
+
+void GraphCurves::designAll()
+{
+    for (int i = 0; i < curves.size(); ++i)
+        design(i);
 }
 
 void GraphCurves::design(int i)

@@ -48,6 +48,7 @@ public:
     void rotateMode(int i);
     /// Pen, symbol and whether it is drawn.
     void design(int i);
+    void designAll();
     void designPens();
     /// Of the names in the legend.
     void setInk(const QColor& color);
@@ -76,6 +77,8 @@ private:
     void add(int i);
     bool isHiddenAtFirst(int i) const;
     QColor colorOf(int i) const;
+    bool isAverage(int i) const;
+    QVector<qreal> dashesOf(int i) const;
     QColor inkOf(int i) const;
     double penWidth(int i) const;
     void setPen(int i);
@@ -97,4 +100,5 @@ private:
     QColor ink;
     bool isLegendOnly = false;
     bool isAverageMixed = false; ///< when it was looked at last
+    bool hasAverageLook = false; ///< it becomes one with its first value
 };

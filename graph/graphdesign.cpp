@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "graph/contrast.h"
+
 namespace {
 
 constexpr int leastPixels = 8;
@@ -18,13 +20,12 @@ constexpr double partOfSmall = 26;  // and at most this of a small one
 
 bool GraphDesign::isDark(const QColor& ground)
 {
-    constexpr int evenContrast = 118; // to black and to white
-    return qGray(ground.rgb()) < evenContrast;
+    return Contrast::isDark(ground);
 }
 
 QColor GraphDesign::inkOn(const QColor& ground)
 {
-    return isDark(ground) ? QColor(0xf4, 0xf6, 0xf8) : QColor(0x1b, 0x27, 0x33);
+    return Contrast::inkOn(ground);
 }
 
 double GraphDesign::contrast(const QColor& a, const QColor& b)

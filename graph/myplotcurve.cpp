@@ -7,12 +7,18 @@
 #include <cmath>
 #include <limits>
 
+#include <qwt_clipper.h>
+#include <qwt_graphic.h>
+#include <qwt_plot.h>
 #include <qwt_scale_map.h>
 #include <qwt_symbol.h>
 
 #include "data/expdata.h"
+#include "graph/contrast.h"
 #include "graph/curvepainter.h"
+#include "graph/graphdesign.h"
 #include "graph/scalemanager.h"
+#include "graph/strokemask.h"
 
 namespace {
 
@@ -45,47 +51,43 @@ bool isOnScreen(const QPainter* painter)
            painter->worldTransform().type() <= QTransform::TxTranslate;
 }
 
-// The columns that can be seen: a frame of a run repaints few of them.
+// The columns that can be seen and one more on each side, which the edges of the others go on to: a frame of
+// a run repaints few of them.
 QRect shownPart(const QPainter* painter, const QRectF& canvas)
 {
     const QRect all = canvas.toAlignedRect();
-    return painter->hasClipping() ? all & painter->clipBoundingRect().toAlignedRect() : all;
+    return painter->hasClipping() ? all & painter->clipBoundingRect().toAlignedRect().adjusted(-1, 0, 1, 0)
+                                  : all;
 }
 
-// The rim of a round brush of `width` pixels, as offsets from the line. Thin lines drawn at all of them look
-// like the wide line, at a fraction of its cost.
-QVector<QPointF> brushRim(int width)
+// Device pixels per coordinate, on screens that are scaled.
+double deviceRatio(const QPainter* painter)
 {
-    QVector<QPointF> rim;
-    for (int row = 0; row < width; ++row) {
-        const double offset = row - (width - 1) / 2.0;
-        const double half = std::sqrt(width * width / 4.0 - offset * offset);
-        const int left = int(std::floor(width / 2.0 - half + 0.5));
-        const int right = width - 1 - left;
-        rim.append(QPointF(left - width / 2, row - width / 2));
-        if (right > left)
-            rim.append(QPointF(right - width / 2, row - width / 2));
-    }
-    return rim;
+    const double ratio = painter->deviceTransform().m11() / painter->worldTransform().m11();
+    return ratio > 0 ? ratio : 1;
 }
 
-// Lines of this many segments or more are drawn with the rim; below it the engine's own wide line looks
-// better.
-constexpr int manySegments = 200;
-
-void drawPolyline(QPainter* painter, const QPolygonF& line)
+QwtScaleMap inDevicePixels(QwtScaleMap map, double ratio)
 {
-    const QPen pen = painter->pen();
-    if (line.size() < manySegments || pen.width() <= 1 || pen.style() != Qt::SolidLine) {
-        painter->drawPolyline(line);
-        return;
-    }
-    painter->save();
-    painter->setPen(QPen(pen.color(), 0));
-    const QVector<QPointF> rim = brushRim(pen.width());
-    for (const QPointF& offset : rim)
-        painter->drawPolyline(line.translated(offset));
-    painter->restore();
+    map.setPaintInterval(map.p1() * ratio, map.p2() * ratio);
+    return map;
+}
+
+int casingWidth(double penWidth)
+{
+    return 1 + int(penWidth / 4);
+}
+
+QPen roundPen(QPen pen, const QColor& color, double width)
+{
+    // Dashes are counted in widths of the pen.
+    QVector<qreal> dashes = pen.style() == Qt::CustomDashLine ? pen.dashPattern() : QVector<qreal>();
+    for (qreal& dash : dashes)
+        dash *= pen.widthF() / width;
+    QPen result(color, width, Qt::SolidLine, dashes.isEmpty() ? Qt::RoundCap : Qt::FlatCap, Qt::RoundJoin);
+    if (!dashes.isEmpty())
+        result.setDashPattern(dashes);
+    return result;
 }
 
 } // namespace
@@ -161,14 +163,24 @@ QVector<myPlotCurve::Stretch> myPlotCurve::stretches(int from, int to) const
     return result;
 }
 
+QColor myPlotCurve::casingOn(const QPainter* painter) const
+{
+    if (fixedCasing.isValid())
+        return fixedCasing;
+    const bool isPaper = !isOnScreen(painter) || !plot();
+    return Contrast::casingFor(pen().color(),
+                               isPaper ? QColor(Qt::white) : plot()->canvasBackground().color());
+}
+
 /// Samples without a neighbour, which no line shows.
 void myPlotCurve::drawPoints(QPainter* painter, const QVector<QPointF>& places) const
 {
     constexpr int pointSize = 8;
     if (places.isEmpty())
         return;
-    const QwtSymbol point(QwtSymbol::Diamond, pen().color(), QPen(pen().color(), 1),
-                          QSize(pointSize, pointSize));
+    const QColor casing = casingOn(painter);
+    const QwtSymbol point(QwtSymbol::Diamond, pen().color(),
+                          QPen(casing.isValid() ? casing : pen().color(), 1), QSize(pointSize, pointSize));
     point.drawSymbols(painter, places.constData(), places.size());
 }
 
@@ -177,45 +189,169 @@ bool myPlotCurve::paintsByColumns(QPainter* painter, const QwtScaleMap& xMap, co
     return columns && isOnScreen(painter) && !data->isXYPlot() && CurvePainter::canPaint(xMap, yMap);
 }
 
+/// The samples on the canvas and one more on each side.
+myPlotCurve::Stretch myPlotCurve::inSight(const QwtScaleMap& xMap, int from, int to) const
+{
+    const QVector<double>& x = data->getX();
+    to = std::min({to, data->getYSize(iData) - 1, x.size() - 1});
+    if (data->isXYPlot() || xMap.s1() > xMap.s2() || from > to)
+        return {from, to};
+    const auto first = std::lower_bound(x.cbegin() + from, x.cbegin() + to + 1, xMap.s1());
+    const auto last = std::upper_bound(first, x.cbegin() + to + 1, xMap.s2());
+    return {std::max(from, int(first - x.cbegin()) - 1), std::min(to, int(last - x.cbegin()))};
+}
+
 void myPlotCurve::drawCurve(QPainter* painter, int style, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
                             const QRectF& canvasRect, int from, int to) const
 {
-    const SensorPtr& sensor = data->getSens(iData);
-    if (!sensor)
+    constexpr int columnsPerSample = 8;
+    if (style != Lines || !data->getSens(iData))
         return;
-    if (style == Lines && paintsByColumns(painter, xMap, yMap)) {
-        const QVector<double>& y = data->getYNoConv(iData);
-        const int end = std::min({to + 1, y.size(), data->getXSize()});
-        columns->setTime(data->getX(), xMap, shownPart(painter, canvasRect));
-        const bool dashed = pen().style() != Qt::SolidLine;
-        const QVector<QRect>& spans = columns->spans(
-            {y.constData(), from, end, sensor->altUnit(), longestLine()}, yMap, {pen().width(), dashed});
-        painter->setPen(Qt::NoPen);
-        painter->setBrush(pen().color());
-        painter->drawRects(spans);
-        QVector<QPointF> places;
-        for (const int i : columns->lonely())
-            places.append({xMap.transform(data->getXAt(i)), yMap.transform(data->getYAt(iData, i))});
-        drawPoints(painter, places);
-    } else if (style == Lines && isOnScreen(painter) && data->isXYPlot()) {
-        drawXYPath(painter, xMap, yMap, from, to);
-    } else {
-        for (const Stretch& part : stretches(from, to)) {
-            QwtPlotCurve::drawCurve(painter, style, xMap, yMap, canvasRect, part.from, part.to);
-            const QPointF first = sample(part.from);
-            if (style == Lines && part.from == part.to)
-                drawPoints(painter, {{xMap.transform(first.x()), yMap.transform(first.y())}});
-        }
+    const Stretch shown = inSight(xMap, from, to);
+    const bool isSparse = (shown.to - shown.from) * columnsPerSample < canvasRect.width();
+    if (!isSparse && paintsByColumns(painter, xMap, yMap))
+        paintColumns(painter, xMap, yMap, canvasRect, from, to);
+    else
+        strokeLines(painter, xMap, yMap, canvasRect, shown.from, shown.to);
+}
+
+void myPlotCurve::paintColumns(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                               const QRectF& canvasRect, int from, int to) const
+{
+    const QVector<double>& y = data->getYNoConv(iData);
+    const int end = std::min({to + 1, y.size(), data->getXSize()});
+    const double ratio = deviceRatio(painter);
+    const QwtScaleMap xDevice = inDevicePixels(xMap, ratio);
+    const QwtScaleMap yDevice = inDevicePixels(yMap, ratio);
+    const QRectF part = shownPart(painter, canvasRect);
+    const QRect canvas = QRectF(part.topLeft() * ratio, part.size() * ratio).toAlignedRect();
+    const CurvePainter::Curve curve{y.constData(), from, end, data->getSens(iData)->altUnit(), longestLine()};
+    const int width = std::max(1, qRound(pen().widthF() * ratio));
+    const QVector<qreal> dashes = pen().style() == Qt::SolidLine ? QVector<qreal>() : pen().dashPattern();
+    columns->setTime(data->getX(), xDevice, canvas);
+    painter->save();
+    if (ratio != 1)
+        painter->scale(1 / ratio, 1 / ratio);
+    const QColor casing = casingOn(painter);
+    if (casing.isValid()) {
+        const int wider = width + 2 * qRound(casingWidth(pen().widthF()) * ratio);
+        columns->spans(curve, yDevice, {wider, dashes, width}).paint(painter, casing);
     }
+    columns->spans(curve, yDevice, {width, dashes, width}).paint(painter, pen().color());
+    painter->restore();
+    QVector<QPointF> places;
+    for (const int i : columns->lonely())
+        places.append(place(i, xMap, yMap));
+    drawPoints(painter, places);
+}
+
+QPointF myPlotCurve::place(int i, const QwtScaleMap& xMap, const QwtScaleMap& yMap) const
+{
+    const QPointF value = sample(i);
+    return {xMap.transform(value.x()), yMap.transform(value.y())};
+}
+
+/// Few samples, other sensors on the x axis, and paper.
+void myPlotCurve::strokeLines(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                              const QRectF& canvasRect, int from, int to) const
+{
+    QVector<QPointF> singles;
+    QVector<QPolygonF> lines;
+    for (const Stretch& part : stretches(from, to)) {
+        QPolygonF line;
+        for (int i = part.from; i <= part.to; ++i)
+            line.append(place(i, xMap, yMap));
+        if (line.size() == 1)
+            singles.append(line);
+        else
+            lines.append(line);
+    }
+    if (data->isXYPlot() && isOnScreen(painter) && pen().style() == Qt::SolidLine) {
+        strokeDense(painter, lines, canvasRect);
+    } else {
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setBrush(Qt::NoBrush);
+        if (isOnScreen(painter))
+            painter->translate(0.5, 0.5); // coordinates are the middle of pixels
+        const double width = pen().widthF();
+        const QColor casing = casingOn(painter);
+        const double wider = width + 2 * casingWidth(width);
+        const QRectF around = canvasRect.adjusted(-2 * wider, -2 * wider, 2 * wider, 2 * wider);
+        for (QPolygonF& line : lines)
+            line = QwtClipper::clipPolygonF(around, line);
+        if (casing.isValid()) {
+            painter->setPen(roundPen(pen(), casing, wider));
+            for (const QPolygonF& line : lines)
+                painter->drawPolyline(line);
+        }
+        painter->setPen(roundPen(pen(), pen().color(), width));
+        for (const QPolygonF& line : lines)
+            painter->drawPolyline(line);
+        painter->restore();
+    }
+    drawPoints(painter, singles);
+}
+
+void myPlotCurve::strokeDense(QPainter* painter, const QVector<QPolygonF>& lines,
+                              const QRectF& canvasRect) const
+{
+    constexpr double near = 0.3; // pixels that nobody sees
+    const double ratio = deviceRatio(painter);
+    const QRect area = QRectF(canvasRect.topLeft() * ratio, canvasRect.size() * ratio).toAlignedRect();
+    const QColor casing = casingOn(painter);
+    const double width = pen().widthF() * ratio;
+    StrokeMask curve(area);
+    StrokeMask around(area);
+    for (const QPolygonF& line : lines) {
+        QPolygonF points;
+        for (const QPointF& point : line) {
+            const QPointF device = point * ratio;
+            if (points.isEmpty() || (device - points.last()).manhattanLength() > near)
+                points.append(device);
+        }
+        curve.add(points, width);
+        if (casing.isValid())
+            around.add(points, width + 2 * casingWidth(pen().widthF()) * ratio);
+    }
+    painter->save();
+    painter->scale(1 / ratio, 1 / ratio);
+    around.paint(painter, casing);
+    curve.paint(painter, pen().color());
+    painter->restore();
+}
+
+QwtGraphic myPlotCurve::legendIcon(int index, const QSizeF& size) const
+{
+    const QColor casing =
+        fixedCasing.isValid() ? fixedCasing : Contrast::casingFor(pen().color(), GraphDesign::surroundings);
+    if (!casing.isValid() || size.isEmpty() || !testLegendAttribute(LegendShowLine))
+        return QwtPlotCurve::legendIcon(index, size);
+    QwtGraphic icon;
+    icon.setDefaultSize(size);
+    icon.setRenderHint(QwtGraphic::RenderPensUnscaled, true);
+    QPainter painter(&icon);
+    const QLineF middle(0, size.height() / 2, size.width(), size.height() / 2);
+    for (const QPen& line : {QPen(casing, pen().widthF() + 2 * casingWidth(pen().widthF())), pen()}) {
+        painter.setPen(line);
+        painter.drawLine(middle);
+    }
+    return icon;
 }
 
 void myPlotCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, const QwtScaleMap& xMap,
                               const QwtScaleMap& yMap, const QRectF& canvasRect, int from, int to) const
 {
+    constexpr int casing = 2;
     const SensorPtr& sensor = data->getSens(iData);
+    const QColor around = casingOn(painter);
+    const QwtSymbol wider(symbol.style(), around, QPen(around, casing), symbol.size());
     if (!sensor || !paintsByColumns(painter, xMap, yMap)) {
-        for (const Stretch& part : stretches(from, to))
-            QwtPlotCurve::drawSymbols(painter, symbol, xMap, yMap, canvasRect, part.from, part.to);
+        const QVector<Stretch> parts = stretches(from, to);
+        for (const QwtSymbol* each : {around.isValid() ? &wider : &symbol, &symbol}) {
+            for (const Stretch& part : parts)
+                QwtPlotCurve::drawSymbols(painter, *each, xMap, yMap, canvasRect, part.from, part.to);
+        }
         return;
     }
     const QVector<double>& y = data->getYNoConv(iData);
@@ -223,37 +359,7 @@ void myPlotCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, const 
     columns->setTime(data->getX(), xMap, shownPart(painter, canvasRect));
     const QVector<QPointF>& places =
         columns->symbolPositions({y.constData(), from, end, sensor->altUnit()}, xMap, yMap);
+    if (around.isValid())
+        wider.drawSymbols(painter, places.constData(), places.size());
     symbol.drawSymbols(painter, places.constData(), places.size());
-}
-
-// Samples that fall on the same pixel as the one before are left out.
-void myPlotCurve::drawXYPath(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap, int from,
-                             int to) const
-{
-    constexpr double farOutside = 1e6;
-    const int iX = data->getXYIndex();
-    const QVector<double>& x = data->getYNoConv(iX);
-    const QVector<double>& y = data->getYNoConv(iData);
-    const SensorPtr& xSensor = data->getSens(iX);
-    const SensorPtr& ySensor = data->getSens(iData);
-    if (!xSensor || !ySensor)
-        return;
-    const Sensor::AltUnit xUnit = xSensor->altUnit();
-    const Sensor::AltUnit yUnit = ySensor->altUnit();
-    const int end = std::min({to + 1, x.size(), y.size()});
-    QPolygonF line;
-    for (int i = from; i < end; ++i) {
-        const double column = xMap.transform(x[i] * xUnit.factor + xUnit.offset);
-        const double row = yMap.transform(y[i] * yUnit.factor + yUnit.offset);
-        if (!std::isfinite(column) || !std::isfinite(row)) {
-            drawPolyline(painter, line);
-            line.clear();
-            continue;
-        }
-        const QPointF point(std::round(std::clamp(column, -farOutside, farOutside)),
-                            std::round(std::clamp(row, -farOutside, farOutside)));
-        if (line.isEmpty() || line.last() != point)
-            line.append(point);
-    }
-    drawPolyline(painter, line);
 }

@@ -43,15 +43,21 @@ public:
     const QString& getChannel() const { return channel; }
 
     void setColor(const QColor& newColor);
+    /// A colour that the graph gave and may change again.
+    void setOwnColor(const QColor& newColor) { color = newColor; }
     QColor getColor() const { return color; }
-    /// A colour was set at all, by the user or by the graph.
+    /// The colour was chosen and stays.
     bool isUserColor() const { return userColorSet; }
+    /// What goes around the curve in any case; without one it gets a casing where its colour does not stand
+    /// out from the ground.
+    void setCasing(const QColor& always) { fixedCasing = always; }
 
     /// The curve's value at a time, in the unit on display.
     double getYForX(double x) const;
 
     void drawSeries(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
                     const QRectF& canvasRect, int from, int to) const override;
+    QwtGraphic legendIcon(int index, const QSizeF& size) const override;
 
 protected:
     void drawCurve(QPainter* painter, int style, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
@@ -68,10 +74,16 @@ private:
 
     QVector<Stretch> stretches(int from, int to) const;
     double longestLine() const;
-    void drawPoints(QPainter* painter, const QVector<QPointF>& places) const;
     bool paintsByColumns(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap) const;
-    void drawXYPath(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap, int from,
-                    int to) const;
+    Stretch inSight(const QwtScaleMap& xMap, int from, int to) const;
+    QColor casingOn(const QPainter* painter) const;
+    QPointF place(int i, const QwtScaleMap& xMap, const QwtScaleMap& yMap) const;
+    void paintColumns(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                      const QRectF& canvasRect, int from, int to) const;
+    void strokeLines(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                     const QRectF& canvasRect, int from, int to) const;
+    void strokeDense(QPainter* painter, const QVector<QPolygonF>& lines, const QRectF& canvasRect) const;
+    void drawPoints(QPainter* painter, const QVector<QPointF>& places) const;
 
     ExpData* const data;
     scaleManager* const scaler;
@@ -81,4 +93,5 @@ private:
     QString channel;
     QColor color;
     bool userColorSet = false;
+    QColor fixedCasing;
 };

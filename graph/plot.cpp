@@ -329,6 +329,8 @@ void Plot::setTextsForPaper(bool tf)
 void Plot::doUseDesignValues()
 {
     applyDesign();
+    curves->designAll();
+    kind->showColor(getActiveSens());
     replot();
 }
 

@@ -1,5 +1,6 @@
 #include "setup/designpage.h"
 
+#include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -8,6 +9,7 @@
 #include <QScopedValueRollback>
 
 #include "common/userprompt.h"
+#include "graph/colorscale.h"
 #include "setup/dialogtools.h"
 #include "setup/loggerbasicsetup.h"
 
@@ -69,6 +71,7 @@ DesignPage::DesignPage(UserPrompt* prompt, QWidget* parent)
     addWidth(grid, DesignValues::MajorGridWidth);
     addColor(grid, DesignValues::MinorGrid);
     addWidth(grid, DesignValues::MinorGridWidth);
+    addPalette(grid);
     page->addWidget(designGroup("groupDesignTable", tr("Table"), &grid), 1, 0);
     for (const auto which : {DesignValues::TableTitle, DesignValues::TableEven, DesignValues::TableOdd})
         addColor(grid, which);
@@ -134,6 +137,17 @@ void DesignPage::addWidth(QGridLayout* grid, DesignValues::WidthOf which)
     widthSpins[which] = spin;
 }
 
+void DesignPage::addPalette(QGridLayout* grid)
+{
+    colorBlindBox = named(new QCheckBox(tr("Colors for color-blind viewers")), "colorBlindBox");
+    colorBlindBox->setToolTip(tr("Eight curve colors that stay apart in every kind of color vision"));
+    grid->addWidget(colorBlindBox, grid->rowCount(), 0, 1, 2);
+    connect(colorBlindBox, &QCheckBox::clicked, this, [this](bool on) {
+        ColorScale::setColorBlindPalette(on);
+        tellDesign(DesignValues::Place::Graph);
+    });
+}
+
 QSpinBox* DesignPage::addTextSize(QGridLayout* grid, const char* name, const QString& label, int least,
                                   int most)
 {
@@ -152,6 +166,7 @@ void DesignPage::modifyDesignDialog()
         showColor(i);
     for (int i = 0; i < DesignValues::WidthCount; ++i)
         widthSpins[i]->setValue(DesignValues::width(i).get());
+    colorBlindBox->setChecked(ColorScale::isColorBlindPalette());
     titlesSizeSpin->setValue(loggerBasicSetup::getTitlesSize());
     valuesSizeSpin->setValue(loggerBasicSetup::getTextSize());
     showNotSaved();

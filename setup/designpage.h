@@ -4,6 +4,7 @@
 
 #include "setup/designvalues.h"
 
+class QCheckBox;
 class QDoubleSpinBox;
 class QGridLayout;
 class QGroupBox;
@@ -30,6 +31,7 @@ private:
     QGroupBox* designGroup(const char* name, const QString& title, QGridLayout** grid);
     void addColor(QGridLayout* grid, DesignValues::ColorOf which);
     void addWidth(QGridLayout* grid, DesignValues::WidthOf which);
+    void addPalette(QGridLayout* grid);
     QSpinBox* addTextSize(QGridLayout* grid, const char* name, const QString& label, int least, int most);
     void modifyDesignDialog();
     void showNotSaved();
@@ -42,6 +44,7 @@ private:
     UserPrompt* prompt;
     bool isFilling = false; ///< a change is the page's own
     QPushButton* colorButtons[DesignValues::ColorCount] = {};
+    QCheckBox* colorBlindBox = nullptr;
     QDoubleSpinBox* widthSpins[DesignValues::WidthCount] = {};
     QSpinBox* titlesSizeSpin = nullptr;
     QSpinBox* valuesSizeSpin = nullptr;

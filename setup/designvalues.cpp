@@ -1,12 +1,15 @@
 #include "setup/designvalues.h"
 
 #include "common/settings.h"
+#include "graph/colorscale.h"
 #include "graph/plot.h"
 #include "instruments/tabledesign.h"
 
 namespace DesignValues {
 
 namespace {
+
+constexpr const char* colorBlindKey = "design/graph/color_blind_palette"; // bool, false
 
 QColor mainBackground(0xf0, 0xf0, 0xf0);
 
@@ -50,6 +53,7 @@ const Width& width(int which)
 void load()
 {
     const QSettings store = Settings::mainStore();
+    ColorScale::setColorBlindPalette(store.value(QLatin1String(colorBlindKey), false).toBool());
     for (const Color& color : colors) {
         const QColor stored(store.value(QLatin1String(color.key)).toString());
         color.set(stored.isValid() ? stored : QColor(QLatin1String(color.preset)));
@@ -65,6 +69,7 @@ void save()
         store.setValue(QLatin1String(color.key), color.get().name());
     for (const Width& width : widths)
         store.setValue(QLatin1String(width.key), width.get());
+    store.setValue(QLatin1String(colorBlindKey), ColorScale::isColorBlindPalette());
 }
 
 void toPresets()
@@ -73,6 +78,7 @@ void toPresets()
         color.set(QColor(QLatin1String(color.preset)));
     for (const Width& width : widths)
         width.set(width.preset);
+    ColorScale::setColorBlindPalette(false);
 }
 
 QColor appBackground()

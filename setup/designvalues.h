@@ -2,8 +2,9 @@
 
 #include <QColor>
 
-/// The look of the program that a user can choose: eight colours and two widths of grid lines. They are
-/// shared by all windows, tables and graphs, which read them when they are told that one has changed.
+/// The look of the program that a user can choose: eight colours, two widths of grid lines and, in
+/// ColorScale, the palette of the curves. They are shared by all windows, tables and graphs, which read them
+/// when they are told that one has changed.
 namespace DesignValues {
 
 /// Where a value shows.
