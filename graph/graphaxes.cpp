@@ -16,6 +16,10 @@ namespace {
 
 constexpr int shownAxes[] = {QwtPlot::xBottom, QwtPlot::yLeft};
 
+constexpr double majorTick = 0.4; // lengths, in heights of a text
+constexpr double mediumTick = 0.3;
+constexpr double minorTick = 0.2;
+constexpr double tickSpacing = 0.2;
 constexpr double textsPerTickX = 4.2; // room of a mark, in heights of a text
 constexpr double textsPerTickY = 2.2;
 constexpr double innerZ = 15; // over grid and curves, under marks
@@ -124,6 +128,7 @@ void GraphAxes::showText(int axisID, const QString& text)
 
 void GraphAxes::showWholeTexts()
 {
+    innerTitle->setVisible(false);
     for (int axisID : shownAxes) {
         QwtText whole(texts[axisID], QwtText::PlainText);
         whole.setFont(titleFont);
@@ -176,8 +181,14 @@ void GraphAxes::setInnerTitle(bool tf)
 void GraphAxes::fitLabels()
 {
     const int pixels = GraphFonts::textPixels(plot.height());
-    for (int axisID : shownAxes)
+    for (int axisID : shownAxes) {
         plot.setAxisFont(axisID, GraphFonts::inPixels(QFont(), pixels));
+        QwtScaleDraw* const draw = plot.axisScaleDraw(axisID);
+        draw->setTickLength(QwtScaleDiv::MajorTick, majorTick * pixels);
+        draw->setTickLength(QwtScaleDiv::MediumTick, mediumTick * pixels);
+        draw->setTickLength(QwtScaleDiv::MinorTick, minorTick * pixels);
+        draw->setSpacing(tickSpacing * pixels);
+    }
     plot.setAxisMaxMajor(QwtPlot::xBottom,
                          qBound(leastTicks, int(plot.width() / (textsPerTickX * pixels)), mostTicks));
     plot.setAxisMaxMajor(QwtPlot::yLeft,

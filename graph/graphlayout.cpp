@@ -40,26 +40,30 @@ void GraphLayout::activate(const QwtPlot* plot, const QRectF& area, Options opti
     layRows(plot, legend, area, options);
 }
 
+// Rows under the title, or beside it where that leaves more to the canvas and is needed.
 void GraphLayout::layRows(const QwtPlot* plot, QwtLegend* legend, const QRectF& area, Options options)
 {
-    constexpr int between = 8; // pixels, of a title and the entries beside it
-    const QSize title = plot->titleLabel()->sizeHint();
+    constexpr int between = 8;  // pixels, of a title and the entries beside it
     constexpr int rounding = 2; // a legend that is a pixel too small hides entries behind a scroll bar
-    const QSize oneRow = legend->contentsWidget()->sizeHint() + QSize(rounding, rounding);
-    const bool isBeside = title.width() + between + oneRow.width() <= area.width();
-    const double rows =
-        std::min<double>(legend->heightForWidth(qFloor(area.width())), greatestRows * area.height());
-    const double taken = isBeside ? std::max(0, oneRow.height() - title.height()) : rows;
-    QwtPlotLayout::activate(plot, area.adjusted(0, taken, 0, 0), options | IgnoreLegend);
-    QRectF top(area.left(), area.top(), area.width(), titleRect().height());
-    if (!isBeside) {
-        setTitleRect(top);
-        setLegendRect(QRectF(area.left(), top.bottom(), area.width(), rows));
+    const double titleWidth = plot->titleLabel()->sizeHint().width() + between;
+    const auto rowsIn = [&](double width) {
+        return std::min<double>(legend->heightForWidth(qFloor(width)) + rounding,
+                                greatestRows * area.height());
+    };
+    const double rows = rowsIn(area.width());
+    const double besideRows =
+        titleWidth < area.width() / 2 ? rowsIn(area.width() - titleWidth) : area.height();
+    QwtPlotLayout::activate(plot, area.adjusted(0, rows, 0, 0), options | IgnoreLegend);
+    const double titleHeight = titleRect().height();
+    const bool isLow = canvasRect().height() < canvasPart * area.height();
+    const double more = besideRows - titleHeight;
+    if (more <= 0 || (isLow && more < rows)) {
+        QwtPlotLayout::activate(plot, area.adjusted(0, std::max(0.0, more), 0, 0), options | IgnoreLegend);
+        const double height = std::max(titleHeight, besideRows);
+        setTitleRect(QRectF(area.left(), area.top(), titleWidth - between, height));
+        setLegendRect(QRectF(area.left() + titleWidth, area.top(), area.width() - titleWidth, height));
         return;
     }
-    top.setHeight(top.height() + taken);
-    QRectF right = top;
-    right.setLeft(area.right() - oneRow.width());
-    setTitleRect(QRectF(top.topLeft(), QPointF(right.left() - between, top.bottom())));
-    setLegendRect(right);
+    setTitleRect(QRectF(area.left(), area.top(), area.width(), titleHeight));
+    setLegendRect(QRectF(area.left(), area.top() + titleHeight, area.width(), rows));
 }

@@ -100,7 +100,8 @@ void Plot::createCanvas()
     setAutoReplot(false);
     setPlotLayout(new GraphLayout);
     plotLayout()->setAlignCanvasToScales(true);
-    setContentsMargins(3, 3, 8, 3);
+    plotLayout()->setSpacing(2);
+    setContentsMargins(3, 1, 8, 1);
 }
 
 void Plot::createGrid()
@@ -323,7 +324,7 @@ void Plot::setTextsForPaper(bool tf)
     if (tf)
         axes->showWholeTexts();
     else
-        axes->fitTitles();
+        fitTexts();
 }
 
 void Plot::doUseDesignValues()

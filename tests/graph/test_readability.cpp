@@ -19,7 +19,8 @@ private Q_SLOTS:
     void theCanvasHasItsShare_data()
     {
         columns<QSize, int>({"size", "index"});
-        row("cell, 1024", QSize(252, 285), 0);
+        row("cell, 1024", QSize(251, 268), 0);
+        row("cell with long names, 1024", QSize(251, 268), 1);
         row("cell, 1920", QSize(478, 475), 0);
         row("cell, 3840", QSize(955, 1000), 0);
         row("class, 1024", QSize(1010, 570), -1);
@@ -124,8 +125,8 @@ protected:
 private:
     void fill(int index)
     {
-        const int n = index < 0 ? 9 : 3;
-        const int ids[] = {SENSOR_UV, SENSOR_PH, SENSOR_EXT_TEMP};
+        const int n = index < 0 ? 9 : 3 + index;
+        const int ids[] = {SENSOR_UV, SENSOR_PH, SENSOR_EXT_TEMP, SENSOR_CONDUCTIVITY};
         SensorList sensors;
         for (int i = 0; i < n; ++i) {
             sensors.append(SensorPtr::create(index < 0 ? int(SENSOR_LIGHT) : ids[i]));
@@ -133,6 +134,8 @@ private:
                 sensors.last()->groupName =
                     i < 8 ? QStringLiteral("Group %1").arg(i + 1) : QStringLiteral("Average");
         }
+        for (int i = 0; index > 0 && i < n; ++i)
+            sensors[i]->name = QStringLiteral("Acceleration %1").arg(i);
         data->setGroupName(index < 0 ? QString() : QStringLiteral("Group Ada"));
         data->setDataNewEmpty(sensors, 0.1, data->getGroupName());
         for (int k = 0; k < 200; ++k) {
