@@ -22,7 +22,7 @@ constexpr double minorTick = 0.2;
 constexpr double tickSpacing = 0.2;
 constexpr double textsPerTickX = 4.2; // room of a mark, in heights of a text
 constexpr double textsPerTickY = 2.2;
-constexpr double innerZ = 15; // over grid and curves, under marks
+constexpr double innerZ = 25; // over curves and bars, under marks
 constexpr int leastTicks = 2;
 constexpr int mostTicks = 8;
 
