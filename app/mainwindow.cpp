@@ -12,6 +12,7 @@
 #include "common/settings.h"
 #include "common/userprompt.h"
 #include "data/expdata.h"
+#include "graph/plot.h"
 #include "instruments/indicator.h"
 #include "instruments/statusline.h"
 #include "protocol/tembrindata.h"
@@ -19,7 +20,7 @@
 #include "setup/unitgroups.h"
 
 #include <QAction>
-#include <QEvent>
+#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QShortcut>
@@ -45,7 +46,7 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     setObjectName(QStringLiteral("mainWindow"));
     readSettings();
     getDesignSettings();
-    setWindowTitle(QStringLiteral("Pellandra %1").arg(QLatin1String(PELLANDRA_VERSION)));
+    showFileName();
     createLoggers();
     createShortcuts();
     createActions();
@@ -156,43 +157,86 @@ bool MainWindow::eventFilter(QObject* object, QEvent* event)
     return QMainWindow::eventFilter(object, event);
 }
 
-/// Asks what to do with unsaved changes; true when nothing is left to save.
-bool MainWindow::mayLeave(bool withCancel)
+// --- Leaving ---
+
+/// Logger sets whose samples or marks are in no file, a bit each.
+quint8 MainWindow::unsavedLoggers() const
 {
-    ExpData* classSet = mTembrin->dataC();
-    while (data->isNeedSave() || classSet->isNeedSave()) {
-        switch (prompt->question(this, tr("Changes not saved"),
-                                 tr("Do you want to save experiment and annotations before leaving?"),
-                                 withCancel)) {
-        case UserPrompt::Answer::Yes:
-            doSave();
-            break;
-        case UserPrompt::Answer::No:
-            data->setNeedSave(false);
-            classSet->setNeedSave(false);
-            break;
-        case UserPrompt::Answer::Cancel:
-            return false;
-        }
+    quint8 which = 0;
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        const ExpData* set = mTembrin->dataAt(i);
+        if (set->isNeedSave() && set->getXSize() > 0)
+            which |= quint8(1u << i);
     }
-    return true;
+    return which;
+}
+
+/// Brings what loggers measured before a file was opened, or at another rate than the class, to the screen.
+void MainWindow::showLoggers(quint8 which)
+{
+    ClassSet& classSet = mTembrin->run().classSet();
+    if (!isOnlyStaticClassMode && (which & ~classSet.memberBits()) == 0)
+        return;
+    handleOnlyStaticClassMode(false);
+    graph->setMarkers();
+    classSet.rebuild(which);
+    mTembrin->dataC()->makeUniformScales();
+    updateAll(-1);
+    updateLayout(LAYOUT_MULTI_TOGETHER);
+}
+
+/// Asks what to do with unsaved changes; true when the person wants to leave.
+bool MainWindow::mayLeave()
+{
+    const ClassSet& classSet = mTembrin->run().classSet();
+    const bool isRunning = mTembrin->isAnyRunning();
+    const QString goesOn =
+        isRunning ? tr("A run is going on; the loggers go on with it when you leave.") + QLatin1String("\n\n")
+                  : QString();
+    quint8 settled = 0; // a run goes on meanwhile, and would ask without end
+    bool isAsked = false;
+    if (mTembrin->dataC()->isNeedSave()) {
+        isAsked = true;
+        if (!offerToSave(goesOn + tr("Do you want to save experiment and annotations before leaving?")))
+            return false;
+        settled = classSet.memberBits();
+        markSaved();
+    }
+    while (const quint8 which = unsavedLoggers() & quint8(~settled)) {
+        isAsked = true;
+        showLoggers(which);
+        if (!offerToSave(goesOn +
+                         tr("What the loggers measured is in no file yet. Do you want to save it before "
+                            "leaving?")))
+            return false;
+        settled |= classSet.memberBits();
+        markSaved();
+    }
+    return isAsked || !isRunning ||
+           prompt->confirm(this, tr("Run going on"), goesOn + tr("Leave all the same?"));
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+    doExit();
 }
 
 void MainWindow::doExit()
 {
-    if (mayLeave(true))
+    if (mayLeave())
         leave();
-}
-
-void MainWindow::doExitFromX()
-{
-    mayLeave(false);
-    leave();
 }
 
 void MainWindow::doExitAfterCtrlS()
 {
-    if (argumentFile.isEmpty() || doSave(argumentFile))
+    const QString fname = screenFile.target(*mTembrin->dataC());
+    QString reason;
+    if (fname.isEmpty())
+        doSave();
+    else if (!saveScreen(fname, false, &reason))
+        warnNotWritten(reason);
+    else if (fname == argumentFile && mayLeave())
         leave();
 }
 

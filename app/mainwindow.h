@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "app/iconlist.h"
+#include "app/screenfile.h"
 #include "classroom/classjob.h"
 #include "common/classsize.h"
 #include "graph/plot.h"
@@ -84,12 +85,13 @@ public:
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private Q_SLOTS:
     void doExit();
-    void doExitFromX();
+    /// To the file of what is on the screen. If that is the one of the command line, the program ends too.
     void doExitAfterCtrlS();
 
 private:
@@ -98,7 +100,9 @@ private:
     void connectLogger(int index);
     void createShortcuts();
     void createStatusBar();
-    bool mayLeave(bool withCancel);
+    bool mayLeave();
+    quint8 unsavedLoggers() const;
+    void showLoggers(quint8 which);
     [[noreturn]] void leave();
     void storeUnit();
 
@@ -241,7 +245,6 @@ private:
 private Q_SLOTS:
     void doRead();
     void doSave();
-    bool doSave(const QString& fname);
     void doExcel();
     void doExportImg();
     void doExport(int select);
@@ -256,15 +259,20 @@ private:
     void appendFile(const QString& fname);
     void adjustAppended();
     void doImport(const QString& fname);
-    void showClassFile(const QString& fname, const QString& view);
+    void showClassFile(const QString& fname, const QString& view, bool isWhole);
     void handleOnlyStaticClassMode(bool tf);
     QString getView() const;
     void setView(const QString& view);
-    bool writeExperiment(const QString& fname, const ExpData* set);
-    bool writeSpreadsheet(const QString& fname, const ExpData* set, bool launch);
+    bool askAndSave(QString* reason);
+    bool saveScreen(const QString& fname, bool isSpreadsheet, QString* reason);
+    bool offerToSave(const QString& question);
+    void markSaved();
+    bool writeExperiment(const QString& fname, QString* reason);
+    void showFileName();
     void warnNotWritten(const QString& reason);
 
     int openMode = OPEN_NEW;
+    ScreenFile screenFile;                        ///< of the set of the class
     std::function<bool(QPrinter*)> printerChoice; ///< empty for the system's dialog
 
     // Toolbars, views and layouts, in mainwindow_views.cpp and mainwindow_toolbars.cpp

@@ -24,6 +24,8 @@
 
 namespace {
 
+constexpr int msSaved = 4000; // a line about what was saved
+
 bool hasEnding(const QString& fname, const char* ending)
 {
     return fname.endsWith(QLatin1String(ending), Qt::CaseInsensitive);
@@ -74,9 +76,15 @@ void MainWindow::doRead()
 void MainWindow::openFile(const QString& fname)
 {
     ReadWrite::setDefaultDataPath(fname);
+    const bool isAppended = !hasEnding(fname, ".csv") && std::exchange(openMode, OPEN_NEW) == OPEN_APPEND;
+    const bool isReplaced = !isAppended || isOnlyStaticClassMode;
+    if (isReplaced && mTembrin->dataC()->isNeedSave() &&
+        !offerToSave(
+            tr("Do you want to save experiment and annotations before another file takes their place?")))
+        return;
     if (hasEnding(fname, ".csv"))
         doImport(fname);
-    else if (std::exchange(openMode, OPEN_NEW) == OPEN_APPEND)
+    else if (isAppended)
         appendFile(fname);
     else
         doReadClass(fname);
@@ -108,7 +116,7 @@ void MainWindow::doReadClass(const QString& fname)
     if (view.isEmpty())
         classSet->setXYIndex(xyIndex);
     else
-        showClassFile(fname, view);
+        showClassFile(fname, view, reason.isEmpty());
     data->setNeedSave(isLoggerUnsaved); // the markers of its bars are new, its samples are not
     statusBar()->showMessage(reason);
 }
@@ -164,12 +172,12 @@ void MainWindow::doImport(const QString& fname)
         classSet->setXYIndex(-1);
         graph->setMarkers();
         graph->updateTitle(QFileInfo(fname).completeBaseName());
-        showClassFile(fname, QString());
+        showClassFile(fname, QString(), false);
     }
     statusBar()->showMessage(reason);
 }
 
-void MainWindow::showClassFile(const QString& fname, const QString& view)
+void MainWindow::showClassFile(const QString& fname, const QString& view, bool isWhole)
 {
     qCInfo(appLog, "opened %s", qPrintable(fname));
     ExpData* classSet = mTembrin->dataC();
@@ -182,6 +190,8 @@ void MainWindow::showClassFile(const QString& fname, const QString& view)
     updateAll(-1);
     setSelected(-1, active);
     classSet->setNeedSave(false);
+    screenFile.keep(fname, *classSet, isWhole);
+    showFileName();
 }
 
 void MainWindow::doRead(const QString& fname)
@@ -190,7 +200,7 @@ void MainWindow::doRead(const QString& fname)
     setSelected(0, 0);
     data->setXYIndex(-1);
     if (ReadWrite::read(fname, data, nullptr, nullptr, false, &reason).isEmpty()) {
-        statusBar()->showMessage(reason);
+        prompt->warning(this, tr("File not opened"), reason); // a line would go with the first connection
         return;
     }
     const int active = data->activeSensIndex();
@@ -207,6 +217,9 @@ void MainWindow::handleOnlyStaticClassMode(bool tf)
     if (tf) {
         mTembrin->run().classSet().release();
         updateLayout(LAYOUT_MULTI_TOGETHER);
+    } else {
+        screenFile.forget();
+        showFileName();
     }
     if (layouts)
         layouts->setEnabled(!tf);
@@ -236,46 +249,87 @@ void MainWindow::setView(const QString& view)
 
 void MainWindow::doSave()
 {
+    QString reason;
+    if (!askAndSave(&reason) && !reason.isEmpty())
+        warnNotWritten(reason);
+}
+
+/// False, without a reason, when the person cancelled.
+bool MainWindow::askAndSave(QString* reason)
+{
     const QString now = QDateTime::currentDateTime().toString(QStringLiteral("dd.MM.yyyy_hh.mm.ss"));
     QString filter;
     const QString fname = prompt->saveFile(
         this, tr("Save experiment data"), ReadWrite::getDataPath(now + QStringLiteral(".xml")),
         experimentFilter() + QStringLiteral(";;") + spreadsheetFilter(), &filter);
     if (fname.isEmpty())
-        return;
+        return false;
     ReadWrite::setDefaultDataPath(fname);
-    const bool isSpreadsheet = filter.contains(QLatin1String(".csv")) || hasEnding(fname, ".csv");
-    ExpData* classSet = mTembrin->dataC();
-    if (isSpreadsheet ? !writeSpreadsheet(fname, classSet, false) : !writeExperiment(fname, classSet))
-        return;
-    classSet->setNeedSave(false);
-    data->setNeedSave(false);
+    const bool isEndingOpen = !hasEnding(fname, ".xml") && !hasEnding(fname, ".csv");
+    const bool isSpreadsheet =
+        isEndingOpen ? filter.contains(QLatin1String(".csv")) : hasEnding(fname, ".csv");
+    return saveScreen(fname, isSpreadsheet, reason);
 }
 
-bool MainWindow::doSave(const QString& fname)
+bool MainWindow::saveScreen(const QString& fname, bool isSpreadsheet, QString* reason)
 {
-    // What is on the screen: as long as the file is, it may have been cut or smoothed there.
-    return writeExperiment(fname, isOnlyStaticClassMode ? mTembrin->dataC() : data);
+    const ExpData* classSet = mTembrin->dataC();
+    const bool isWritten = isSpreadsheet
+                               ? ReadWrite::exportCSV(fname, classSet, false, timeHeader(*classSet), reason)
+                               : writeExperiment(fname, reason);
+    if (!isWritten)
+        return false;
+    qCInfo(appLog, "saved %s", qPrintable(fname));
+    markSaved();
+    if (!isSpreadsheet)
+        screenFile.keep(fname, *classSet, true);
+    showFileName();
+    statusBar()->showMessage(tr("%1 was saved.").arg(QFileInfo(fname).fileName()), msSaved);
+    return true;
 }
 
-bool MainWindow::writeExperiment(const QString& fname, const ExpData* set)
+bool MainWindow::writeExperiment(const QString& fname, QString* reason)
 {
-    QString reason;
     graph->keepCurveModesInData();
-    const bool isWritten = ReadWrite::write(fname, graph->title().text(), set, graph->scaler->scales,
-                                            graph->markers, mTembrin->barAt(0)->markers, getView(), &reason);
-    if (!isWritten)
-        warnNotWritten(reason);
-    return isWritten;
+    return ReadWrite::write(fname, graph->title().text(), mTembrin->dataC(), graph->scaler->scales,
+                            graph->markers, mTembrin->barAt(0)->markers, getView(), reason);
 }
 
-bool MainWindow::writeSpreadsheet(const QString& fname, const ExpData* set, bool launch)
+/// The set on the screen, and those of the groups in it. What a file on the screen hides stays unsaved.
+void MainWindow::markSaved()
 {
-    QString reason;
-    const bool isWritten = ReadWrite::exportCSV(fname, set, launch, timeHeader(*set), &reason);
-    if (!isWritten)
-        warnNotWritten(reason);
-    return isWritten;
+    mTembrin->dataC()->setNeedSave(false);
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+        if (mTembrin->run().classSet().isMember(i))
+            mTembrin->dataAt(i)->setNeedSave(false);
+    }
+}
+
+/// Asks until the screen is saved or given up; false when the person wants neither.
+bool MainWindow::offerToSave(const QString& question)
+{
+    QString reason; // why the last attempt failed
+    for (;;) {
+        const QString text = reason.isEmpty() ? question : reason + QLatin1String("\n\n") + question;
+        switch (prompt->question(this, tr("Changes not saved"), text, true)) {
+        case UserPrompt::Answer::Yes:
+            reason.clear();
+            if (askAndSave(&reason))
+                return true;
+            break;
+        case UserPrompt::Answer::No:
+            return true;
+        case UserPrompt::Answer::Cancel:
+            return false;
+        }
+    }
+}
+
+void MainWindow::showFileName()
+{
+    const QString program = QStringLiteral("Pellandra %1").arg(QLatin1String(PELLANDRA_VERSION));
+    const QString file = screenFile.title();
+    setWindowTitle(file.isEmpty() ? program : file + QStringLiteral(" - ") + program);
 }
 
 void MainWindow::warnNotWritten(const QString& reason)
@@ -305,8 +359,9 @@ void MainWindow::doExcel()
     const QString fname =
         prompt->saveFile(this, tr("Save experiment data"), ReadWrite::getDataPath(tr("Experiment.csv")),
                          spreadsheetFilter(), nullptr);
-    if (!fname.isEmpty())
-        writeSpreadsheet(fname, set, true);
+    QString reason;
+    if (!fname.isEmpty() && !ReadWrite::exportCSV(fname, set, true, timeHeader(*set), &reason))
+        warnNotWritten(reason);
 }
 
 void MainWindow::doExportImg()

@@ -133,7 +133,6 @@ void MainWindow::createActions()
     }
     for (QAction* mode : {zoomAct, markerAct, annotateAct})
         mode->setCheckable(true);
-    connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWindow::doExitFromX);
 }
 
 void MainWindow::chooseIconSize()

@@ -7,6 +7,7 @@
 #include <QMimeData>
 #include <QPrinter>
 #include <QPushButton>
+#include <QShortcut>
 #include <QSlider>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -43,6 +44,7 @@ private Q_SLOTS:
         columns<QString, QString, bool, QByteArray>({"name", "filter", "isSaved", "start"});
         row("experiment", "a.xml", "(*.xml)", true, QByteArray("\xFF\xFE<\0", 4));
         row("spreadsheet", "a.csv", "(*.csv)", true, QByteArray("\xEF\xBB\xBFTime [s],"));
+        row("the ending decides", "a.xml", "(*.csv)", true, QByteArray("\xFF\xFE<\0", 4));
         row("no such folder", "none/a.xml", "(*.xml)", false, QByteArray());
         row("spreadsheet nowhere", "none/a.csv", "(*.csv)", false, QByteArray());
         row("cancelled", "", "(*.xml)", false, QByteArray());
@@ -67,15 +69,95 @@ private Q_SLOTS:
         QCOMPARE(file.open(QIODevice::ReadOnly), isSaved);
         if (isSaved) {
             QVERIFY(file.read(40).startsWith(start));
-            return;
+            QCOMPARE(bench->window->windowTitle().startsWith(name + " - "), name.endsWith(".xml"));
+            QVERIFY(bench->window->statusBar()->currentMessage().contains(name));
         }
         bench->prompt.asked.clear();
-        bench->data(0)->setNeedSave(false); // the class set asks all the same
+        bench->data(0)->setNeedSave(false);                // the class set asks all the same
+        bench->prompt.answers = {UserPrompt::Answer::Yes}; // without an end, if that did not do
+        QVERIFY(!bench->window->close() && bench->window->isVisible());
+        QStringList& asked = bench->prompt.asked;
+        if (isSaved) {
+            QCOMPARE(asked.size(), 1);
+            QVERIFY(asked[0].startsWith("Run going on|"));
+            return;
+        }
+        QCOMPARE(asked.size(), 3);
+        QVERIFY(asked[0].startsWith("Changes not saved|A run is going on; the loggers go on"));
+        QVERIFY(asked[0].endsWith("Do you want to save experiment and annotations before leaving?"));
+        QCOMPARE(asked[2].contains("a." + QFileInfo(name).suffix() + " can't be written"), !name.isEmpty());
+    }
+
+    void aSetKnowsItsFile_data()
+    {
+        // written: by Ctrl+S; x.xml where a name had to be chosen
+        columns<QString, QString, QString, QString>({"argument", "dropped", "written", "asked"});
+        row("of the command line", "a.xml", "", "a.xml", "What the loggers measured");
+        row("opened later", "a.xml", "b.xml", "b.xml", "");
+        row("opened alone", "", "b.xml", "b.xml", "");
+        row("of no file", "", "", "x.xml", "Save experiment data|");
+        row("saved before", "", "save", "b.xml", "");
+        row("could not be read", "plain.xml", "", "x.xml", "File not opened|plain.xml can't be opened");
+        row("could be read in parts", "part.xml", "", "x.xml", "Save experiment data|");
+        row("table", "", "t.csv", "x.xml", "Save experiment data|");
+        row("run after it", "a.xml", "run", "x.xml", "Save experiment data|");
+    }
+
+    void aSetKnowsItsFile()
+    {
+        const auto [argument, dropped, written, asked] =
+            fetched<QString, QString, QString, QString>({"argument", "dropped", "written", "asked"});
+        QVERIFY(ReadWrite::write(path("a.xml"), "T", bench->data(-1), {}, {}, {}, "Line"));
+        QByteArray part = contents("a.xml");
+        part.replace(QByteArray("D\0a\0t\0a\0I\0n\0d\0e\0x\0=\0\"\0001", 24),
+                     QByteArray("D\0a\0t\0a\0I\0n\0d\0e\0x\0=\0\"\0009", 24));
+        const std::pair<const char*, QByteArray> files[] = {{"b.xml", contents("a.xml")},
+                                                            {"plain.xml", "plain"},
+                                                            {"part.xml", part},
+                                                            {"t.csv", "Time [s],UV [UVI]\n0,7\n1,8\n"}};
+        for (const auto& [name, text] : files) {
+            QFile file(path(name));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        }
+        bench->sample(0, 20, 21);
+        if (!argument.isEmpty())
+            bench->window->setArgumentFile(path(argument));
+        bench->prompt.answer = UserPrompt::Answer::No; // to save the run first
+        if (dropped == "run")
+            bench->action("runAct")->trigger();
+        else if (dropped == "save")
+            save(path("b.xml"));
+        else if (!dropped.isEmpty())
+            drop(path(dropped));
+        bench->prompt.answer = UserPrompt::Answer::Cancel;
+        bench->prompt.file = path("x.xml");
+        bench->manager->plotC()->updateTitle("Changed");
+        for (QShortcut* key : bench->window->findChildren<QShortcut*>()) {
+            if (key->key() == QKeySequence("Ctrl+S"))
+                Q_EMIT key->activated();
+        }
+        for (const char* name : {"a.xml", "b.xml", "plain.xml", "part.xml", "t.csv", "x.xml"})
+            QCOMPARE(QString::fromUtf16(reinterpret_cast<const char16_t*>(contents(name).constData()))
+                         .contains("Changed"),
+                     written == name);
+        QVERIFY2(bench->prompt.asked.join('\n').contains(asked), qPrintable(bench->prompt.asked.join('\n')));
+        QVERIFY(bench->window->isVisible());
+    }
+
+    void aRunBehindAFileIsNotLost()
+    {
+        save(path("a.xml"));
+        bench->sample(0, 20, 21);
+        drop(path("a.xml"));
+        QCOMPARE(bench->data(-1)->getXSize(), 21); // cancelled
+        bench->prompt.answer = UserPrompt::Answer::No;
+        drop(path("a.xml"));
+        QCOMPARE(bench->data(-1)->getXSize(), 20);
+        save(path("b.xml"));
         bench->prompt.answer = UserPrompt::Answer::Cancel;
         bench->action("exitAct")->trigger();
-        QCOMPARE(bench->prompt.asked,
-                 QStringList{"Changes not saved|"
-                             "Do you want to save experiment and annotations before leaving?"});
+        QVERIFY(bench->prompt.asked.last().contains("What the loggers measured"));
+        QCOMPARE(bench->data(-1)->getXSize(), 21); // it shows what it asks about
     }
 
     void openingAFile_data()
@@ -101,7 +183,9 @@ private Q_SLOTS:
             QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
         }
         bench->sample(0, 20, 21); // there is something to lose
+        bench->prompt.answer = UserPrompt::Answer::No;
         drop(path(name));
+        QCOMPARE(bench->prompt.asked.size(), name.endsWith("txt") ? 1 : 2);
         const bool isOpened = samples > 0;
         QCOMPARE(bench->data(-1)->getXSize(), isOpened ? samples : 21);
         QCOMPARE(bench->data(-1)->isNeedSave(), !isOpened);
@@ -199,6 +283,11 @@ private Q_SLOTS:
 
 private:
     QString path(const QString& name) const { return folder->filePath(name); }
+    QByteArray contents(const char* name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
     QComboBox* layoutList() const { return bench->window->findChild<QComboBox*>(QStringLiteral("layouts")); }
     void choose(int item)
     {

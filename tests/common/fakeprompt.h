@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QStringList>
 
 #include "common/userprompt.h"
@@ -9,6 +10,7 @@ class FakePrompt : public UserPrompt
 {
 public:
     Answer answer = Answer::Cancel;
+    QList<Answer> answers; ///< to the first questions, before `answer`
     bool confirmed = false;
     std::optional<QString> typed;
     std::optional<unsigned> picked;
@@ -23,7 +25,7 @@ public:
     Answer question(QObject*, const QString& title, const QString& text, bool) override
     {
         note(title, text);
-        return answer;
+        return answers.isEmpty() ? answer : answers.takeFirst();
     }
     bool confirm(QObject*, const QString& title, const QString& text) override
     {

@@ -1,0 +1,34 @@
+#include "app/screenfile.h"
+
+#include "data/expdata.h"
+
+#include <QFileInfo>
+
+namespace {
+
+QVector<int> kindsOf(const ExpData& set)
+{
+    QVector<int> kinds;
+    for (const SensorPtr& sensor : set.getSensors())
+        kinds.append(sensor ? sensor->ID : -1);
+    return kinds;
+}
+
+} // namespace
+
+void ScreenFile::keep(const QString& fname, const ExpData& set, bool isWhole)
+{
+    name = fname;
+    mayReplace = isWhole;
+    kinds = kindsOf(set);
+}
+
+QString ScreenFile::title() const
+{
+    return QFileInfo(name).fileName();
+}
+
+QString ScreenFile::target(const ExpData& set) const
+{
+    return mayReplace && kindsOf(set).mid(0, kinds.size()) == kinds ? name : QString();
+}
