@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include <qwt_dyngrid_layout.h>
 #include <qwt_legend.h>
 #include <qwt_plot.h>
 #include <qwt_text_label.h>
@@ -12,10 +13,12 @@ namespace {
 
 constexpr double greatestRows = 0.2; // of the height, for the rows of the legend
 
+// Trying out the columns of the legend asks nobody for another layout, as the legend's own function would:
+// each layout would ask for the next.
 void setColumns(QwtLegend* legend, uint columns)
 {
-    if (legend->maxColumns() != columns)
-        legend->setMaxColumns(columns);
+    if (auto* const grid = qobject_cast<QwtDynGridLayout*>(legend->contentsWidget()->layout()))
+        grid->setMaxColumns(columns);
 }
 
 } // namespace

@@ -7,6 +7,17 @@
 #include "graph/graphdesign.h"
 #include "tests/graph/plottest.h"
 
+class LayoutCounter : public QObject
+{
+public:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == QEvent::LayoutRequest ? 1 : 0;
+        return false;
+    }
+    int count = 0;
+};
+
 /// What can be seen from the back row.
 class TestReadability : public PlotTest
 {
@@ -46,7 +57,8 @@ private Q_SLOTS:
         QVERIFY2(part > 1.0 / 50 && part < 1.0 / 18, qPrintable(QString::number(part)));
     }
 
-    // At every width between that where the entries go below the title and that where they have room beside it.
+    // At every width between that where the entries go below the title and that where they have room beside
+    // it.
     void noEntryIsHidden()
     {
         fill(0);
@@ -59,6 +71,21 @@ private Q_SLOTS:
                 const QRect place(item->mapTo(legend, QPoint()), item->size());
                 QVERIFY2(legend->rect().contains(place), qPrintable(QString::number(width)));
             }
+        }
+    }
+
+    void aGraphThatStandsIsNotLaidOut()
+    {
+        fill(0);
+        for (const QSize& size : {QSize(478, 475), QSize(900, 300)}) {
+            PlotTest::show(size);
+            for (int i = 0; i < 5; ++i)
+                QCoreApplication::processEvents();
+            LayoutCounter counter;
+            plot->installEventFilter(&counter);
+            for (int i = 0; i < 5; ++i)
+                QCoreApplication::processEvents();
+            QCOMPARE(counter.count, 0);
         }
     }
 
