@@ -263,6 +263,7 @@ void ExpData::doCrop(double x0, double x1)
     for (int c = 0; c < y.size(); ++c) {
         y[c] = y.at(c).mid(left, n);
         leftPad[c] = qBound(0, leftPad.at(c) - left, y.at(c).size());
+        findMinMax(y.at(c), minY[c], maxY[c]);
     }
     updateXExtent();
     needSave = true;

@@ -79,7 +79,7 @@ public:
     void replaceYVal(int iSens, int iSamp, double value);
     /// Removes samples `from` to `to` inclusive of all channels; extremes stay.
     void removeSamples(int from, int to);
-    /// Keeps the samples with x0 <= time < x1; extremes stay. Does nothing if no time reaches x0.
+    /// Keeps the samples with x0 <= time < x1. Does nothing if no time reaches x0.
     void doCrop(double x0, double x1);
 
     // --- samples (expdata_live.cpp); each costs a constant time per channel ---
@@ -293,6 +293,7 @@ private:
     void takeKind(int channel, const SensorPtr& kind);
     void mergeRows(int channel, const QVector<QPointF>& values);
     void averageRow(int mean, int row);
+    bool isLastTheMean() const;
     void shareClassRange();
 
     // Analysis

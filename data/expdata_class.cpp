@@ -114,6 +114,32 @@ bool ExpData::isOfOneKind() const
     });
 }
 
+/// A file does not say that its last channel is an average, but its values do.
+bool ExpData::isLastTheMean() const
+{
+    constexpr double rounding = 0.0101; // of values with two decimals and their mean
+    const int mean = meanIndex();
+    if (mean < 1 || !isOfOneKind())
+        return false;
+    bool isAny = false;
+    for (int row = 0; row < x.size(); ++row) {
+        double sum = 0;
+        int count = 0;
+        for (int c = 0; c < mean; ++c) {
+            if (hasValue(y.at(c), row)) {
+                sum += y.at(c).at(row);
+                ++count;
+            }
+        }
+        if (!hasValue(y.at(mean), row))
+            continue;
+        if (count == 0 || std::fabs(sum / count - y.at(mean).at(row)) > rounding)
+            return false;
+        isAny = true;
+    }
+    return isAny;
+}
+
 bool ExpData::isMeaningless(int channel) const
 {
     return isAveraged && channel == meanIndex() && !isOfOneKind();

@@ -138,5 +138,6 @@ void ExpData::makeUniformScalesAfterOpen()
         sensor->readClassSetMinMax = false;
         viewExtremes(i);
     }
+    isAveraged = isAveraged || isLastTheMean();
     makeUniformScales();
 }

@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr double reach = 10;    // pixels on each side whose samples the tangent is fitted to
-constexpr double hotPixels = 5; // how far beside the pointer the curve is looked for
+constexpr double reach = 10;       // pixels on each side whose samples the tangent is fitted to
+constexpr double besidePixels = 5; // how far beside the pointer the curve is looked for
 
 } // namespace
 
@@ -73,7 +73,7 @@ void SlopeTool::follow(const QPointF& pos)
         const double p1 = parts.plot.transform(QwtPlot::xBottom, crosses[1]->xValue());
         at.setX(std::max(std::min(p0, p1), std::min(at.x(), std::max(p0, p1))));
     }
-    const CurveSearch::Place near = search.nearestOn(iSens, at, hotPixels);
+    const CurveSearch::Place near = search.nearestOn(iSens, at, besidePixels);
     if (near.iSens != iSens)
         return;
     tangent->iSens = tangent->connectTo->iSens = iSens;

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr double textFrame = 3; // pixels round it
+constexpr double placeFrame = 3; // pixels round it
 
 double overlap(const QRectF& a, const QRectF& b)
 {
@@ -131,7 +131,7 @@ QPointF TextPlaces::basePixel(const myPlotMarker& text) const
 QRectF TextPlaces::boxAt(const myPlotMarker& text, const QPointF& base, const QPoint& offset) const
 {
     const QRectF area = plot.canvas()->contentsRect();
-    QRectF box = text.hotBox(base + offset).adjusted(-textFrame, -textFrame, textFrame, textFrame);
+    QRectF box = text.hotBox(base + offset).adjusted(-placeFrame, -placeFrame, placeFrame, placeFrame);
     if (!area.contains(base))
         return box;
     if (box.width() < area.width())
