@@ -5,7 +5,6 @@
 #include <QGuiApplication>
 
 #include <algorithm>
-#include <cmath>
 
 #include "graph/contrast.h"
 
@@ -28,20 +27,6 @@ QColor GraphDesign::inkOn(const QColor& ground)
     return Contrast::inkOn(ground);
 }
 
-double GraphDesign::contrast(const QColor& a, const QColor& b)
-{
-    const auto luminance = [](const QColor& color) {
-        const auto linear = [](double part) {
-            return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-               0.0722 * linear(color.blueF());
-    };
-    const double la = luminance(a) + 0.05;
-    const double lb = luminance(b) + 0.05;
-    return std::max(la, lb) / std::min(la, lb);
-}
-
 QColor GraphDesign::readableOn(const QColor& color, const QColor& ground)
 {
     constexpr double wanted = 4.5;
@@ -53,7 +38,7 @@ QColor GraphDesign::readableOn(const QColor& color, const QColor& ground)
         const QColor shade =
             QColor::fromRgbF(mixed(color.redF(), ink.redF()), mixed(color.greenF(), ink.greenF()),
                              mixed(color.blueF(), ink.blueF()));
-        if (contrast(shade, ground) >= wanted)
+        if (Contrast::between(shade, ground) >= wanted)
             return shade;
     }
     return ink;

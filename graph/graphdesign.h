@@ -18,8 +18,6 @@ struct GraphDesign
     /// White is easier to read on it than black.
     static bool isDark(const QColor& ground);
     static QColor inkOn(const QColor& ground);
-    /// As the contrast of texts is reckoned: 1 for one colour, 21 for black on white.
-    static double contrast(const QColor& a, const QColor& b);
     /// The colour, or a darker or lighter one that can be read on the ground.
     static QColor readableOn(const QColor& color, const QColor& ground);
 };

@@ -4,7 +4,7 @@
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
-#include "graph/graphdesign.h"
+#include "graph/contrast.h"
 #include "tests/graph/plottest.h"
 
 class LayoutCounter : public QObject
@@ -108,7 +108,7 @@ private Q_SLOTS:
         plot->updateSens(1);
         plot->otherColorChanged(1, curve);
         const QColor axis = plot->axisWidget(QwtPlot::yLeft)->palette().color(QPalette::Text);
-        QVERIFY(GraphDesign::contrast(axis, ground) >= 3);
+        QVERIFY(Contrast::between(axis, ground) >= 3);
         // The hue is that of the curve.
         const int turned = std::abs(axis.hslHue() - curve.hslHue());
         QVERIFY2(qMin(turned, 360 - turned) < 25, qPrintable(axis.name()));
