@@ -41,6 +41,7 @@ GraphAxes::GraphAxes(QwtPlot& plot, bool isBar)
     innerTitle->attach(&plot);
     plot.setAxisScaleEngine(QwtPlot::xBottom, new TimeScaleEngine(timeScale));
     plot.setAxisScaleDraw(QwtPlot::xBottom, timeScale);
+    plot.setAxisScaleDraw(QwtPlot::yLeft, new SparseScaleDraw);
 }
 
 GraphAxes::~GraphAxes() = default;

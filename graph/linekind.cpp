@@ -32,8 +32,10 @@ LineKind::LineKind(const GraphParts& parts, GraphLegend& legend, MarkerLayer& la
 
 void LineKind::setData()
 {
-    if (parts.data.getXSize() == 0)
+    if (parts.data.getXSize() == 0) {
         endZoom();
+        parts.axes.time().setUnit(UNIT_SEC); // no long run before decides on the unit of this
+    }
     parts.curves.rebuild();
     legend.watchEntries();
     if (parts.index < 0)
@@ -68,7 +70,8 @@ void LineKind::updateOverTime()
     leaveXY();
     updateXRange();
     updateScales();
-    parts.axes.setTimeUnit(shownXMax, parts.data.dt);
+    const bool isGrowing = !isZoomed && !parts.axes.isFixed(QwtPlot::xBottom);
+    parts.axes.setTimeUnit(isGrowing ? parts.data.getX().last() : shownXMax, parts.data.dt);
     parts.data.setTimeScale(&parts.axes.time());
     parts.axes.setText(QwtPlot::xBottom, parts.axes.timeTitle(parts.data.dt));
     layer.renew();

@@ -116,7 +116,7 @@ std::optional<MarkerTexts::Distance> MarkerTexts::between(const myPlotMarker& fi
     const double dy = (isForward ? 1 : -1) * (second.yValue() - first.yValue());
     const QString unit = unitOf(first.iSens);
     Distance told;
-    told.x = QStringLiteral("%1 %2").arg(time.getTimeString(dx), time.getUnitName()).trimmed();
+    told.x = QStringLiteral("%1 %2").arg(time.getTimeString(dx, dx), time.getUnitName()).trimmed();
     if (unit != unitOf(second.iSens))
         return told;
     told.y = QStringLiteral("%1 %2").arg(valueText(first.iSens, dy), unit).trimmed();

@@ -2,7 +2,9 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "common/common.h"
 #include "common/settings.h"
@@ -17,11 +19,30 @@ double wholePart(double v)
     return std::floor(v + hair);
 }
 
-QString twoParts(double whole, double sixtieths)
+QString twoDigits(double number)
 {
-    return QStringLiteral("%1:%2").arg(
-        QString::number(whole, 'f', 0),
-        QStringLiteral("%1").arg(static_cast<int>(sixtieths), 2, 10, QLatin1Char('0')));
+    return QStringLiteral("%1").arg(int(number), 2, 10, QLatin1Char('0'));
+}
+
+// m:ss or h:mm, and as much more as tells times apart that are `apart` seconds from each other.
+QString clockTime(double seconds, units unit, double apart)
+{
+    constexpr int mostDecimals = 5;
+    const int decimals =
+        apart < 1 ? std::min(mostDecimals, int(std::ceil(-std::log10(std::max(apart, 1e-9)) - hair))) : 0;
+    const double perSecond = std::pow(10, decimals);
+    const double parts =
+        decimals > 0 ? std::round(std::abs(seconds) * perSecond) : wholePart(std::abs(seconds));
+    const double whole = std::floor(parts / perSecond);
+    const double minutes = std::floor(whole / 60);
+    QString text = unit == UNIT_HOUR ? QString::number(std::floor(minutes / 60), 'f', 0) + QLatin1Char(':') +
+                                           twoDigits(minutes - 60 * std::floor(minutes / 60))
+                                     : QString::number(minutes, 'f', 0);
+    if (unit == UNIT_MIN || apart < 60)
+        text += QLatin1Char(':') + twoDigits(whole - 60 * minutes);
+    if (decimals > 0)
+        text += Common::myToString((parts - whole * perSecond) / perSecond, 'f', decimals).mid(1);
+    return seconds < 0 && parts > 0 ? QLatin1Char('-') + text : text;
 }
 
 int decimalsFor(double res)
@@ -56,9 +77,9 @@ void TimeScaleDraw::setUnitByMaxX(double x, double res)
     this->res = res;
     if (res == 0)
         setUnit(UNIT_MANUAL);
-    else if (x < 100)
+    else if (x < (unit == UNIT_MIN || unit == UNIT_HOUR ? 60 : 100))
         setUnit(UNIT_SEC);
-    else if (x < 6000)
+    else if (x < (unit == UNIT_HOUR ? 3600 : 6000))
         setUnit(UNIT_MIN);
     else
         setUnit(UNIT_HOUR);
@@ -99,9 +120,11 @@ QString TimeScaleDraw::getTimeOrSample() const
 
 QString TimeScaleDraw::getTimeString(double t) const
 {
-    if (t <= -1 && unit >= UNIT_MIN)
-        return QLatin1Char('-') + getTimeString(-t);
-    const double minutes = std::floor(wholePart(t) / 60);
+    return getTimeString(t, std::numeric_limits<double>::infinity());
+}
+
+QString TimeScaleDraw::getTimeString(double t, double apart) const
+{
     switch (unit) {
     case UNIT_MANUAL:
         return QString::number(std::trunc(t), 'f', 0);
@@ -110,25 +133,25 @@ QString TimeScaleDraw::getTimeString(double t) const
     case UNIT_SEC:
         return res < 1 ? Common::myToString(t, 'f', isJunior ? 0 : decimalsFor(res)) : QString::number(t);
     case UNIT_MIN:
-        return res >= 60 ? QString::number(minutes, 'f', 0) : twoParts(minutes, wholePart(t) - minutes * 60);
-    case UNIT_HOUR: {
-        const double hours = std::floor(minutes / 60);
-        return twoParts(hours, minutes - hours * 60);
-    }
+        return res >= 60 ? QString::number(std::trunc(wholePart(std::abs(t)) / 60) * (t < 0 ? -1 : 1), 'f', 0)
+                         : clockTime(t, unit, apart);
+    case UNIT_HOUR:
+        return clockTime(t, unit, apart);
     }
     return QString();
 }
 
+double TimeScaleDraw::secondsBetweenLabels() const
+{
+    const QList<double> ticks = scaleDiv().ticks(QwtScaleDiv::MajorTick);
+    return ticks.size() < 2 ? dt : (ticks[1] - ticks[0]) * (isBar ? dt : 1);
+}
+
 QwtText TimeScaleDraw::label(double v) const
 {
-    const double shown = dt <= 1 || isBar ? v : v / dt;
-    if (isBar && dt > 1) {
-        const double sixtieths = wholePart(std::abs(shown) * 60);
-        const double whole = std::floor(sixtieths / 60);
-        const QString text = twoParts(whole, sixtieths - whole * 60);
-        return shown < -hair ? QLatin1Char('-') + text : text;
-    }
-    if (isJunior)
-        return QString::number(std::trunc(shown), 'f', 0);
-    return dt <= 1 ? QStringLiteral("%L1").arg(shown) : QStringLiteral("%L1").arg(shown, 0, 'f', 1);
+    if (dt <= 1)
+        return isJunior ? QString::number(std::trunc(v), 'f', 0) : QStringLiteral("%L1").arg(v);
+    if (isJunior && !isBar)
+        return QString::number(std::trunc(v / dt), 'f', 0);
+    return clockTime(isBar ? v * dt : v, unit, secondsBetweenLabels());
 }

@@ -6,12 +6,9 @@
 
 namespace {
 
-// Steps in parts of the unit. The labels of a line graph have one decimal, so a tenth is the finest; those of
-// a bar graph tell seconds (or minutes), so it goes by sixtieths.
-constexpr double lineSteps[] = {0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60};
-constexpr double lineHourSteps[] = {0.1, 0.2, 0.5, 1, 2, 3, 6, 12, 24, 48};
-constexpr double barSteps[] = {1.0 / 60, 2.0 / 60, 5.0 / 60, 10.0 / 60, 15.0 / 60, 30.0 / 60,
-                               1,        2,        5,        10,        15,        30};
+// Seconds, as clocks are divided.
+constexpr double clockSteps[] = {0.1, 0.2, 0.5, 1,    2,    5,    10,    15,    30,    60,    120,
+                                 300, 600, 900, 1800, 3600, 7200, 10800, 21600, 43200, 86400, 172800};
 
 QwtScaleDiv scaled(const QwtScaleDiv& div, double factor)
 {
@@ -24,12 +21,12 @@ QwtScaleDiv scaled(const QwtScaleDiv& div, double factor)
     return QwtScaleDiv(div.lowerBound() * factor, div.upperBound() * factor, ticks);
 }
 
-template<size_t N> double roundStep(const double (&steps)[N], double width, int maxSteps)
+double clockStep(double width, int maxSteps)
 {
     const double wanted = width / maxSteps * (1 - 1e-9);
-    const double* step = std::lower_bound(std::begin(steps), std::end(steps), wanted);
+    const double* step = std::lower_bound(std::begin(clockSteps), std::end(clockSteps), wanted);
     // Too wide or too close a look for this table: Qwt's own decimal steps.
-    if (step == std::end(steps) || width < 2 * steps[0])
+    if (step == std::end(clockSteps) || width < 2 * clockSteps[0])
         return QwtScaleArithmetic::divideInterval(width, maxSteps, 10);
     return *step;
 }
@@ -51,10 +48,8 @@ double TimeScaleEngine::roundStep(double width, int maxSteps) const
     const int steps = std::max(maxSteps, 1);
     switch (draw->getUnit()) {
     case UNIT_MIN:
-        return draw->isBarAxis() ? ::roundStep(barSteps, width, steps) : ::roundStep(lineSteps, width, steps);
     case UNIT_HOUR:
-        return draw->isBarAxis() ? ::roundStep(barSteps, width, steps)
-                                 : ::roundStep(lineHourSteps, width, steps);
+        return clockStep(width * draw->getdT(), steps) / draw->getdT();
     case UNIT_MANUAL: // there is no half a sample
         return std::max(QwtScaleArithmetic::divideInterval(width, steps, 10), width < 2 ? 0.0 : 1.0);
     case UNIT_MS:

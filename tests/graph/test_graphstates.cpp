@@ -57,7 +57,7 @@ private Q_SLOTS:
         QVERIFY2(textOf(5).contains(QStringLiteral("V/min·t")), qPrintable(textOf(5)));
         // The shown range decides on the unit of the axis.
         plot->enableZoom(true);
-        drag(pixel(1, 10) - QPoint(0, 40), pixel(1, 60) + QPoint(0, 40), Qt::LeftButton);
+        drag(pixel(1, 10) - QPoint(0, 40), pixel(1, 50) + QPoint(0, 40), Qt::LeftButton);
         QVERIFY2(textOf(5).contains(QStringLiteral("V/s·t")), qPrintable(textOf(5)));
         // A cross that stood on a fit goes back to the curve, and says so.
         plot->lockMarker(plot->markers[0], false);

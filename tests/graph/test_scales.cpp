@@ -1,6 +1,8 @@
 #include <QTest>
 
+#include <qwt_plot.h>
 #include <qwt_scale_map.h>
+#include <qwt_scale_widget.h>
 
 #include "common/common.h"
 #include "common/settings.h"
@@ -234,7 +236,7 @@ private Q_SLOTS:
     void labels_data()
     {
         columns<bool, QString, double, double, QString>({"isBar", "version", "end", "value", "text"});
-        row("minutes", false, "Kormelin", 200.0, 90.0, "1.5");
+        row("minutes", false, "Kormelin", 200.0, 90.0, "1:30");
         row("whole minutes for juniors", false, "VestrelJunior", 200.0, 90.0, "1");
         row("bar before the minute", true, "Kormelin", 200.0, 2.999, "2:59");
         row("bar on a sixtieth", true, "Kormelin", 200.0, 2 + 7.0 / 60, "2:07");
@@ -258,10 +260,14 @@ private Q_SLOTS:
             QTest::newRow(name) << isBar << span << res << texts;
         };
         row("seconds", false, {0, 60}, 1, "0 10 20 30 40 50 60");
-        row("few minutes", false, {0, 200}, 1, "0.0 0.5 1.0 1.5 2.0 2.5 3.0");
-        row("quarters of an hour", false, {0, 5400}, 1, "0.0 15.0 30.0 45.0 60.0 75.0 90.0");
-        row("a zoom into minutes", false, {3000, 3055}, 1, "50.0 50.2 50.4 50.6 50.8");
-        row("a school day", false, {0, 86400}, 1, "0.0 3.0 6.0 9.0 12.0 15.0 18.0 21.0 24.0");
+        row("few minutes", false, {0, 200}, 1, "0:00 0:30 1:00 1:30 2:00 2:30 3:00");
+        row("quarters of an hour", false, {0, 5400}, 1, "0:00 15:00 30:00 45:00 60:00 75:00 90:00");
+        row("a zoom into minutes", false, {3000, 3055}, 1, "50:00 50:10 50:20 50:30 50:40 50:50");
+        row("a school day", false, {0, 86400}, 1, "0:00 3:00 6:00 9:00 12:00 15:00 18:00 21:00 24:00");
+        row("less than a second", false, {3000, 3001}, 0.1,
+            "50:00.0 50:00.2 50:00.4 50:00.6 50:00.8 50:01.0");
+        row("minutes of a long run", false, {7200, 7320}, 1,
+            "2:00:00 2:00:15 2:00:30 2:00:45 2:01:00 2:01:15 2:01:30 2:01:45 2:02:00");
         row("whole samples only", false, {3, 6}, 0, "3 4 5 6");
         row("bars by the second", true, {1.3, 2}, 1, "1:20 1:30 1:40 1:50 2:00");
     }
@@ -274,11 +280,51 @@ private Q_SLOTS:
         const TimeScaleEngine engine(&draw);
         const QwtScaleDiv div = engine.divideScale(span[0], span[1], 8, 5);
         QCOMPARE((Range{div.lowerBound(), div.upperBound()}), span);
+        draw.setScaleDiv(div);
         QStringList texts;
         const QList<double> ticks = div.ticks(QwtScaleDiv::MajorTick);
         for (const double tick : ticks)
             texts.append(draw.label(tick).text());
         QTEST(texts.join(QLatin1Char(' ')), "texts");
+    }
+
+    // A run that ends beside a bound, or a zoom there, does not throw the labels about.
+    void theUnitKeepsItsPlace()
+    {
+        TimeScaleDraw axis(false);
+        QVector<units> seen;
+        for (const double end : {99.0, 100.0, 80.0, 59.0, 99.0, 6000.0, 5000.0, 3599.0}) {
+            axis.setUnitByMaxX(end, 1);
+            seen.append(axis.getUnit());
+        }
+        QCOMPARE(seen, QVector<units>({UNIT_SEC, UNIT_MIN, UNIT_MIN, UNIT_SEC, UNIT_SEC, UNIT_HOUR, UNIT_HOUR,
+                                       UNIT_MIN}));
+        QCOMPARE(axis.getTimeString(125.34, 0.4), QStringLiteral("2:05.3"));
+        QCOMPARE(axis.getTimeString(125.34, 2), QStringLiteral("2:05"));
+    }
+
+    void labelsDoNotLieOnEachOther()
+    {
+        QwtPlot plot;
+        plot.setAxisScaleDraw(QwtPlot::xBottom, new SparseScaleDraw);
+        plot.setAxisMaxMajor(QwtPlot::xBottom, 20);
+        plot.setAxisScale(QwtPlot::xBottom, 100000, 100020);
+        plot.replot();
+        plot.resize(400, 200);
+        plot.updateLayout();
+        const QImage axis = plot.axisWidget(QwtPlot::xBottom)->grab().toImage();
+        // Gaps between the digits of a label are narrow, between labels there is a wider one.
+        const int row = axis.height() - 8;
+        int gaps = 0;
+        int free = 0;
+        for (int column = 0; column < axis.width(); ++column) {
+            bool isInked = false;
+            for (int k = -5; k <= 6; ++k)
+                isInked = isInked || qGray(axis.pixel(column, row + k)) < 100;
+            gaps += isInked && free > 4 ? 1 : 0;
+            free = isInked ? 0 : free + 1;
+        }
+        QVERIFY2(gaps >= 2 && gaps < 8, qPrintable(QString::number(gaps)));
     }
 
     void automaticRangeGrowsInRoundSteps()
