@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "persistence/numbertext.h"
+#include "persistence/storeddigits.h"
 #include "persistence/xmlscanner.h"
 #include "sensors/sensorsmaster.h"
 
@@ -36,14 +37,13 @@ private:
         return NumberText::toInt(xml.attribute(QLatin1String(key)), missing);
     }
     double number(const char* key) const { return NumberText::toDouble(xml.attribute(QLatin1String(key))); }
-    // Other programs of the family read these as 32-bit floats; a graph shows the same range in all of them.
-    float shortNumber(const char* key) const;
     bool flag(const char* key) const { return integer(key) == 1; }
 
     void readRoot();
     void readChildren(bool isRoot);
     void readElement();
-    QVector<double> readValues(const char* key, double emptyText);
+    double readValue(QStringView text, double emptyText);
+    QVector<double> readValues(const char* key, double emptyText, int* decimals = nullptr);
     void readSensor();
     void readMarker(QVector<Marker>* list);
     void readMarkerContent(Marker* marker);
@@ -60,14 +60,19 @@ private:
     QMap<int, Channel> channels; ///< by their place in the file
     QVector<Marker> olderMarkers;
     int lostChannels = 0;
+    int lostValues = 0;
+    int withoutSamples = 0;
     int lostMarkers = 0;
     QString failure;
 };
 
-float Walk::shortNumber(const char* key) const
+int decimalsIn(QStringView text)
 {
-    constexpr double limit = 1e30; // beyond it there is no axis
-    return float(std::clamp(number(key), -limit, limit));
+    constexpr int most = 16;
+    const int point = int(text.indexOf(u'.'));
+    if (text.contains(u'e', Qt::CaseInsensitive))
+        return most;
+    return point < 0 ? 0 : std::min(most, int(text.size()) - point - 1);
 }
 
 bool Walk::readDocument()
@@ -133,7 +138,9 @@ void Walk::readElement()
     const QStringView name = xml.name();
     if (name == QLatin1String("Times") && !areTimesRead) {
         areTimesRead = true;
-        experiment->times = readValues("t", 0);
+        int decimals = 0;
+        const QVector<double> stored = readValues("t", 0, &decimals);
+        experiment->times = StoredDigits::restored(stored, experiment->rate, decimals);
     } else if (name == QLatin1String("Sensor")) {
         readSensor();
     } else if (name == QLatin1String("LineMarker")) {
@@ -147,8 +154,18 @@ void Walk::readElement()
     }
 }
 
-/// One value per child of the element whose start was read.
-QVector<double> Walk::readValues(const char* key, double emptyText)
+double Walk::readValue(QStringView text, double emptyText)
+{
+    if (text.isEmpty() && !text.isNull())
+        return emptyText;
+    bool isNumber = false;
+    const double value = NumberText::toDouble(text, &isNumber);
+    lostValues += isNumber ? 0 : 1;
+    return isNumber ? value : emptyText;
+}
+
+/// One value per child of the element whose start was read; `decimals` gets the most of them.
+QVector<double> Walk::readValues(const char* key, double emptyText, int* decimals)
 {
     QVector<double> values;
     QStringView text;
@@ -156,7 +173,9 @@ QVector<double> Walk::readValues(const char* key, double emptyText)
         switch (xml.next()) {
         case XmlScanner::StartElement:
             text = xml.attribute(QLatin1String(key));
-            values.append(text.isEmpty() && !text.isNull() ? emptyText : NumberText::toDouble(text));
+            values.append(readValue(text, emptyText));
+            if (decimals)
+                *decimals = std::max(*decimals, decimalsIn(text));
             xml.skipElement();
             break;
         case XmlScanner::Text:
@@ -172,10 +191,11 @@ QVector<double> Walk::readValues(const char* key, double emptyText)
 
 void Walk::readSensor()
 {
-    const int place = integer("DataIndex");
+    const int place = integer("DataIndex", -1);
     Channel channel;
     channel.sensorID = integer("SensorID");
-    if (place < 0 || place >= numSensors || !sensorRow(channel.sensorID)) {
+    const bool isPlace = place >= 0 && place < numSensors && !channels.contains(place);
+    if (!isPlace || !sensorRow(channel.sensorID)) {
         ++lostChannels;
         xml.skipElement();
         return;
@@ -183,14 +203,18 @@ void Walk::readSensor()
     const QStringView name = xml.attribute(QLatin1String("Name"));
     channel.isNamed = !name.isNull();
     channel.name = name.toString();
-    channel.minView = shortNumber("minView");
-    channel.maxView = shortNumber("maxView");
+    channel.unit = xml.attribute(QLatin1String("unit")).toString();
+    channel.isRate = flag("isRate");
+    channel.originID = channel.sensorID == SENSOR_SPECIAL ? integer("originID") : 0;
+    channel.minView = number("minView");
+    channel.maxView = number("maxView");
     channel.barUseScale = flag("barUseScale");
-    channel.barMinView = shortNumber("barMinView");
-    channel.barMaxView = shortNumber("barMaxView");
+    channel.barMinView = number("barMinView");
+    channel.barMaxView = number("barMaxView");
     channel.curveMode = integer("curveMode", -1);
     channel.leftPad = integer("leftPad");
-    for (bool isFirst = true;; isFirst = false) {
+    bool isFirst = true;
+    for (;; isFirst = false) {
         const XmlScanner::Token token = xml.next();
         if (token == XmlScanner::StartElement && isFirst)
             channel.samples = readValues("v", gap);
@@ -199,6 +223,7 @@ void Walk::readSensor()
         else if (token != XmlScanner::Text)
             break;
     }
+    withoutSamples += isFirst ? 1 : 0;
     channel.leftPad = std::clamp(channel.leftPad, 0, channel.samples.size());
     channels.insert(place, channel);
 }
@@ -217,16 +242,16 @@ void Walk::readMarker(QVector<Marker>* list)
     Marker marker;
     marker.type = markerType(type);
     marker.iSens = integer("iSens");
-    marker.x = shortNumber("X");
-    marker.y = shortNumber("Y");
+    marker.x = number("X");
+    marker.y = number("Y");
     marker.xOffset = integer("xOffset");
     marker.yOffset = integer("yOffset");
-    marker.linX0 = shortNumber("x0");
-    marker.linX1 = shortNumber("x1");
-    marker.a = shortNumber("a");
-    marker.b = shortNumber("b");
-    marker.c = shortNumber("c");
-    marker.r = shortNumber("r");
+    marker.linX0 = number("x0");
+    marker.linX1 = number("x1");
+    marker.a = number("a");
+    marker.b = number("b");
+    marker.c = number("c");
+    marker.r = number("r");
     marker.text = xml.attribute(QLatin1String("Text")).toString();
     marker.isBubble = flag("bubble");
     marker.isLocked = flag("locked");
@@ -308,6 +333,12 @@ void Walk::tellLeftOut()
         parts << ExperimentReader::tr("channels: %1").arg(lostChannels);
     if (lostMarkers > 0)
         parts << ExperimentReader::tr("markers: %1").arg(lostMarkers);
+    if (lostValues > 0)
+        parts << ExperimentReader::tr("values that are no numbers: %1").arg(lostValues);
+    if (withoutSamples > 0)
+        parts << ExperimentReader::tr("channels without samples: %1").arg(withoutSamples);
+    if (!areTimesRead)
+        parts << ExperimentReader::tr("it has no times");
     if (!parts.isEmpty())
         experiment->leftOut = parts.join(QStringLiteral(", "));
 }

@@ -12,6 +12,7 @@
 #include "graph/scalemanager.h"
 #include "persistence/numbertext.h"
 #include "persistence/safefile.h"
+#include "persistence/storeddigits.h"
 #include "sensors/sensorsmaster.h"
 
 namespace {
@@ -49,7 +50,7 @@ public:
     template<int n> void attribute(const char16_t (&name)[n], double value)
     {
         // As many digits as bring the same double back.
-        attribute(name, QString::number(value, 'g', 17));
+        attribute(name, QString::number(std::isfinite(value) ? value : 0, 'g', 17));
     }
     void text(const QString& value) { escape(value, false); }
     /// A line with one number for each value. A gap has an empty text: this program reads it as a gap, and
@@ -61,7 +62,7 @@ public:
         for (const double value : values) {
             raw(before);
             makeRoom(NumberText::maxFixed);
-            if (!std::isnan(value))
+            if (std::isfinite(value))
                 size += NumberText::fixed(value, decimals, &units[size]);
             raw(after);
         }
@@ -125,11 +126,6 @@ void Utf16Xml::escape(const QString& value, bool isAttribute)
     }
 }
 
-int decimalsOfTimes(double rate)
-{
-    return rate < 0.1 ? 6 : 1;
-}
-
 bool isStored(const myPlotMarker& marker)
 {
     switch (marker.type) {
@@ -151,43 +147,56 @@ bool isStored(const myPlotMarker& marker)
     return false;
 }
 
-/// To the unit on display and back costs the last digits. Ranges and places are 32-bit floats from a file or
-/// short decimals, so that whichever lies that near is what it was.
-double withoutNoise(double value)
+/// For what has units to choose from, one of its kind; 0 for everything else.
+int kindOfUnit(const Sensor& sensor)
 {
-    const double noise = (std::fabs(value) + 100) * 1e-15;
-    for (const double candidate : {double(float(value)), QString::number(value, 'g', 12).toDouble()}) {
-        if (std::fabs(candidate - value) <= noise)
-            return candidate;
-    }
-    return value;
+    if (sensor.isTemperature())
+        return SENSOR_AMB_TEMP_NTC;
+    if (sensor.isDistance())
+        return SENSOR_DISTANCE;
+    if (sensor.isAirPressure())
+        return SENSOR_AIRPRESSURE;
+    if (sensor.isSpeed())
+        return SENSOR_GPS_SPEED;
+    return sensor.isBarometer() ? SENSOR_BAROMETER : 0;
 }
 
-/// The exact inverse of the way a reader takes: the conversion for display rounds its factors each way.
-double inBaseUnit(const SensorPtr& sensor, double shown)
+/// A value of a mark, a fit or a range. Where it may have been on display in another unit it is written
+/// shorter by what that costs, so that the file is the same whatever the unit is.
+double inBase(const SensorPtr& sensor, double shown, bool isSlope = false)
 {
-    if (!sensor || !sensor->needAltUnit())
+    constexpr double step = 1e11; // an offset costs digits behind the point
+    if (!sensor || kindOfUnit(*sensor) == 0)
         return shown;
+    const bool isOffset = sensor->isTemperature() && !sensor->isRate && !isSlope;
     const Sensor::AltUnit unit = sensor->altUnit();
-    return withoutNoise((shown - unit.offset) / unit.factor);
+    double base = sensor->needAltUnit() ? (shown - (isSlope ? 0 : unit.offset)) / unit.factor : shown;
+    if (isOffset && std::fabs(base) < step)
+        base = std::round(base * step) / step;
+    return QString::number(base, 'g', 14).toDouble();
 }
 
-/// Of the base unit, in which the values stand, and not of the unit that is on display.
-int decimalsOfValues(const Sensor& sensor)
+/// Of the base unit, in which the values stand, and not of the unit that is on display. Nobody knows the
+/// digits of a derived or imported channel beforehand.
+int decimalsOfValues(const Sensor& sensor, const QVector<double>& values)
 {
-    const SensorRow* row = sensor.needAltUnit() ? sensorRow(sensor.ID) : nullptr;
-    return int(row ? row->prec : sensor.precision) + 1;
+    constexpr int significant = 12;
+    const SensorRow* row = sensorRow(sensor.ID);
+    const int usual = int(row ? row->prec : sensor.precision) + 1;
+    return sensor.ID == SENSOR_SPECIAL ? std::max(usual, StoredDigits::decimals(values, significant)) : usual;
 }
 
-/// A coefficient of a fit. It was read as a 32-bit float, and is that again when only rounding stands
-/// between.
-double inBaseSlope(double shown, double factor)
+/// What a derived or imported channel measures, which its ID does not say.
+void writeSpecial(Utf16Xml& xml, const Sensor& sensor)
 {
-    if (factor == 1)
-        return shown;
-    const double base = shown / factor;
-    const double read = double(float(base));
-    return std::fabs(read - base) <= 4e-16 * std::fabs(base) ? read : base;
+    QString unit = sensor.unitName;
+    if (const int kind = kindOfUnit(sensor)) {
+        const QString shown = Sensor(kind, sensor.units()).unitName;
+        unit = Sensor(kind).unitName + unit.mid(shown.size());
+        xml.attribute(u"originID", kind);
+        xml.attribute(u"isRate", sensor.isRate);
+    }
+    xml.attribute(u"unit", unit);
 }
 
 void writeRootStart(Utf16Xml& xml, const ExperimentToWrite& experiment)
@@ -214,7 +223,7 @@ void writeTimes(Utf16Xml& xml, const ExpData& data)
         return;
     }
     xml.raw(u"<Times>\n");
-    xml.list(u"  <T t=\"", data.getX(), decimalsOfTimes(data.dt), u"\"/>\n");
+    xml.list(u"  <T t=\"", data.getX(), StoredDigits::decimalsOfTimes(data.getX(), data.dt), u"\"/>\n");
     xml.raw(u" </Times>\n");
 }
 
@@ -225,16 +234,21 @@ void writeSensor(Utf16Xml& xml, const ExperimentToWrite& experiment, int i)
     if (!sensor)
         return;
     const auto scale = experiment.scales.value(i);
-    const auto base = [&](double shown) { return inBaseUnit(sensor, shown); };
+    const auto base = [&](double shown) { return inBase(sensor, shown); };
+    // Without a scale of its own the bar has the graph's, which is what the channel has after reading.
+    const double minView = base(scale ? scale->scaleFullMin : sensor->minView);
+    const double maxView = base(scale ? scale->scaleFullMax : sensor->maxView);
     xml.raw(u" <Sensor");
     xml.attribute(u"DataIndex", i);
     xml.attribute(u"SensorID", sensor->ID);
     xml.attribute(u"Name", sensor->nameForLegend(true));
-    xml.attribute(u"minView", base(scale ? scale->scaleFullMin : sensor->minView));
-    xml.attribute(u"maxView", base(scale ? scale->scaleFullMax : sensor->maxView));
+    if (sensor->ID == SENSOR_SPECIAL)
+        writeSpecial(xml, *sensor);
+    xml.attribute(u"minView", minView);
+    xml.attribute(u"maxView", maxView);
     xml.attribute(u"barUseScale", sensor->barUserScale);
-    xml.attribute(u"barMinView", base(sensor->barUserScale ? sensor->barUserMin : sensor->minView));
-    xml.attribute(u"barMaxView", base(sensor->barUserScale ? sensor->barUserMax : sensor->maxView));
+    xml.attribute(u"barMinView", sensor->barUserScale ? base(sensor->barUserMin) : minView);
+    xml.attribute(u"barMaxView", sensor->barUserScale ? base(sensor->barUserMax) : maxView);
     xml.attribute(u"curveMode", data.curveModeHint.value(i, -1));
     xml.attribute(u"leftPad", data.getLeftPad(i));
     const QVector<double>& samples = data.getYNoConv(i);
@@ -243,7 +257,7 @@ void writeSensor(Utf16Xml& xml, const ExperimentToWrite& experiment, int i)
         return;
     }
     xml.raw(u">\n  <Samples>\n");
-    xml.list(u"   <V v=\"", samples, decimalsOfValues(*sensor), u"\"/>\n");
+    xml.list(u"   <V v=\"", samples, decimalsOfValues(*sensor, samples), u"\"/>\n");
     xml.raw(u"  </Samples>\n </Sensor>\n");
 }
 
@@ -255,17 +269,16 @@ void writeMarker(Utf16Xml& xml, const myPlotMarker& marker, const ExpData& data,
     xml.attribute(u"typeName", marker.typeName);
     xml.attribute(u"iSens", marker.iSens);
     xml.attribute(u"X", marker.xValue());
-    xml.attribute(u"Y", inBaseUnit(data.getSens(marker.iSens), marker.yValue()));
+    const SensorPtr& sensor = data.getSens(marker.iSens);
+    xml.attribute(u"Y", inBase(sensor, marker.yValue()));
     xml.attribute(u"xOffset", marker.xOffset);
     xml.attribute(u"yOffset", marker.yOffset);
     xml.attribute(u"x0", marker.linX0);
     xml.attribute(u"x1", marker.linX1);
     // The fitted curve, too, is one of base units: y = a x² + b x + c.
-    const SensorPtr& sensor = data.getSens(marker.iSens);
-    const double factor = sensor ? sensor->altUnit().factor : 1;
-    xml.attribute(u"a", inBaseSlope(marker.a, factor));
-    xml.attribute(u"b", inBaseSlope(marker.b, factor));
-    xml.attribute(u"c", marker.type == MARKER_REGRESSION ? inBaseUnit(sensor, marker.c) : marker.c);
+    xml.attribute(u"a", inBase(sensor, marker.a, true));
+    xml.attribute(u"b", inBase(sensor, marker.b, true));
+    xml.attribute(u"c", marker.type == MARKER_REGRESSION ? inBase(sensor, marker.c) : marker.c);
     xml.attribute(u"Text", marker.label().text());
     xml.attribute(u"bubble", marker.isBubble());
     xml.attribute(u"image", marker.isPic());

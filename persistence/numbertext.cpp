@@ -43,13 +43,17 @@ bool plainDecimal(QStringView text, double* value)
 
 } // namespace
 
-double NumberText::toDouble(QStringView text)
+double NumberText::toDouble(QStringView text, bool* isNumber)
 {
     double value = 0;
-    if (plainDecimal(text, &value))
-        return value;
-    value = text.toString().toDouble();
-    return std::isfinite(value) ? value : 0;
+    bool isRead = plainDecimal(text, &value);
+    if (!isRead) {
+        value = text.toString().toDouble(&isRead);
+        isRead = isRead && std::isfinite(value);
+    }
+    if (isNumber)
+        *isNumber = isRead;
+    return isRead ? std::clamp(value, -limit, limit) : 0;
 }
 
 int NumberText::toInt(QStringView text, int missing)

@@ -6,9 +6,10 @@
 /// decimals.
 namespace NumberText {
 
-/// Blanks around are ignored; anything that is no finite number gives 0, so that no axis gets an end that
-/// can't be drawn.
-double toDouble(QStringView text);
+/// Blanks around are ignored. Anything that is no finite number gives 0, and nothing lies beyond `limit`, so
+/// that no axis gets an end that can't be drawn. `isNumber` (null allowed) tells the two zeros apart.
+double toDouble(QStringView text, bool* isNumber = nullptr);
+constexpr double limit = 1e30;
 int toInt(QStringView text, int missing = 0);
 
 /// Longest text of fixed().

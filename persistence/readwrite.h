@@ -49,7 +49,7 @@ public:
                           QString* reason = nullptr);
     /// Reads comma-separated columns as curves of their own. False changes nothing.
     static bool importCSV(const QString& filename, ExpData* data, QString* reason = nullptr);
-    /// The same from an open device; `cause` is not null.
+    /// The same from an open device; `cause` is not null, and after a read names what was left out.
     static bool importCSV(QIODevice* device, ExpData* data, QString* cause);
 
     // Documents and printing, in readwrite_document.cpp

@@ -10,7 +10,11 @@
 #include "graph/plot.h"
 #include "persistence/experimentwriter.h"
 #include "persistence/safefile.h"
+#include "persistence/storeddigits.h"
 #include "persistence/storedexperiment.h"
+#include "sensors/sensorsmaster.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -79,12 +83,30 @@ QList<myPlotMarker*> madeMarkers(const QVector<StoredExperiment::Marker>& stored
     return markers;
 }
 
+/// What the catalogue does not know of a derived or imported channel: unit and digits.
+void describeSpecial(Sensor* sensor, const StoredExperiment::Channel& channel, bool isDerived)
+{
+    constexpr int digitsOnDisplay = 5;
+    sensor->ID = channel.sensorID;
+    sensor->isRate = channel.isRate;
+    if (isDerived)
+        sensor->unitName += channel.unit.mid(Sensor(channel.originID).unitName.size());
+    else
+        sensor->unitName = channel.unit;
+    const int decimals = StoredDigits::decimals(channel.samples, digitsOnDisplay);
+    sensor->precision = std::max(sensor->precision, double(decimals));
+}
+
 void fillChannel(ExpData* data, int i, const StoredExperiment::Channel& channel, bool append)
 {
-    data->addSensorData(i, channel.sensorID, channel.samples, channel.curveMode, append);
-    data->setSensorScale(i, double(channel.minView), double(channel.maxView));
+    const bool isDerived = channel.originID != SENSOR_SPECIAL && sensorRow(channel.originID);
+    data->addSensorData(i, isDerived ? channel.originID : channel.sensorID, channel.samples,
+                        channel.curveMode, append);
+    if (channel.sensorID == SENSOR_SPECIAL)
+        describeSpecial(data->getSens(i).data(), channel, isDerived);
+    data->setSensorScale(i, channel.minView, channel.maxView);
     if (channel.barUseScale)
-        data->setSensorScaleBar(i, double(channel.barMinView), double(channel.barMaxView));
+        data->setSensorScaleBar(i, channel.barMinView, channel.barMaxView);
     if (channel.isNamed)
         data->setSensorSpecialName(i, channel.name);
     data->setLeftPad(i, channel.leftPad);

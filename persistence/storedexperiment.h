@@ -15,13 +15,16 @@ struct StoredExperiment
     struct Channel
     {
         int sensorID = 0;
+        int originID = 0; ///< of a derived channel: the kind it came from, 0 for all others
+        bool isRate = false;
+        QString unit; ///< in base units; empty: that of the kind
         bool isNamed = false;
         QString name;
-        float minView = 0;
-        float maxView = 0;
+        double minView = 0;
+        double maxView = 0;
         bool barUseScale = false;
-        float barMinView = 0;
-        float barMaxView = 0;
+        double barMinView = 0;
+        double barMaxView = 0;
         int curveMode = -1;
         int leftPad = 0;
         QVector<double> samples;

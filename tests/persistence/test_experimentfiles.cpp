@@ -178,11 +178,11 @@ private Q_SLOTS:
         QCOMPARE(data->getAppendIndex(), 2);
         QVERIFY(graph->getCurve(0)->isSymbol() && !graph->getCurve(1)->isShown());
         QCOMPARE(data->getSelectedSensor(), 1);
-        QCOMPARE(graph->scaler->scales[0]->scaleFullMax, double(float(31.7)) * 1.8 + 32);
+        QCOMPARE(graph->scaler->scales[0]->scaleFullMax, 31.7 * 1.8 + 32);
         QCOMPARE(graph->markers.size(), 7);
         QCOMPARE(graph->markers[0]->getPic().size(), QSize(30, 20));
         QCOMPARE(graph->markers[4]->connectTo, graph->markers[3]);
-        QCOMPARE(graph->markers[3]->a, double(float(1.0 / 3)) * 1.8);
+        QCOMPARE(graph->markers[3]->a, 1.0 / 3 * 1.8);
         QCOMPARE(graph->markers[3]->b, -0.75 * 1.8);
         QCOMPARE(graph->markers[3]->c, 20.5 * 1.8 + 32);
         QVERIFY(graph->markers[5]->isLocked());
@@ -195,6 +195,81 @@ private Q_SLOTS:
         graph->setData();
         QVERIFY(write(QString::fromUtf8("Опыт")));
         QVERIFY(bytesOf(name) == inFahrenheit);
+    }
+
+    // Twice, and with other units the second time: nothing is lost and nothing drifts.
+    void comesBackToTheLastDigit_data()
+    {
+        columns<double, double>({"dt", "first"});
+        QTest::newRow("10/Sec") << 0.1024 << 0.0;
+        QTest::newRow("10/Sec, cropped") << 0.1024 << 37 * 0.1024;
+        QTest::newRow("2500/Sec") << 0.0004 << 0.0;
+        QTest::newRow("by hand") << 0.0 << 0.0;
+        QTest::newRow("begun at another time") << 0.5 << 0.123456;
+    }
+
+    void comesBackToTheLastDigit()
+    {
+        const auto [dt, first] = fetched<double, double>({"dt", "first"});
+        Units other;
+        other.feet = other.fahrenheit = true;
+        const double step = dt > 0 ? dt : 1;
+        QVector<double> times, path, warm, small;
+        for (int i = 0; i < 60; ++i) {
+            times << (first == 0.123456 ? first + i * step : (qRound(first / step) + i) * step);
+            path << 0.00123 * i * i + 1;
+            warm << 20 + 0.1 * i;
+            small << i * 0.00012;
+        }
+        renew(other);
+        data->setDataNew(3, times, dt);
+        data->addSensorData(0, SENSOR_DISTANCE, path, -1);
+        data->addSensorData(1, SENSOR_AMB_TEMP, warm, -1);
+        data->addSpecialSensorData("Charge", "nC", 2, small);
+        data->setSelectedSensor(0);
+        if (dt > 0)
+            data->addSpecialCurve(ExpData::CURVE_DERIV);
+        graph->setData();
+        auto* fit = new myPlotMarker(1, MARKER_REGRESSION);
+        fit->a = 1.0 / 3;
+        fit->b = -2400.123456789;
+        fit->c = 4319999.87654321;
+        graph->setMarkers({fit, new myPlotMarker(1, MARKER_FLOATING_TEXT)});
+        QVERIFY(write());
+        const QByteArray before = bytesOf(name);
+        const int last = data->getNSens() - 1;
+        const QString unit = data->getSens(last)->unitName;
+        const QVector<double> derived = data->getY(last);
+        for (const Units& units : {other, Units(), other}) {
+            renew(units);
+            QString reason;
+            ReadWrite::read(name, data.get(), graph.get(), bar.get(), false, &reason);
+            QCOMPARE(reason, QString());
+            graph->setData();
+            for (int i = 0; i < times.size(); ++i)
+                QVERIFY(qAbs(data->getXAt(i) - times[i]) <= 1e-10 * qMax(step, times[i]));
+            QCOMPARE(data->getYNoConvAt(2, 1), 0.00012);
+            QVERIFY(data->getSens(2)->precision >= 5);
+            QVERIFY(write());
+            const QList<QByteArray> lines = bytesOf(name).replace(QByteArray(1, 0), "").split('\n');
+            for (int i = 0; i < lines.size(); ++i)
+                QCOMPARE(lines[i], QByteArray(before).replace(QByteArray(1, 0), "").split('\n').value(i));
+        }
+        QCOMPARE(graph->markers[0]->c, 4319999.87654321 * 1.8 + 32);
+        QCOMPARE(data->getSens(last)->unitName, unit);
+        for (int i = 1; i < derived.size(); ++i)
+            QVERIFY(qAbs(data->getYAt(last, i) - derived[i]) <= 1e-9 * qAbs(derived[i]));
+    }
+
+    void infiniteValuesReachNoFile()
+    {
+        makeExperiment();
+        data->replaceYVal(0, 1, qInf());
+        graph->markers[3]->c = qInf();
+        QVERIFY(write());
+        QVERIFY(!bytesOf(name).contains(utf16("inf").mid(2)));
+        QVERIFY(ReadWrite::exportCSV(name, data.get(), false, "t"));
+        QVERIFY(!bytesOf(name).contains("inf"));
     }
 
     void fullDisk()
@@ -265,7 +340,14 @@ private Q_SLOTS:
         row("high index", inside(ph + QString(second).replace("=\"1\"", "=\"2\"")), "one", "channels: 1");
         row("low index", inside(ph + QString(second).replace("=\"1\"", "=\"-1\"")), "one", "channels: 1");
         row("no channel left", inside(""), "", "no channel");
-        row("no attributes", "<ExpDataRoot><Sensor SensorID=\"2\"/></ExpDataRoot>", "*", "");
+        row("no attributes", "<ExpDataRoot><Sensor SensorID=\"2\"/></ExpDataRoot>", "", "no channel");
+        row("no times, no samples", "<ExpDataRoot><Sensor DataIndex=\"0\" SensorID=\"2\"/></ExpDataRoot>",
+            "*", "channels without samples: 1, it has no times");
+        row("no numbers", inside(QString(ph).replace("7.5", "abc") + QString(second).replace("7.5", "nan")),
+            "one,two", "values that are no numbers: 2");
+        row("index twice", inside(ph + QString(ph).replace("one", "two")), "one", "channels: 1");
+        row("times without an axis",
+            utf16(QString(whole).replace("1.0", "1.7e308").replace("0.0", "-1.7e308")), "one,two", "");
         row("unknown marker", inside(ph + marker.arg("x")), "one", "markers: 1");
         row("picture of too many pixels",
             inside(ph + QString(marker.arg("annotation")).replace("AAAA", base64Png(3000))), "one",
@@ -323,7 +405,7 @@ private Q_SLOTS:
         QCOMPARE(graph->markers.size(), 3); // the cross without its text gets one
         QCOMPARE(graph->markers[0]->getPic().size(), QSize(3, 3));
         QCOMPARE(graph->markers[0]->label().text(), QString("b"));
-        QCOMPARE(graph->markers[1]->yValue(), double(7.2f));
+        QCOMPARE(graph->markers[1]->yValue(), 7.2);
     }
 
     // One channel is lost, so the places of the others and of what names them move.
@@ -392,6 +474,7 @@ private Q_SLOTS:
             QCOMPARE(NumberText::toDouble(fixed), fixed.toDouble());
         }
         QCOMPARE(NumberText::toDouble(QStringLiteral(" 1e-3 ")), 0.001);
+        QCOMPARE(NumberText::toDouble(QStringLiteral("-1.7e308")), -NumberText::limit);
         for (const char* text : {"nan", "inf", "1e999", "-", ".", "1.2.3", "1,5", "abc"})
             QCOMPARE(NumberText::toDouble(QString(text)), 0.0);
     }
