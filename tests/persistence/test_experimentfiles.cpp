@@ -379,6 +379,34 @@ private Q_SLOTS:
             QCOMPARE(graph->markers.size(), markers);
     }
 
+    // Read, shown and written again.
+    void hostileFilesEndNothing()
+    {
+        int shown = 0;
+        for (QDirIterator at(HOSTILE_FILES, {"*.xml", "*.csv"}, QDir::Files, QDirIterator::Subdirectories);
+             at.hasNext();) {
+            const QString file = at.next();
+            renew();
+            QString told;
+            const bool isTable = file.endsWith("csv");
+            const bool isRead =
+                isTable ? ReadWrite::importCSV(file, data.get(), &told)
+                        : !ReadWrite::read(file, data.get(), graph.get(), bar.get(), false, &told).isEmpty();
+            QVERIFY2(isRead || !told.isEmpty(), qPrintable(file));
+            data->makeUniformScalesAfterOpen();
+            data->setXRange();
+            for (Plot* plot : {graph.get(), bar.get()}) {
+                plot->setData();
+                plot->updateSens(data->activeSensIndex());
+                plot->resize(500, 300);
+                QVERIFY2(!plot->grab().isNull(), qPrintable(file));
+            }
+            QVERIFY2(write() && !bytesOf(name).contains(utf16("inf").mid(2)), qPrintable(file));
+            shown += isRead ? 1 : 0;
+        }
+        QVERIFY(shown > 30);
+    }
+
     void cutAnywhere()
     {
         const QByteArray whole =
