@@ -122,7 +122,8 @@ void ExpData::makeUniformScales()
     QVector<int> done;
     for (int i = 0; i < meanIndex(); ++i) {
         const SensorPtr& sensor = sensors.at(i);
-        if (sensor && !done.contains(sensor->ID)) {
+        const bool isComparable = sensor && sensor->ID != SENSOR_SPECIAL; // columns of a table are anything
+        if (isComparable && !done.contains(sensor->ID)) {
             done.append(sensor->ID);
             makeUniformScales(sensor->ID);
         }

@@ -195,6 +195,8 @@ private Q_SLOTS:
         if (isRead) {
             QCOMPARE(data.getSens(0)->getNameWithUnit(false), QString("a [m]"));
             QCOMPARE(data.getYAt(1, 0), 3.0);
+            data.makeUniformScalesAfterOpen();
+            QVERIFY(!data.getSens(0)->readClassMinMax); // a scale for each column
             QCOMPARE(data.dt, data.getXSize() > 1 ? 0.5 : 1);
         }
     }
