@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "data/expdata.h"
 #include "persistence/numbertext.h"
 #include "persistence/storeddigits.h"
 #include "persistence/xmlscanner.h"
@@ -205,6 +206,7 @@ void Walk::readSensor()
     channel.name = name.toString();
     channel.unit = xml.attribute(QLatin1String("unit")).toString();
     channel.isRate = flag("isRate");
+    channel.derivedBy = std::clamp(integer("derived"), 0, int(ExpData::CURVE_DERIV));
     channel.originID = channel.sensorID == SENSOR_SPECIAL ? integer("originID") : 0;
     channel.minView = number("minView");
     channel.maxView = number("maxView");

@@ -196,6 +196,8 @@ void writeSpecial(Utf16Xml& xml, const Sensor& sensor)
         xml.attribute(u"originID", kind);
         xml.attribute(u"isRate", sensor.isRate);
     }
+    if (sensor.specialType > 0)
+        xml.attribute(u"derived", sensor.specialType);
     xml.attribute(u"unit", unit);
 }
 

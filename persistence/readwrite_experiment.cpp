@@ -89,6 +89,7 @@ void describeSpecial(Sensor* sensor, const StoredExperiment::Channel& channel, b
     constexpr int digitsOnDisplay = 5;
     sensor->ID = channel.sensorID;
     sensor->isRate = channel.isRate;
+    sensor->specialType = channel.derivedBy; // it stands behind the average of a class
     if (isDerived)
         sensor->unitName += channel.unit.mid(Sensor(channel.originID).unitName.size());
     else

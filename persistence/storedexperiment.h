@@ -15,7 +15,8 @@ struct StoredExperiment
     struct Channel
     {
         int sensorID = 0;
-        int originID = 0; ///< of a derived channel: the kind it came from, 0 for all others
+        int originID = 0;  ///< of a derived channel: the kind it came from, 0 for all others
+        int derivedBy = 0; ///< an ExpData::specialCurve, 0 for what is not derived
         bool isRate = false;
         QString unit; ///< in base units; empty: that of the kind
         bool isNamed = false;

@@ -238,6 +238,7 @@ private Q_SLOTS:
         QVERIFY(write());
         const QByteArray before = bytesOf(name);
         const int last = data->getNSens() - 1;
+        const int mean = data->meanIndex();
         const QString unit = data->getSens(last)->unitName;
         const QVector<double> derived = data->getY(last);
         for (const Units& units : {other, Units(), other}) {
@@ -250,6 +251,7 @@ private Q_SLOTS:
                 QVERIFY(qAbs(data->getXAt(i) - times[i]) <= 1e-10 * qMax(step, times[i]));
             QCOMPARE(data->getYNoConvAt(2, 1), 0.00012);
             QVERIFY(data->getSens(2)->precision >= 5);
+            QCOMPARE(data->meanIndex(), mean);
             QVERIFY(write());
             const QList<QByteArray> lines = bytesOf(name).replace(QByteArray(1, 0), "").split('\n');
             for (int i = 0; i < lines.size(); ++i)
