@@ -213,6 +213,7 @@ private Q_SLOTS:
         const auto [dt, first] = fetched<double, double>({"dt", "first"});
         Units other;
         other.feet = other.fahrenheit = true;
+        const Units start = first == 0 ? Units() : other;
         const double step = dt > 0 ? dt : 1;
         QVector<double> times, path, warm, small;
         for (int i = 0; i < 60; ++i) {
@@ -221,7 +222,7 @@ private Q_SLOTS:
             warm << 20 + 0.1 * i;
             small << i * 0.00012;
         }
-        renew(other);
+        renew(start);
         data->setDataNew(3, times, dt);
         data->addSensorData(0, SENSOR_DISTANCE, path, -1);
         data->addSensorData(1, SENSOR_AMB_TEMP, warm, -1);
@@ -234,14 +235,18 @@ private Q_SLOTS:
         fit->a = 1.0 / 3;
         fit->b = -2400.123456789;
         fit->c = 4319999.87654321;
-        graph->setMarkers({fit, new myPlotMarker(1, MARKER_FLOATING_TEXT)});
+        auto* note = new myPlotMarker(1, MARKER_ANNOTATE);
+        note->setValue(1, 0.00123456789);
+        graph->setMarkers({fit, new myPlotMarker(1, MARKER_FLOATING_TEXT), note});
         QVERIFY(write());
         const QByteArray before = bytesOf(name);
+        const QString told = QStringLiteral("<T t=\"%1\"/>").arg(times[1], 0, 'f', dt < 0.1 ? 6 : 1);
+        QCOMPARE(before.contains(utf16(told).mid(2)), first != 0.123456);
         const int last = data->getNSens() - 1;
         const int mean = data->meanIndex();
         const QString unit = data->getSens(last)->unitName;
         const QVector<double> derived = data->getY(last);
-        for (const Units& units : {other, Units(), other}) {
+        for (const Units& units : {other, Units(), start}) {
             renew(units);
             QString reason;
             ReadWrite::read(name, data.get(), graph.get(), bar.get(), false, &reason);
@@ -257,7 +262,7 @@ private Q_SLOTS:
             for (int i = 0; i < lines.size(); ++i)
                 QCOMPARE(lines[i], QByteArray(before).replace(QByteArray(1, 0), "").split('\n').value(i));
         }
-        QCOMPARE(graph->markers[0]->c, 4319999.87654321 * 1.8 + 32);
+        QCOMPARE(graph->markers[0]->c, first == 0 ? 4319999.87654321 : 4319999.87654321 * 1.8 + 32);
         QCOMPARE(data->getSens(last)->unitName, unit);
         for (int i = 1; i < derived.size(); ++i)
             QVERIFY(qAbs(data->getYAt(last, i) - derived[i]) <= 1e-9 * qAbs(derived[i]));
