@@ -65,7 +65,16 @@ void oneScale::calcScales(double minZoom, double maxZoom)
         scaleFullMin = dataMin < least.min ? std::min(scaleFullMin, least.min) : least.min;
         scaleFullMax = dataMax > least.max ? std::max(scaleFullMax, least.max) : least.max;
     }
+    marginBelow = scaleFullMin > minLimit ? dataMin - scaleFullMin : std::numeric_limits<double>::max();
+    marginAbove = scaleFullMax - dataMax;
     setZoomScales(minZoom, maxZoom);
+}
+
+bool oneScale::isOutgrown(double newDataMin, double newDataMax) const
+{
+    constexpr double most = 0.7; // of a margin, taken by the data
+    return !userScale &&
+           (dataMin - newDataMin > most * marginBelow || newDataMax - dataMax > most * marginAbove);
 }
 
 void oneScale::keepView(const ExpData& data, int iSens)
@@ -136,17 +145,11 @@ void scaleManager::setScales(const ExpData* data, bool isClass)
 
 bool scaleManager::isOutgrown(const ExpData* data) const
 {
-    constexpr double leastMargin = 0.03; // of the range, left free on either side
     const int n = std::min(data->getNSens(), scales.size());
     for (int i = 0; i < n; ++i) {
-        const SensorPtr& sensor = data->getSens(i);
-        const oneScale& scale = *scales[i];
-        if (!sensor || sensor->readSetMinMax || scale.isUserScale() || data->getYSize(i) == 0)
+        if (data->getYSize(i) == 0)
             continue;
-        const double margin = leastMargin * (scale.scaleFullMax - scale.scaleFullMin);
-        if (data->getMaxY(i) > scale.scaleFullMax - margin)
-            return true;
-        if (scale.scaleFullMin > scale.minLimit && data->getMinY(i) < scale.scaleFullMin + margin)
+        if (!scales[i]->isFilled || scales[i]->isOutgrown(data->getMinY(i), data->getMaxY(i)))
             return true;
     }
     return false;

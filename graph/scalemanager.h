@@ -25,6 +25,8 @@ public:
     void setZoomScales(double minZoom, double maxZoom);
     /// New extremes; the range follows unless it was fixed by hand.
     void updateScale(double newDataMin, double newDataMax, double zoomMin, double zoomMax);
+    /// These extremes have taken most of the margin beside the last ones.
+    bool isOutgrown(double newDataMin, double newDataMax) const;
     /// A range from outside. With `isClass` it is a common range and not one fixed by hand.
     void setUserScales(double uMin, double uMax, bool isClass);
     /// The automatic range of a sensor with a view that it keeps is that view, or more where its data are.
@@ -50,6 +52,8 @@ public:
 
 private:
     bool userScale = false;
+    double marginBelow = 0; ///< between the last extremes and the range of this channel alone
+    double marginAbove = 0;
     Sensor::View least{0, 0};
 };
 
