@@ -397,7 +397,7 @@ void CurvePainter::collectEdges()
             int level = 0;
             if (row < to) {
                 const double covered = coverOf(row, start, ramps[k]) + coverOf(-row - 1, end, ramps[k]) - 1;
-                level = std::clamp(int(covered * Spans::levels + 0.5), 0, Spans::levels);
+                level = std::clamp(qRound(covered * Spans::levels), 0, Spans::levels);
             }
             if (row > from && level == runLevel && row < to)
                 continue;
@@ -408,7 +408,7 @@ void CurvePainter::collectEdges()
         }
     };
     const auto collectLevel = [this](int k, int row, double covered) {
-        const int level = int(covered * Spans::levels + 0.5);
+        const int level = qRound(covered * Spans::levels);
         if (level > 0)
             result.add(level, canvas.left() + k, row, row + 1);
     };

@@ -31,13 +31,12 @@ QColor GraphDesign::readableOn(const QColor& color, const QColor& ground)
 {
     constexpr double wanted = 4.5;
     constexpr int steps = 20;
-    const QColor ink = inkOn(ground);
+    QColor ink = inkOn(ground);
     for (int i = 0; i < steps; ++i) {
         const double part = double(i) / steps;
         const auto mixed = [part](double a, double b) { return a + part * (b - a); };
-        const QColor shade =
-            QColor::fromRgbF(mixed(color.redF(), ink.redF()), mixed(color.greenF(), ink.greenF()),
-                             mixed(color.blueF(), ink.blueF()));
+        QColor shade = QColor::fromRgbF(mixed(color.redF(), ink.redF()), mixed(color.greenF(), ink.greenF()),
+                                        mixed(color.blueF(), ink.blueF()));
         if (Contrast::between(shade, ground) >= wanted)
             return shade;
     }

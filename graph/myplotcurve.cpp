@@ -78,7 +78,7 @@ int casingWidth(double penWidth)
     return 1 + int(penWidth / 4);
 }
 
-QPen roundPen(QPen pen, const QColor& color, double width)
+QPen roundPen(const QPen& pen, const QColor& color, double width)
 {
     // Dashes are counted in widths of the pen.
     QVector<qreal> dashes = pen.style() == Qt::CustomDashLine ? pen.dashPattern() : QVector<qreal>();

@@ -55,7 +55,7 @@ void StrokeMask::addSegment(const QPointF& from, const QPointF& to, double half)
             if (distance2 >= reach * reach)
                 continue;
             const double covered = std::min(1.0, reach - std::sqrt(distance2));
-            line[column] = std::max(line[column], uchar(covered * full + 0.5));
+            line[column] = std::max(line[column], uchar(qRound(covered * full)));
         }
     }
     const QPoint corner(std::max(0, int(left)), firstRow);

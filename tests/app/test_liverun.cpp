@@ -127,8 +127,9 @@ private Q_SLOTS:
         }
         // 60 a second, fewer on a slow machine; four graphs and forty samples a frame do not make it more.
         QVERIFY2(frames.size() >= 3 && frames.size() <= 27, qPrintable(QString::number(frames.size())));
-        QVERIFY(RefreshClock::period(3) < RefreshClock::period(10));   // quick as long as they cost little,
-        QVERIFY(RefreshClock::period(10) < RefreshClock::period(100)); // and leave the thread half of its time
+        QVERIFY(RefreshClock::period(3) < RefreshClock::period(10)); // quick as long as they cost little,
+        QVERIFY(RefreshClock::period(10) <
+                RefreshClock::period(100)); // and leave the thread half of its time
         QVERIFY(RefreshClock::period(100) >= 200);
         bench.sample(0, number);
         frames.clear();
