@@ -255,6 +255,7 @@ void CurvePainter::widen(const Curve& curve, const QwtScaleMap& yMap, int penWid
         }
     }
     const double middle = penWidth % 2 ? 0.5 : 0.0;
+    findCourses();
     ramps.resize(count);
     for (int k = 0; k < count; ++k) {
         ramps[k] = 0;
@@ -279,25 +280,34 @@ void CurvePainter::widen(const Curve& curve, const QwtScaleMap& yMap, int penWid
     }
 }
 
+// Which way the curve goes from each column to the next: on in one direction where the stretches touch and
+// hardly overlap.
+void CurvePainter::findCourses()
+{
+    constexpr double overlap = 0.5; // rows
+    courses.resize(columnCount);
+    courses[columnCount - 1] = 0;
+    for (int i = 0; i + 1 < columnCount; ++i) {
+        const bool rises = (lower[i + 1] <= upper[i] + overlap) & (upper[i + 1] <= upper[i]);
+        const bool falls = (upper[i + 1] >= lower[i] - overlap) & (lower[i + 1] >= lower[i]);
+        const bool isThere = (upper[i] <= lower[i]) & (upper[i + 1] <= lower[i + 1]);
+        courses[i] = char(isThere * (rises * Rises + falls * Falls));
+    }
+}
+
 // How many rows a curve that goes on in one direction rises or falls within a column; 0 where it turns, as
 // noise does in every column: there the edges are level.
 double CurvePainter::rampAt(int k, int reach) const
 {
-    constexpr double overlap = 0.5; // rows
-    const double rows = lower[k] - upper[k];
     const int away = reach + 1;
-    if (!(rows > 0) || upper[k] <= topLimit() || lower[k] >= bottomLimit() || k < away ||
-        k + away >= columnCount)
+    if (k < away || k + away >= columnCount)
         return 0;
-    bool rises = true;
-    bool falls = true;
-    for (int i = k - away; i < k + away; ++i) {
-        if (!(upper[i] <= lower[i]) || !(upper[i + 1] <= lower[i + 1]))
-            return 0;
-        rises = rises && lower[i + 1] <= upper[i] + overlap && upper[i + 1] <= upper[i];
-        falls = falls && upper[i + 1] >= lower[i] - overlap && lower[i + 1] >= lower[i];
-    }
-    return rises || falls ? rows : 0;
+    char course = courses[k];
+    for (int i = k - away; course && i < k + away; ++i)
+        course = char(course & courses[i]);
+    if (!course || upper[k] <= topLimit() || lower[k] >= bottomLimit())
+        return 0;
+    return lower[k] - upper[k];
 }
 
 void CurvePainter::dash(const Pen& pen)
@@ -323,14 +333,16 @@ void CurvePainter::dash(const Pen& pen)
 // rows do there.
 void CurvePainter::roundSpikes(QVector<double>& edge)
 {
-    constexpr double nearRows = 1.5;
+    constexpr double nearRows = 1;
     double before = infinity;
-    for (int k = 0; k < edge.size(); ++k) {
-        const double own = edge[k];
-        const double after = k + 1 < edge.size() ? edge[k + 1] : infinity;
-        if (ramps[k] == 0 && std::isfinite(own) && !(std::abs(own - before) < nearRows) &&
-            !(std::abs(own - after) < nearRows))
-            edge[k] = floorRow(own + 0.5);
+    double* const out = edge.data();
+    const int count = edge.size();
+    for (int k = 0; k < count; ++k) {
+        const double own = out[k];
+        const double after = k + 1 < count ? out[k + 1] : infinity;
+        const bool goesOn = (std::abs(own - before) < nearRows) | (std::abs(own - after) < nearRows);
+        if (!goesOn && ramps[k] == 0 && std::abs(own) < infinity)
+            out[k] = floorRow(own + 0.5);
         before = own;
     }
 }
@@ -407,28 +419,27 @@ void CurvePainter::collectEdges()
             runTop = row;
         }
     };
-    const auto collectLevel = [this](int k, int row, double covered) {
-        const int level = qRound(covered * Spans::levels);
-        if (level > 0)
-            result.add(level, canvas.left() + k, row, row + 1);
-    };
+    const int* const top = tops.constData();
+    const int* const bottom = bottoms.constData();
+    const double* const ramp = ramps.constData();
+    const auto isLevel = [=](int k) { return ramp[k] == 0 && top[k] < bottom[k]; };
     for (int k = 0; k < tops.size(); ++k) {
-        if (penUpper[k] > penLower[k])
-            continue;
-        const int from = std::max(floorRow(penUpper[k]), canvas.top());
-        if (ramps[k] > 0 || tops[k] >= bottoms[k])
-            collectRows(k, from, tops[k]);
-        else if (from < tops[k])
-            collectLevel(k, from, from + 1 - penUpper[k]);
+        if (isLevel(k)) {
+            const int level = qRound((top[k] - penUpper[k]) * Spans::levels);
+            if (level > 0 && top[k] > canvas.top())
+                result.add(level, canvas.left() + k, top[k] - 1, top[k]);
+        } else if (penUpper[k] <= penLower[k]) {
+            collectRows(k, std::max(floorRow(penUpper[k]), canvas.top()), top[k]);
+        }
     }
     for (int k = 0; k < tops.size(); ++k) {
-        if (penUpper[k] > penLower[k])
-            continue;
-        const int to = std::min(ceilRow(penLower[k]), canvas.bottom() + 1);
-        if (ramps[k] > 0 || tops[k] >= bottoms[k])
-            collectRows(k, bottoms[k], to);
-        else if (bottoms[k] < to)
-            collectLevel(k, bottoms[k], penLower[k] - bottoms[k]);
+        if (isLevel(k)) {
+            const int level = qRound((penLower[k] - bottom[k]) * Spans::levels);
+            if (level > 0 && bottom[k] <= canvas.bottom())
+                result.add(level, canvas.left() + k, bottom[k], bottom[k] + 1);
+        } else if (penUpper[k] <= penLower[k]) {
+            collectRows(k, bottom[k], std::min(ceilRow(penLower[k]), canvas.bottom() + 1));
+        }
     }
 }
 

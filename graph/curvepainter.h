@@ -42,7 +42,7 @@ public:
     /// What to fill, none overlapping another: whole pixels, and those at the edges by how much is covered.
     struct Spans
     {
-        static constexpr int levels = 8;
+        static constexpr int levels = 4;
         QVector<QRect> whole;
         QVector<QRect> part[levels]; ///< at place k covered by k/levels; the first is never used
 
@@ -77,6 +77,12 @@ private:
     void widen(const Curve& curve, const QwtScaleMap& yMap, int penWidth);
     double topLimit() const { return canvas.top() - 2.0 * maxPenWidth; } ///< rows beyond are not told apart
     double bottomLimit() const { return canvas.bottom() + 2.0 * maxPenWidth; }
+    enum Course
+    {
+        Rises = 1,
+        Falls = 2
+    };
+    void findCourses();
     double rampAt(int k, int reach) const;
     void dash(const Pen& pen);
     void roundSpikes(QVector<double>& edge);
@@ -98,6 +104,8 @@ private:
     QVector<double> lows, highs;  ///< the stretch covered, stored values; low above high where none is
     QVector<double> upper, lower; ///< the same in pixel rows
     QVector<double> penUpper, penLower; ///< one entry per canvas column, the pen's width included
+    QVector<double> steps;              ///< rows between the edges of a column and the one before
+    QVector<char> courses;              ///< one entry per column, Course flags
     QVector<double> ramps;              ///< rows over which the edges of the column go from nothing to all
     QVector<int> tops, bottoms;         ///< the whole rows; none where bottom is not below top
     QVector<int> capTops, capBottoms;
