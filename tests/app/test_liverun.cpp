@@ -45,22 +45,6 @@ private Q_SLOTS:
         QTEST(bench.data(0)->getXSize(), "stored");
     }
 
-    void aVortaBlockReachesTheClassToo()
-    {
-        ClassBench bench(1);
-        // Running at 25 a second: four samples a block, zero in all channels.
-        QByteArray status = QByteArray::fromHex("3E7983 22 01 02 01 03 0064 0000 0000 00 97");
-        QByteArray block = QByteArray::fromHex("3E79F1") + QByteArray(33, 0);
-        TembrinData* logger = bench.logger(0);
-        logger->handleVortaStatus(reinterpret_cast<unsigned char*>(status.data()), status.size());
-        for (int i = 0; i < 2; ++i)
-            logger->handleVortaOnlineSlow(reinterpret_cast<unsigned char*>(block.data()), block.size());
-        const double dt = TembrinData::VortaRates[3];
-        QCOMPARE(bench.data(0)->getX(),
-                 QVector<double>({0, dt, 2 * dt, 3 * dt, 4 * dt, 5 * dt, 6 * dt, 7 * dt}));
-        QCOMPARE(bench.data(-1)->getYNoConv(0), QVector<double>(8, 0.0));
-    }
-
     void theBusyTitleComesAfterASecondOfSkippedRefreshes()
     {
         ClassBench bench(1);

@@ -5,7 +5,6 @@
 #include <QTest>
 #include <QToolBar>
 
-#include "instruments/indicator.h"
 #include "tests/app/classbench.h"
 #include "tests/protocol/loggerbench.h"
 
@@ -37,35 +36,6 @@ private Q_SLOTS:
         clickIcon(bench, 0);
         clickIcon(bench, 0); // refused while the first attempt runs
         QTRY_COMPARE_WITH_TIMEOUT(bench.ports.made(QStringLiteral("COMxx")), 22, 4000);
-    }
-
-    void aSessionOpensOnTheWire()
-    {
-        ClassBench bench(1);
-        auto* strip = bench.window->findChild<Indicator*>();
-        auto* hint = bench.window->findChild<QLabel*>(QStringLiteral("hint"));
-        QVERIFY(!hint->isVisible());
-        QTRY_VERIFY(bench.port(0) && bench.port(0)->written() == firstQuestions);
-        QCOMPARE(bench.manager->plotAt(0)->title().text(), QStringLiteral("Group A"));
-        QCOMPARE(strip->state(0), Indicator::State::Off);
-        bench.port(0)->feed(bytes(sensorListHex));
-        QTRY_COMPARE(bench.port(0)->written(), firstQuestions + statusQuestion);
-        bench.port(0)->feed(status({{7, 0}}));
-        QTRY_COMPARE(bench.port(0)->writes.size(), 4);
-        QCOMPARE(bench.port(0)->writes[3].bytes.left(3), bytes("4714CC"));
-        QCOMPARE(strip->state(0), Indicator::State::On);
-        QVERIFY(bench.action("runAct")->isVisible());
-    }
-
-    void aClickOnAConnectedLoggerOpensItsPortAgain()
-    {
-        ClassBench bench(2);
-        connectAll(bench, 2);
-        QPointer<FakePort> before = bench.port(0);
-        clickIcon(bench, 0);
-        QTRY_VERIFY(!before && bench.port(0));
-        QTRY_COMPARE(bench.port(0)->written(), firstQuestions);
-        QCOMPARE(bench.ports.made(ClassBench::name(1)), 1);
     }
 
     void startsAreSpread()

@@ -206,19 +206,6 @@ private Q_SLOTS:
         QVERIFY(cell->markers.isEmpty());
     }
 
-    void cropCutsTheChosenGraphAfterAQuestion()
-    {
-        ClassBench bench(1);
-        fill(bench);
-        bench.prompt.answer = UserPrompt::Answer::Yes;
-        bench.action("cropAct")->trigger();
-        QCOMPARE(bench.data(0)->getXSize(), 50);
-        placeCrosses(bench.manager->plotAt(0));
-        bench.action("cropAct")->trigger();
-        QCOMPARE(bench.data(0)->getXSize(), 10);
-        QCOMPARE(bench.data(0)->getXAt(0), 10.0);
-    }
-
     void markersGoWithTheData()
     {
         ClassBench bench(1);

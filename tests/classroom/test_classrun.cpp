@@ -99,24 +99,6 @@ private Q_SLOTS:
         QCOMPARE(bench->data(-1)->getXAt(0), 0.0);
     }
 
-    void whatComesBackIsStillRead()
-    {
-        begin(loggers(1, "25/Sec"));
-        startAll(5);
-        bench->pull(0);
-        QTRY_VERIFY(!bench->manager.isTembrinConnect(0));
-        bench->putBack(0);
-        bench->open(0);
-        const int before = count(0);
-        QTRY_VERIFY(count(0) > before + 5);
-        const auto sent = bench->samples(0);
-        for (int k = 0; k < count(0); ++k) {
-            const QVector<double> row = sent.value(qRound(bench->data(0)->getXAt(k) / bench->data(0)->dt));
-            for (int c = 0; c < row.size(); ++c)
-                QCOMPARE(bench->data(0)->getYNoConvAt(c, k), row.at(c));
-        }
-    }
-
     void aSecondPartFollowsAtItsTrueTime_data()
     {
         columns<bool>({"isHeard"});
@@ -352,16 +334,6 @@ private Q_SLOTS:
         }
         QCOMPARE(classFault({0, 1}), QString());
         QCOMPARE(bench->data(-1)->getXSize(), 2);
-    }
-
-    void anotherRateStaysOutOfTheClass()
-    {
-        begin({VirtualBench::identity("Birch", "25/Sec"), VirtualBench::identity("Birch", "100/Sec"),
-               VirtualBench::identity("Birch", "100/Sec")});
-        startAll(10);
-        stopAll();
-        QCOMPARE(run().classSet().leftOut(), QVector<int>{0});
-        QCOMPARE(classFault({1, 2}), QString());
     }
 
     void whatTheUserDidToTheClassLasts()

@@ -205,20 +205,6 @@ private Q_SLOTS:
         bench.open(0); // and the sessions go while it is under way
     }
 
-    void aLoggerThatNeverToldWhatItIsHoldsNobodyUp()
-    {
-        ManagerBench bench(loggers(2));
-        bench.setDead(0);
-        bench.open(0);
-        bench.open(1);
-        QTRY_VERIFY(bench.isReady(1) && bench.manager.isTembrinConnect(0));
-        use(&bench);
-        bench.manager.sendCmdToAll(CMD_TEMBRIN_LOGGING_SETUP);
-        QTRY_VERIFY(bench.manager.queue().isIdle());
-        QCOMPARE(bench.heard(1, Wire::LoggingSetup), 1);
-        QCOMPARE(ends.join(QString()), QStringLiteral("Not set up: Group A (does not answer)."));
-    }
-
     void whatWasMissedIsCaughtUp()
     {
         ManagerBench bench(loggers(2));

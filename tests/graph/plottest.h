@@ -2,7 +2,10 @@
 
 #include <QtTest>
 
+#include <QMenu>
+
 #include <qwt_legend.h>
+#include <qwt_scale_widget.h>
 
 #include "graph/myplotcurve.h"
 #include "graph/plot.h"
@@ -48,12 +51,51 @@ protected:
     {
         return qobject_cast<QwtLegend*>(plot->legend())->legendWidget(plot->itemToInfo(plot->getCurve(i)));
     }
+    /// Sensor 0 is the line y = slope * x + start, sensor 1 a parabola below it.
+    void showCurves(double dt = 0.1, double slope = 2, double start = 10)
+    {
+        QVector<double> line, parabola;
+        for (int i = 0; i < curveSamples; ++i) {
+            line << slope * (i * dt) + start;
+            parabola << 0.0005 * i * i - 0.06 * i + 3;
+        }
+        load(data.data(), {SENSOR_EXT_TEMP, SENSOR_VOLTAGE}, {line, parabola}, dt);
+        data->setXRange();
+        show({800, 500});
+    }
+    /// Where a curve passes.
+    QPoint pixel(int iSens, double x) const { return place(iSens, x, data->interpolateY(iSens, x)); }
+    QString textOf(int i) const { return plot->markers.value(i)->label().text(); }
+    void cross(int iSens, double x) { plot->newMarker(iSens, -1, x, data->interpolateY(iSens, x)); }
+    void click(const QPoint& at) { QTest::mouseClick(plot->canvas(), Qt::LeftButton, {}, at); }
+    void press(const QPoint& at) { QTest::mousePress(plot->canvas(), Qt::LeftButton, {}, at); }
+    void release() { QTest::mouseRelease(plot->canvas(), Qt::LeftButton); }
+    void drag(const QPoint& from, const QPoint& to, Qt::MouseButton button = Qt::LeftButton)
+    {
+        QTest::mousePress(plot->canvas(), button, {}, from);
+        moveTo(to);
+        QTest::mouseRelease(plot->canvas(), button, {}, to);
+    }
+    void chooseFromXAxis(int entry)
+    {
+        QTest::mousePress(plot->axisWidget(QwtPlot::xBottom), Qt::RightButton);
+        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        menu->actions().at(entry)->trigger();
+        menu->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    QPair<double, double> shownRange(int axis = QwtPlot::xBottom) const
+    {
+        return {plot->axisInterval(axis).minValue(), plot->axisInterval(axis).maxValue()};
+    }
     void moveTo(const QPoint& at)
     {
         QMouseEvent move(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton, {});
         QApplication::sendEvent(plot->canvas(), &move);
     }
 
+    static constexpr int curveSamples = 101;
     FakePrompt prompt;
     QScopedPointer<ExpData> data;
     QScopedPointer<Plot> plot;

@@ -1,19 +1,11 @@
-#include <QMenu>
 #include <QSignalSpy>
 #include <QWheelEvent>
 
 #include <cmath>
 
-#include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
 #include "tests/graph/plottest.h"
-
-namespace {
-
-constexpr int samples = 101;
-
-} // namespace
 
 /// What stands around the curves stays true whatever else changes.
 class TestGraphStates : public PlotTest
@@ -34,8 +26,8 @@ private Q_SLOTS:
     {
         QFETCH(bool, isFile);
         show();
-        drag(pixel(0, 2) - QPoint(0, 40), pixel(0, 4) + QPoint(0, 40), Qt::LeftButton);
-        QVERIFY(shownX().second < 5);
+        drag(pixel(0, 2) - QPoint(0, 40), pixel(0, 4) + QPoint(0, 40));
+        QVERIFY(shownRange().second < 5);
         if (isFile)
             plot->setMarkers(QList<myPlotMarker*>());
         else
@@ -44,7 +36,7 @@ private Q_SLOTS:
         if (!isFile)
             data->addSample(0, {20, 1});
         plot->Update();
-        QCOMPARE(shownX(), qMakePair(0.0, 10.0));
+        QCOMPARE(shownRange(), qMakePair(0.0, 10.0));
         QCOMPARE(plot->scaler->getScaleMax(0), plot->scaler->scales[0]->scaleFullMax);
     }
 
@@ -57,7 +49,7 @@ private Q_SLOTS:
         QVERIFY2(textOf(5).contains(QStringLiteral("V/min·t")), qPrintable(textOf(5)));
         // The shown range decides on the unit of the axis.
         plot->enableZoom(true);
-        drag(pixel(1, 10) - QPoint(0, 40), pixel(1, 50) + QPoint(0, 40), Qt::LeftButton);
+        drag(pixel(1, 10) - QPoint(0, 40), pixel(1, 50) + QPoint(0, 40));
         QVERIFY2(textOf(5).contains(QStringLiteral("V/s·t")), qPrintable(textOf(5)));
         // A cross that stood on a fit goes back to the curve, and says so.
         plot->lockMarker(plot->markers[0], false);
@@ -75,7 +67,7 @@ private Q_SLOTS:
         cross(0, 8);
         plot->doRegression(1);
         const QString fit = textOf(5);
-        choose(1);
+        chooseFromXAxis(3);
         QVERIFY(plot->curveMarker.isEmpty());
         for (const myPlotMarker* marker : plot->markers)
             QVERIFY(!marker->isShown());
@@ -83,7 +75,7 @@ private Q_SLOTS:
         QCOMPARE(plot->curveMarker.size(), 1);
         plot->Update();
         QVERIFY(textOf(7).startsWith(QLatin1String("Voltage")));
-        choose(-1);
+        chooseFromXAxis(0);
         QCOMPARE(plot->curveMarker.size(), 2);
         QVERIFY(plot->markers[4]->isShown() && !plot->markers[6]->isShown());
         QCOMPARE(textOf(5), fit);
@@ -99,7 +91,7 @@ private Q_SLOTS:
         data->setDataNewEmpty({group(SENSOR_EXT_TEMP, "<b>Ann"), group(SENSOR_EXT_TEMP, "Ben"),
                                group(SENSOR_EXT_TEMP, "Average")},
                               1);
-        for (int i = 0; i < samples; ++i) {
+        for (int i = 0; i < curveSamples; ++i) {
             data->joinSample(0, i, 20 + 0.4 * i);
             data->joinSample(1, i, 30);
         }
@@ -111,7 +103,7 @@ private Q_SLOTS:
         plot->doRegression(1);
         QVERIFY(textOf(1).startsWith(QLatin1String("<b>Ann - ")));
         ExpData other;
-        load(&other, {SENSOR_LIGHT}, {QVector<double>(samples, 300)});
+        load(&other, {SENSOR_LIGHT}, {QVector<double>(curveSamples, 300)});
         data->joinChannel(0, group(SENSOR_LIGHT, "<b>Ann"), other);
         plot->setData();
         plot->Update();
@@ -142,8 +134,8 @@ private Q_SLOTS:
         };
         QVERIFY(isGood());
         plot->enableZoom(true);
-        drag(pixel(0, 4.9) - QPoint(0, 30), pixel(0, 6) + QPoint(0, 100), Qt::LeftButton);
-        QVERIFY(shownX().second < 7);
+        drag(pixel(0, 4.9) - QPoint(0, 30), pixel(0, 6) + QPoint(0, 100));
+        QVERIFY(shownRange().second < 7);
         QVERIFY(isGood());
         QTest::mouseClick(plot->canvas(), Qt::RightButton);
         plot->resize(450, 300);
@@ -151,16 +143,25 @@ private Q_SLOTS:
         QVERIFY(isGood());
     }
 
-    void theRightButtonZoomsOut()
+    void aZoomHoldsUntilTheRightButtonEndsIt()
     {
         show();
-        plot->enableZoom(true);
+        const auto wholeY = shownRange(QwtPlot::yLeft);
+        data->finalData = false;
         cross(0, 5);
-        drag(pixel(0, 3) - QPoint(0, 30), pixel(0, 7) + QPoint(0, 30), Qt::LeftButton);
+        drag(place(0, 3, 24), place(0, 7, 12));
+        const auto zoomed = shownRange();
+        QVERIFY(qAbs(zoomed.first - 3) < 0.1 && qAbs(zoomed.second - 7) < 0.1);
+        QVERIFY(qAbs(shownRange(QwtPlot::yLeft).first - 12) < 0.2);
+        for (int i = 0; i < 30; ++i)
+            data->addSample(10.1 + 0.1 * i, {20, 1});
+        plot->Update();
+        QCOMPARE(shownRange(), zoomed);
         prompt.picked = qRgb(1, 2, 3);
         QTest::mouseClick(plot->canvas(), Qt::RightButton, {}, pixel(0, 5));
         QVERIFY(!plot->findChild<QMenu*>());
-        QCOMPARE(shownX(), qMakePair(0.0, 10.0));
+        QCOMPARE(shownRange(QwtPlot::yLeft), wholeY);
+        QVERIFY(shownRange().second > data->getX().last());
         QTest::mouseClick(plot->canvas(), Qt::RightButton, {}, pixel(0, 6));
         QVERIFY(plot->getCurvePen(0).color() != QColor(1, 2, 3));
     }
@@ -189,7 +190,7 @@ private Q_SLOTS:
         moveTo(pixel(0, 8) + QPoint(0, 50));
         QTest::keyClick(plot.data(), Qt::Key_Escape);
         QTest::mouseRelease(plot->canvas(), Qt::LeftButton, {}, pixel(0, 8) + QPoint(0, 50));
-        QCOMPARE(shownX(), qMakePair(0.0, 10.0));
+        QCOMPARE(shownRange(), qMakePair(0.0, 10.0));
         QCOMPARE(stopped, 0);
         QTest::keyClick(plot.data(), Qt::Key_Escape);
         QCOMPARE(stopped, 1);
@@ -266,9 +267,9 @@ private Q_SLOTS:
             return found;
         };
         QCOMPARE(between(), QStringLiteral("Δt = 6.0 s\nΔy = 12.0 °C\nΔy/Δt = 2.00 °C/s"));
-        choose(1);
+        chooseFromXAxis(3);
         QCOMPARE(between(), QString());
-        choose(-1);
+        chooseFromXAxis(0);
         QVERIFY(between().startsWith(QStringLiteral("Δt")));
         plot->removeMarker(plot->markers[2]);
         QCOMPARE(between(), QString());
@@ -298,9 +299,7 @@ private Q_SLOTS:
         cross(0, 2);
         const myPlotMarker& text = *plot->markers[2];
         const QPoint at = text.pixelPos().toPoint();
-        press(at);
-        moveTo(at + QPoint(60, 10));
-        QTest::mouseRelease(plot->canvas(), Qt::LeftButton);
+        drag(at, at + QPoint(60, 10));
         QVERIFY((text.pixelPos() - at - QPointF(60, 10)).manhattanLength() < 3);
         for (int i = 0; i < 2; ++i)
             QTest::mousePress(legendItem(0), Qt::RightButton);
@@ -319,60 +318,27 @@ private Q_SLOTS:
             QApplication::sendEvent(plot->canvas(), &wheel);
         };
         turn(2);
-        QVERIFY(shownX().second - shownX().first < 7);
+        QVERIFY(shownRange().second - shownRange().first < 7);
         QCoreApplication::processEvents(); // other labels leave another room
         QVERIFY(std::abs(plot->transform(QwtPlot::xBottom, x) - at.x()) < 12);
         QVERIFY(std::abs(plot->transform(QwtPlot::yLeft, y) - at.y()) < 5);
-        const double before = shownX().first;
+        const double before = shownRange().first;
         const double taken = plot->invTransform(QwtPlot::xBottom, at.x());
         drag(at, at - QPoint(50, 0), Qt::MiddleButton);
         QVERIFY(std::abs(plot->transform(QwtPlot::xBottom, taken) - (at.x() - 50)) < 2);
-        QVERIFY(shownX().first > before);
+        QVERIFY(shownRange().first > before);
         turn(-6);
-        QCOMPARE(shownX(), qMakePair(0.0, 10.0));
+        QCOMPARE(shownRange(), qMakePair(0.0, 10.0));
     }
 
 private:
-    // Sensor 0 is the line y = 10 + 2 x, sensor 1 a parabola.
     void show(double dt = 0.1)
     {
-        QVector<double> line, parabola;
-        for (int i = 0; i < samples; ++i) {
-            line << 10 + 2 * i * dt;
-            parabola << 0.0005 * i * i - 0.06 * i + 3;
-        }
-        load(data.data(), {SENSOR_EXT_TEMP, SENSOR_VOLTAGE}, {line, parabola}, dt);
-        data->setXRange();
-        PlotTest::show({800, 500});
+        showCurves(dt);
         connect(plot.data(), &Plot::changedActiveCurve, plot.data(),
                 [this](int, int i) { plot->updateSens(i); });
         plot->enableZoom(true);
     }
-    QPoint pixel(int iSens, double x) const { return place(iSens, x, data->interpolateY(iSens, x)); }
-    void cross(int iSens, double x) { plot->newMarker(iSens, -1, x, data->interpolateY(iSens, x)); }
-    void press(const QPoint& at) { QTest::mousePress(plot->canvas(), Qt::LeftButton, {}, at); }
-    void drag(const QPoint& from, const QPoint& to, Qt::MouseButton button)
-    {
-        QTest::mousePress(plot->canvas(), button, {}, from);
-        moveTo(to);
-        QTest::mouseRelease(plot->canvas(), button, {}, to);
-    }
-    /// From the menu of the x axis; -1 for the time.
-    void choose(int iSens)
-    {
-        QTest::mousePress(plot->axisWidget(QwtPlot::xBottom), Qt::RightButton);
-        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        QVERIFY(menu);
-        menu->actions().at(iSens < 0 ? 0 : iSens + 2)->trigger();
-        menu->close();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    QPair<double, double> shownX() const
-    {
-        const QwtInterval shown = plot->axisInterval(QwtPlot::xBottom);
-        return {shown.minValue(), shown.maxValue()};
-    }
-    QString textOf(int i) const { return plot->markers.value(i)->label().text(); }
 };
 
 QTEST_MAIN(TestGraphStates)

@@ -40,11 +40,6 @@ void addSamples(ExpData& data, int count)
         data.addSample(data.getX().last() + (data.dt > 0 ? data.dt : 1), QVector<double>(data.getNSens(), 5));
 }
 
-QPair<double, double> rangeOf(const Plot& plot, int axis)
-{
-    return {plot.axisInterval(axis).minValue(), plot.axisInterval(axis).maxValue()};
-}
-
 void pressRightAt(QWidget* widget)
 {
     QTest::mousePress(widget, Qt::RightButton);
@@ -64,14 +59,14 @@ private Q_SLOTS:
     {
         show(threeSensors, 74, 0.1);
         const auto window = qMakePair(0.0, 10.0);
-        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), window);
+        QCOMPARE(shownRange(QwtPlot::xBottom), window);
         QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Time [s]"));
         addSamples(*data, 1);
         plot->Update();
-        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), window);
+        QCOMPARE(shownRange(QwtPlot::xBottom), window);
         addSamples(*data, 1);
         plot->Update();
-        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), qMakePair(0.0, 8.0));
+        QCOMPARE(shownRange(QwtPlot::xBottom), qMakePair(0.0, 8.0));
         QVector<double> ends;
         for (int i = 0; i < 400; ++i) {
             addSamples(*data, 1);
@@ -84,38 +79,7 @@ private Q_SLOTS:
         QVERIFY2(ends.size() < 20, "the axis has to grow in steps");
         data->finalData = true;
         plot->Update();
-        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom).second, data->getX().last());
-    }
-
-    void manualSamplingCountsSamples()
-    {
-        show(threeSensors, 10, 0);
-        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), qMakePair(0.0, 100.0));
-        QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Sample"));
-        const auto before = rangeOf(*plot, QwtPlot::yLeft);
-        data->setDataNewEmpty();
-        plot->Update();
-        QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), before);
-    }
-
-    void zoomFreezesTheAxes()
-    {
-        show(threeSensors, 200, 0.1);
-        const auto whole = rangeOf(*plot, QwtPlot::yLeft);
-        plot->enableZoom(true);
-        QWidget* const canvas = plot->canvas();
-        QTest::mousePress(canvas, Qt::LeftButton, {}, place(0, 5, 6));
-        moveTo(place(0, 10, 3));
-        QTest::mouseRelease(canvas, Qt::LeftButton, {}, place(0, 10, 3));
-        const auto zoomed = rangeOf(*plot, QwtPlot::xBottom);
-        QVERIFY(qAbs(zoomed.first - 5) < 0.1 && qAbs(zoomed.second - 10) < 0.1);
-        QVERIFY(qAbs(rangeOf(*plot, QwtPlot::yLeft).first - 3) < 0.2);
-        addSamples(*data, 30);
-        plot->Update();
-        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), zoomed);
-        pressRightAt(canvas);
-        QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), whole);
-        QVERIFY(rangeOf(*plot, QwtPlot::xBottom).second > data->getX().last());
+        QCOMPARE(shownRange(QwtPlot::xBottom).second, data->getX().last());
     }
 
     void curvesStartHiddenByKind_data()
@@ -255,6 +219,7 @@ private Q_SLOTS:
             };
             QCOMPARE(ticks(*plot), ticks(fresh));
             QCOMPARE(std::fmod(ticks(*plot).value(1), 60) == 0, dt > 0);
+            QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text() == QLatin1String("Sample"), dt == 0);
         }
     }
 
@@ -267,12 +232,9 @@ private Q_SLOTS:
         PlotTest::show({640, 400});
         data->finalData = true;
         plot->Update();
-        QImage exported(plot->size(), QImage::Format_RGB32);
-        exported.fill(Qt::white);
-        QwtPlotRenderer().renderTo(plot.data(), exported);
         const QPoint origin = plot->canvas()->pos();
         const QColor color = plot->getCurvePen(0).color();
-        for (const QImage& image : {plot->grab().toImage(), exported}) {
+        for (const QImage& image : pictures()) {
             const auto inked = [&](double x, int beside) {
                 const QPoint at = place(0, x, 2) + origin;
                 int hits = 0;
@@ -322,20 +284,14 @@ private Q_SLOTS:
         if (index < 0 || values.isEmpty())
             return;
         bars.updateBarSens(0, true);
-        QTEST(rangeOf(bars, QwtPlot::yLeft), "range");
+        QTEST(qMakePair(bars.axisInterval(QwtPlot::yLeft).minValue(),
+                        bars.axisInterval(QwtPlot::yLeft).maxValue()),
+              "range");
         data->getSens(0)->readSetMinMax = true; // the user asks for another
         data->getSens(0)->minView = 0;
         data->getSens(0)->maxView = 50;
         plot->Update();
         QCOMPARE(plot->scaler->getScaleMax(0), 50.0);
-    }
-
-    void colorimeterHasItsOwnColors()
-    {
-        show({SENSOR_PH, SENSOR_COLORIMETER_R, SENSOR_COLORIMETER_G, SENSOR_COLORIMETER_B}, 10, 1);
-        QCOMPARE(plot->getCurvePen(1).color(), QColor(Qt::red));
-        QCOMPARE(plot->getCurvePen(3).color(), QColor(Qt::blue));
-        QCOMPARE(plot->getCurvePen(0).color(), QColor(Qt::darkRed));
     }
 
     void legendPicksAndRotates()
@@ -368,7 +324,7 @@ private Q_SLOTS:
         QCOMPARE(plot->axisWidget(QwtPlot::yLeft)->toolTip(), name);
         plot->resize(640, 400);
         QTRY_COMPARE(plot->axisTitle(QwtPlot::yLeft).text(), name);
-        QCOMPARE(rangeOf(*plot, QwtPlot::yLeft).second, plot->scaler->getScaleMax(2));
+        QCOMPARE(shownRange(QwtPlot::yLeft).second, plot->scaler->getScaleMax(2));
         fill(*data, {SENSOR_PH, SENSOR_LIGHT}, 100, 0.1);
         plot->setData();
         QCOMPARE(plot->getActiveSens(), 0);
@@ -386,26 +342,18 @@ private Q_SLOTS:
         QSignalSpy picked(plot.data(), &Plot::changedActiveCurve);
         connect(plot.data(), &Plot::changedActiveCurve, plot.data(),
                 [this](int, int i) { plot->updateSens(i); });
-        const auto choose = [&](int entry) {
-            QTest::mousePress(plot->axisWidget(QwtPlot::xBottom), Qt::RightButton);
-            auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-            QVERIFY(menu);
-            menu->actions().at(entry)->trigger();
-            menu->close();
-            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        };
-        choose(2); // after "Time" and a separator: the active one
+        chooseFromXAxis(2); // after "Time" and a separator: the active one
         QCOMPARE(picked.takeFirst(), (QVariantList{0, 1}));
         QCOMPARE(plot->getActiveSens(), 1);
         QVERIFY(!plot->getCurve(0)->isVisible());
         QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), data->getSens(0)->getNameWithUnit(false));
-        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom).second, plot->scaler->getScaleMax(0));
-        choose(4);
+        QCOMPARE(shownRange(QwtPlot::xBottom).second, plot->scaler->getScaleMax(0));
+        chooseFromXAxis(4);
         QVERIFY(plot->getCurve(0)->isVisible() && !plot->getCurve(2)->isVisible());
-        choose(0);
+        chooseFromXAxis(0);
         QVERIFY(plot->getCurve(2)->isVisible());
         QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Time [s]"));
-        QCOMPARE(rangeOf(*plot, QwtPlot::xBottom), qMakePair(0.0, 10.0));
+        QCOMPARE(shownRange(QwtPlot::xBottom), qMakePair(0.0, 10.0));
     }
 
     // On the screen and in an export, which draws the samples by another way.
@@ -414,13 +362,8 @@ private Q_SLOTS:
         show(threeSensors, 3000, 0.1);
         data->setLeftPad(2, 1500);
         plot->replot();
-        QImage exported(plot->size(), QImage::Format_RGB32);
-        exported.fill(Qt::white);
-        QwtPlotRenderer renderer;
-        renderer.renderTo(plot.data(), exported);
-        const QImage shown = plot->grab().toImage();
         const QPoint origin = plot->canvas()->pos();
-        for (const QImage& image : {shown, exported}) {
+        for (const QImage& image : pictures()) {
             for (int i = 0; i < 3; ++i) {
                 for (double part : {0.25, 0.75}) {
                     const QPoint at = place(i, 300 * part, valueAt(i, part)) + origin;
@@ -506,7 +449,7 @@ private Q_SLOTS:
         QVERIFY(!data->getSens(0)->readClassSetMinMax);
         for (const int index : {-1, 0}) {
             show({SENSOR_PH, SENSOR_PH, SENSOR_PH}, 100, 0.1, index);
-            const auto automatic = rangeOf(*plot, QwtPlot::yLeft);
+            const auto automatic = shownRange(QwtPlot::yLeft);
             const auto ask = [this](const auto& answer) {
                 QTimer::singleShot(0, this, [answer] {
                     answer(qobject_cast<SetRange*>(QApplication::activeModalWidget()));
@@ -521,20 +464,27 @@ private Q_SLOTS:
                 dialog->accept();
             });
             const auto byHand = qMakePair(3.0, automatic.second);
-            QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), byHand);
+            QCOMPARE(shownRange(QwtPlot::yLeft), byHand);
             plot->setData(); // after an analysis or a download
             plot->forceDefaultSetScale();
-            QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), byHand);
+            QCOMPARE(shownRange(QwtPlot::yLeft), byHand);
             plot->updateSens(1);
-            QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), byHand);
+            QCOMPARE(shownRange(QwtPlot::yLeft), byHand);
             ask([](SetRange* dialog) {
                 dialog->findChild<QPushButton*>(QStringLiteral("buttonAutomatic"))->click();
             });
-            QCOMPARE(rangeOf(*plot, QwtPlot::yLeft), automatic);
+            QCOMPARE(shownRange(QwtPlot::yLeft), automatic);
         }
     }
 
 private:
+    QVector<QImage> pictures() // on the screen, and in an export
+    {
+        QImage exported(plot->size(), QImage::Format_RGB32);
+        exported.fill(Qt::white);
+        QwtPlotRenderer().renderTo(plot.data(), exported);
+        return {plot->grab().toImage(), exported};
+    }
     void show(const QVector<int>& ids, int n, double dt, int index = 0)
     {
         fill(*data, ids, n, dt);
