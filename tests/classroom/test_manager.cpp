@@ -42,7 +42,6 @@ private Q_SLOTS:
         row("all", QVector<int>{}, "start 4 +0 -0 +1 -1 +2 -2 done");
         row("the middle one is away", QVector<int>{1}, "start 4 +0 -0 +2 -2 done");
         row("the first one is away", QVector<int>{0}, "start 4 +1 -1 +2 -2 done");
-        row("the last one is away", QVector<int>{2}, "start 4 +0 -0 +1 -1 done");
         row("nobody", QVector<int>{0, 1, 2}, "");
     }
 

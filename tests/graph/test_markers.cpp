@@ -17,10 +17,9 @@ private Q_SLOTS:
     void clicksPlaceCrosses_data()
     {
         columns<double, int, int, int, QString>({"x", "besideX", "rows", "found", "text"});
-
-        row("on the curve", 5.0, 0, 0, 0, "Ext. Temperature = 20.0 °C\nTime = 5.0 s");
-        row("high above it", 5.0, 0, -150, 0, "Ext. Temperature = 20.0 °C\nTime = 5.0 s");
-        row("at its start, beside it", 0.0, -10, 0, 1, "Voltage = 3.00 V\nTime = 0.0 s");
+        row("on the curve", 5.0, 0, 0, 0, "Ext. Temperature =");
+        row("high above it", 5.0, 0, -150, 0, "Ext. Temperature =");
+        row("at its start, beside it", 0.0, -10, 0, 1, "Voltage = 3.00");
         row("past its end within reach", 10.0, 15, 0, 0, QString());
         row("past its end out of reach", 10.0, 22, 0, -1, QString());
     }
@@ -44,10 +43,8 @@ private Q_SLOTS:
         QCOMPARE(cross->iSens, found);
         QVERIFY(qAbs(cross->yValue() - data->interpolateY(found, cross->xValue())) < 0.02);
         QVERIFY(cross->xValue() >= 0 && cross->xValue() <= 10);
-        if (!text.isEmpty())
-            QVERIFY2(qAbs(cross->xValue() - x) < (rows == 0 ? 0.1 : 0.5), qPrintable(textOf(1)));
-        if (rows == 0 && !text.isEmpty())
-            QCOMPARE(textOf(1).section(' ', 0, 2), text.section(' ', 0, 2));
+        QVERIFY(text.isEmpty() || qAbs(cross->xValue() - x) < (rows == 0 ? 0.1 : 0.5));
+        QVERIFY2(textOf(1).startsWith(text), qPrintable(textOf(1)));
     }
 
     void crossesKeepToTheirCurves()
@@ -58,9 +55,7 @@ private Q_SLOTS:
         click(pixel(0, 8));
         click(pixel(0, 5) - QPoint(0, 60));
         QCOMPARE(plot->markers.size(), 4);
-        press(pixel(0, 2));
-        moveTo(pixel(1, 3));
-        release();
+        drag(pixel(0, 2), pixel(1, 3));
         for (const myPlotMarker* marker : plot->markers)
             QCOMPARE(marker->iSens, 0);
         QVERIFY(qAbs(plot->curveMarker[0]->xValue() - 3) < 0.5);
@@ -117,9 +112,7 @@ private Q_SLOTS:
         click(pixel(0, 2));
         myPlotMarker* const text = plot->markers[1];
         QCOMPARE(QPoint(qAbs(text->xOffset), qAbs(text->yOffset)), QPoint(50, 50));
-        press(text->pixelPos().toPoint());
-        moveTo(pixel(0, 2) + QPoint(80, -120));
-        release();
+        drag(text->pixelPos().toPoint(), pixel(0, 2) + QPoint(80, -120));
         QVERIFY(qAbs(text->xOffset - 80) <= 2 && qAbs(text->yOffset + 120) <= 2);
         // The axis grows, the distance in pixels stays.
         for (int i = curveSamples; i < 5 * curveSamples; ++i)
@@ -229,9 +222,7 @@ private Q_SLOTS:
         plot->enableMarker(true);
         click(onLine(5));
         QCOMPARE(plot->curveMarker.first()->iReg, 4);
-        press(onLine(5));
-        moveTo(pixel(1, 7)); // the curve is nearer there
-        release();
+        drag(onLine(5), pixel(1, 7)); // the curve is nearer there
         click(onLine(3));
         for (const myPlotMarker* cross : plot->curveMarker) {
             QCOMPARE(cross->iReg, 4);
@@ -320,15 +311,11 @@ private Q_SLOTS:
         QCOMPARE(textOf(0), QStringLiteral("<b>Tea"));
         QVERIFY(label->isBubble() && label->isPic());
 
-        press(QPoint(50, 200));
-        moveTo(QPoint(300, 200));
-        release();
+        drag(QPoint(50, 200), QPoint(300, 200));
         const QRectF box = label->balloonRect(label->pixelPos());
         const QImage canvas = plot->canvas()->grab().toImage();
         QCOMPARE(canvas.pixelColor(QPointF(300, box.top() + 8 + 25).toPoint()), QColor(Qt::blue));
-        press(label->balloonTip(label->pixelPos()).toPoint());
-        moveTo(QPoint(400, 150));
-        release();
+        drag(label->balloonTip(label->pixelPos()).toPoint(), QPoint(400, 150));
         QVERIFY((label->balloonTip(label->pixelPos()) - QPointF(400, 150)).manhattanLength() <= 2);
         QVERIFY((label->pixelPos() - QPointF(300, 200)).manhattanLength() <= 1);
         label->setPic(QPixmap());
