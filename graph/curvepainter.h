@@ -42,7 +42,7 @@ public:
     /// What to fill, none overlapping another: whole pixels, and those at the edges by how much is covered.
     struct Spans
     {
-        static constexpr int levels = 4;
+        static constexpr int levels = 5;
         QVector<QRect> whole;
         QVector<QRect> part[levels]; ///< at place k covered by k/levels; the first is never used
 

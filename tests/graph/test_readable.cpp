@@ -196,7 +196,7 @@ private Q_SLOTS:
             least = qMin(least, ink);
             most = qMax(most, ink);
         }
-        QVERIFY2(most - least < 0.35 && least > 3.5,
+        QVERIFY2(most - least < 0.5 && least > 3.5,
                  qPrintable(QStringLiteral("%1 to %2").arg(least).arg(most)));
     }
 
