@@ -125,6 +125,9 @@ public:
     bool isMeaningless(int channel) const;
     /// Over how many groups the average of a row is.
     int valuesAt(int row) const;
+    /// Rows up to which every group that still delivers has its value: until the others have sent theirs, the
+    /// newest average would be that of whoever was first.
+    int settledRows() const;
     /// How many groups the newest rows of the average are over.
     int groupsInAverage() const;
     /// joinSample() for what channel `index` lacks of the selected channel of `refData`.

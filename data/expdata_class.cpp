@@ -153,6 +153,18 @@ int ExpData::valuesAt(int row) const
     return count;
 }
 
+int ExpData::settledRows() const
+{
+    constexpr double patience = 1.5; // seconds that a delivering group may be behind
+    int settled = x.size();
+    for (int c = 0; !finalData && dt > 0 && c < meanIndex(); ++c) {
+        const int known = qMin(y.at(c).size(), x.size());
+        if (known > 0 && x.last() - x.at(known - 1) <= patience)
+            settled = qMin(settled, known);
+    }
+    return settled;
+}
+
 int ExpData::groupsInAverage() const
 {
     constexpr int newest = 10; // rows; groups differ by some samples on their way

@@ -1,5 +1,6 @@
 #include "graph/graphlayout.h"
 
+#include <QScrollArea>
 #include <QtMath>
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 
 namespace {
 
-constexpr double greatestRows = 0.2; // of the height, for the rows of the legend
+constexpr double greatestRows = 0.25; // of the height, for the rows of the legend
 
 // Trying out the columns of the legend asks nobody for another layout, as the legend's own function would:
 // each layout would ask for the next.
@@ -37,8 +38,11 @@ void GraphLayout::activate(const QwtPlot* plot, const QRectF& area, Options opti
     // A page or picture of the graph is laid out as the graph is on the screen.
     if (!options)
         hasRows = canvasRect().width() < canvasPart * area.width();
-    if (!hasRows)
+    if (!hasRows) {
+        if (auto* const scroller = legend->findChild<QScrollArea*>())
+            scroller->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
         return;
+    }
     setColumns(legend, 0);
     layRows(plot, legend, area, options);
 }
@@ -46,6 +50,9 @@ void GraphLayout::activate(const QwtPlot* plot, const QRectF& area, Options opti
 // Rows under the title, or beside it where that leaves more to the canvas and is needed.
 void GraphLayout::layRows(const QwtPlot* plot, QwtLegend* legend, const QRectF& area, Options options)
 {
+    // An own scroll bar in a low row would hide more entries than it gives; the wheel still moves them.
+    if (auto* const scroller = legend->findChild<QScrollArea*>())
+        scroller->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     constexpr int between = 8;  // pixels, of a title and the entries beside it
     constexpr int rounding = 2; // a legend that is a pixel too small hides entries behind a scroll bar
     const double titleWidth = plot->titleLabel()->sizeHint().width() + between;

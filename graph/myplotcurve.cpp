@@ -132,6 +132,8 @@ void myPlotCurve::drawSeries(QPainter* painter, const QwtScaleMap& xMap, const Q
     data->setSensorToDraw(iData);
     QwtScaleMap map = yMap;
     scaler->fixScaleY(&map, iData);
+    if (data->isAverage(iData))
+        to = std::min(to < 0 ? data->getXSize() : to, data->settledRows() - 1);
     QwtPlotCurve::drawSeries(painter, xMap, map, canvasRect, std::max(from, data->getLeftPad(iData)), to);
 }
 

@@ -154,7 +154,11 @@ private Q_SLOTS:
         }
         plot->Update();
         QVERIFY(plot->getCurve(3)->title().text().endsWith(QStringLiteral("(2)")));
-        data->joinSample(1, 19, 7);
+        data->joinSample(0, 20, 20);
+        QCOMPARE(data->settledRows(), 20); // the newest average waits for the other group,
+        data->joinSample(0, 21, 21);
+        QCOMPARE(data->settledRows(), 22); // but not for one that has stopped
+        data->joinSample(1, 21, 7);
         data->setSelectedSensor(3);
         data->addSpecialCurve(ExpData::CURVE_DERIV);
         plot->setData();
