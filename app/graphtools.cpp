@@ -165,6 +165,10 @@ void GraphTools::crop()
     const QPointer<Plot> plot = target();
     if (!plot)
         return;
+    if (manager->isAnyRunning()) {
+        Q_EMIT told(tr("A graph can be cropped when no logger is running."));
+        return;
+    }
     if (plot->curveMarker.size() < 2) {
         Q_EMIT told(tr("Put two markers on a curve first: what lies outside them is cut off."));
         return;

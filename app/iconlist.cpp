@@ -83,9 +83,15 @@ void IconList::focusOutEvent(QFocusEvent* event)
     QComboBox::focusOutEvent(event);
 }
 
-// Space chooses in the open list too.
+// Space chooses in the open list too; Escape closes it, and is no shortcut meanwhile: it would stop the
+// class.
 bool IconList::eventFilter(QObject* object, QEvent* event)
 {
+    if (object == view() && event->type() == QEvent::ShortcutOverride &&
+        static_cast<const QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        event->accept();
+        return true;
+    }
     if (object == view() && event->type() == QEvent::KeyPress &&
         static_cast<const QKeyEvent*>(event)->key() == Qt::Key_Space) {
         QKeyEvent choose(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);

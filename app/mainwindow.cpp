@@ -177,9 +177,12 @@ void MainWindow::showLoggers(quint8 which)
     ClassSet& classSet = mTembrin->run().classSet();
     if (!isOnlyStaticClassMode && (which & ~classSet.memberBits()) == 0)
         return;
+    // What a logger kept of an earlier run is no part of the last one, and gets a turn of its own.
+    const quint8 ofRun = isOnlyStaticClassMode ? which & classSet.releasedBits() : 0;
     handleOnlyStaticClassMode(false);
     graph->setMarkers();
-    classSet.rebuild(which);
+    classSet.rebuild(ofRun != 0 ? ofRun : which);
+    graph->updateTitle(runTitle);
     mTembrin->dataC()->makeUniformScales();
     updateAll(-1);
     updateLayout(LAYOUT_MULTI_TOGETHER);

@@ -198,6 +198,7 @@ private:
     RunLine* runLine = nullptr;       ///< how the run stands
     QString notStopped;               ///< the last line about a stop
     bool isOnlyStaticClassMode = false;
+    QString runTitle; ///< of the class graph, when it shows the last run
     bool isSlowWarning = false;
     int nestCounter = 0;
     int howManySkipped = 0;

@@ -161,7 +161,8 @@ void MainWindow::showNewClass()
     graph->setMarkers();
     updateAll(-1);
     setSelected(-1, 0);
-    graph->updateTitle(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm, d-MM-yyyy")));
+    runTitle = QDateTime::currentDateTime().toString(QStringLiteral("hh:mm, d-MM-yyyy"));
+    graph->updateTitle(runTitle);
 }
 
 /// A logger that was lost in the run says so where its curve stands, and since when.

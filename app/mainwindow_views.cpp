@@ -8,6 +8,7 @@
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "instruments/indicator.h"
+#include "protocol/tembrinprotocol.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -245,11 +246,17 @@ void MainWindow::rebuildClass()
     updateAll(-1);
 }
 
-/// One sensor in all graphs that have it.
+/// One sensor in all graphs that have it, or another that measures the same under its name.
 void MainWindow::showForAll(int sensorID)
 {
+    const Sensor wanted(sensorID, mTembrin->tembrinAt(0)->units);
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
-        const int at = mTembrin->dataAt(i)->locateSensByID(sensorID);
+        const ExpData* const set = mTembrin->dataAt(i);
+        int at = set->locateSensByID(sensorID);
+        for (int k = 0; at < 0 && k < set->getNSens(); ++k) {
+            const SensorPtr& sensor = set->getSens(k);
+            at = sensor && sensor->name == wanted.name && sensor->isSameQuantity(wanted) ? k : -1;
+        }
         if (at >= 0)
             updateSens(i, at);
     }

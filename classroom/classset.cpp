@@ -107,6 +107,8 @@ void ClassSet::follow(int slot)
 
 void ClassSet::release()
 {
+    if (!isReleased)
+        released = members;
     members = others = 0;
     isReleased = true;
 }

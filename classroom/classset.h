@@ -31,6 +31,8 @@ public:
     void follow(int slot);
     /// Data that came from a file has taken its place: nobody joins it before it is begun anew.
     void release();
+    /// Who was in it when it was released.
+    quint8 releasedBits() const { return released; }
     /// Samples of these come at other times than those of the class.
     QVector<int> leftOut() const;
     double period() const { return classPeriod; }
@@ -45,6 +47,7 @@ private:
     multiConnectionsManager* manager;
     quint8 members = 0;
     quint8 others = 0; ///< with another period
+    quint8 released = 0;
     bool isReleased = false;
     int channelCount = 0; ///< one for each logger in use at the beginning
     double classPeriod = 1;

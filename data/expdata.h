@@ -271,6 +271,7 @@ public:
 private:
     // Channels
     bool hasSlot(int i) const { return i >= 0 && i < sensors.size(); }
+    int deliveredRows(int channel) const;
     void resizeChannels(int n);
     void emptyChannels(int n);
     void keepSelectionInside();

@@ -153,13 +153,23 @@ int ExpData::valuesAt(int row) const
     return count;
 }
 
+/// How many rows a group knows, if it still delivers; else 0.
+int ExpData::deliveredRows(int channel) const
+{
+    constexpr double patience = 1.5; // seconds that a group may be behind the first one
+    constexpr int newest = 10;       // or rows
+    const int known = qMin(y.at(channel).size(), x.size());
+    if (known == 0)
+        return 0;
+    const bool isRecent = known > x.size() - newest || (dt > 0 && x.last() - x.at(known - 1) <= patience);
+    return isRecent ? known : 0;
+}
+
 int ExpData::settledRows() const
 {
-    constexpr double patience = 1.5; // seconds that a delivering group may be behind
     int settled = x.size();
-    for (int c = 0; !finalData && dt > 0 && c < meanIndex(); ++c) {
-        const int known = qMin(y.at(c).size(), x.size());
-        if (known > 0 && x.last() - x.at(known - 1) <= patience)
+    for (int c = 0; !finalData && c < meanIndex(); ++c) {
+        if (const int known = deliveredRows(c))
             settled = qMin(settled, known);
     }
     return settled;
@@ -167,10 +177,9 @@ int ExpData::settledRows() const
 
 int ExpData::groupsInAverage() const
 {
-    constexpr int newest = 10; // rows; groups differ by some samples on their way
     int count = 0;
     for (int c = 0; c < meanIndex(); ++c)
-        count += !y.at(c).isEmpty() && y.at(c).size() > x.size() - newest ? 1 : 0;
+        count += deliveredRows(c) > 0 ? 1 : 0;
     return count;
 }
 

@@ -176,6 +176,7 @@ void GraphCurves::add(int i)
     if (hint >= 0)
         curve->setMode(hint);
     design(i);
+    curve->setZ(index < 0 && i == data.meanIndex() ? averageZ : curvesZ);
     curve->attach(&plot);
 }
 
@@ -302,7 +303,6 @@ void GraphCurves::setPen(int i)
             pen.setDashPattern(dashes);
         curve->setPen(pen);
         curve->setCasing(isAverage(i) ? ColorScale::averageCasing() : QColor());
-        curve->setZ(isAverage(i) ? averageZ : curvesZ);
     } else {
         curve->setPen(QPen(Qt::transparent, 0));
     }

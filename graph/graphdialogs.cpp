@@ -80,7 +80,7 @@ void GraphDialogs::askForX(const QPoint& globalPos)
     addChoice(tr("Time"), -1);
     menu->addSeparator();
     for (int i = 0; i < data.getNSens(); ++i)
-        addChoice(data.getSens(i)->name, i);
+        addChoice(data.getSens(i)->nameForLegend(true), i);
     // The data can have changed while the menu stood open.
     connect(menu, &QMenu::triggered, this, [this](const QAction* choice) {
         const int sel = choice->data().toInt();

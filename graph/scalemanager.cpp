@@ -135,7 +135,7 @@ void scaleManager::setScales(const ExpData* data, bool isClass)
                              firstGroupIndex + i, sensor->groupName, sensor->name);
         scales.append(scale);
         scale->quantity = sensor->quantity();
-        scale->isFilled = data->getYSize(i) > 0;
+        scale->isFilled = data->getYSize(i) > 0 && !data->isMeaningless(i);
         scale->keepView(*data, i);
         scale->setZoomScales(zoomMin, zoomMax);
         takeFixedRange(i, *sensor, isClass);
@@ -174,8 +174,8 @@ void scaleManager::follow(const ExpData* data, bool isClass)
         if (!sensor)
             continue;
         takeFixedRange(i, *sensor, isClass);
-        scales[i]->isFilled = data->getYSize(i) > 0;
-        if (scales[i]->isFilled)
+        scales[i]->isFilled = data->getYSize(i) > 0 && !data->isMeaningless(i);
+        if (data->getYSize(i) > 0)
             scales[i]->updateScale(data->getMinY(i), data->getMaxY(i), zoomMin, zoomMax);
     }
     share();

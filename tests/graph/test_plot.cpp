@@ -156,9 +156,11 @@ private Q_SLOTS:
         QVERIFY(plot->getCurve(3)->title().text().endsWith(QStringLiteral("(2)")));
         data->joinSample(0, 20, 20);
         QCOMPARE(data->settledRows(), 20); // the newest average waits for the other group,
-        data->joinSample(0, 21, 21);
-        QCOMPARE(data->settledRows(), 22); // but not for one that has stopped
-        data->joinSample(1, 21, 7);
+        for (int i = 21; i < 32; ++i)
+            data->joinSample(0, i, i);
+        QCOMPARE(data->settledRows(), 32); // but not for one that has stopped
+        data->joinSample(1, 31, 31);
+        data->joinSample(2, 31, 31);
         data->setSelectedSensor(3);
         data->addSpecialCurve(ExpData::CURVE_DERIV);
         plot->setData();
