@@ -604,7 +604,13 @@ void TestTwoAtOnce::checkAnotherRun()
     }
     wait([=] { return canClick("stopAct"); }, "stop of the other run");
     click("stopAct");
-    wait([=] { return canClick("runAct"); }, "run after the other run");
+    // One that was silent at the stop is seen to run when it is heard again; then Stop is there to press
+    // again.
+    const auto isOver = [=] { return canClick("runAct"); };
+    if (!QTest::qWaitFor(isOver, patience / 4)) {
+        check(click("stopAct"), QStringLiteral("stop can't be pressed again"));
+        wait(isOver, "run after the other run");
+    }
 }
 
 /// The program ends without a crash and in time, from wherever it was.
