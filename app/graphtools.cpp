@@ -133,9 +133,9 @@ void GraphTools::setMode(Mode mode, bool tf)
             return;
         }
     }
-    if (present == Mode::Slope)
-        turn(std::exchange(sloped, nullptr), Mode::Slope, false);
-    else
+    if (Plot* const before = std::exchange(sloped, nullptr))
+        turn(before, Mode::Slope, false);
+    if (present != Mode::Slope)
         forEachPlot([this](Plot* plot) { turn(plot, present, false); });
     present = wanted;
     if (present != Mode::Slope)

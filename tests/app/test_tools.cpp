@@ -206,6 +206,17 @@ private Q_SLOTS:
         QVERIFY(cell->markers.isEmpty());
     }
 
+    void slopeModeEndsWithoutAGraph()
+    {
+        ClassBench bench(2);
+        fill(bench);
+        Q_EMIT functions(bench)->activated(0);
+        Q_EMIT bench.manager->plotAt(0)->changedActivePlot(-1); // none of the cells is meant any more
+        QVERIFY(bench.manager->plotAt(0)->markers.isEmpty());
+        bench.action("zoomAct")->trigger();
+        QCOMPARE(functions(bench)->property("isOn"), QVariant(false));
+    }
+
     void markersGoWithTheData()
     {
         ClassBench bench(1);
