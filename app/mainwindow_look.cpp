@@ -6,7 +6,12 @@
 
 namespace {
 
-const QColor highlight(0xdc, 0xdc, 0xdc); ///< of toolbar buttons under the mouse and checked
+/// Of toolbar buttons under the mouse and checked: lists write on it in the ink of the ground.
+QColor highlightOn(const QColor& ground)
+{
+    constexpr double part = 0.2;
+    return Plot::isDark(ground) ? GraphDesign::mixed(ground, Qt::white, part) : QColor(0xdc, 0xdc, 0xdc);
+}
 
 QString rgb(const QColor& color)
 {
@@ -54,7 +59,8 @@ void MainWindow::setBackground()
 void MainWindow::setMainWindowStyle()
 {
     const QString back = rgb(getAppBackColor());
-    const QString over = rgb(highlight);
+    const QString over = rgb(highlightOn(getAppBackColor()));
+    const QString ink = rgb(GraphDesign::inkOn(getAppBackColor()));
     const QString arrow = QStringLiteral("image: url(:/icons/resources/down-arrow%1%2.png);")
                               .arg(Plot::isDark(getAppBackColor()) ? QStringLiteral("-light") : QString(),
                                    is4K() ? QStringLiteral("-2x") : QString());
@@ -66,14 +72,16 @@ void MainWindow::setMainWindowStyle()
         {"QMainWindow", QStringLiteral("background: %1;").arg(back)},
         {"QToolBar", QStringLiteral("border: 0px;")},
         {"QToolButton", QStringLiteral("margin: 0px;")},
-        {"QToolButton:hover", QStringLiteral("background-color: %1; border: none;").arg(over)},
+        {"QToolButton:hover, QToolButton:focus, QToolButton:pressed, QToolButton::menu-button:hover",
+         QStringLiteral("background-color: %1; border: none;").arg(over)},
         {"QToolButton:checked", QStringLiteral("background-color: %1; border: 1px solid %1;").arg(over)},
         {"QToolBar QComboBox[isOn=\"true\"]",
          QStringLiteral("background-color: %1; border: 1px solid %2;").arg(over, rgb(Qt::gray))},
         {"QToolBar::handle", QStringLiteral("image: none;")},
         // Lists on toolbars only: those of dialogs stand on paper.
         {"QToolBar QComboBox", QStringLiteral("background: %1; border: none;").arg(back)},
-        {"QToolBar QComboBox QAbstractItemView", QStringLiteral("background: %1;").arg(back)},
+        {"QToolBar QComboBox QAbstractItemView",
+         QStringLiteral("background: %1; color: %2; selection-color: %2;").arg(back, ink)},
         {"QAbstractItemView::item:selected", QStringLiteral("background-color: %1; border: none;").arg(over)},
         {"QToolBar QComboBox::drop-down", QStringLiteral("border: 0px; padding: 16px;")},
         {"QToolBar QComboBox::down-arrow", arrow + QStringLiteral(" left: -%1px;").arg(iconDim / 4)},

@@ -41,6 +41,16 @@ QColor ColorScale::myColors(int index)
     return cyclic(sensColors, index);
 }
 
+QColor ColorScale::averageColor(const QColor& ground)
+{
+    return Contrast::isDark(ground) ? QColor(Qt::white) : QColor(0x10, 0x18, 0x20);
+}
+
+QColor ColorScale::averageCasing(const QColor& ground)
+{
+    return averageColor(Contrast::isDark(ground) ? Qt::white : Qt::black);
+}
+
 void ColorScale::setColorBlindPalette(bool on)
 {
     isForColorBlind = on;

@@ -10,9 +10,10 @@ public:
     /// The colour of the curve at `index`; after twelve they repeat, after eight in the palette of
     /// colour-blind viewers.
     static QColor myColors(int index);
-    /// The average of the class: dark on a light casing, so that it is seen from afar among all others.
-    static QColor averageColor() { return QColor(0x10, 0x18, 0x20); }
-    static QColor averageCasing() { return Qt::white; }
+    /// The average of the class: dark on a light casing, so that it is seen from afar among all others, and
+    /// the other way round on a dark ground.
+    static QColor averageColor(const QColor& ground = Qt::white);
+    static QColor averageCasing(const QColor& ground = Qt::white);
 
     /// Eight colours that stay apart in protan, deutan and tritan vision, in place of the usual ones. Graphs
     /// take it up when their design is set.

@@ -68,6 +68,7 @@ CurveAnalysis::Result CurveAnalysis::fit(const GraphParts& parts, int degree,
     if (!data.isXYPlot() && from.x() > to.x())
         std::swap(from, to);
     auto line = std::make_unique<myPlotMarker>(crosses[0]->iSens, &parts.scaler, MARKER_REGRESSION);
+    line->xSensor = data.getXYIndex();
     line->linX0 = from.x();
     line->linX1 = to.x();
     if (data.isXYPlot())
@@ -99,6 +100,7 @@ CurveAnalysis::Result CurveAnalysis::integral(const GraphParts& parts, const QLi
     if (!refusal.isEmpty())
         return {nullptr, refusal};
     auto area = std::make_unique<myPlotMarker>(crosses[0]->iSens, &parts.scaler, MARKER_INTEGRAL);
+    area->xSensor = parts.data.getXYIndex();
     area->linX0 = std::min(crosses[0]->xValue(), crosses[1]->xValue());
     area->linX1 = std::max(crosses[0]->xValue(), crosses[1]->xValue());
     area->setYValue(crosses[0]->yValue());

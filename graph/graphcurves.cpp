@@ -248,7 +248,7 @@ QColor GraphCurves::colorOf(int i) const
         return ColorScale::myColorsForColorimeter(i, colorimeter);
     if (curves[i]->isUserColor())
         return curves[i]->getColor();
-    return isAverage(i) ? ColorScale::averageColor() : ColorScale::myColors(i);
+    return isAverage(i) ? ColorScale::averageColor(ground) : ColorScale::myColors(i);
 }
 
 bool GraphCurves::isAverage(int i) const
@@ -268,16 +268,20 @@ QVector<qreal> GraphCurves::dashesOf(int i) const
 
 QColor GraphCurves::inkOf(int i) const
 {
-    return isLegendOnly || curves[i]->isVisible() ? ink : QColor(Qt::gray);
+    return isLegendOnly || curves[i]->isVisible() ? ink : faint;
 }
 
-void GraphCurves::setInk(const QColor& color)
+void GraphCurves::setInk(const QColor& newInk, const QColor& newFaint, const QColor& newGround)
 {
-    ink = color;
+    ink = newInk;
+    faint = newFaint;
+    ground = newGround;
     for (int i = 0; i < curves.size(); ++i) {
         QwtText title = curves[i]->title();
         title.setColor(inkOf(i));
         curves[i]->setTitle(title);
+        if (isAverage(i))
+            design(i);
     }
 }
 
@@ -302,7 +306,7 @@ void GraphCurves::setPen(int i)
         if (!dashes.isEmpty())
             pen.setDashPattern(dashes);
         curve->setPen(pen);
-        curve->setCasing(isAverage(i) ? ColorScale::averageCasing() : QColor());
+        curve->setCasing(isAverage(i) ? ColorScale::averageCasing(ground) : QColor());
     } else {
         curve->setPen(QPen(Qt::transparent, 0));
     }

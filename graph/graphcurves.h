@@ -50,8 +50,8 @@ public:
     void design(int i);
     void designAll();
     void designPens();
-    /// Of the names in the legend.
-    void setInk(const QColor& color);
+    /// Of the names in the legend, and the ground that the average is drawn on.
+    void setInk(const QColor& ink, const QColor& faint, const QColor& ground);
     /// Groups come and go in a run: the average names how many it is over, and goes when it mixes quantities.
     void renewAverage();
     QVector<int> shownIDs() const;
@@ -98,6 +98,8 @@ private:
     int width = 2;
     int widthActive = 4;
     QColor ink;
+    QColor faint; ///< of hidden curves
+    QColor ground{Qt::white};
     bool isLegendOnly = false;
     bool isAverageMixed = false; ///< when it was looked at last
     bool hasAverageLook = false; ///< it becomes one with its first value

@@ -4,6 +4,9 @@
 #include <QFont>
 #include <QString>
 
+class QPainter;
+class QwtPlot;
+
 /// The colours that all graphs share, and what can be read on them.
 struct GraphDesign
 {
@@ -20,6 +23,23 @@ struct GraphDesign
     static QColor inkOn(const QColor& ground);
     /// The colour, or a darker or lighter one that can be read on the ground.
     static QColor readableOn(const QColor& color, const QColor& ground);
+    /// For what is switched off: as near to the ground as can still be read.
+    static QColor faintOn(const QColor& ground);
+    /// Of boxes with texts, half transparent: curves are seen through it, and the ink of the ground is read
+    /// on it.
+    static QColor boxOn(const QColor& ground);
+    /// What a painter paints a graph's items on: the canvas, or white paper.
+    static QColor groundOf(const QPainter* painter, const QwtPlot* plot);
+    static QColor mixed(const QColor& from, const QColor& to, double part);
+    static bool isOnScreen(const QPainter* painter);
+
+    // Unless somebody chose others, these go with the ground.
+
+    static QColor activeFor(const QColor& ground);
+    static QColor majGridFor(const QColor& ground);
+    static QColor minGridFor(const QColor& ground);
+    /// Another ground; the active one and the grid follow as far as they went with the last.
+    static void setBackground(const QColor& ground);
 };
 
 /// Fonts that fit into the room there is.
@@ -36,5 +56,7 @@ double growth(int graphHeight);
 QFont atMost(QFont font, int pixels);
 /// The font, or the next smaller one whose text has room.
 QFont fitted(QFont font, const QString& text, int room);
+/// In lines of at most so many pixels.
+QString wrapped(const QString& text, const QFont& font, double room);
 
 } // namespace GraphFonts

@@ -1,6 +1,9 @@
 #include "graph/markerlayer.h"
 
 #include <cmath>
+#include <limits>
+
+#include <QWidget>
 
 #include <qwt_plot.h>
 
@@ -143,9 +146,22 @@ void MarkerLayer::renewText(myPlotMarker* text)
     if (!subject || subject->xSensor != parts.data.getXYIndex() ||
         (subject->type == MARKER_TANGENT && !subject->isShown()))
         return;
-    const QString words = texts.of(*subject);
+    const QString words = texts.of(*subject, apart());
     if (text->label().text() != words)
         text->setText(words);
+}
+
+/// Seconds between the two crosses; without two, so much that nothing depends on it.
+double MarkerLayer::apart() const
+{
+    const double distance = crosses.size() < 2 ? 0 : std::abs(crosses[0]->xValue() - crosses[1]->xValue());
+    return distance > 0 ? distance : std::numeric_limits<double>::infinity();
+}
+
+void MarkerLayer::fitText(myPlotMarker* marker) const
+{
+    marker->setTextPixels(GraphFonts::textPixels(parts.plot.height()));
+    marker->setRoom(parts.plot.canvas()->size());
 }
 
 QVector<QPointF> MarkerLayer::curvePoints() const
@@ -182,7 +198,7 @@ void MarkerLayer::renewSpan()
         span->attach(&parts.plot);
     }
     span->iSens = crosses[0]->iSens;
-    span->setTextPixels(GraphFonts::textPixels(parts.plot.height()));
+    fitText(span.get());
     if (span->label().text() != words)
         span->setText(words);
     aimSpan();
@@ -239,7 +255,7 @@ void MarkerLayer::followData()
         marker->channel = curve->getChannel();
         if (!isOfFile)
             followers.append(marker);
-        if (marker->type == MARKER_INTEGRAL)
+        if (marker->type == MARKER_INTEGRAL || marker->type == MARKER_REGRESSION)
             marker->curve = parts.curves.at(marker->iSens);
         if (marker->type == MARKER_INTEGRAL || (marker->type == MARKER_REGRESSION && isOther)) {
             if (!CurveAnalysis::renew(parts, marker))
@@ -256,7 +272,9 @@ void MarkerLayer::followData()
 void MarkerLayer::fit()
 {
     for (myPlotMarker* marker : qAsConst(markers))
-        marker->setTextPixels(GraphFonts::textPixels(parts.plot.height()));
+        fitText(marker);
+    if (span)
+        fitText(span.get());
 }
 
 // A marker changes nothing about the axes, whose layout costs more than the picture.

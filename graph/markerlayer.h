@@ -101,6 +101,8 @@ private:
     bool isSeen(const myPlotMarker& marker) const;
     void followCross(myPlotMarker* cross);
     void tellDistance();
+    double apart() const;
+    void fitText(myPlotMarker* marker) const;
     void renewSpan();
     void aimSpan();
     QVector<QPointF> curvePoints() const;

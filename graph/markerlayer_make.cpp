@@ -25,6 +25,13 @@ bool hasPartnerText(int type)
     return type == MARKER_X || type == MARKER_REGRESSION || type == MARKER_INTEGRAL;
 }
 
+/// A second press on the button, for the same span of the same curve.
+bool isSameResult(const myPlotMarker& a, const myPlotMarker& b)
+{
+    return a.type == b.type && a.iSens == b.iSens && a.xSensor == b.xSensor && a.linX0 == b.linX0 &&
+           a.linX1 == b.linX1 && (a.a != 0) == (b.a != 0);
+}
+
 /// A file keeps it in the words of the fit only.
 double toldCorrelation(const QString& words)
 {
@@ -37,7 +44,7 @@ double toldCorrelation(const QString& words)
 void MarkerLayer::adopt(myPlotMarker* marker)
 {
     marker->xSensor = parts.data.getXYIndex();
-    marker->setTextPixels(GraphFonts::textPixels(parts.plot.height()));
+    fitText(marker);
     marker->attach(&parts.plot);
     markers.append(marker);
 }
@@ -115,6 +122,12 @@ void MarkerLayer::addResult(CurveAnalysis::Result result)
         return;
     }
     parts.data.setNeedSave(true);
+    const QList<myPlotMarker*> present = markers;
+    const auto same = std::find_if(present.cbegin(), present.cend(), [&](const myPlotMarker* marker) {
+        return isSameResult(*marker, *result.marker);
+    });
+    if (same != present.cend())
+        remove(*same);
     result.marker->curve = parts.curves.at(result.marker->iSens);
     addPair(result.marker.release());
     repaint();
@@ -176,7 +189,7 @@ void MarkerLayer::takeStored(myPlotMarker* marker)
         if (!marker->isLocked() && crosses.size() == maxCrosses)
             marker->lock();
         findMovable();
-    } else if (marker->type == MARKER_INTEGRAL) {
+    } else if (marker->type == MARKER_INTEGRAL || marker->type == MARKER_REGRESSION) {
         marker->curve = parts.curves.at(marker->iSens);
     } else if (marker->connectTo && marker->connectTo->type == MARKER_REGRESSION) {
         marker->connectTo->r = toldCorrelation(marker->label().text());

@@ -13,6 +13,7 @@
 namespace {
 
 constexpr double negligible = 1e-9;
+constexpr double noCorrelation = 1e-4;
 
 } // namespace
 
@@ -68,12 +69,12 @@ QString MarkerTexts::valueText(int iSens, double value) const
     return sensor ? sensor->valueToString(value) : QString();
 }
 
-QString MarkerTexts::of(const myPlotMarker& marker) const
+QString MarkerTexts::of(const myPlotMarker& marker, double apart) const
 {
     switch (marker.type) {
     case MARKER_X:
     case MARKER_X_GHOST:
-        return ofCross(marker);
+        return ofCross(marker, apart);
     case MARKER_TANGENT:
         return ofTangent(marker);
     case MARKER_REGRESSION:
@@ -90,7 +91,7 @@ QString MarkerTexts::of(const myPlotMarker& marker) const
     return QString();
 }
 
-QString MarkerTexts::ofCross(const myPlotMarker& cross) const
+QString MarkerTexts::ofCross(const myPlotMarker& cross, double apart) const
 {
     const int iSens = cross.iSens;
     const double x = cross.xValue();
@@ -102,28 +103,32 @@ QString MarkerTexts::ofCross(const myPlotMarker& cross) const
         const int iX = data.getXYIndex();
         return twoLines.arg(nameOf(iX), valueText(iX, x), unitOf(iX), nameOf(iSens), value, unitOf(iSens));
     }
-    return twoLines.arg(nameOf(iSens), value, unitOf(iSens), time.getTimeOrSample(), time.getTimeString(x),
-                        time.getUnitName());
+    return twoLines.arg(nameOf(iSens), value, unitOf(iSens), time.getTimeOrSample(),
+                        time.getTimeString(x, apart), time.getUnitName());
 }
 
 std::optional<MarkerTexts::Distance> MarkerTexts::between(const myPlotMarker& first,
                                                           const myPlotMarker& second) const
 {
-    if (form == MarkerForm::Frequency || data.isXYPlot())
+    if (form == MarkerForm::Frequency)
         return std::nullopt;
+    const bool isXY = data.isXYPlot();
+    const int iX = data.getXYIndex();
     const bool isForward = second.xValue() >= first.xValue();
     const double dx = std::abs(second.xValue() - first.xValue());
     const double dy = (isForward ? 1 : -1) * (second.yValue() - first.yValue());
     const QString unit = unitOf(first.iSens);
     Distance told;
-    told.x = QStringLiteral("%1 %2").arg(time.getTimeString(dx, dx), time.getUnitName()).trimmed();
+    const QString unitX = isXY ? unitOf(iX) : time.getUnitName();
+    told.x =
+        QStringLiteral("%1 %2").arg(isXY ? valueText(iX, dx) : time.getTimeString(dx, dx), unitX).trimmed();
     if (unit != unitOf(second.iSens))
         return told;
     told.y = QStringLiteral("%1 %2").arg(valueText(first.iSens, dy), unit).trimmed();
     if (dx > 0)
-        told.slope = QStringLiteral("%1 %2").arg(
-            Common::toSignificant(dy / dx * time.getdT(), 3),
-            time.getUnitName().isEmpty() ? unit : Common::unitPer(unit, time.getUnitName(), 1));
+        told.slope =
+            QStringLiteral("%1 %2").arg(Common::toSignificant(dy / dx * (isXY ? 1 : time.getdT()), 3),
+                                        unitX.isEmpty() ? unit : Common::unitPer(unit, unitX, 1));
     return told;
 }
 
@@ -132,11 +137,12 @@ QString MarkerTexts::distance(const myPlotMarker& first, const myPlotMarker& sec
     const auto told = between(first, second);
     if (!told)
         return QString();
-    QString text = QStringLiteral("%1 = %2").arg(time.getDeltaName(), told->x);
+    const QString dx = data.isXYPlot() ? QStringLiteral("dX") : time.getDeltaName();
+    QString text = QStringLiteral("%1 = %2").arg(dx, told->x);
     if (!told->y.isEmpty())
         text += QStringLiteral(";  dY = %1").arg(told->y);
     if (!told->slope.isEmpty())
-        text += QStringLiteral(";  dY/%1 = %2").arg(time.getDeltaName(), told->slope);
+        text += QStringLiteral(";  dY/%1 = %2").arg(dx, told->slope);
     return text;
 }
 
@@ -145,7 +151,8 @@ QString MarkerTexts::span(const myPlotMarker& first, const myPlotMarker& second)
     const auto told = between(first, second);
     if (!told)
         return QString();
-    const QString x = time.getUnitName().isEmpty() ? QStringLiteral("Δx") : QStringLiteral("Δt");
+    const QString x =
+        data.isXYPlot() || time.getUnitName().isEmpty() ? QStringLiteral("Δx") : QStringLiteral("Δt");
     QStringList lines{QStringLiteral("%1 = %2").arg(x, told->x)};
     if (!told->y.isEmpty())
         lines.append(QStringLiteral("Δy = %1").arg(told->y));
@@ -183,7 +190,9 @@ QString MarkerTexts::ofFit(const myPlotMarker& fit) const
             QStringList({Common::toSignificant(std::abs(value)), per}).join(QLatin1Char(' ')).trimmed();
         sum += sign + (power > 0 ? QStringLiteral("%1·%2").arg(word, powers[power]) : word);
     }
-    return QStringLiteral("%1 = %2\nr = %3").arg(nameOf(fit.iSens), sum, Common::myToString(fit.r, 'f', 2));
+    return QStringLiteral("%1 = %2\nr = %3")
+        .arg(nameOf(fit.iSens), sum,
+             std::abs(fit.r) < noCorrelation ? QStringLiteral("0") : Common::toSignificant(fit.r));
 }
 
 QString MarkerTexts::ofIntegral(const myPlotMarker& area) const

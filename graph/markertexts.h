@@ -33,9 +33,10 @@ public:
     /// Neither is owned. Those of the class name the group with each sensor.
     MarkerTexts(const ExpData& data, const TimeScaleDraw& time, MarkerForm form, bool isClass);
 
-    /// The text beside a cross, tangent, fit or integral; empty for other kinds.
-    QString of(const myPlotMarker& marker) const;
-    /// The distance of two crosses in words; empty where x is no time.
+    /// The text beside a cross, tangent, fit or integral; empty for other kinds. `apart` are the seconds to
+    /// another cross, which a time is told from.
+    QString of(const myPlotMarker& marker, double apart) const;
+    /// The distance of two crosses in words; empty over frequencies.
     QString distance(const myPlotMarker& first, const myPlotMarker& second) const;
     /// The same and the slope, in lines to stand between the two.
     QString span(const myPlotMarker& first, const myPlotMarker& second) const;
@@ -56,7 +57,7 @@ private:
     };
 
     std::optional<Distance> between(const myPlotMarker& first, const myPlotMarker& second) const;
-    QString ofCross(const myPlotMarker& cross) const;
+    QString ofCross(const myPlotMarker& cross, double apart) const;
     QString ofFit(const myPlotMarker& fit) const;
     QString ofIntegral(const myPlotMarker& area) const;
     QString ofTangent(const myPlotMarker& tangent) const;

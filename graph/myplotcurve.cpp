@@ -47,8 +47,7 @@ private:
 
 bool isOnScreen(const QPainter* painter)
 {
-    return painter->device()->devType() == QInternal::Widget &&
-           painter->worldTransform().type() <= QTransform::TxTranslate;
+    return GraphDesign::isOnScreen(painter);
 }
 
 // The columns that can be seen and one more on each side, which the edges of the others go on to: a frame of
@@ -169,9 +168,7 @@ QColor myPlotCurve::casingOn(const QPainter* painter) const
 {
     if (fixedCasing.isValid())
         return fixedCasing;
-    const bool isPaper = !isOnScreen(painter) || !plot();
-    return Contrast::casingFor(pen().color(),
-                               isPaper ? QColor(Qt::white) : plot()->canvasBackground().color());
+    return Contrast::casingFor(pen().color(), GraphDesign::groundOf(painter, plot()));
 }
 
 /// Samples without a neighbour, which no line shows.

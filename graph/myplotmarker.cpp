@@ -3,6 +3,7 @@
 #include <QFont>
 #include <QPen>
 #include <QPolygonF>
+#include <QWidget>
 
 #include <algorithm>
 #include <cmath>
@@ -13,6 +14,7 @@
 #include <qwt_text.h>
 
 #include "graph/balloonshape.h"
+#include "graph/graphdesign.h"
 #include "graph/scalemanager.h"
 
 namespace {
@@ -20,11 +22,6 @@ namespace {
 constexpr double crossBox = 20;     // hot square of a cross, pixels
 constexpr int leastCross = 12;      // pixels
 constexpr double emptyBalloon = 50; // width without a text
-
-QSizeF textSize(const myPlotMarker& marker)
-{
-    return marker.label().textSize();
-}
 
 } // namespace
 
@@ -79,8 +76,26 @@ void myPlotMarker::setText(const QString& text)
 {
     QwtText written(text, QwtText::PlainText);
     written.setFont(textFont());
-    written.setColor(Qt::black);
     setLabel(written);
+    wrapLabel();
+}
+
+void myPlotMarker::setRoom(const QSize& canvas)
+{
+    if (room == canvas)
+        return;
+    room = canvas;
+    wrapLabel();
+}
+
+void myPlotMarker::wrapLabel()
+{
+    constexpr double leastTexts = 12; // heights of a text
+    const double most = room.width() - 2 * BUBBLE_MARGIN;
+    const double wanted = std::min(most, std::max(room.width() * 0.45, leastTexts * textPixels));
+    shownText = label();
+    if (wanted > 0)
+        shownText.setText(GraphFonts::wrapped(label().text(), label().font(), wanted));
 }
 
 QFont myPlotMarker::textFont() const
@@ -108,6 +123,7 @@ void myPlotMarker::setTextPixels(int pixels)
     QwtText written = label();
     written.setFont(textFont());
     setLabel(written);
+    wrapLabel();
     if (const QwtSymbol* cross = symbol())
         setCross(cross->pen().color());
 }
@@ -131,7 +147,26 @@ QwtScaleMap myPlotMarker::ownMap(const QwtScaleMap& yMap) const
     return map;
 }
 
+/// A note that the canvas has become too small for is pushed back onto it, unless its time is out of sight.
+QPointF myPlotMarker::onCanvas(const QPointF& pos, const QRectF& canvas) const
+{
+    constexpr double frame = 3;
+    if (type != MARKER_ANNOTATE || pos.x() < canvas.left() || pos.x() > canvas.right())
+        return pos;
+    const QRectF box = (bubble ? balloonRect(pos) : hotBox(pos)).adjusted(-frame, -frame, frame, frame);
+    const auto push = [](double from, double to, double least, double most) {
+        return from < least || to - from > most - least ? least - from : std::min(0.0, most - to);
+    };
+    return pos + QPointF(push(box.left(), box.right(), canvas.left(), canvas.right()),
+                         push(box.top(), box.bottom(), canvas.top(), canvas.bottom()));
+}
+
 QPointF myPlotMarker::pixelPos() const
+{
+    return plot() ? onCanvas(anchor(), plot()->canvas()->contentsRect()) : QPointF();
+}
+
+QPointF myPlotMarker::anchor() const
 {
     const QwtPlot* graph = plot();
     if (!graph)
@@ -146,7 +181,7 @@ QRectF myPlotMarker::hotBox(const QPointF& pos) const
     if (type == MARKER_X || type == MARKER_X_GHOST)
         box.setSize(QSizeF(crossBox, crossBox));
     else if (type == MARKER_ANNOTATE || type == MARKER_FLOATING_TEXT)
-        box.setSize(textSize(*this));
+        box.setSize(textSize());
     if (type == MARKER_ANNOTATE && bubPic)
         box.setWidth(std::max<double>(box.width(), BUBBLE_IMAGE));
     box.moveCenter(pos);
@@ -164,7 +199,7 @@ QSizeF myPlotMarker::pictureSize() const
 
 QRectF myPlotMarker::balloonRect(const QPointF& pos) const
 {
-    const QSizeF size = textSize(*this);
+    const QSizeF size = textSize();
     const QSizeF picture = pictureSize();
     const QString text = label().text();
     const bool isEmpty = text.isEmpty() || text == QLatin1String(" ");
@@ -183,13 +218,13 @@ QPointF myPlotMarker::balloonTip(const QPointF& pos) const
 
 double myPlotMarker::distToBubbleTip(QPointF pos, QPointF* tip) const
 {
-    *tip = balloonTip(pixelPos());
+    *tip = balloonTip(anchor());
     return std::hypot(pos.x() - tip->x(), pos.y() - tip->y());
 }
 
 void myPlotMarker::fixBalloonOffset(QPointF newTip)
 {
-    const QPointF way = balloonTip(pixelPos()) - newTip;
+    const QPointF way = balloonTip(anchor()) - newTip;
     xOffset += qRound(way.x());
     yOffset += qRound(way.y());
 }

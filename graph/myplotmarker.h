@@ -5,10 +5,12 @@
 #include <QObject>
 #include <QPixmap>
 #include <QPointer>
+#include <QSize>
 #include <QString>
 
 #include <qwt_plot_marker.h>
 #include <qwt_scale_map.h>
+#include <qwt_text.h>
 
 #include "graph/myplotcurve.h"
 
@@ -67,6 +69,8 @@ public:
     void setText(const QString& text);
     /// The height of texts; crosses go along.
     void setTextPixels(int pixels);
+    /// The size of the canvas, which no text is too wide for; 0 for any width.
+    void setRoom(const QSize& canvas);
     void setCross(const QColor& color);
     /// The fitted curve at x.
     double calcRegValue(double x) const;
@@ -118,6 +122,10 @@ public:
 
 private:
     QSizeF pictureSize() const;
+    QPointF anchor() const;
+    QPointF onCanvas(const QPointF& pos, const QRectF& canvas) const;
+    void wrapLabel();
+    QSizeF textSize() const { return shownText.textSize(); }
     QFont textFont() const;
     double growth() const;
 
@@ -125,13 +133,14 @@ private:
     void drawPointer(QPainter* painter, const QPointF& pos, const QwtScaleMap& xMap,
                      const QwtScaleMap& map) const;
     void drawTextBox(QPainter* painter, const QPointF& pos) const;
-    void drawBalloon(QPainter* painter, const QPointF& pos) const;
+    void drawBalloon(QPainter* painter, const QPointF& pos, const QPointF& tip) const;
     void drawTangent(QPainter* painter, const QPointF& pos, const QwtScaleMap& xMap, const QwtScaleMap& map,
                      const QRectF& canvasRect) const;
     void drawIntegral(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,
                       const QRectF& canvasRect) const;
     void drawRegression(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,
-                        const QRectF& canvasRect) const;
+                        const QRectF& canvasRect, const QColor& ground) const;
+    void drawCross(QPainter* painter, const QPointF& pos, const QColor& ground) const;
 
     bool shown = true;
     int textPixels = 14;
@@ -139,4 +148,6 @@ private:
     bool bubPic = false;
     bool locked = false;
     QPixmap pic;
+    QSize room;
+    QwtText shownText; ///< the label in lines that have room
 };

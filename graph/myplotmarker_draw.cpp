@@ -8,9 +8,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include <qwt_symbol.h>
 #include <qwt_text.h>
 
 #include "graph/balloonshape.h"
+#include "graph/graphdesign.h"
 
 namespace {
 
@@ -19,8 +21,6 @@ constexpr double beyond = 5;    // pixels of what is drawn outside the canvas
 constexpr int areaAlpha = 80;
 constexpr double tangentPart = 20; // of the canvas width, half the length of a tangent
 constexpr double farOutside = 1e6;
-
-const QColor boxColor(247, 247, 247, 190); // curves are seen through it
 
 /// A stretch of time in pixels, cut to what a canvas shows.
 struct PixelSpan
@@ -48,15 +48,19 @@ void myPlotMarker::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtSca
                         const QRectF& canvasRect) const
 {
     const QwtScaleMap map = ownMap(yMap);
-    const QPointF pos(xMap.transform(xValue()), map.transform(yValue()));
-    if (!shown || !std::isfinite(pos.x()) || !std::isfinite(pos.y()))
+    const QPointF place(xMap.transform(xValue()), map.transform(yValue()));
+    if (!shown || !std::isfinite(place.x()) || !std::isfinite(place.y()))
         return;
+    const QPointF pos = onCanvas(place, canvasRect);
+    const QColor ground = GraphDesign::groundOf(painter, plot());
+    const QColor ink = GraphDesign::inkOn(ground);
     painter->save();
-    painter->setPen(QPen(Qt::black, growth()));
+    painter->setPen(QPen(ink, growth()));
+    painter->setBrush(GraphDesign::boxOn(ground));
     switch (type) {
     case MARKER_ANNOTATE:
         if (bubble)
-            drawBalloon(painter, pos);
+            drawBalloon(painter, pos, balloonTip(place));
         else
             drawTextBox(painter, pos);
         break;
@@ -71,17 +75,42 @@ void myPlotMarker::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtSca
         drawIntegral(painter, xMap, map, canvasRect);
         break;
     case MARKER_REGRESSION:
-        drawRegression(painter, xMap, map, canvasRect);
+        drawRegression(painter, xMap, map, canvasRect, ground);
         break;
     case MARKER_X:
     case MARKER_X_GHOST:
+        drawCross(painter, pos, ground);
+        break;
     case MARKER_BUBBLE_TIP:
     case MARKER_FFT:
     case MARKER_LAST:
         break;
     }
     painter->restore();
-    QwtPlotMarker::draw(painter, xMap, map, canvasRect);
+    if (type == MARKER_X || type == MARKER_X_GHOST)
+        return;
+    painter->save();
+    painter->setPen(ink); // a label has no colour of its own
+    QRectF words(QPointF(), textSize());
+    words.moveCenter(pos);
+    shownText.draw(painter, words);
+    painter->restore();
+}
+
+/// In the ink of the ground, and cut out of the curve that it stands on.
+void myPlotMarker::drawCross(QPainter* painter, const QPointF& pos, const QColor& ground) const
+{
+    if (!symbol())
+        return;
+    const double half = symbol()->size().width() / 2.0;
+    const double width = symbol()->pen().widthF();
+    const QColor ink = type == MARKER_X ? GraphDesign::inkOn(ground) : GraphDesign::faintOn(ground);
+    painter->setRenderHint(QPainter::Antialiasing);
+    for (const QPen& pen : {QPen(ground, 2 * width, Qt::SolidLine, Qt::SquareCap), QPen(ink, width)}) {
+        painter->setPen(pen);
+        painter->drawLine(pos + QPointF(-half, -half), pos + QPointF(half, half));
+        painter->drawLine(pos + QPointF(-half, half), pos + QPointF(half, -half));
+    }
 }
 
 void myPlotMarker::drawPointer(QPainter* painter, const QPointF& pos, const QwtScaleMap& xMap,
@@ -91,7 +120,7 @@ void myPlotMarker::drawPointer(QPainter* painter, const QPointF& pos, const QwtS
     const double y = connectTo ? connectTo->yValue() : pointToYVal;
     // It ends at the box, which is seen through.
     const QPointF target(clamped(xMap.transform(x)), clamped(map.transform(y)));
-    QRectF box(QPointF(), label().textSize() + QSizeF(2 * textFrame, 2 * textFrame));
+    QRectF box(QPointF(), textSize() + QSizeF(2 * textFrame, 2 * textFrame));
     box.moveCenter(pos);
     if (box.contains(target))
         return;
@@ -103,22 +132,20 @@ void myPlotMarker::drawPointer(QPainter* painter, const QPointF& pos, const QwtS
 
 void myPlotMarker::drawTextBox(QPainter* painter, const QPointF& pos) const
 {
-    QRectF box(QPointF(), label().textSize());
+    QRectF box(QPointF(), textSize());
     box.moveCenter(pos);
-    painter->setBrush(boxColor);
     painter->drawRect(box.adjusted(-textFrame, -textFrame, textFrame, textFrame));
 }
 
-void myPlotMarker::drawBalloon(QPainter* painter, const QPointF& pos) const
+void myPlotMarker::drawBalloon(QPainter* painter, const QPointF& pos, const QPointF& tip) const
 {
     const QRectF box = balloonRect(pos);
-    QPen pen(Qt::black, 2 * growth());
+    QPen pen(painter->pen().color(), 2 * growth());
     pen.setCosmetic(true);
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setRenderHint(QPainter::SmoothPixmapTransform);
     painter->setPen(pen);
-    painter->setBrush(boxColor);
-    painter->drawPath(BalloonShape::outline(box, balloonTip(pos), BUBBLE_MARGIN));
+    painter->drawPath(BalloonShape::outline(box, tip, BUBBLE_MARGIN));
     if (!bubPic)
         return;
     const QSizeF size = pictureSize();
@@ -135,7 +162,7 @@ void myPlotMarker::drawTangent(QPainter* painter, const QPointF& pos, const QwtS
     if (!std::isfinite(length) || length == 0)
         return;
     const QPointF half = way * (canvasRect.width() / tangentPart / length);
-    painter->setPen(QPen(Qt::black, 3 * growth()));
+    painter->setPen(QPen(painter->pen().color(), 3 * growth()));
     painter->drawLine(pos - half, pos + half);
 }
 
@@ -170,8 +197,9 @@ void myPlotMarker::drawIntegral(QPainter* painter, const QwtScaleMap& xMap, cons
 }
 
 void myPlotMarker::drawRegression(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,
-                                  const QRectF& canvasRect) const
+                                  const QRectF& canvasRect, const QColor& ground) const
 {
+    constexpr double shade = 0.35; // of the ink
     const PixelSpan seen = visibleSpan(linX0, linX1, xMap, canvasRect);
     QPolygonF line;
     const auto addAt = [&](double pixel) {
@@ -184,6 +212,13 @@ void myPlotMarker::drawRegression(QPainter* painter, const QwtScaleMap& xMap, co
     if (seen.from <= seen.to)
         addAt(seen.to);
     painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(QPen(Qt::black, 2 * growth()));
-    painter->drawPolyline(line);
+    // Dashes in a shade of the curve's colour, cut out of the curve: neither the curve nor the average.
+    const QColor ink = GraphDesign::inkOn(ground);
+    const QColor own = curve ? GraphDesign::mixed(curve->getColor(), ink, shade) : ink;
+    QPen dashes(GraphDesign::readableOn(own, ground), 2 * growth(), Qt::CustomDashLine, Qt::FlatCap);
+    dashes.setDashPattern({6, 2});
+    for (const QPen& pen : {QPen(ground, 5 * growth()), dashes}) {
+        painter->setPen(pen);
+        painter->drawPolyline(line);
+    }
 }

@@ -320,7 +320,7 @@ void Plot::setTextsForPaper(bool tf)
         colors.setColor(role, ink);
     titleLabel()->setPalette(colors);
     axes->setInk(ink, ground);
-    curves->setInk(ink);
+    curves->setInk(ink, GraphDesign::faintOn(ground), tf ? ground : canvasBackground().color());
     if (tf)
         axes->showWholeTexts();
     else

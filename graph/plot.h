@@ -106,7 +106,7 @@ public:
     static bool isDark(const QColor& ground) { return GraphDesign::isDark(ground); }
     /// The window's ground, which titles, axes and legends stand on.
     static void setSurroundings(const QColor& color) { GraphDesign::surroundings = color; }
-    static void setBackgroundColor(const QColor& color) { GraphDesign::background = color; }
+    static void setBackgroundColor(const QColor& color) { GraphDesign::setBackground(color); }
     static void setActivePlotColor(const QColor& color) { GraphDesign::backgroundActive = color; }
     static void setMajGridColor(const QColor& color) { GraphDesign::majGrid = color; }
     static void setMinGridColor(const QColor& color) { GraphDesign::minGrid = color; }

@@ -54,9 +54,13 @@ void load()
 {
     const QSettings store = Settings::mainStore();
     ColorScale::setColorBlindPalette(store.value(QLatin1String(colorBlindKey), false).toBool());
+    // Presets first: what stays at its own goes with a ground that is set after it.
+    for (const Color& color : colors)
+        color.set(QColor(QLatin1String(color.preset)));
     for (const Color& color : colors) {
         const QColor stored(store.value(QLatin1String(color.key)).toString());
-        color.set(stored.isValid() ? stored : QColor(QLatin1String(color.preset)));
+        if (stored.isValid() && stored != QColor(QLatin1String(color.preset)))
+            color.set(stored);
     }
     for (const Width& width : widths)
         width.set(storedWidth(store, width));

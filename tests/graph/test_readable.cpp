@@ -154,16 +154,54 @@ private Q_SLOTS:
         QVERIFY(ColorScale::dashes(colors, 9) != ColorScale::dashes(colors, 17));
     }
 
+    void everyMarkStandsOutFromItsGround()
+    {
+        showCurves();
+        plot->setGrid(false);
+        cross(0, 2);
+        cross(0, 8);
+        plot->doRegression(1);
+        plot->newAnnotation(QPointF(600, 400));
+        plot->getCurve(1)->setMode(CURVE_HIDDEN);
+        for (myPlotMarker* marker : qAsConst(plot->markers)) {
+            if (marker->type == MARKER_FLOATING_TEXT)
+                marker->setShown(false);
+        }
+        GraphDesign::majGrid = GraphDesign::majGridFor(GraphDesign::background);
+        GraphDesign::minGrid = GraphDesign::minGridFor(GraphDesign::background);
+        for (const QColor& ground : grounds) {
+            plot->otherColorChanged(0, ground);
+            Plot::setSurroundings(ground);
+            Plot::setBackgroundColor(ground);
+            plot->doUseDesignValues();
+            const QImage picture = plot->canvas()->grab().toImage();
+            const auto contrastAt = [&](const QPointF& middle, int reach, const QColor& to) {
+                const QRect box(middle.toPoint() - QPoint(reach, reach), QSize(2 * reach, 2 * reach));
+                const QImage part = picture.copy(box);
+                double best = 0;
+                for (int column = 0; column < part.width(); ++column)
+                    best = qMax(best, greatestContrast(part, column, to));
+                return best;
+            };
+            const QPointF note = plot->markers.last()->pixelPos();
+            const QColor box = picture.pixelColor((note - QPointF(0, 9)).toPoint());
+            const double least = qMin(
+                qMin(contrastAt(pixel(0, 2) + QPoint(5, 5), 1, ground), contrastAt(pixel(0, 5), 12, ground)),
+                qMin(contrastAt(note, 8, box),
+                     Contrast::between(plot->getCurve(1)->title().color(), ground)));
+            QVERIFY2(least >= Contrast::least,
+                     qPrintable(QStringLiteral("%1: %2").arg(ground.name()).arg(least)));
+            QVERIFY(Contrast::between(GraphDesign::majGrid, ground) >
+                    Contrast::between(GraphDesign::minGrid, ground));
+        }
+    }
+
     void theAverageLiesOnTop()
     {
-        data->setDataNewEmpty({SensorPtr::create(SENSOR_PH), SensorPtr::create(SENSOR_PH)}, 1);
-        for (int i = 0; i < 50; ++i)
-            data->joinSample(0, i, 7);
-        show({400, 300}, GRAPH_LINE, -1);
-        const QImage picture = plot->canvas()->grab().toImage();
-        const QPoint at = place(1, 25, 7);
-        QCOMPARE(picture.pixelColor(at), ColorScale::averageColor());
-        QCOMPARE(picture.pixelColor(at + QPoint(0, 4)), ColorScale::averageCasing());
+        for (const QColor& ground : grounds) {
+            Plot::setBackgroundColor(ground);
+            checkAverage(ground);
+        }
     }
 
     // Both ways to the screen.
@@ -371,11 +409,24 @@ protected:
     void finish() override
     {
         Plot::setSurroundings(QColor(0xf0, 0xf0, 0xf0));
+        Plot::setBackgroundColor(Qt::white);
         ColorScale::setColorBlindPalette(false);
         PlotTest::finish();
     }
 
 private:
+    void checkAverage(const QColor& ground)
+    {
+        data->setDataNewEmpty({SensorPtr::create(SENSOR_PH), SensorPtr::create(SENSOR_PH)}, 1);
+        for (int i = 0; i < 50; ++i)
+            data->joinSample(0, i, 7);
+        show({400, 300}, GRAPH_LINE, -1);
+        const QImage picture = plot->canvas()->grab().toImage();
+        const QPoint at = place(1, 25, 7);
+        QVERIFY(Contrast::between(picture.pixelColor(at), ground) >= Contrast::least);
+        QVERIFY(Contrast::between(picture.pixelColor(at + QPoint(0, 4)), picture.pixelColor(at)) >= 10);
+    }
+
     void fill(int index)
     {
         const int n = index < 0 ? 9 : 3 + index;
