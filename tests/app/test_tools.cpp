@@ -69,7 +69,7 @@ private Q_SLOTS:
     void functionsWorkOnTheChosenGraph_data()
     {
         columns<int, bool, int, QString, QString>({"item", "isStopped", "channels", "name", "text"});
-        row("line", 1, false, 0, QString(), " = 87.00 %RH/min·t - 10.75 %RH\nr = 1.000");
+        row("line", 1, false, 0, QString(), " = 87.00 %RH/min·t - 10.75 %RH\nr = 0.9954");
         row("parabola", 2, false, 0, QString(), " = 180.0 %RH/min²·t² - 3.000 %RH/min·t");
         row("smooth in a run", 3, false, 0, QString(), QString());
         row("smooth", 3, true, 0, " (smooth)", QString());
