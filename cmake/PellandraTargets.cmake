@@ -97,5 +97,5 @@ function(pellandra_test name)
     set(home "${CMAKE_BINARY_DIR}/tests/home/${name}")
     file(MAKE_DIRECTORY "${home}")
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT}
-        ENVIRONMENT "${platform};XDG_CONFIG_HOME=${home};HOME=${home};XDG_RUNTIME_DIR=${home};LC_ALL=C.UTF-8;DBUS_SYSTEM_BUS_ADDRESS=unix:path=${home}/no-bus;${PELLANDRA_SANITIZER_OPTIONS}")
+        ENVIRONMENT "${platform};XDG_CONFIG_HOME=${home};XDG_STATE_HOME=${home}/state;HOME=${home};XDG_RUNTIME_DIR=${home};LC_ALL=C.UTF-8;DBUS_SYSTEM_BUS_ADDRESS=unix:path=${home}/no-bus;${PELLANDRA_SANITIZER_OPTIONS}")
 endfunction()

@@ -48,8 +48,14 @@ void WarningGuard::handle(QtMsgType type, const QMessageLogContext& context, con
         current->previous(type, context, message);
 }
 
+OwnState::OwnState()
+{
+    qputenv("XDG_STATE_HOME", folder.path().toLocal8Bit());
+}
+
 void GuardedTest::init()
 {
+    ownState.reset(new OwnState);
     guard.reset(new WarningGuard);
     begin();
 }
@@ -57,6 +63,7 @@ void GuardedTest::init()
 void GuardedTest::cleanup()
 {
     finish();
+    ownState.reset();
     const QString failures = guard->failures().join(QLatin1Char('\n'));
     guard.reset();
     QCOMPARE(failures, QString());

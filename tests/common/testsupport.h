@@ -2,6 +2,7 @@
 
 #include <QMutex>
 #include <QStringList>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <tuple>
@@ -27,6 +28,16 @@ private:
     QtMessageHandler previous = nullptr;
 };
 
+/// The folder where the program keeps what it has not finished is empty for each test, and nobody's own.
+class OwnState
+{
+public:
+    OwnState();
+
+private:
+    QTemporaryDir folder;
+};
+
 /// A test class with a guard around each of its test functions, between begin() and finish().
 class GuardedTest : public QObject
 {
@@ -37,6 +48,7 @@ protected:
     virtual void finish() {}
 
     QScopedPointer<WarningGuard> guard;
+    QScopedPointer<OwnState> ownState;
 
 private Q_SLOTS:
     void init();

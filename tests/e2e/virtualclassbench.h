@@ -40,6 +40,7 @@ protected:
     void setUp()
     {
         guard.reset(new WarningGuard);
+        ownState.reset(new OwnState);
         folder.reset(new QTemporaryDir);
         QVERIFY(folder->isValid());
     }
@@ -200,6 +201,7 @@ protected:
     QProcess loggers;
     QScopedPointer<QTemporaryDir> folder;
     QScopedPointer<WarningGuard> guard;
+    QScopedPointer<OwnState> ownState;
     FakePrompt prompt;
     QScopedPointer<MainWindow> window;
     multiConnectionsManager* manager = nullptr;
