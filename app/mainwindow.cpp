@@ -4,6 +4,7 @@
 #include "app/messageboxprompt.h"
 #include "app/refreshclock.h"
 #include "app/runline.h"
+#include "app/runrecorder.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/loggerconnector.h"
@@ -58,6 +59,7 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     createTools();
     connectConnector();
     connectFlows();
+    createRecovery();
     setupViews();
     setBackground();
     setAcceptDrops(true);
@@ -72,6 +74,7 @@ MainWindow::~MainWindow()
     delete takeCentralWidget();
     mTembrin->run().disconnect(this);
     mTembrin->run().disconnect(runLine);
+    mTembrin->run().disconnect(recorder);
     mTembrin->queue().disconnect(this);
     mTembrin->connector().disconnect(this);
     for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
@@ -246,6 +249,7 @@ void MainWindow::doExitAfterCtrlS()
 void MainWindow::leave()
 {
     storeUnit();
+    recorder->leave();
     disconnectAll();
     hide();
     mTembrin->connector().waitForAttempts(msForAttempts);

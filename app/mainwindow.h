@@ -29,12 +29,15 @@ class QSplitter;
 class QToolBar;
 class RefreshClock;
 class RunLine;
+class RunRecorder;
+class RunRecovery;
 class StatusLine;
 class TembrinProtocol;
 class UserPrompt;
 class loggerBasicSetup;
 class multiConnectionsManager;
 class setupLogger;
+struct JournalRun;
 
 /// The window and the flows that run in it.
 Q_DECLARE_LOGGING_CATEGORY(appLog)
@@ -205,6 +208,18 @@ private:
     QElapsedTimer sincePump;
     bool isViewNew[mostLoggers] = {}; ///< has samples that are not marked for painting
     quint8 markedLost = 0;            ///< a bit for each logger whose title says that it was lost
+
+    // Runs that an earlier start left unsaved, in mainwindow_recovery.cpp
+
+private Q_SLOTS:
+    void restoreRun();
+
+private:
+    void createRecovery();
+    void showRestored(const JournalRun& run, quint8 groups);
+
+    RunRecorder* recorder = nullptr; ///< keeps the run for the case of a crash
+    RunRecovery* recovery = nullptr;
 
     // Download, in mainwindow_download.cpp
 

@@ -2,6 +2,7 @@
 
 #include "app/graphtools.h"
 #include "app/iconlists.h"
+#include "app/runrecorder.h"
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/userprompt.h"
@@ -281,6 +282,7 @@ bool MainWindow::saveScreen(const QString& fname, bool isSpreadsheet, QString* r
         return false;
     qCInfo(appLog, "saved %s", qPrintable(fname));
     markSaved();
+    recorder->noteSaved();
     if (!isSpreadsheet)
         screenFile.keep(fname, *classSet, true);
     showFileName();

@@ -105,6 +105,19 @@ void ClassRun::beginRun()
     begunAt = clock.elapsed();
     taken = 0;
     storedRuns = 0;
+    Q_EMIT begun();
+}
+
+void ClassRun::forget()
+{
+    for (Place& place : places) {
+        const bool isGivenUp = place.isGivenUp;
+        place = Place();
+        place.isGivenUp = isGivenUp;
+    }
+    isOn = false;
+    duration = 0;
+    taken = 0;
 }
 
 void ClassRun::order(quint8 which)
@@ -324,8 +337,11 @@ void ClassRun::takeSamples(int slot, short current, const QVector<QVector<double
     const double dt = data(slot)->dt;
     for (int i = 0; i < rows.size(); ++i) {
         const double n = double(place.shift + number + i);
-        data(slot)->addSample(dt > 0 ? dt * n : n, arranged(slot, rows.at(i)));
+        const double time = dt > 0 ? dt * n : n;
+        const QVector<double> values = arranged(slot, rows.at(i));
+        data(slot)->addSample(time, values);
         set.take(slot);
+        Q_EMIT rowTaken(slot, time, values);
     }
     place.last = number + rows.size() - 1;
     taken += rows.size();

@@ -53,6 +53,8 @@ public:
     int samples() const;
     /// Gives a logger that has measured nothing yet the channels that it is set to.
     void showPlanned(int slot);
+    /// The sets hold something else than its run: whoever is heard of next begins another.
+    void forget();
     ClassSet& classSet() { return set; }
     const ClassSet& classSet() const { return set; }
 
@@ -62,6 +64,10 @@ public Q_SLOTS:
     void takeSamples(int slot, short current, const QVector<QVector<double>>& rows, int samplesWaiting);
 
 Q_SIGNALS:
+    /// A run of the class begins; the sets still have what they had.
+    void begun();
+    /// A row went into the set of logger `slot`, at its time there and arranged as its channels.
+    void rowTaken(int slot, double time, const QVector<double>& values);
     /// The set of logger `slot` has been emptied for a new experiment.
     void experimentBegun(int slot);
     /// The set of logger `slot`, still empty, has the channels that the logger is set to.

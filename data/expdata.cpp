@@ -143,14 +143,21 @@ void ExpData::takeExperiment(const SensorList& channels, double dt, const QVecto
     int samples = 0;
     for (const QVector<double>& channel : columns)
         samples = qMax(samples, channel.size());
-    if (samples == 0)
+    QVector<double> times(samples);
+    for (int i = 0; i < samples; ++i)
+        times[i] = i * (dt > 0 ? dt : 1.0);
+    takeExperiment(channels, dt, times, columns);
+}
+
+void ExpData::takeExperiment(const SensorList& channels, double dt, const QVector<double>& times,
+                             const QVector<QVector<double>>& columns)
+{
+    if (times.isEmpty())
         return;
     setDataNewEmpty(channels, dt, groupName);
     y = columns;
     y.resize(nSens);
-    x.resize(samples);
-    for (int i = 0; i < samples; ++i)
-        x[i] = i * samplePeriod();
+    x = times;
     updateXExtent();
     for (int c = 0; c < nSens; ++c) {
         findMinMax(y.at(c), minY[c], maxY[c]);

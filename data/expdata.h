@@ -62,6 +62,9 @@ public:
     /// A finished download: channels and their columns of samples in base units, a column maybe shorter than
     /// others. Leaves the set as it is when there are no samples.
     void takeExperiment(const SensorList& channels, double dt, const QVector<QVector<double>>& columns);
+    /// The same with times of its own, which ascend: seconds, or sample numbers when `dt` is 0.
+    void takeExperiment(const SensorList& channels, double dt, const QVector<double>& times,
+                        const QVector<QVector<double>>& columns);
     /// Fills a slot with a loaded channel of base-unit samples and works out its default view.
     void addSensorData(int dataIndex, int masterID, const QVector<double>& v, int curveModeHint,
                        bool appendMode = false);

@@ -1,0 +1,102 @@
+#include "app/mainwindow.h"
+
+#include "app/runrecorder.h"
+#include "app/runrecovery.h"
+#include "classroom/classrun.h"
+#include "classroom/commandqueue.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "common/userprompt.h"
+#include "data/expdata.h"
+#include "graph/plot.h"
+#include "instruments/statusline.h"
+#include "protocol/tembrinprotocol.h"
+
+#include <QTimer>
+
+namespace {
+
+constexpr int msBeforeLooking = 1000; // the window and the first words to the loggers go before
+
+SensorList channelsOf(const JournalGroup& group, const Units& units)
+{
+    SensorList channels;
+    for (const JournalChannel& channel : group.channels) {
+        const int parent = channel.virtualIndex < 0 ? -1 : channel.inLoggerIndex;
+        const SensorPtr sensor = SensorPtr::create(channel.sensorID, units, parent, channel.virtualIndex);
+        sensor->inLoggerIndex = channel.inLoggerIndex;
+        channels.append(sensor);
+    }
+    return channels;
+}
+
+} // namespace
+
+void MainWindow::createRecovery()
+{
+    recorder = new RunRecorder(mTembrin, this);
+    connect(recorder, &RunRecorder::failed, this,
+            [this](const QString& line) { statusLine->setOutcome(line); });
+    recovery = new RunRecovery(this);
+    connect(recovery, &RunRecovery::restoreWanted, this, &MainWindow::restoreRun);
+    QTimer::singleShot(msBeforeLooking, recovery, &RunRecovery::look);
+}
+
+void MainWindow::restoreRun()
+{
+    if (mTembrin->isAnyRunning() || !mTembrin->queue().isIdle()) {
+        statusLine->setOutcome(tr("A run can be restored when no logger is busy."));
+        return;
+    }
+    const bool isUnsaved = mTembrin->dataC()->isNeedSave() || unsavedLoggers() != 0;
+    if (isUnsaved &&
+        !offerToSave(
+            tr("Do you want to save experiment and annotations before another run takes their place?")))
+        return;
+    JournalRun run;
+    QString reason;
+    if (!recovery->read(&run, &reason)) {
+        prompt->warning(this, tr("Run not restored"), reason);
+        return;
+    }
+    quint8 groups = 0;
+    for (const JournalExperiment& experiment : run.experiments)
+        groups |= quint8(1u << experiment.head.slot);
+    recorder->adopt(recovery->offered(), groups);
+    showRestored(run, groups);
+    recovery->next();
+}
+
+void MainWindow::showRestored(const JournalRun& run, quint8 groups)
+{
+    handleOnlyStaticClassMode(false);
+    mTembrin->run().forget();
+    const int needed = run.experiments.constLast().head.slot + 1;
+    if (needed > mTembrin->nDefTembrins())
+        setDisplayForNLoggers(needed);
+    data->setXYIndex(-1);
+    for (const JournalExperiment& experiment : run.experiments) {
+        const int slot = experiment.head.slot;
+        ExpData* const set = mTembrin->dataAt(slot);
+        set->setXYIndex(-1);
+        set->takeExperiment(channelsOf(experiment.head, mTembrin->tembrinAt(slot)->units),
+                            experiment.head.period, experiment.times, experiment.columns);
+        set->setGroupName(experiment.head.group);
+        set->setCardWidth(experiment.head.cardWidth);
+        mTembrin->plotAt(slot)->setMarkers();
+        updateAll(slot);
+        setSelected(slot, qMax(0, set->getSelectedSensor()));
+        mTembrin->plotAt(slot)->forceDefaultSetScale();
+    }
+    graph->setMarkers();
+    mTembrin->run().classSet().rebuild(groups);
+    ExpData* const classSet = mTembrin->dataC();
+    classSet->makeUniformScales();
+    classSet->setXRange();
+    classSet->setNeedSave(true);
+    updateAll(-1);
+    setSelected(-1, 0);
+    runTitle = run.begun.toString(QStringLiteral("hh:mm, d-MM-yyyy"));
+    graph->updateTitle(runTitle);
+    statusLine->setOutcome(
+        tr("%1 is restored: %2").arg(RunRecovery::nameOf(run), RunRecovery::extentOf(run)));
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+
+#include "classroom/classjob.h"
+#include "common/classsize.h"
+#include "persistence/journalwriter.h"
+
+struct FoundJournal;
+class ExpData;
+class multiConnectionsManager;
+
+/// Keeps the run of the class in a journal for as long as it is in no file. The rows wait for a quarter of a
+/// second at most before they go to the disk.
+class RunRecorder : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `manager` has the run and the data sets; not owned.
+    explicit RunRecorder(multiConnectionsManager* manager, QObject* parent = nullptr);
+    /// What is unsaved stays for the next start.
+    ~RunRecorder() override;
+
+    /// Something was saved: the journal goes if all of its run was, and the run is over.
+    void noteSaved();
+    /// The set of logger `slot` was put together anew, with what it has now.
+    void rewrite(int slot);
+    /// The run on the screen is that of an earlier start.
+    void adopt(const FoundJournal& journal, quint8 groups);
+    /// The program is left, and whoever wanted to save has saved.
+    void leave();
+
+Q_SIGNALS:
+    /// No more of this run is kept; one line for a person.
+    void failed(const QString& line);
+
+private:
+    void beginRun();
+    void beginGroup(int slot);
+    void takeRow(int slot, double time, const QVector<double>& values);
+    void writeGroup(int slot);
+    void handOver();
+    bool isSaved() const;
+    void forget();
+
+    multiConnectionsManager* manager;
+    JournalWriter writer;
+    QVector<JournalRows> waiting;
+    QTimer timer;
+    QElapsedTimer sinceHandOver;
+    bool isOpen = false;
+    quint8 written = 0; ///< a bit for each group whose rows the journal has so far
+    quint8 inRun = 0;   ///< a bit for each group of its run
+};
