@@ -113,7 +113,15 @@ void GraphAxes::showText(int axisID, const QString& text)
     const int room = axisID == QwtPlot::xBottom ? size.width() : size.height();
     font = GraphFonts::fitted(GraphFonts::inPixels(font, GraphFonts::textPixels(plot.height())), text, room);
     // One more: widths are rounded when a font is chosen and are not when a text is elided.
-    const QString shown = QFontMetrics(font).elidedText(text, Qt::ElideRight, room + 1);
+    // The unit stays whole.
+    const QFontMetrics metrics(font);
+    const int unitAt = std::max(0, text.lastIndexOf(QLatin1String(" [")));
+    const QString unit = text.mid(unitAt);
+    const bool isWhole = unitAt == 0 || metrics.horizontalAdvance(text) <= room + 1;
+    const QString shown = isWhole ? metrics.elidedText(text, Qt::ElideRight, room + 1)
+                                  : metrics.elidedText(text.left(unitAt), Qt::ElideRight,
+                                                       room + 1 - metrics.horizontalAdvance(unit)) +
+                                        unit;
     QwtText title(shown, QwtText::PlainText);
     title.setFont(font);
     const bool isInner = axisID == QwtPlot::xBottom && innerTitle->isVisible();

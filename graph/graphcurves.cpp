@@ -17,7 +17,6 @@
 namespace {
 
 constexpr int symbolSize = 10;
-constexpr QSize legendIconSize(22, 10);
 const QString groupEnd = QStringLiteral(" - "); // of a group's name before that of its sensor
 constexpr double curvesZ = 20;                  // as the plot library has it
 constexpr double averageZ = 21;
@@ -108,7 +107,7 @@ void GraphCurves::rebuildEntries()
         entry->setLegendAttribute(QwtPlotCurve::LegendShowLine, true);
         entry->setVisible(false);
         entry->attach(&plot);
-        entry->setLegendIconSize(legendIconSize);
+        entry->setLegendIconSize(legendIconSize());
     }
 }
 
@@ -311,7 +310,15 @@ void GraphCurves::setPen(int i)
         curve->setPen(QPen(Qt::transparent, 0));
     }
     curve->setTitle(title);
-    curve->setLegendIconSize(legendIconSize); // pen and symbol set a size of their own
+    curve->setLegendIconSize(legendIconSize()); // pen and symbol set a size of their own
+}
+
+QSize GraphCurves::legendIconSize() const
+{
+    constexpr double iconWidth = 1.7; // heights of a text
+    constexpr double iconHeight = 0.6;
+    const int pixels = GraphFonts::textPixels(plot.height());
+    return {int(iconWidth * pixels), int(iconHeight * pixels)};
 }
 
 double GraphCurves::penWidth(int i) const

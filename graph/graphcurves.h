@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QHash>
 #include <QPen>
+#include <QSize>
 #include <QString>
 #include <QVector>
 
@@ -81,6 +82,7 @@ private:
     QVector<qreal> dashesOf(int i) const;
     QColor inkOf(int i) const;
     double penWidth(int i) const;
+    QSize legendIconSize() const;
     void setPen(int i);
     void setEntryPen(int i);
 

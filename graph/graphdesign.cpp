@@ -133,6 +133,12 @@ QFont GraphFonts::inPixels(QFont font, double pixels)
     return font;
 }
 
+bool GraphFonts::isLow(int graphHeight)
+{
+    constexpr int leastTexts = 30;
+    return graphHeight < leastTexts * textPixels(graphHeight);
+}
+
 double GraphFonts::growth(int graphHeight)
 {
     return std::max(1.0, double(textPixels(graphHeight)) / pixelsOf(QGuiApplication::font()));

@@ -50,6 +50,8 @@ int pixelsOf(const QFont& font);
 /// can be read from the back of a room on a large one, and more with larger texts of the program.
 int textPixels(int graphHeight);
 QFont inPixels(QFont font, double pixels);
+/// Of a graph that is low for its texts, where what stands around the canvas goes together.
+bool isLow(int graphHeight);
 /// By how much pens and marks are larger than on a small graph.
 double growth(int graphHeight);
 /// The font, or a smaller one of at most so many pixels.

@@ -7,12 +7,16 @@
 
 #include <qwt_dyngrid_layout.h>
 #include <qwt_legend.h>
+#include <qwt_legend_label.h>
 #include <qwt_plot.h>
 #include <qwt_text_label.h>
+
+#include "graph/graphdesign.h"
 
 namespace {
 
 constexpr double greatestRows = 0.25; // of the height, for the rows of the legend
+constexpr int mostRows = 2;           // in a low graph; the others are scrolled to
 
 // Trying out the columns of the legend asks nobody for another layout, as the legend's own function would:
 // each layout would ask for the next.
@@ -20,6 +24,15 @@ void setColumns(QwtLegend* legend, uint columns)
 {
     if (auto* const grid = qobject_cast<QwtDynGridLayout*>(legend->contentsWidget()->layout()))
         grid->setMaxColumns(columns);
+}
+
+// Whole rows only.
+double mostHeight(const QwtLegend* legend, double graphHeight)
+{
+    const auto* const entry = legend->findChild<QwtLegendLabel*>();
+    if (!GraphFonts::isLow(qRound(graphHeight)) || !entry)
+        return greatestRows * graphHeight;
+    return mostRows * entry->sizeHint().height();
 }
 
 } // namespace
@@ -50,15 +63,12 @@ void GraphLayout::activate(const QwtPlot* plot, const QRectF& area, Options opti
 // Rows under the title, or beside it where that leaves more to the canvas and is needed.
 void GraphLayout::layRows(const QwtPlot* plot, QwtLegend* legend, const QRectF& area, Options options)
 {
-    // An own scroll bar in a low row would hide more entries than it gives; the wheel still moves them.
-    if (auto* const scroller = legend->findChild<QScrollArea*>())
-        scroller->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     constexpr int between = 8;  // pixels, of a title and the entries beside it
     constexpr int rounding = 2; // a legend that is a pixel too small hides entries behind a scroll bar
     const double titleWidth = plot->titleLabel()->sizeHint().width() + between;
+    const double most = mostHeight(legend, area.height());
     const auto rowsIn = [&](double width) {
-        return std::min<double>(legend->heightForWidth(qFloor(width)) + rounding,
-                                greatestRows * area.height());
+        return std::min<double>(legend->heightForWidth(qFloor(width)) + rounding, most);
     };
     const double rows = rowsIn(area.width());
     const double besideRows =

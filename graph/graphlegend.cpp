@@ -48,8 +48,6 @@ void GraphLegend::watchEntries()
         auto* const item = qobject_cast<QwtLegendLabel*>(view->legendWidget(plot.itemToInfo(curves.at(i))));
         if (!item)
             continue;
-        item->setMargin(itemMargin);
-        item->setIcon(item->icon()); // works out its indent with the margin
         if (!isStyled)
             continue;
         item->installEventFilter(this);
@@ -70,8 +68,12 @@ void GraphLegend::fit()
             longest = name;
     }
     font = GraphFonts::fitted(font, longest, plot.width() - besideText);
-    for (QwtLegendLabel* item : view->findChildren<QwtLegendLabel*>())
+    const int margin = GraphFonts::isLow(plot.height()) ? 0 : itemMargin;
+    for (QwtLegendLabel* item : view->findChildren<QwtLegendLabel*>()) {
         item->setFont(font);
+        item->setMargin(margin);
+        item->setIcon(item->icon()); // works out its indent with the margin
+    }
 }
 
 bool GraphLegend::eventFilter(QObject* object, QEvent* event)

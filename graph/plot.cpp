@@ -100,8 +100,6 @@ void Plot::createCanvas()
     setAutoReplot(false);
     setPlotLayout(new GraphLayout);
     plotLayout()->setAlignCanvasToScales(true);
-    plotLayout()->setSpacing(2);
-    setContentsMargins(3, 1, 8, 1);
 }
 
 void Plot::createGrid()
@@ -237,17 +235,19 @@ void Plot::resizeEvent(QResizeEvent* event)
 // The room for the titles is what labels and legend leave.
 void Plot::fitTexts()
 {
+    const bool isLow = GraphFonts::isLow(height());
+    plotLayout()->setSpacing(isLow ? 0 : 2);
+    setContentsMargins(3, isLow ? 0 : 1, 8, isLow ? 0 : 1);
     axes->fitLabels();
     if (legendPart)
         legendPart->fit();
     curves->designPens();
     layer->fit();
-    axes->setInnerTitle(false);
+    axes->setInnerTitle(isLow); // in all cells of a layout or in none
     updateLayout();
     axes->fitTitles();
     updateTitle(title().text());
     updateLayout();
-    axes->setInnerTitle(canvas()->height() < GraphLayout::canvasPart * height());
 }
 
 // The frame of the chosen graph.
