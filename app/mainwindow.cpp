@@ -12,6 +12,7 @@
 #include "common/screenflags.h"
 #include "common/settings.h"
 #include "common/userprompt.h"
+#include "data/derivedcurve.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "instruments/indicator.h"
@@ -111,6 +112,9 @@ void MainWindow::createLoggers()
     }
     dataSets.push_back(std::make_unique<ExpData>(mTembrin->tembrinAt(0)->units));
     mTembrin->setDataC(dataSets.back().get());
+    const int window = Settings::mainStore().value(Settings::derivWindow, 0).toInt();
+    for (const auto& set : dataSets)
+        set->derivWindow = qBound(DerivedCurve::leastWindow - 2, window, DerivedCurve::mostWindow);
     tembrin = mTembrin->tembrinAt(0);
     data = mTembrin->dataAt(0);
 }

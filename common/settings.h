@@ -28,7 +28,8 @@ constexpr const char* unitsMph = "units/mph";                // bool, true; coun
 constexpr const char* hideGrid = "shot/hidegrid";            // bool, false
 constexpr const char* curveWidth = "shot/width";             // int, 2
 constexpr const char* curveWidthActive = "shot/widthactive"; // int, 4
-constexpr const char* imageFolder = "paths/images"; // string, the program's folder; pictures of balloons
+constexpr const char* derivWindow = "derivative/window"; // int, 3; samples that a derivative is fitted over
+constexpr const char* imageFolder = "paths/images";      // string, the program's folder; pictures of balloons
 
 /// "BT/logger1" to "BT/logger8": the serial port of logger `index`, 0 to 7.
 QString loggerKey(int index);

@@ -129,7 +129,7 @@ public:
     /// Over how many groups the average of a row is.
     int valuesAt(int row) const;
     /// Rows up to which every group that still delivers has its value: until the others have sent theirs, the
-    /// newest average would be that of whoever was first.
+    /// newest average would be that of whoever was first. In the last rows of a run the others never do.
     int settledRows() const;
     /// How many groups the newest rows of the average are over.
     int groupsInAverage() const;
@@ -269,7 +269,8 @@ public:
     double minLimit = 0.0;      ///< lowest value of the selected sensor
     bool finalData = false;     ///< no more samples are coming
     int smoothKernel = 3;       ///< width of the moving average in samples
-    int derivWindow = 0; ///< samples that a derivative is fitted over; 0: the change from one to the next
+    int derivWindow =
+        3; ///< samples that a derivative is fitted over; below 5: the change from one to the next
 
 private:
     // Channels

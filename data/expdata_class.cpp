@@ -156,8 +156,8 @@ int ExpData::valuesAt(int row) const
 /// How many rows a group knows, if it still delivers; else 0.
 int ExpData::deliveredRows(int channel) const
 {
-    constexpr double patience = 1.5; // seconds that a group may be behind the first one
-    constexpr int newest = 10;       // or rows
+    constexpr double patience = 1.5;       // seconds that a group may be behind the first one
+    const int newest = finalData ? 3 : 10; // or rows
     const int known = qMin(y.at(channel).size(), x.size());
     if (known == 0)
         return 0;
@@ -168,7 +168,7 @@ int ExpData::deliveredRows(int channel) const
 int ExpData::settledRows() const
 {
     int settled = x.size();
-    for (int c = 0; !finalData && c < meanIndex(); ++c) {
+    for (int c = 0; c < meanIndex(); ++c) {
         if (const int known = deliveredRows(c))
             settled = qMin(settled, known);
     }

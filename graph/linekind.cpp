@@ -5,6 +5,7 @@
 #include <qwt_plot.h>
 
 #include "data/expdata.h"
+#include "graph/curvenames.h"
 #include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
 #include "graph/graphlegend.h"
@@ -28,7 +29,13 @@ LineKind::LineKind(const GraphParts& parts, GraphLegend& legend, MarkerLayer& la
     , search(parts)
 {
     parts.axes.setRange(QwtPlot::yLeft, 0, 1);
+    if (parts.index >= 0)
+        return;
+    names = std::make_unique<CurveNames>(parts);
+    names->attach(&parts.plot);
 }
+
+LineKind::~LineKind() = default;
 
 void LineKind::setData()
 {

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <memory>
+
 #include "graph/curvesearch.h"
 #include "graph/graphkind.h"
 #include "graph/livepicture.h"
+
+class CurveNames;
 
 /// Curves over time or over another sensor. The x axis of a run grows in steps; each curve has the y scale of
 /// its own sensor.
@@ -13,6 +17,8 @@ public:
                                        true, true, false, false, MarkerForm::Curve};
 
     LineKind(const GraphParts& parts, GraphLegend& legend, MarkerLayer& layer);
+
+    ~LineKind() override;
 
     void setData() override;
     void update() override;
@@ -50,4 +56,5 @@ private:
     double shownXMax = 0; ///< in seconds or sample numbers, as last set
     bool isXYShown = false;
     LivePicture live;
+    std::unique_ptr<CurveNames> names; ///< of the class only
 };

@@ -63,8 +63,25 @@ void MarkerEditor::askToCrop()
     layer.cropTo(x0, x1);
 }
 
-// A note that goes takes its dialog with it, which then says no more.
 void MarkerEditor::edit(myPlotMarker* note)
+{
+    openEditor(note);
+}
+
+void MarkerEditor::editNew(myPlotMarker* note)
+{
+    const QPointer<myPlotMarker> alive(note);
+    connect(openEditor(note), &QDialog::finished, this,
+            [this, alive, before = note->label().text()](int how) {
+                const QString text = alive ? alive->label().text().trimmed() : QString();
+                const bool isGivenUp = how == QDialog::Rejected && text == before;
+                if (alive && !alive->isPic() && (text.isEmpty() || isGivenUp))
+                    layer.remove(alive);
+            });
+}
+
+// A note that goes takes its dialog with it, which then says no more.
+BubbleEdit* MarkerEditor::openEditor(myPlotMarker* note)
 {
     data.setNeedSave(true);
     const auto place = [this, note] { return layer.all().indexOf(note); };
@@ -86,6 +103,7 @@ void MarkerEditor::edit(myPlotMarker* note)
     });
     connect(note, &QObject::destroyed, dialog, &QDialog::reject);
     dialog->show();
+    return dialog;
 }
 
 void MarkerEditor::openMenu(myPlotMarker* marker, const QPoint& globalPos)

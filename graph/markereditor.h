@@ -5,6 +5,7 @@
 
 #include <functional>
 
+class BubbleEdit;
 class ExpData;
 class MarkerLayer;
 class QWidget;
@@ -29,9 +30,12 @@ public:
     void lock(myPlotMarker* marker, bool needConfirm);
     void askToCrop();
     void edit(myPlotMarker* note);
+    /// One that goes again when nothing is written in it.
+    void editNew(myPlotMarker* note);
     void openMenu(myPlotMarker* marker, const QPoint& globalPos);
 
 private:
+    BubbleEdit* openEditor(myPlotMarker* note);
     bool isAgreed(const QString& title, const QString& text);
 
     QWidget& parent;

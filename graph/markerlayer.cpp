@@ -223,8 +223,11 @@ void MarkerLayer::tellDistance()
 {
     renewSpan();
     const QString distance = crosses.size() < 2 ? QString() : texts.distance(*crosses[0], *crosses[1]);
-    if (distance == lastDistance)
+    // What was refused for these markers is past when there are others.
+    const bool isRefusalPast = refusedWith >= 0 && refusedWith != markers.size();
+    if (distance == lastDistance && !isRefusalPast)
         return;
+    refusedWith = -1;
     lastDistance = distance;
     Q_EMIT distanceTold(distance);
 }

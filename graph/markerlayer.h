@@ -101,6 +101,7 @@ private:
     bool isSeen(const myPlotMarker& marker) const;
     void followCross(myPlotMarker* cross);
     void tellDistance();
+    void refuse(const QString& why);
     double apart() const;
     void fitText(myPlotMarker* marker) const;
     void renewSpan();
@@ -116,5 +117,6 @@ private:
     TextPlaces places;
     const CurveSearch search;
     QString lastDistance;
+    int refusedWith = -1; ///< how many markers there were at the last refusal that still stands, else -1
     std::unique_ptr<myPlotMarker> span; ///< what lies between two crosses; not among the markers
 };

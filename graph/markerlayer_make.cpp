@@ -83,14 +83,20 @@ myPlotMarker* MarkerLayer::addNote(const QPointF& pos)
     return note;
 }
 
+void MarkerLayer::refuse(const QString& why)
+{
+    refusedWith = markers.size();
+    Q_EMIT refused(why);
+}
+
 bool MarkerLayer::refusesCross()
 {
     constexpr int fewestSamples = 2;
     const bool isEmpty = parts.data.getXSize() < fewestSamples;
     if (isEmpty)
-        Q_EMIT refused(tr("There is no curve to put a marker on yet."));
+        refuse(tr("There is no curve to put a marker on yet."));
     else if (crosses.size() >= maxCrosses)
-        Q_EMIT refused(tr("There are two markers already; lock or delete one for another."));
+        refuse(tr("There are two markers already; lock or delete one for another."));
     return isEmpty || crosses.size() >= maxCrosses;
 }
 
@@ -118,7 +124,7 @@ void MarkerLayer::setCross(myPlotMarker* marker, markerType kind)
 void MarkerLayer::addResult(CurveAnalysis::Result result)
 {
     if (!result.marker) {
-        Q_EMIT refused(result.refusal);
+        refuse(result.refusal);
         return;
     }
     parts.data.setNeedSave(true);

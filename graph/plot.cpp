@@ -193,7 +193,7 @@ void Plot::connectDialogs()
             [this](const SensorPtr& sensor) { kind->setAutomaticRange(sensor); });
     connect(from, &GraphDialogs::xChosen, this, [this](int iSens) {
         if (iSens == getActiveSens())
-            Q_EMIT changedActiveCurve(index, iSens != 0 ? 0 : 1);
+            kind->showSensor(iSens != 0 ? 0 : 1); // of this graph alone: the class keeps its sensor
         kind->setXSensor(iSens);
     });
 }
@@ -293,6 +293,7 @@ void Plot::setActivePlot(int chosen)
 {
     isActive = chosen == index;
     doUseDesignValues();
+    update(); // the frame lies around the canvas
 }
 
 void Plot::doActivePlotIndicator()
@@ -514,7 +515,7 @@ void Plot::setMarkers(const QList<myPlotMarker*>& list)
 
 void Plot::newAnnotation(const QPointF pos)
 {
-    editor->edit(layer->addNote(pos));
+    editor->editNew(layer->addNote(pos));
 }
 
 void Plot::newMarker(int iSens, int iReg, double xVal, double yVal)

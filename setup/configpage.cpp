@@ -7,6 +7,7 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+#include "data/derivedcurve.h"
 #include "setup/dialogtools.h"
 #include "setup/unitgroups.h"
 
@@ -21,6 +22,9 @@ const char* const languages[] = {
     QT_TRANSLATE_NOOP("ConfigPage", "Russian"),
     QT_TRANSLATE_NOOP("ConfigPage", "Portuguese"),
 };
+
+constexpr int fewest = 3; // samples of a window
+constexpr int mostSmoothed = 11;
 
 } // namespace
 
@@ -41,7 +45,6 @@ ConfigPage::ConfigPage(QWidget* parent)
             Q_EMIT chosen(ClassPlan::Language);
     });
     connect(units, &UnitGroups::chosen, this, &ConfigPage::unitChosen);
-    connect(smootSpinBox, qOverload<int>(&QSpinBox::valueChanged), this, &ConfigPage::takeKernel);
 }
 
 QGroupBox* ConfigPage::createLoggerGroup()
@@ -63,13 +66,34 @@ QWidget* ConfigPage::createSmoothing()
     auto* row = new QWidget;
     QFormLayout* form = DialogTools::formIn(row);
     form->setContentsMargins(0, 0, 0, 0);
-    smootSpinBox = addRow(form, tr("Smooth kernel size"), DialogTools::counter(3, 11, 3), "smootSpinBox");
-    smootSpinBox->setSingleStep(2);
-    smootSpinBox->setKeyboardTracking(false);
+    smootSpinBox =
+        addOdd(form, tr("Smooth kernel size"), "smootSpinBox", mostSmoothed, &ConfigPage::kernelChosen);
+    derivSpinBox = addOdd(form, tr("Derivative window size"), "derivSpinBox", DerivedCurve::mostWindow,
+                          &ConfigPage::windowChosen);
+    derivSpinBox->setToolTip(tr("How many neighboring samples give the slope at a point; more of them make "
+                                "the derivative of a noisy curve smoother."));
     return row;
 }
 
-void ConfigPage::show(const ClassPlan& plan, bool isBasic, int kernel)
+/// Only an odd number of samples has a middle one; somebody may type another.
+QSpinBox* ConfigPage::addOdd(QFormLayout* form, const QString& label, const char* name, int most,
+                             void (ConfigPage::*told)(int))
+{
+    QSpinBox* const spin = addRow(form, label, DialogTools::counter(fewest, most, fewest), name);
+    spin->setSingleStep(2);
+    spin->setKeyboardTracking(false);
+    connect(spin, qOverload<int>(&QSpinBox::valueChanged), this, [this, spin, told](int size) {
+        if (isFilling)
+            return;
+        if (size % 2 == 0)
+            spin->setValue(size + 1);
+        else
+            Q_EMIT(this->*told)(size);
+    });
+    return spin;
+}
+
+void ConfigPage::show(const ClassPlan& plan, bool isBasic, int kernel, int window)
 {
     const QScopedValueRollback<bool> own(isFilling, true);
     const LoggerSettings& conf = plan.settings();
@@ -80,6 +104,7 @@ void ConfigPage::show(const ClassPlan& plan, bool isBasic, int kernel)
     comboLanguage->setCurrentIndex(conf.language < comboLanguage->count() ? conf.language : -1);
     units->load();
     smootSpinBox->setValue(kernel);
+    derivSpinBox->setValue(window);
 }
 
 LoggerSettings ConfigPage::shown(LoggerSettings before) const
@@ -91,15 +116,4 @@ LoggerSettings ConfigPage::shown(LoggerSettings before) const
     before.fahrenheit = units->isFahrenheit();
     before.hpa = units->isHpa();
     return before;
-}
-
-/// Only an odd number of samples has a middle one; somebody may type another.
-void ConfigPage::takeKernel(int size)
-{
-    if (isFilling)
-        return;
-    if (size % 2 == 0)
-        smootSpinBox->setValue(size + 1);
-    else
-        Q_EMIT kernelChosen(size);
 }

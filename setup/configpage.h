@@ -6,6 +6,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QFormLayout;
 class QGroupBox;
 class QSpinBox;
 class UnitGroups;
@@ -19,7 +20,8 @@ public:
     explicit ConfigPage(QWidget* parent = nullptr);
 
     /// `isBasic` loggers have neither sound nor position.
-    void show(const ClassPlan& plan, bool isBasic, int kernel);
+    /// `kernel` is the width of smoothing and `window` that of a derivative, in samples.
+    void show(const ClassPlan& plan, bool isBasic, int kernel, int window);
     /// What the controls say; a list without a choice leaves the language.
     LoggerSettings shown(LoggerSettings before) const;
 
@@ -29,16 +31,19 @@ Q_SIGNALS:
     void unitChosen(bool isOfLoggers);
     /// An odd number of samples.
     void kernelChosen(int size);
+    void windowChosen(int size);
 
 private:
     QGroupBox* createLoggerGroup();
     QWidget* createSmoothing();
-    void takeKernel(int size);
+    QSpinBox* addOdd(QFormLayout* form, const QString& label, const char* name, int most,
+                     void (ConfigPage::*told)(int));
 
     QCheckBox* boxSound = nullptr;
     QCheckBox* boxGPS = nullptr;
     QComboBox* comboLanguage = nullptr;
     UnitGroups* units = nullptr;
     QSpinBox* smootSpinBox = nullptr;
+    QSpinBox* derivSpinBox = nullptr;
     bool isFilling = false; ///< a change is the dialog's own
 };

@@ -112,6 +112,7 @@ void setupLogger::connectPages()
     connect(config, &ConfigPage::chosen, this, &setupLogger::configurationChosen);
     connect(config, &ConfigPage::unitChosen, this, &setupLogger::unitChosen);
     connect(config, &ConfigPage::kernelChosen, this, &setupLogger::kernelChosen);
+    connect(config, &ConfigPage::windowChosen, this, &setupLogger::windowChosen);
     connect(trigger, &TriggerPage::triggerChosen, this, &setupLogger::triggerChosen);
     connect(trigger, &TriggerPage::socketChosen, this, &setupLogger::socketChosen);
     connect(design, &DesignPage::mainChanged, this, &setupLogger::useMainDesignValues);
@@ -151,7 +152,8 @@ void setupLogger::modifyAll()
     const TembrinData& state = link->leaderState();
     const bool isOtherTrigger = trigger->show(link->plan, state);
     const ExpData* data = mTembrin->dataAt(0);
-    config->show(link->plan, state.tembrinType() == LOGGER_SORREL_BASIC, data ? data->smoothKernel : 3);
+    config->show(link->plan, state.tembrinType() == LOGGER_SORREL_BASIC, data ? data->smoothKernel : 3,
+                 data ? data->derivWindow : 3);
     debug->show(link->plan.settings(), link->leader()->Vorta_drawOnline);
     labelVersions->setText(state.versionLine());
     // The class shares the trigger that was chosen on the first logger.
@@ -199,12 +201,23 @@ void setupLogger::unitChosen(bool isOfLoggers)
 /// Smoothing is the program's own; no logger hears of it.
 void setupLogger::kernelChosen(int size)
 {
+    forAllData([size](ExpData* data) { data->smoothKernel = size; });
+}
+
+void setupLogger::windowChosen(int size)
+{
+    Settings::mainStore().setValue(Settings::derivWindow, size);
+    forAllData([size](ExpData* data) { data->derivWindow = size; });
+}
+
+void setupLogger::forAllData(const std::function<void(ExpData*)>& act)
+{
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
         if (ExpData* data = mTembrin->dataAt(i))
-            data->smoothKernel = size;
+            act(data);
     }
     if (ExpData* data = mTembrin->dataC())
-        data->smoothKernel = size;
+        act(data);
 }
 
 void setupLogger::triggerChosen()

@@ -3,6 +3,8 @@
 #include <QDialog>
 #include <QVector>
 
+#include <functional>
+
 #include "classroom/classplan.h"
 
 class CalibrationPage;
@@ -10,6 +12,7 @@ class ClassLink;
 class ConfigPage;
 class DebugPage;
 class DesignPage;
+class ExpData;
 class QLabel;
 class QPushButton;
 class QScrollArea;
@@ -69,6 +72,8 @@ private:
     void configurationChosen(ClassPlan::Field field);
     void unitChosen(bool isOfLoggers);
     void kernelChosen(int size);
+    void windowChosen(int size);
+    void forAllData(const std::function<void(ExpData*)>& act);
     void triggerChosen();
     void socketChosen(int socket);
     void startVorta(int rate, int samples);

@@ -99,7 +99,7 @@ private:
             v << 10 + 9 * std::sin(0.3 * i);
         load(data.data(), {SENSOR_VOLTAGE, SENSOR_PH}, {v, v.mid(0, ofSecond)}, dt);
         data->finalData = false;
-        show({600, 400}, GRAPH_BAR, 3);
+        show({600, 600}, GRAPH_BAR, 3);
     }
     void addSamples(int count)
     {

@@ -335,6 +335,10 @@ private Q_SLOTS:
         // The dialog keeps to its note when one in front of it goes, and goes with it.
         QTRY_VERIFY(!plot->findChild<BubbleEdit*>());
         plot->newAnnotation(QPointF(200, 100));
+        plot->findChild<BubbleEdit*>()->reject(); // with nothing written
+        QCOMPARE(plot->markers.size(), 1);
+        QTRY_VERIFY(!plot->findChild<BubbleEdit*>());
+        plot->newAnnotation(QPointF(200, 100));
         QPointer<BubbleEdit> open = plot->findChild<BubbleEdit*>();
         QVERIFY(open);
         plot->removeMarker(label);

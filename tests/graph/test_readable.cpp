@@ -12,6 +12,7 @@
 
 #include "graph/colorscale.h"
 #include "graph/contrast.h"
+#include "graph/curvenames.h"
 #include "graph/graphdesign.h"
 #include "graph/strokemask.h"
 #include "tests/graph/plottest.h"
@@ -397,6 +398,32 @@ private Q_SLOTS:
                   << plot->markers[1]->label().font().pixelSize();
         }
         QCOMPARE(sizes.mid(0, 4), sizes.mid(4));
+    }
+
+    void everyCurveOfTheClassHasItsNameAtItsEnd()
+    {
+        fill(-1);
+        PlotTest::show({1000, 500}, GRAPH_LINE, -1);
+        plot->getCurve(2)->setMode(CURVE_HIDDEN);
+        const CurveNames* names = nullptr;
+        for (const QwtPlotItem* item : plot->itemList())
+            names = dynamic_cast<const CurveNames*>(item) ? dynamic_cast<const CurveNames*>(item) : names;
+        QVERIFY(names);
+        for (const bool isFinal : {false, true}) { // with room right of the ends and without
+            data->finalData = isFinal;
+            plot->Update();
+            const QRectF canvas = plot->canvas()->contentsRect();
+            QStringList texts;
+            QRectF before;
+            for (const CurveNames::Name& name :
+                 names->places(plot->canvasMap(QwtPlot::xBottom), plot->canvasMap(QwtPlot::yLeft), canvas)) {
+                texts.append(name.text);
+                QVERIFY(canvas.contains(name.box) && !name.box.intersects(before));
+                before = name.box;
+            }
+            texts.sort();
+            QCOMPARE(texts.join(QString()), QStringLiteral("1245678"));
+        }
     }
 
     void theClassNamesTheSensorOnce()

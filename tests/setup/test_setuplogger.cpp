@@ -150,6 +150,9 @@ private Q_SLOTS:
         kernel->setValue(6); // typed
         QCOMPARE(kernel->value(), 7);
         QCOMPARE(bench->manager.dataAt(1)->smoothKernel, 7);
+        find<QSpinBox>("derivSpinBox")->setValue(20); // typed
+        QCOMPARE(bench->manager.dataAt(1)->derivWindow, 21);
+        QCOMPARE(Settings::mainStore().value(Settings::derivWindow).toInt(), 21);
         dialog->close();
         QCOMPARE(bench->written(0) + bench->written(1), QByteArray());
     }
