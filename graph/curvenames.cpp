@@ -19,7 +19,8 @@
 namespace {
 
 constexpr double namesZ = 22;   // over the average
-constexpr double fromCurve = 6; // pixels
+constexpr double fromCurve = 6; // pixels of a name right of its curve's end
+constexpr double toCurve = 16;  // and of one left of it
 constexpr double margin = 2;    // pixels round a text
 constexpr double longest = 10;  // heights of a text
 
@@ -38,16 +39,36 @@ void dropCommonWords(QStringList* names)
     }
 }
 
-/// One below the other, each as near to where it wants to be as those before it allow.
+/// One below the other, together as near to where they want to be as they can: those that would overlap make
+/// a block about the middle of their places.
 void spread(QVector<CurveNames::Name>* names, const QRectF& canvas)
 {
+    struct Block
+    {
+        double sum; ///< of the places, each less the boxes above it
+        int count;
+    };
     std::stable_sort(names->begin(), names->end(), [](const CurveNames::Name& a, const CurveNames::Name& b) {
         return a.box.top() < b.box.top();
     });
+    const double height = names->first().box.height();
+    QVector<Block> blocks;
+    for (int i = 0; i < names->size(); ++i) {
+        Block last{names->at(i).box.top() - i * height, 1};
+        while (!blocks.isEmpty() && blocks.last().sum / blocks.last().count > last.sum / last.count) {
+            last = {blocks.last().sum + last.sum, blocks.last().count + last.count};
+            blocks.removeLast();
+        }
+        blocks.append(last);
+    }
     double top = canvas.top();
-    for (CurveNames::Name& name : *names) {
-        name.box.moveTop(std::max(top, name.box.top()));
-        top = name.box.bottom();
+    int i = 0;
+    for (const Block& block : qAsConst(blocks)) {
+        for (int k = 0; k < block.count; ++k, ++i) {
+            QRectF& box = (*names)[i].box;
+            box.moveTop(std::max(top, block.sum / block.count + i * height));
+            top = box.bottom();
+        }
     }
     double bottom = canvas.bottom();
     for (auto name = names->rbegin(); name != names->rend(); ++name) {
@@ -119,7 +140,9 @@ QVector<CurveNames::Name> CurveNames::places(const QwtScaleMap& xMap, const QwtS
         const QString word = metrics.elidedText(words[i], Qt::ElideRight, longest * metrics.height());
         QRectF box(0, 0, metrics.horizontalAdvance(word) + 2 * margin, metrics.height());
         box.moveCenter(end);
-        box.moveLeft(std::min(end.x() + fromCurve, canvas.right() - box.width()));
+        box.moveLeft(end.x() + fromCurve);
+        if (box.right() > canvas.right())
+            box.moveRight(end.x() - toCurve);
         if (canvas.top() <= end.y() && end.y() <= canvas.bottom())
             names.append({word, curve->getColor(), end, box});
     }
@@ -136,16 +159,20 @@ void CurveNames::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtScale
     const QColor ground = GraphDesign::groundOf(painter, plot());
     painter->save();
     painter->setFont(font());
-    for (const Name& name : places(xMap, yMap, canvas)) {
-        const QColor ink = GraphDesign::readableOn(name.color, ground);
+    const QVector<Name> names = places(xMap, yMap, canvas);
+    for (const Name& name : names) {
+        painter->setPen(GraphDesign::readableOn(name.color, ground));
+        const bool isAside = std::abs(name.box.center().y() - name.end.y()) > name.box.height() / 2;
+        const double side = name.box.left() > name.end.x() ? name.box.left() : name.box.right();
+        if (isAside || side < name.end.x())
+            painter->drawLine(name.end, QPointF(side, name.box.center().y()));
+    }
+    for (const Name& name : names) {
         QColor veil = ground; // a curve that goes on below is still seen
         constexpr int veilAlpha = 190;
         veil.setAlpha(veilAlpha);
         painter->fillRect(name.box, veil);
-        painter->setPen(ink);
-        const bool isAside = std::abs(name.box.center().y() - name.end.y()) > name.box.height() / 2;
-        if (isAside && name.box.left() > name.end.x())
-            painter->drawLine(name.end, QPointF(name.box.left(), name.box.center().y()));
+        painter->setPen(GraphDesign::readableOn(name.color, ground));
         painter->drawText(name.box, Qt::AlignCenter, name.text);
     }
     painter->restore();

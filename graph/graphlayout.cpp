@@ -67,17 +67,22 @@ void GraphLayout::layRows(const QwtPlot* plot, QwtLegend* legend, const QRectF& 
     constexpr int rounding = 2; // a legend that is a pixel too small hides entries behind a scroll bar
     const double titleWidth = plot->titleLabel()->sizeHint().width() + between;
     const double most = mostHeight(legend, area.height());
-    const auto rowsIn = [&](double width) {
-        return std::min<double>(legend->heightForWidth(qFloor(width)) + rounding, most);
+    const auto wholeIn = [&](double width) {
+        return double(legend->heightForWidth(qFloor(width)) + rounding);
     };
+    const auto rowsIn = [&](double width) { return std::min(wholeIn(width), most); };
+    const double beside = area.width() - titleWidth;
     const double rows = rowsIn(area.width());
-    const double besideRows =
-        titleWidth < area.width() / 2 ? rowsIn(area.width() - titleWidth) : area.height();
+    const bool isShort = titleWidth < area.width() / 2;
+    const double besideRows = isShort ? rowsIn(beside) : area.height();
+    const bool isHidden = isShort && wholeIn(beside) > most && wholeIn(area.width()) <= most;
     QwtPlotLayout::activate(plot, area.adjusted(0, rows, 0, 0), options | IgnoreLegend);
     const double titleHeight = titleRect().height();
-    const bool isLow = canvasRect().height() < canvasPart * area.height();
+    // A low graph by its height alone, so that all cells of a layout look the same.
+    const bool isLow =
+        GraphFonts::isLow(qRound(area.height())) || canvasRect().height() < canvasPart * area.height();
     const double more = besideRows - titleHeight;
-    if (more <= 0 || (isLow && more < rows)) {
+    if (isLow && !isHidden && more < rows) {
         QwtPlotLayout::activate(plot, area.adjusted(0, std::max(0.0, more), 0, 0), options | IgnoreLegend);
         const double height = std::max(titleHeight, besideRows);
         setTitleRect(QRectF(area.left(), area.top(), titleWidth - between, height));

@@ -88,6 +88,9 @@ public:
     /// The title gives way to the busy text until restoreTitle().
     void setTempTitle();
     void restoreTitle();
+    /// The texts follow the size: were it the other way too, a larger cell would grow at the cost of others.
+    QSize sizeHint() const override { return {400, 300}; }
+    QSize minimumSizeHint() const override { return {80, 60}; }
     void updateXAxisVisibility(bool shown);
     /// `index` is the slot of the chosen graph, -1 for none.
     void setActivePlot(int index);
