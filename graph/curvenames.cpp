@@ -20,7 +20,7 @@ namespace {
 
 constexpr double namesZ = 22;   // over the average
 constexpr double fromCurve = 6; // pixels of a name right of its curve's end
-constexpr double toCurve = 16;  // and of one left of it
+constexpr double toCurve = 16;  // and of one left of it, where one has no room
 constexpr double margin = 2;    // pixels round a text
 constexpr double longest = 10;  // heights of a text
 
@@ -129,6 +129,7 @@ QVector<CurveNames::Name> CurveNames::places(const QwtScaleMap& xMap, const QwtS
         return names;
     const QStringList words = texts();
     const QFontMetricsF metrics(font());
+    bool hasRoom = true;
     for (int i = 0; i < parts.curves.size(); ++i) {
         const myPlotCurve* const curve = parts.curves.at(i);
         const int row = curve->isVisible() && !parts.data.isAverage(i) ? lastRow(i, xMap) : -1;
@@ -141,14 +142,17 @@ QVector<CurveNames::Name> CurveNames::places(const QwtScaleMap& xMap, const QwtS
         QRectF box(0, 0, metrics.horizontalAdvance(word) + 2 * margin, metrics.height());
         box.moveCenter(end);
         box.moveLeft(end.x() + fromCurve);
-        if (box.right() > canvas.right())
-            box.moveRight(end.x() - toCurve);
+        hasRoom = hasRoom && box.right() <= canvas.right();
         if (canvas.top() <= end.y() && end.y() <= canvas.bottom())
             names.append({word, curve->getColor(), end, box});
     }
     constexpr int fewest = 2;
     if (names.size() < fewest || names.size() * metrics.height() > canvas.height())
         return {};
+    for (Name& name : names) { // all on one side
+        if (!hasRoom)
+            name.box.moveRight(name.end.x() - toCurve);
+    }
     spread(&names, canvas);
     return names;
 }

@@ -1,10 +1,15 @@
+#include <QDialogButtonBox>
+#include <QDoubleSpinBox>
+#include <QPushButton>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QWheelEvent>
 
 #include <cmath>
 
 #include <qwt_text_label.h>
 
+#include "graph/contrast.h"
 #include "tests/graph/plottest.h"
 
 /// What stands around the curves stays true whatever else changes.
@@ -203,6 +208,67 @@ private Q_SLOTS:
         QCOMPARE(stopped, 1);
     }
 
+    void crossesNearEachOtherTellTenths()
+    {
+        show(1.5);
+        cross(0, 120.2);
+        QVERIFY(textOf(1).contains(QStringLiteral("= 2:00 ")));
+        cross(0, 120.7);
+        QVERIFY2(textOf(1).contains(QStringLiteral("= 2:00.2 ")), qPrintable(textOf(1)));
+    }
+
+    void aRangeSetByHandLasts_data()
+    {
+        columns<int>({"index"});
+        row("of a logger", 0);
+        row("of the class", -1);
+    }
+
+    void aRangeSetByHandLasts()
+    {
+        QFETCH(int, index);
+        showCurves();
+        PlotTest::show({800, 500}, GRAPH_LINE, index);
+        QPair<double, double> offered;
+        const auto choose = [&] {
+            QTimer::singleShot(0, plot.data(), [&] {
+                QWidget* const dialog = QApplication::activeModalWidget();
+                auto* const least = dialog->findChild<QDoubleSpinBox*>(QStringLiteral("minval"));
+                auto* const most = dialog->findChild<QDoubleSpinBox*>(QStringLiteral("maxval"));
+                offered = {least->value(), most->value()};
+                least->setValue(-7);
+                most->setValue(41);
+                Q_EMIT least->editingFinished();
+                Q_EMIT most->editingFinished();
+                dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+            });
+            QTest::mousePress(plot->axisWidget(QwtPlot::yLeft), Qt::RightButton);
+        };
+        choose();
+        const auto wanted = qMakePair(-7.0, 41.0);
+        QCOMPARE(shownRange(QwtPlot::yLeft), wanted);
+        plot->setData();
+        plot->Update();
+        QCOMPARE(shownRange(QwtPlot::yLeft), wanted);
+        choose();
+        QCOMPARE(offered, wanted);
+        plot->enableZoom(true);
+        drag(place(0, 3, 30), place(0, 7, 12)); // the height counts in both
+        QVERIFY(qAbs(shownRange(QwtPlot::yLeft).first - 12) < 0.3 &&
+                qAbs(shownRange(QwtPlot::yLeft).second - 30) < 0.3);
+    }
+
+    void theChosenGraphHasAFrame()
+    {
+        show();
+        const auto edge = [this] { return plot->grab(QRect(100, 1, 1, 1)).toImage().pixelColor(0, 0); };
+        const QColor before = edge();
+        plot->setActivePlot(0);
+        QVERIFY(Contrast::between(edge(), before) > Contrast::least);
+        plot->setActivePlot(-1);
+        QCOMPARE(edge(), before);
+    }
+
     void theAxisIsOfACurveThatIsSeen()
     {
         load(data.data(), {SENSOR_GPS_LAT, SENSOR_PH}, {{47, 47, 47}, {7, 8, 9}});
@@ -274,8 +340,13 @@ private Q_SLOTS:
             return found;
         };
         QCOMPARE(between(), QStringLiteral("Δt = 6.0 s\nΔy = 12.0 °C\nΔy/Δt = 2.00 °C/s"));
+        cross(1, 8); // refused
         chooseFromXAxis(3);
-        QCOMPARE(between(), QString());
+        QCOMPARE(between(), QString()); // these stand over the time
+        cross(0, 1);
+        cross(0, 3);
+        QVERIFY2(between().startsWith(QStringLiteral("Δx = ")) && between().contains(QStringLiteral("°C/V")),
+                 qPrintable(between()));
         chooseFromXAxis(0);
         QVERIFY(between().startsWith(QStringLiteral("Δt")));
         plot->removeMarker(plot->markers[2]);
