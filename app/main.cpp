@@ -6,10 +6,13 @@
 #include <QApplication>
 #include <QScreen>
 
+#include <optional>
+
 int main(int argc, char* argv[])
 {
     StartUp::startLog();
     initPellandraResources();
+    std::optional<StartUp::WithoutOpenGl> untilShown(std::in_place);
     QApplication application(argc, argv);
     const QString file = StartUp::useArgument(QCoreApplication::arguments());
     StartUp::installTranslations(&application);
@@ -23,6 +26,7 @@ int main(int argc, char* argv[])
         window.showFullScreen();
     else
         window.showMaximized();
+    untilShown.reset();
     if (!file.isEmpty())
         window.setArgumentFile(file);
     Settings::mainStore().setValue(QLatin1String(Settings::vestrelPanel), false);

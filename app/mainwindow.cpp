@@ -48,6 +48,8 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     setObjectName(QStringLiteral("mainWindow"));
     readSettings();
     getDesignSettings();
+    chooseIconSize();
+    setBackground(); // before there are parts, each of which would be styled twice
     showFileName();
     createLoggers();
     createShortcuts();
@@ -62,7 +64,6 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     connectFlows();
     createRecovery();
     setupViews();
-    setBackground();
     setAcceptDrops(true);
     installEventFilter(this);
     QTimer::singleShot(msBeforeConnecting, this, &MainWindow::tryConnectAll);

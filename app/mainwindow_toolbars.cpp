@@ -146,7 +146,6 @@ void MainWindow::chooseIconSize()
 
 void MainWindow::createToolBars()
 {
-    chooseIconSize();
     fileToolBar = addBar(QStringLiteral("fileToolBar"), tr("File"));
     graphToolBar = addBar(QStringLiteral("graphToolBar"), tr("Graph"));
     tembrinToolBar = addBar(QStringLiteral("tembrinToolBar"), tr("Tembrin"));

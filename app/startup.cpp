@@ -16,6 +16,7 @@
 #include <cstdlib>
 
 namespace {
+constexpr char glIntegration[] = "QT_XCB_GL_INTEGRATION"; // of the toolkit's X11 plug-in
 
 const QString logFile = QStringLiteral("log.txt");
 
@@ -131,6 +132,19 @@ QString StartUp::styleSheet()
 {
     QFile file(QStringLiteral(":/Kormelin.css"));
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+StartUp::WithoutOpenGl::WithoutOpenGl()
+    : isOurs(!qEnvironmentVariableIsSet(glIntegration))
+{
+    if (isOurs)
+        qputenv(glIntegration, "none");
+}
+
+StartUp::WithoutOpenGl::~WithoutOpenGl()
+{
+    if (isOurs)
+        qunsetenv(glIntegration);
 }
 
 void StartUp::startLog()

@@ -21,6 +21,20 @@ void installTranslations(QCoreApplication* application);
 /// The style sheet of the application, empty where it can't be read.
 QString styleSheet();
 
+/// While it lives, the first window on X11 comes without loading an OpenGL driver, a third of the time that
+/// the start takes: everything is painted by the raster engine. What the environment says already holds.
+/// Programs that are started later, such as viewers, inherit nothing of it.
+class WithoutOpenGl
+{
+public:
+    WithoutOpenGl();
+    ~WithoutOpenGl();
+    Q_DISABLE_COPY(WithoutOpenGl)
+
+private:
+    const bool isOurs;
+};
+
 /// Where the settings ask for it, writes the log to "log.txt" in the working directory and to the standard
 /// streams, the debug lines of all rooms too. The file is removed at each start, wanted or not.
 void startLog();

@@ -218,6 +218,10 @@ void Plot::setAxisTitleAndSize(int axisID, const QString& text, int /*size*/)
 void Plot::updateTitle(const QString& text)
 {
     QwtText newTitle(text, QwtText::PlainText);
+    if (!isSized) {
+        setTitle(newTitle);
+        return;
+    }
     const int room = canvas() ? canvas()->width() : width();
     newTitle.setFont(GraphFonts::fitted(
         GraphFonts::inPixels(titleFont, titleGrowth * GraphFonts::textPixels(height())), text, room));
@@ -228,13 +232,17 @@ void Plot::updateTitle(const QString& text)
 void Plot::resizeEvent(QResizeEvent* event)
 {
     QwtPlot::resizeEvent(event);
+    isSized = true;
     fitTexts();
     replot(); // with as many ticks as there is room for now
 }
 
-// The room for the titles is what labels and legend leave.
+// The room for the titles is what labels and legend leave. Before its first size a graph has nothing to fit
+// them to.
 void Plot::fitTexts()
 {
+    if (!isSized)
+        return;
     const bool isLow = GraphFonts::isLow(height());
     plotLayout()->setSpacing(isLow ? 0 : 2);
     setContentsMargins(3, isLow ? 0 : 1, 8, isLow ? 0 : 1);

@@ -241,4 +241,5 @@ private:
     QwtPlotGrid* grid = nullptr;
     QString realTitle; ///< while the busy text stands in its place
     bool isActive = false;
+    bool isSized = false;
 };
