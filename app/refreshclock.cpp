@@ -9,9 +9,10 @@
 #include <algorithm>
 
 namespace {
-constexpr int quickPeriod = 16;   // 60 a second
-constexpr int framePeriod = 40;   // 25 a second
-constexpr double shortFrame = 4;  // below it the thread has time for quick ones
+constexpr int quickPeriod = 16; // 60 a second
+constexpr int framePeriod = 40; // 25 a second
+constexpr double shortFrame =
+    4; // up to it there are quick ones; from then on painting keeps to its part of the time
 constexpr double longFrame = 25;  // from here on the frames come further apart
 constexpr int gatheringTime = 10; // after a quiet time, for samples of other loggers to join the frame
 } // namespace
@@ -29,7 +30,7 @@ int RefreshClock::period(double frameMs)
 {
     if (frameMs > longFrame)
         return int(2 * frameMs);
-    return frameMs < shortFrame ? quickPeriod : framePeriod;
+    return qBound(quickPeriod, int(quickPeriod * frameMs / shortFrame), framePeriod);
 }
 
 RefreshClock::View& RefreshClock::entry(Plot* view)

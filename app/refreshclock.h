@@ -8,10 +8,10 @@
 
 class Plot;
 
-/// Paints graphs that have new data, all together and at most 25 times a second, or 60 times as long as
-/// frames are cheap. Marking is cheap and never paints; a marked graph is painted within a frame or, while it
-/// is hidden, once it is shown. When a frame takes long the frames come further apart, so that painting
-/// leaves the thread half of its time.
+/// Paints graphs that have new data, all together, 60 times a second as long as frames are cheap and down to
+/// 25 times as they cost more, so that painting takes a quarter of the thread's time. Marking is cheap and
+/// never paints; a marked graph is painted within a frame or, while it is hidden, once it is shown. When a
+/// frame takes long the frames come further apart, so that painting leaves the thread half of its time.
 class RefreshClock : public QObject
 {
     Q_OBJECT

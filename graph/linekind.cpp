@@ -18,6 +18,7 @@ namespace {
 constexpr int minXSamp = 100;         // samples that the axis of a young run has room for
 constexpr double needMoreFrac = 0.75; // part of that room that fills before the axis follows the data
 constexpr int fewSamples = int(minXSamp * needMoreFrac);
+constexpr double slowRate = 0.05;  // s between samples: from here on each of the first ones may move the axis
 constexpr double colourReach = 20; // pixels: how near a curve a right press picks its colour
 
 } // namespace
@@ -107,17 +108,21 @@ void LineKind::updateXRange()
 
 void LineKind::updateScales()
 {
-    if (parts.index < 0) {
+    const bool isClass = parts.index < 0;
+    if (isClass) {
         const SensorPtr& first = parts.data.get1stSensor();
         if (first && !first->readClassSetMinMax)
             parts.data.makeUniformScales();
-        parts.scaler.updateClassScales(&parts.data);
-        parts.curves.renewAverage();
-    } else {
-        const bool isYoung = parts.data.getXSize() <= fewSamples;
-        if (parts.data.finalData || isYoung || parts.scaler.isOutgrown(&parts.data))
-            parts.scaler.updateScales(&parts.data);
     }
+    const bool isSlow = parts.data.dt >= slowRate && parts.data.getXSize() <= fewSamples;
+    if (!parts.data.finalData && !isSlow)
+        parts.scaler.growScales(&parts.data, isClass);
+    else if (isClass)
+        parts.scaler.updateClassScales(&parts.data);
+    else
+        parts.scaler.updateScales(&parts.data);
+    if (isClass)
+        parts.curves.renewAverage();
     showRangeY();
 }
 

@@ -13,8 +13,16 @@
 
 namespace {
 
-// Rows before the first new one that a derived curve may still have changed, by the width of its kernel.
-constexpr int unsettledRows = 64;
+// Rows before the first new one whose picture changes: the new line begins at the last one, and joins it; a
+// derived curve may still change by the width of its kernel, and the class by a group that comes late.
+int unsettledRows(const GraphParts& parts)
+{
+    constexpr int joined = 3;
+    constexpr int late = 64;
+    const int last = parts.data.getNSens() - 1;
+    const SensorPtr sensor = last >= 0 ? parts.data.getSens(last) : SensorPtr();
+    return parts.index >= 0 && sensor && sensor->specialType == 0 ? joined : late;
+}
 
 } // namespace
 
@@ -37,7 +45,7 @@ QRect LivePicture::grown(const GraphParts& parts)
                           x.at(before.rows - 1) == before.lastX;
     if (parts.data.finalData || !hasGrown || now.scales != before.scales)
         return QRect();
-    const int from = std::max(0, before.rows - unsettledRows);
+    const int from = std::max(0, before.rows - unsettledRows(parts));
     const int left = int(xMap.transform(x.at(from))) - CurvePainter::maxPenWidth;
     const int right = int(xMap.transform(now.lastX)) + CurvePainter::maxPenWidth;
     const QRect all = parts.plot.canvas()->contentsRect();

@@ -19,6 +19,7 @@
 #include "graph/graphdesign.h"
 #include "graph/scalemanager.h"
 #include "graph/strokemask.h"
+#include "graph/strokepath.h"
 
 namespace {
 
@@ -250,6 +251,16 @@ QPointF myPlotCurve::place(int i, const QwtScaleMap& xMap, const QwtScaleMap& yM
     return {xMap.transform(value.x()), yMap.transform(value.y())};
 }
 
+void myPlotCurve::drawLine(QPainter* painter, const QPolygonF& line, const QPen& pen)
+{
+    if (isOnScreen(painter) && pen.style() == Qt::SolidLine) {
+        painter->fillPath(StrokePath::around(line, pen.widthF()), pen.color());
+    } else {
+        painter->setPen(pen);
+        painter->drawPolyline(line);
+    }
+}
+
 /// Few samples, other sensors on the x axis, and paper.
 void myPlotCurve::strokeLines(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
                               const QRectF& canvasRect, int from, int to) const
@@ -276,17 +287,16 @@ void myPlotCurve::strokeLines(QPainter* painter, const QwtScaleMap& xMap, const 
         const double width = pen().widthF();
         const QColor casing = casingOn(painter);
         const double wider = width + 2 * casingWidth(width);
-        const QRectF around = canvasRect.adjusted(-2 * wider, -2 * wider, 2 * wider, 2 * wider);
+        const QRectF around =
+            QRectF(shownPart(painter, canvasRect)).adjusted(-2 * wider, -2 * wider, 2 * wider, 2 * wider);
         for (QPolygonF& line : lines)
             line = QwtClipper::clipPolygonF(around, line);
-        if (casing.isValid()) {
-            painter->setPen(roundPen(pen(), casing, wider));
-            for (const QPolygonF& line : lines)
-                painter->drawPolyline(line);
+        for (const QPolygonF& line : qAsConst(lines)) {
+            if (casing.isValid())
+                drawLine(painter, line, roundPen(pen(), casing, wider));
         }
-        painter->setPen(roundPen(pen(), pen().color(), width));
-        for (const QPolygonF& line : lines)
-            painter->drawPolyline(line);
+        for (const QPolygonF& line : qAsConst(lines))
+            drawLine(painter, line, roundPen(pen(), pen().color(), width));
         painter->restore();
     }
     drawPoints(painter, singles);

@@ -82,6 +82,7 @@ private:
                       const QRectF& canvasRect, int from, int to) const;
     void strokeLines(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
                      const QRectF& canvasRect, int from, int to) const;
+    static void drawLine(QPainter* painter, const QPolygonF& line, const QPen& pen);
     void strokeDense(QPainter* painter, const QVector<QPolygonF>& lines, const QRectF& canvasRect) const;
     void drawPoints(QPainter* painter, const QVector<QPointF>& places) const;
 

@@ -15,6 +15,7 @@ namespace {
 constexpr double yFracRange = 0.1; // the smallest span and the margin, as fractions
 constexpr double NeedMoreFrac = 0.75;
 constexpr double maxSmallestSpan = 10;
+constexpr double samplesAhead = 25;
 
 using ScalePtr = QSharedPointer<oneScale>;
 
@@ -70,11 +71,29 @@ void oneScale::calcScales(double minZoom, double maxZoom)
     setZoomScales(minZoom, maxZoom);
 }
 
-bool oneScale::isOutgrown(double newDataMin, double newDataMax) const
+double oneScale::marginTaken(double newDataMin, double newDataMax) const
 {
-    constexpr double most = 0.7; // of a margin, taken by the data
-    return !userScale &&
-           (dataMin - newDataMin > most * marginBelow || newDataMax - dataMax > most * marginAbove);
+    return userScale ? 0
+                     : std::max((dataMin - newDataMin) / marginBelow, (newDataMax - dataMax) / marginAbove);
+}
+
+void oneScale::grow(double newDataMin, double newDataMax, double part, double zoomMin, double zoomMax)
+{
+    const bool isDown = newDataMin < dataMin;
+    const bool isUp = newDataMax > dataMax;
+    updateScale(newDataMin, newDataMax, zoomMin, zoomMax);
+    if (userScale)
+        return;
+    const double room = part * (dataMax - dataMin);
+    if (isDown && scaleFullMin > minLimit) {
+        scaleFullMin = std::max(scaleFullMin - room, minLimit);
+        marginBelow += room;
+    }
+    if (isUp) {
+        scaleFullMax += room;
+        marginAbove += room;
+    }
+    setZoomScales(zoomMin, zoomMax);
 }
 
 void oneScale::keepView(const ExpData& data, int iSens)
@@ -141,18 +160,6 @@ void scaleManager::setScales(const ExpData* data, bool isClass)
         takeFixedRange(i, *sensor, isClass);
     }
     share();
-}
-
-bool scaleManager::isOutgrown(const ExpData* data) const
-{
-    const int n = std::min(data->getNSens(), scales.size());
-    for (int i = 0; i < n; ++i) {
-        if (data->getYSize(i) == 0)
-            continue;
-        if (!scales[i]->isFilled || scales[i]->isOutgrown(data->getMinY(i), data->getMaxY(i)))
-            return true;
-    }
-    return false;
 }
 
 void scaleManager::updateScales(const ExpData* data)
@@ -243,6 +250,38 @@ void scaleManager::share()
     }
     if (isRepeated)
         unifyRepeatedScales();
+}
+
+void scaleManager::growScales(const ExpData* data, bool isClass)
+{
+    constexpr double most = 0.7;  // of a margin, and the scale moves
+    constexpr double some = 0.25; // and it goes along when another one does
+    // What a steady change takes in the next samples, or a quarter of the span so far.
+    const double room = std::max(0.25, samplesAhead / std::max(1, data->getXSize()));
+    isRepeated = data->isRepeatMode();
+    double taken = 0;
+    const int n = std::min(data->getNSens(), scales.size());
+    for (int i = 0; i < n; ++i) {
+        const SensorPtr& sensor = data->getSens(i);
+        if (!sensor || data->getYSize(i) == 0)
+            continue;
+        takeFixedRange(i, *sensor, isClass);
+        const bool isNew = !scales[i]->isFilled && !data->isMeaningless(i);
+        taken = std::max(taken, isNew ? 1 : scales[i]->marginTaken(data->getMinY(i), data->getMaxY(i)));
+    }
+    for (int i = 0; i < n && taken > most; ++i) {
+        if (!data->getSens(i) || data->getYSize(i) == 0)
+            continue;
+        oneScale& scale = *scales[i];
+        const bool isNew = !scale.isFilled;
+        scale.isFilled = !data->isMeaningless(i);
+        if (isNew)
+            scale.updateScale(data->getMinY(i), data->getMaxY(i), zoomMin, zoomMax);
+        else if (scale.marginTaken(data->getMinY(i), data->getMaxY(i)) > some)
+            scale.grow(data->getMinY(i), data->getMaxY(i), room, zoomMin, zoomMax);
+    }
+    if (isClass || taken > most)
+        share();
 }
 
 /// The range that the automatic scales of a group need together; one without data asks for none.

@@ -25,8 +25,11 @@ public:
     void setZoomScales(double minZoom, double maxZoom);
     /// New extremes; the range follows unless it was fixed by hand.
     void updateScale(double newDataMin, double newDataMax, double zoomMin, double zoomMax);
-    /// These extremes have taken most of the margin beside the last ones.
-    bool isOutgrown(double newDataMin, double newDataMax) const;
+    /// The part of a margin beside the last extremes that these take, the larger of both; 0 with a range by
+    /// hand.
+    double marginTaken(double newDataMin, double newDataMax) const;
+    /// As updateScale(), with room for more to come on the sides where the data grew: `part` of their span.
+    void grow(double newDataMin, double newDataMax, double part, double zoomMin, double zoomMax);
     /// A range from outside. With `isClass` it is a common range and not one fixed by hand.
     void setUserScales(double uMin, double uMax, bool isClass);
     /// The automatic range of a sensor with a view that it keeps is that view, or more where its data are.
@@ -67,11 +70,12 @@ public:
     /// Follows new data and the ranges fixed by hand, which stand in the channels, on the graph of one
     /// logger.
     void updateScales(const ExpData* data);
-    /// The data of a channel with an automatic range has come close to its edge or passed it. Until then the
-    /// axis of a run stands still, and does not tremble with each new extreme.
-    bool isOutgrown(const ExpData* data) const;
     /// The same on the graph of the class, which has ranges of its own fixed by hand.
     void updateClassScales(const ExpData* data);
+    /// Follows the data of a run in steps: ranges stand still until a channel has taken most of its margin,
+    /// then all that are on the move get new ones with some room. An axis does not tremble with each new
+    /// extreme, and a whole picture is painted now and then only.
+    void growScales(const ExpData* data, bool isClass);
     /// Zooms to a rectangle given in units of sensor `iSens`. All automatic scales zoom by the same
     /// fractions. Nothing happens without such a sensor or when its full range has no width.
     void setZoom(int iSens, double bottom, double top);
