@@ -4,6 +4,8 @@
 #include <qwt_scale_map.h>
 #include <qwt_scale_widget.h>
 
+#include <cmath>
+
 #include "common/common.h"
 #include "common/settings.h"
 #include "data/expdata.h"
@@ -166,6 +168,31 @@ private Q_SLOTS:
         data.getSens(1)->readClassSetMinMax = false;
         scaler.updateClassScales(&data);
         QCOMPARE(shown(scaler, 1), (Range{5, 96}));
+    }
+
+    void rangesOfARunMoveInFewStepsAndHoldAllSamples()
+    {
+        ExpData data;
+        QVector<Range> channels{{20}, {50}};
+        fill(data, {SENSOR_EXT_TEMP, SENSOR_HUMIDITY}, channels);
+        scaleManager scaler;
+        scaler.setScales(&data, false);
+        Range before = shown(scaler, 0);
+        int steps = 0;
+        for (int i = 1; i < 1000; ++i) {
+            channels[0].append(20 + i * 0.05);
+            channels[1].append(50 - 10 * std::sin(i * 0.01));
+            fill(data, {SENSOR_EXT_TEMP, SENSOR_HUMIDITY}, channels);
+            scaler.growScales(&data, false);
+            for (const int channel : {0, 1})
+                QVERIFY(scaler.getScaleMin(channel) < data.getMinY(channel) &&
+                        scaler.getScaleMax(channel) > data.getMaxY(channel));
+            const Range now = shown(scaler, 0);
+            steps += now != before;
+            before = now;
+        }
+        QVERIFY2(steps > 3 && steps < 30, qPrintable(QString::number(steps)));
+        QVERIFY(before[1] - before[0] < 2 * (data.getMaxY(0) - data.getMinY(0)));
     }
 
     void repeatedRunKeepsTheScaleOfTheFirst()
