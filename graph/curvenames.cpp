@@ -173,7 +173,7 @@ void CurveNames::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtScale
     }
     for (const Name& name : names) {
         QColor veil = ground; // a curve that goes on below is still seen
-        constexpr int veilAlpha = 190;
+        constexpr int veilAlpha = 215;
         veil.setAlpha(veilAlpha);
         painter->fillRect(name.box, veil);
         painter->setPen(GraphDesign::readableOn(name.color, ground));

@@ -19,6 +19,7 @@ constexpr int minXSamp = 100;         // samples that the axis of a young run ha
 constexpr double needMoreFrac = 0.75; // part of that room that fills before the axis follows the data
 constexpr int fewSamples = int(minXSamp * needMoreFrac);
 constexpr double slowRate = 0.05;  // s between samples: from here on each of the first ones may move the axis
+constexpr double namesPart = 0.08; // of the range, right of the curves of the class for their names
 constexpr double colourReach = 20; // pixels: how near a curve a right press picks its colour
 
 } // namespace
@@ -94,7 +95,8 @@ void LineKind::updateXRange()
     const bool isWhole = parts.data.finalData || parts.data.isRepeatMode1stPhase();
     if (isWhole && x.last() > x.first()) {
         shownXMax = x.last();
-        parts.axes.setRange(QwtPlot::xBottom, x.first(), shownXMax);
+        const double forNames = parts.index < 0 ? namesPart * (x.last() - x.first()) : 0;
+        parts.axes.setRange(QwtPlot::xBottom, x.first(), shownXMax + forNames);
     } else if (x.size() > fewSamples) {
         if (!parts.axes.isFixed(QwtPlot::xBottom))
             return;
