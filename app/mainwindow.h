@@ -129,6 +129,7 @@ private Q_SLOTS:
     void disconnectAll();
     void commEstablished(int index);
     void handleDisconnection(int index);
+    void showSeeking(int index, bool isOn);
     void bootloadReady(bool isVorta, int ver);
     void deleteFromLogger(int index, bool all);
 
@@ -228,13 +229,18 @@ private Q_SLOTS:
     void doDownload();
     void doSelectExperiment();
     void fetchStoredRuns(quint8 which);
+    void fetchGaps(quint8 which);
     void useDownload(int index, bool isOK);
     void showDownloadProgress(int index, int packets, int expected);
 
 private:
     void connectDownload(int index);
     void addDownloadChoice();
+    void fillGaps(int index);
+    void showFilled(const ClassJob& job);
 
+    quint8 filling = 0; ///< a bit for each logger whose download fills the gaps of its run
+    QStringList filledTexts;
     quint8 delivered = 0; ///< a bit for each logger that is in the class after the present download
 
     // Mouse modes and analyses, in mainwindow_analysis.cpp

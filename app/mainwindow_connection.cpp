@@ -29,6 +29,7 @@ void MainWindow::connectConnector()
     });
     connect(connector, &LoggerConnector::opened, this, &MainWindow::showConnected);
     connect(connector, &LoggerConnector::failed, this, &MainWindow::showNotConnected);
+    connect(connector, &LoggerConnector::seeking, this, &MainWindow::showSeeking);
     connect(connector, &LoggerConnector::silent, this, [this](int index) {
         statusLine->setOutcome(tr("%1 is connected and does not answer.").arg(mTembrin->groupName(index)));
     });
@@ -101,9 +102,20 @@ void MainWindow::commEstablished(int index)
 void MainWindow::handleDisconnection(int index)
 {
     statusBar()->showMessage(awayText());
-    indicator->setToolTipsMsg(index, tr("Not connected"));
-    indicator->setBT(index, false);
+    showSeeking(index, mTembrin->connector().isSought(index));
     updateActions();
+}
+
+void MainWindow::showSeeking(int index, bool isOn)
+{
+    if (mTembrin->isTembrinConnect(index))
+        return;
+    if (isOn)
+        indicator->setSeeking(index);
+    else
+        indicator->setBT(index, false);
+    indicator->setToolTipsMsg(index, isOn ? tr("Connection lost: the logger is being looked for")
+                                          : tr("Not connected"));
 }
 
 void MainWindow::bootloadReady(bool isVorta, int ver)

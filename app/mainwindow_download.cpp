@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/runrecorder.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/multiconnectionsmanager.h"
@@ -14,6 +15,8 @@
 #include <QMenu>
 #include <QToolBar>
 #include <QToolButton>
+
+#include <utility>
 
 void MainWindow::connectDownload(int index)
 {
@@ -60,6 +63,43 @@ void MainWindow::fetchStoredRuns(quint8 which)
         statusLine->setOutcome(tr("No connected logger has a stored experiment."));
 }
 
+/// What a run lacks because the connection was lost in it, the memory of the logger may have.
+void MainWindow::fetchGaps(quint8 which)
+{
+    if (mTembrin->queue().add(ClassJob::Task::Download, which))
+        filling |= which;
+}
+
+void MainWindow::fillGaps(int index)
+{
+    const QString group = mTembrin->groupName(index);
+    const int filled = mTembrin->run().fillGaps(index, mTembrin->tembrinDataAt(index)->storedRun());
+    if (filled < 0)
+        filledTexts.append(tr("%1: the memory of the logger has another run, so the gap stays").arg(group));
+    if (filled <= 0)
+        return;
+    filledTexts.append(
+        tr("%1: %n missing sample(s) came from the memory of the logger", nullptr, filled).arg(group));
+    recorder->rewrite(index);
+    mTembrin->dataC()->makeUniformScales();
+    updateAll(index);
+    updateAll(-1);
+}
+
+void MainWindow::showFilled(const ClassJob& job)
+{
+    if (job.task != ClassJob::Task::Download)
+        return;
+    for (const ClassJob::Step& step : job.steps)
+        filling &= quint8(~(1u << step.slot));
+    QStringList texts = std::exchange(filledTexts, {});
+    if (texts.isEmpty())
+        return;
+    if (!statusLine->outcome().isEmpty())
+        texts.prepend(statusLine->outcome());
+    statusLine->setOutcome(texts.join(QStringLiteral("; ")));
+}
+
 void MainWindow::doSelectExperiment()
 {
     if (experimentInfo::loggersWithMemory(*mTembrin).isEmpty()) {
@@ -78,6 +118,10 @@ void MainWindow::useDownload(int index, bool isOK)
 {
     if (!isOK)
         return;
+    if (filling >> index & 1) {
+        fillGaps(index);
+        return;
+    }
     handleOnlyStaticClassMode(false);
     ExpData* set = mTembrin->dataAt(index);
     const StoredRun& stored = mTembrin->tembrinDataAt(index)->storedRun();

@@ -29,6 +29,7 @@ void MainWindow::connectFlows()
     connect(queue, &CommandQueue::changed, this, &MainWindow::updateActions);
     connect(queue, &CommandQueue::begun, this, &MainWindow::clearOutcome);
     connect(queue, &CommandQueue::ended, this, &MainWindow::showOutcome);
+    connect(queue, &CommandQueue::ended, this, &MainWindow::showFilled);
 
     const ClassRun* run = &mTembrin->run();
     connect(run, &ClassRun::experimentBegun, this, &MainWindow::showNewExperiment);
@@ -44,6 +45,7 @@ void MainWindow::connectFlows()
     connect(run, &ClassRun::phaseChanged, this, &MainWindow::showPhase);
     connect(run, &ClassRun::ended, this, &MainWindow::showEndOfRun);
     connect(run, &ClassRun::storedRunsEnded, this, &MainWindow::fetchStoredRuns);
+    connect(run, &ClassRun::gapsLeft, this, &MainWindow::fetchGaps);
 }
 
 void MainWindow::updateRunStopButton(bool showRun)

@@ -5,6 +5,7 @@
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "protocol/rundecoder.h"
+#include "protocol/storeddownload.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 
@@ -104,7 +105,8 @@ void ClassRun::beginRun()
     isOn = true;
     begunAt = clock.elapsed();
     taken = 0;
-    storedRuns = 0;
+    isStopped = false;
+    storedRuns = gaps = 0;
     Q_EMIT begun();
 }
 
@@ -115,7 +117,8 @@ void ClassRun::forget()
         place = Place();
         place.isGivenUp = isGivenUp;
     }
-    isOn = false;
+    isOn = isStopped = false;
+    storedRuns = gaps = 0;
     duration = 0;
     taken = 0;
 }
@@ -159,6 +162,8 @@ void ClassRun::takeStatus(int slot)
             beginExperiment(slot, 0, planned(slot));
         goOn(slot);
     }
+    if (gaps != 0 && !isAnyRunning())
+        tellGaps();
     showPlanned(slot);
     Q_EMIT phaseChanged(slot);
     if (wasGivenUp)
@@ -200,6 +205,8 @@ void ClassRun::takeEnd(int slot)
     // One that was never seen to run has perhaps nothing new to fetch.
     if (place.isStored && wasSeen(slot))
         storedRuns |= quint8(1u << slot);
+    if (!place.isStored && (place.hasGap || place.isAway)) // it may have gone on after the loss
+        gaps |= quint8(1u << slot);
     place.endedAt = clock.elapsed();
     if (data(slot))
         data(slot)->finalData = true;
@@ -222,6 +229,7 @@ void ClassRun::takeLoss(int slot)
     place.lost = QDateTime::currentDateTime();
     if (data(slot))
         data(slot)->finalData = true;
+    place.isAway = true;
     setPhase(slot, Phase::Lost);
     endIfNobodyRuns();
 }
@@ -230,16 +238,73 @@ void ClassRun::endIfNobodyRuns()
 {
     if (isAnyRunning())
         return;
-    const quint8 stored = std::exchange(storedRuns, 0);
-    if (std::exchange(isOn, false)) {
-        duration = clock.elapsed() - begunAt;
-        if (manager->dataC())
-            manager->dataC()->setXRange();
-        Q_EMIT ended();
-    }
+    if (std::exchange(isOn, false))
+        endRun();
     // Also when the run was over before the logger came back and told that its own is.
-    if (stored != 0)
+    if (const quint8 stored = std::exchange(storedRuns, 0))
         Q_EMIT storedRunsEnded(stored);
+    tellGaps();
+}
+
+void ClassRun::endRun()
+{
+    duration = clock.elapsed() - begunAt;
+    if (manager->dataC())
+        manager->dataC()->setXRange();
+    Q_EMIT ended();
+}
+
+bool ClassRun::isSought(int slot) const
+{
+    const Place& place = places[slot];
+    return place.phase == Phase::Lost && !manager->isTembrinConnect(slot) && !isStopped;
+}
+
+void ClassRun::noteStop()
+{
+    isStopped = true;
+}
+
+// --- Gaps ---
+
+/// Those that can be asked. The others may come back.
+void ClassRun::tellGaps()
+{
+    quint8 which = 0;
+    for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
+        const bool hasMore = state(slot)->numExperiments() > places[slot].storedBefore;
+        if (gaps >> slot & 1 && manager->isRecognized(slot) && !state(slot)->isVorta() && hasMore)
+            which |= quint8(1u << slot);
+    }
+    gaps &= quint8(~which);
+    if (which != 0)
+        Q_EMIT gapsLeft(which);
+}
+
+int ClassRun::fillGaps(int slot, const StoredRun& stored)
+{
+    const Place& place = places[slot];
+    ExpData* own = data(slot);
+    const QVector<int> origins = originsOf(*own, stored.channels);
+    if (own->getXSize() == 0 || stored.dt != own->dt || origins.count(-1) == origins.size())
+        return -1;
+    int count = 0;
+    for (const QVector<double>& column : stored.columns)
+        count = qMax(count, column.size());
+    const double step = own->dt > 0 ? own->dt : 1;
+    // Nobody asked for what was before the run, or before this program was there.
+    const double earliest = place.isOrdered ? 0 : own->getXAt(0);
+    const int first = qMax(0, int(qRound64(earliest / step) - place.shift));
+    QVector<double> times;
+    for (int i = first; i < count; ++i)
+        times.append(step * double(place.shift + i));
+    QVector<QVector<double>> columns;
+    for (const int origin : origins)
+        columns.append(stored.columns.value(origin).mid(first));
+    const int filled = own->fillRows(times, columns);
+    if (filled > 0)
+        set.join(slot);
+    return filled;
 }
 
 // --- Channels before the first sample ---
@@ -335,6 +400,12 @@ void ClassRun::takeSamples(int slot, short current, const QVector<QVector<double
     data(slot)->finalData = false;
 
     const double dt = data(slot)->dt;
+    // Single samples that a noisy line loses are not worth a download.
+    if (std::exchange(place.isAway, false)) {
+        place.hasGap = place.hasGap || number > place.last + 1;
+        const double unit = dt > 0 ? dt : 1;
+        showGap(slot, unit * double(place.shift + number), arranged(slot, rows.constFirst()).size());
+    }
     for (int i = 0; i < rows.size(); ++i) {
         const double n = double(place.shift + number + i);
         const double time = dt > 0 ? dt * n : n;
@@ -346,6 +417,19 @@ void ClassRun::takeSamples(int slot, short current, const QVector<QVector<double
     place.last = number + rows.size() - 1;
     taken += rows.size();
     Q_EMIT samplesTaken(slot, samplesWaiting);
+}
+
+/// The curve does not go straight on from where it broke off.
+void ClassRun::showGap(int slot, double time, int channels)
+{
+    ExpData* own = data(slot);
+    const double step = own->dt > 0 ? own->dt : 1;
+    if (own->getXSize() == 0 || time < own->getX().constLast() + 1.5 * step)
+        return;
+    const double from = own->getX().constLast() + step;
+    const QVector<double> nothing(channels, qQNaN());
+    own->addSample(from, nothing);
+    Q_EMIT rowTaken(slot, from, nothing);
 }
 
 /// No other logger is in a run.
@@ -374,6 +458,9 @@ void ClassRun::beginExperiment(int slot, int number, const SensorList& channels)
     const double dt = state(slot)->samplePeriod();
     const bool isAsPlanned = data(slot)->dt == dt;
     place.last = -1;
+    place.hasGap = false;
+    if (!place.isOrdered)
+        place.storedBefore = state(slot)->numExperiments();
     place.origins.clear();
     place.isOrdered = place.isOrdered && !isFirst;
     place.shift = isFirst ? 0 : shiftOfOlderRun(place, number, dt);
@@ -413,6 +500,8 @@ void ClassRun::beginSecondPart(int slot, int number)
     const qint64 next = own->getXSize() > 0 ? qRound64(own->getX().constLast() / unit) + 1 : 0;
     const qint64 now = own->dt > 0 ? qRound64(double(clock.elapsed() - place.zero) / 1000 / unit) : next;
     place.shift = qMax(next, now) - number;
+    place.last = -1;
+    place.storedBefore = state(slot)->numExperiments();
     followSensors(slot);
     qCInfo(classLog, "logger %d runs again in this run, from %g on", slot,
            double(place.shift + number) * unit);
@@ -422,21 +511,26 @@ void ClassRun::beginSecondPart(int slot, int number)
 void ClassRun::followSensors(int slot)
 {
     QVector<int>& origins = places[slot].origins;
-    origins.clear();
     const SensorList now = state(slot)->runChannels();
-    int recorded = 0;
-    for (const SensorPtr& channel : data(slot)->getSensors()) {
+    origins = originsOf(*data(slot), now);
+    if (origins.size() != now.size() || origins.contains(-1))
+        Q_EMIT sensorsChanged(slot);
+}
+
+/// The place in `channels` of each recorded channel of a set; -1 for one that is not there.
+QVector<int> ClassRun::originsOf(const ExpData& own, const SensorList& channels)
+{
+    QVector<int> origins;
+    for (const SensorPtr& channel : own.getSensors()) {
         if (!channel || channel->specialOriginIndex >= 0)
             break; // derived ones follow by themselves
-        const auto same = std::find_if(now.begin(), now.end(), [&](const SensorPtr& other) {
+        const auto same = std::find_if(channels.begin(), channels.end(), [&](const SensorPtr& other) {
             return other->ID == channel->ID && other->inLoggerIndex == channel->inLoggerIndex &&
                    other->virtualIndex == channel->virtualIndex;
         });
-        origins.append(same == now.end() ? -1 : int(same - now.begin()));
-        ++recorded;
+        origins.append(same == channels.end() ? -1 : int(same - channels.begin()));
     }
-    if (recorded != now.size() || origins.contains(-1))
-        Q_EMIT sensorsChanged(slot);
+    return origins;
 }
 
 QVector<double> ClassRun::arranged(int slot, const QVector<double>& row) const

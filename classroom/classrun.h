@@ -12,6 +12,7 @@
 
 class ExpData;
 class TembrinData;
+struct StoredRun;
 class multiConnectionsManager;
 
 /// A run of the class, from the order or the first sample on to the end of the last logger. It says of each
@@ -39,18 +40,25 @@ public:
     /// It does not answer a start or a stop: it counts as away, and is not waited for, until it says
     /// something again.
     void giveUp(int slot);
+    /// Somebody stops the class. Who is away may run on, and is left alone.
+    void noteStop();
     Phase phase(int slot) const { return places[slot].phase; }
     /// The logger runs or was told to, whoever started it, as far as is known.
     bool isRunning(int slot) const;
     bool isAnyRunning() const;
     /// It did not answer a start or a stop, and has said nothing since.
     bool isGivenUp(int slot) const { return places[slot].isGivenUp; }
+    /// It was lost in this run, and nobody has stopped the class since: it is worth looking for.
+    bool isSought(int slot) const;
     /// Since when a logger of this run is away; invalid unless it is.
     QDateTime lostSince(int slot) const;
     /// Milliseconds since the run began; to its end when it has ended, 0 before any.
     qint64 elapsed() const;
     /// Samples that have arrived in it, of all loggers.
     int samples() const;
+    /// Puts in what the run of a logger lacks from the same run as its memory has it, and joins it to the
+    /// class again. The number of samples that were missing; -1, with nothing changed, for another run.
+    int fillGaps(int slot, const StoredRun& stored);
     /// Gives a logger that has measured nothing yet the channels that it is set to.
     void showPlanned(int slot);
     /// The sets hold something else than its run: whoever is heard of next begins another.
@@ -87,6 +95,9 @@ Q_SIGNALS:
     void ended();
     /// These ended a run that they stored and did not stream, a bit each.
     void storedRunsEnded(quint8 which);
+    /// The run is over, and of what these streamed in it samples are missing that their memories have; a bit
+    /// each.
+    void gapsLeft(quint8 which);
 
 private:
     struct Place
@@ -96,6 +107,8 @@ private:
         bool isGivenUp = false; ///< connected and silent; what it last said of itself may be over
         bool isStored = false;  ///< it stores this run and does not stream it
         bool isSeen = false;    ///< it has told that it runs
+        bool isAway = false;    ///< was lost, and no sample has come since
+        bool hasGap = false;    ///< there are samples from while it was away
         int storedBefore = 0;   ///< experiments in its memory at the order
         int last = -1;          ///< number of the last sample
         qint64 shift = 0;       ///< added to the numbers: a second part follows the first
@@ -127,12 +140,18 @@ private:
     void beginRun();
     void setPhase(int slot, Phase phase);
     void endIfNobodyRuns();
+    void endRun();
+    void tellGaps();
+    void showGap(int slot, double time, int channels);
+    static QVector<int> originsOf(const ExpData& own, const SensorList& channels);
 
     multiConnectionsManager* manager;
     ClassSet set;
     Place places[mostLoggers];
     bool isOn = false;
+    bool isStopped = false; ///< by a person
     quint8 storedRuns = 0;
+    quint8 gaps = 0;
     QElapsedTimer clock;
     qint64 begunAt = 0;
     qint64 duration = 0;

@@ -10,6 +10,9 @@
 namespace {
 constexpr int msBetweenAttempts = 100;
 constexpr int furtherAttempts = 10;
+constexpr int msBetweenLooks = 1000; // for one that was not back within a series
+constexpr int looks = 60;
+constexpr int msBetweenLateLooks = 5000;
 constexpr int msForAnswer = 5000; // both kinds of question have gone out several times by then
 } // namespace
 
@@ -52,8 +55,10 @@ void LoggerConnector::waitForAttempts(unsigned long ms)
 void LoggerConnector::setInUse(int count)
 {
     inUse = count;
-    for (int slot = count; slot < mostLoggers; ++slot)
+    for (int slot = count; slot < mostLoggers; ++slot) {
+        seek(slot, false);
         places[slot].retry.stop();
+    }
 }
 
 LoggerConnector::State LoggerConnector::state(int slot) const
@@ -116,7 +121,8 @@ void LoggerConnector::attempt(int slot)
         logger->isConnect = false;
         logger->release();
     }
-    Q_EMIT opening(slot);
+    if (!place.isSought)
+        Q_EMIT opening(slot);
     (new ConnectThread(logger, this))->start();
 }
 
@@ -130,7 +136,15 @@ void LoggerConnector::takeResult(int slot)
     }
     if (loggers[slot]->isConnect) {
         place.tries = 0;
+        seek(slot, false);
         greet(slot);
+        return;
+    }
+    if (place.isSought) {
+        place.retry.start(place.tries < furtherAttempts           ? msBetweenAttempts
+                          : place.tries < furtherAttempts + looks ? msBetweenLooks
+                                                                  : msBetweenLateLooks);
+        ++place.tries;
         return;
     }
     const bool isLast = place.tries >= furtherAttempts || slot >= inUse;
@@ -173,10 +187,26 @@ void LoggerConnector::takeLoss(int slot)
     loggers[slot]->tembrinData->setGotSensorList(false);
 }
 
+void LoggerConnector::seek(int slot, bool isOn)
+{
+    Slot& place = places[slot];
+    if (place.isSought == isOn || (isOn && (slot >= inUse || loggers[slot]->isConnect)))
+        return;
+    place.isSought = isOn;
+    if (isOn && !place.isOpening && !place.retry.isActive()) {
+        place.tries = 0;
+        place.retry.start(msBetweenAttempts);
+    } else if (!isOn) {
+        place.retry.stop();
+    }
+    Q_EMIT seeking(slot, isOn);
+}
+
 void LoggerConnector::disconnectAll()
 {
     seriesTimer.stop();
     for (int slot = 0; slot < mostLoggers; ++slot) {
+        seek(slot, false);
         places[slot].retry.stop();
         TembrinProtocol* logger = loggers[slot];
         if (!logger->isConnect)

@@ -36,12 +36,17 @@ public:
     void connectAll();
     /// A new series on one; a connection that stands is closed first. Nothing while an attempt is under way.
     void connectLogger(int slot);
+    /// Tries one whose connection broke again and again, quietly, until it is there or `isOn` is false.
+    void seek(int slot, bool isOn);
+    bool isSought(int slot) const { return places[slot].isSought; }
     void disconnectAll();
     /// Until no attempt is under way any more, `ms` at most for each: what a thread still uses must not go.
     void waitForAttempts(unsigned long ms);
 
 Q_SIGNALS:
     void opening(int slot);
+    /// It is looked for from now on, or no longer; of its attempts nothing else is told.
+    void seeking(int slot, bool isOn);
     /// The port is open, its listener there, and the logger is about to be asked what it is.
     void opened(int slot);
     /// An attempt failed; `isLast` when no other follows.
@@ -61,6 +66,7 @@ private:
     {
         bool isOpening = false;
         bool isSilent = false;
+        bool isSought = false;
         int tries = 0;
         QTimer retry;
         QTimer answer; ///< until a connected logger counts as silent

@@ -68,10 +68,23 @@ void multiConnectionsManager::createFlows()
             catchUp(i);
     };
     connect(classRun, &ClassRun::ended, this, catchUpAll, Qt::QueuedConnection);
+    // One that is lost in a run is looked for as long as the run lasts.
+    const auto seekLost = [this] {
+        for (int i = 0; i < nMaxTembrins(); ++i)
+            loggerConnector->seek(i, classRun->isSought(i));
+    };
+    connect(commandQueue, &CommandQueue::begun, this, [this, seekLost](Task task) {
+        if (task == Task::Stop)
+            classRun->noteStop();
+        seekLost();
+    });
+    connect(classRun, &ClassRun::phaseChanged, this, seekLost);
+    connect(classRun, &ClassRun::classBegun, this, seekLost);
     connect(classRun, &ClassRun::heardAgain, this, &multiConnectionsManager::catchUp, Qt::QueuedConnection);
     for (const Logger& logger : loggers) {
         // Its first good status, which may come later than the first that was damaged.
         const int i = logger.protocol->index;
+        connect(logger.protocol, &TembrinProtocol::loggerDisconnected, this, seekLost);
         connect(
             logger.protocol->tembrinData, &TembrinData::loggerTypeChanged, this, [this, i] { catchUp(i); },
             Qt::QueuedConnection);

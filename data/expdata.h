@@ -79,6 +79,9 @@ public:
     void setSensorScaleBar(int dataIndex, double barMinView, double barMaxView);
     /// The extent of the times after a load; marks the data as final.
     void setXRange();
+    /// Puts rows in that are missing, or are gaps: `times` ascend, a column for each recorded channel. How
+    /// many it were; -1, with nothing changed, if what is there of a row is something else.
+    int fillRows(const QVector<double>& times, const QVector<QVector<double>>& columns);
     void replaceYVal(int iSens, int iSamp, double value);
     /// Removes samples `from` to `to` inclusive of all channels; extremes stay.
     void removeSamples(int from, int to);
@@ -276,6 +279,7 @@ private:
     // Channels
     bool hasSlot(int i) const { return i >= 0 && i < sensors.size(); }
     int deliveredRows(int channel) const;
+    void takeFilled(const QVector<double>& times, const QVector<QVector<double>>& columns);
     void resizeChannels(int n);
     void emptyChannels(int n);
     void keepSelectionInside();

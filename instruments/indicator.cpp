@@ -11,6 +11,7 @@
 namespace {
 
 constexpr int smallDim = 24;
+constexpr int msOfBlink = 500;
 
 QPixmap picture(const QString& resource, int dim)
 {
@@ -28,6 +29,8 @@ Indicator::Indicator(UserPrompt* prompt, QWidget* parent)
     setObjectName(QStringLiteral("indicator"));
     loadPictures();
     createRow();
+    blink.setInterval(msOfBlink);
+    connect(&blink, &QTimer::timeout, this, &Indicator::showBlink);
     setNoComm();
 }
 
@@ -99,6 +102,12 @@ void Indicator::setState(int index, State state)
         slot.icon->setPixmap(BTOff);
         slot.icon->setAccessibleDescription(tr("not connected"));
         break;
+    case State::Seeking:
+        slot.icon->setPixmap(BTOff);
+        slot.icon->setAccessibleDescription(tr("lost, being looked for"));
+        if (!blink.isActive())
+            blink.start();
+        break;
     case State::On:
         slot.icon->setPixmap(BTOn);
         slot.icon->setAccessibleDescription(tr("connected"));
@@ -108,6 +117,20 @@ void Indicator::setState(int index, State state)
         slot.icon->setAccessibleDescription(tr("busy with a command"));
         break;
     }
+}
+
+void Indicator::showBlink()
+{
+    isLit = !isLit;
+    bool isAny = false;
+    for (const Slot& slot : slots_) {
+        if (slot.state != State::Seeking)
+            continue;
+        slot.icon->setPixmap(isLit ? BTOff : BTEmpty);
+        isAny = true;
+    }
+    if (!isAny)
+        blink.stop();
 }
 
 void Indicator::setToolTipsMsg(int index, const QString& msg)

@@ -2,6 +2,7 @@
 
 #include <QPixmap>
 #include <QString>
+#include <QTimer>
 #include <QWidget>
 
 #include "common/classsize.h"
@@ -21,10 +22,11 @@ public:
 
     enum class State
     {
-        Empty, ///< the slot is not in use
-        Off,   ///< in use, not connected
-        On,    ///< connected
-        Comm   ///< connected and holding the current command
+        Empty,   ///< the slot is not in use
+        Off,     ///< in use, not connected
+        Seeking, ///< lost, and looked for
+        On,      ///< connected
+        Comm     ///< connected and holding the current command
     };
 
     /// `prompt` asks before something is deleted; not owned, outlives this widget.
@@ -36,6 +38,7 @@ public:
     void setNActive(int N);
     void setBT(int index, bool tf);
     void setBTComm(int index, bool tf);
+    void setSeeking(int index) { setState(index, State::Seeking); }
     void setToolTipsMsg(int index, const QString& msg);
     /// The names that the warning before a deletion tells.
     void setLoggerDetails(int index, const QString& loggerName, const QString& groupName);
@@ -68,12 +71,15 @@ private:
     void loadPictures();
     void createRow();
     void setState(int index, State state);
+    void showBlink();
     int slotOf(const QObject* object) const;
     void confirmDelete(int index);
     void openPairing();
 
     UserPrompt* prompt;
     Slot slots_[nBT];
+    QTimer blink; ///< of those that are looked for
+    bool isLit = false;
     QLabel* pair = nullptr;
     QPixmap BTOn;
     QPixmap BTOff;

@@ -85,13 +85,19 @@ private Q_SLOTS:
         QVERIFY(run().lostSince(0).isValid());
         const int before = count(0);
         QTRY_VERIFY(count(1) > before + 30);
-        bench->putBack(0);
-        bench->open(0);
+        bench->putBack(0); // it is found without a click
         QTRY_VERIFY(count(0) > before + 10);
         QCOMPARE(run().phase(0), ClassRun::Phase::Running);
         stopAll();
         const ExpData* set = bench->data(0);
-        QVERIFY(set->getXAt(before) > set->getXAt(before - 1) + 10 * set->dt);
+        QVERIFY(std::isnan(set->getYNoConvAt(0, before)));
+        QVERIFY(set->getXAt(before + 1) > set->getXAt(before - 1) + 10 * set->dt);
+        StoredRun other{set->getSensors(), set->dt, QVector<QVector<double>>(set->getNSens())};
+        for (QVector<double>& column : other.columns)
+            column.fill(-1, 200);
+        const int rows = count(0);
+        QCOMPARE(run().fillGaps(0, other), -1); // another run
+        QCOMPARE(count(0), rows);
         for (int k = 1; k < set->getXSize(); ++k)
             QVERIFY(set->getXAt(k) > set->getXAt(k - 1));
         QCOMPARE(set->getXAt(0), 0.0);
@@ -247,11 +253,10 @@ private Q_SLOTS:
         bench->pull(0);
         QTRY_COMPARE(run().phase(0), ClassRun::Phase::Lost);
         bench->putBack(0);
-        bench->open(0);
         const int before = count(0);
         QTRY_VERIFY(count(0) > before + 10);
         QCOMPARE(bench->data(0)->getXAt(0), 0.0);
-        QCOMPARE(run().samples(), count(0));
+        QCOMPARE(run().samples(), count(0) - 1); // and the gap
         QCOMPARE(classFault({0}), QString());
     }
 

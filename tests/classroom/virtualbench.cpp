@@ -106,12 +106,18 @@ void VirtualBench::loseSamples(int i, int from, int to)
     places[size_t(i)]->lostTo = to;
 }
 
+void VirtualBench::pass(int ms)
+{
+    passed += ms * nsPerMs;
+    setTimer();
+}
+
 // --- Somebody at the logger ---
 
 void VirtualBench::act(int i, const std::function<LoggerPackets(VirtualLogger&, qint64)>& action)
 {
     Place& place = *places[size_t(i)];
-    say(place, action(*place.logger, clock.nsecsElapsed()));
+    say(place, action(*place.logger, now()));
     setTimer();
 }
 
@@ -243,30 +249,33 @@ void VirtualBench::take(int i, const QByteArray& bytes)
     Place& place = *places[size_t(i)];
     if (place.isDead)
         return;
-    say(place, place.logger->receive(bytes, clock.nsecsElapsed()));
+    say(place, place.logger->receive(bytes, now()));
     setTimer();
 }
 
 void VirtualBench::say(Place& place, const LoggerPackets& packets)
 {
-    const qint64 due = clock.nsecsElapsed() + place.delay;
+    const qint64 due = now() + place.delay;
     for (const LoggerPacket& packet : packets) {
         const bool isSample = packet.run > 0;
-        if (isSample)
+        const Said said{due, packet, isSample ? place.logger->sampleIds() : QVector<int>()};
+        if (isSample) {
             place.runs = packet.run;
+            keep(said, &place.taken[packet.run]);
+        }
         if (isSample ? packet.sample >= place.lostFrom && packet.sample <= place.lostTo
                      : place.answersToDrop > 0) {
             place.answersToDrop -= isSample ? 0 : 1;
             continue;
         }
-        place.said.push_back({due, packet, isSample ? place.logger->sampleIds() : QVector<int>()});
+        place.said.push_back(said);
     }
 }
 
 void VirtualBench::deliver(int i)
 {
     Place& place = *places[size_t(i)];
-    while (!place.said.empty() && place.said.front().due <= clock.nsecsElapsed()) {
+    while (!place.said.empty() && place.said.front().due <= now()) {
         const Said said = place.said.front();
         place.said.pop_front();
         FakePort* line = port(i);
@@ -281,7 +290,7 @@ void VirtualBench::deliver(int i)
 void VirtualBench::work()
 {
     for (int i = 0; i < count(); ++i) {
-        say(*places[size_t(i)], places[size_t(i)]->logger->advance(clock.nsecsElapsed()));
+        say(*places[size_t(i)], places[size_t(i)]->logger->advance(now()));
         deliver(i);
     }
     setTimer();
@@ -302,5 +311,5 @@ void VirtualBench::setTimer()
     if (due < 0)
         timer.stop();
     else
-        timer.start(int(qMax<qint64>(0, (due - clock.nsecsElapsed() + nsPerMs - 1) / nsPerMs)));
+        timer.start(int(qMax<qint64>(0, (due - now() + nsPerMs - 1) / nsPerMs)));
 }

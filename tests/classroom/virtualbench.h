@@ -70,6 +70,9 @@ public:
     /// Samples with these numbers are lost, in each run.
     void loseSamples(int i, int from, int to);
 
+    /// Time goes by for all loggers at once, and nobody has to wait for it.
+    void pass(int ms);
+
     // Somebody at the logger
 
     void act(int i, const std::function<LoggerPackets(VirtualLogger&, qint64)>& action);
@@ -100,6 +103,8 @@ public:
     /// The samples of a run, from 1 (0: of the last one), that reached the program, by values that do not go
     /// through its decoder; of a Vorta logger by number alone.
     Rows samples(int i, int run = 0) const { return places[size_t(i)]->arrived.value(run ? run : runs(i)); }
+    /// The samples of the last run that it took, whether they reached anybody or not.
+    Rows taken(int i) const { return places[size_t(i)]->taken.value(runs(i)); }
 
 private:
     struct Said
@@ -114,6 +119,7 @@ private:
         QVector<QByteArray> heard;
         std::deque<Said> said;
         QMap<int, Rows> arrived; ///< by run
+        QMap<int, Rows> taken;
         int runs = 0;
         int answersToDrop = 0;
         qint64 delay = 0; ///< ns
@@ -133,6 +139,9 @@ private:
 
     FakePorts ports;
     std::vector<std::unique_ptr<Place>> places;
+    qint64 now() const { return clock.nsecsElapsed() + passed; }
+
     QElapsedTimer clock;
+    qint64 passed = 0; ///< ns
     QTimer timer;
 };
