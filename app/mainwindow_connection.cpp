@@ -17,8 +17,9 @@
 #include <QStatusBar>
 
 namespace {
+constexpr int msConnected = 10000; // once all are there, that is no news for long
 const QString noPort = QStringLiteral("COMxx");
-}
+} // namespace
 
 void MainWindow::connectConnector()
 {
@@ -75,8 +76,10 @@ void MainWindow::showConnected(int index)
     advancedSetupAct->setEnabled(true);
     const QString name = nameOf(index);
     const QString group = mTembrin->groupName(index);
+    const QString away = awayText();
     statusBar()->showMessage(
-        (tr("Connected to %1 (Bluetooth)").arg(group) + QStringLiteral("  ") + awayText()).trimmed());
+        (tr("Connected to %1 (Bluetooth)").arg(group) + QStringLiteral("  ") + away).trimmed(),
+        away.isEmpty() ? msConnected : 0);
     indicator->setToolTipsMsg(index, tr("%1 (Bluetooth)").arg(name));
     indicator->setLoggerDetails(index, name, group);
     if (const PortListener* listener = mTembrin->tembrinAt(index)->listener)

@@ -145,12 +145,17 @@ QRectF TextPlaces::boxAt(const myPlotMarker& text, const QPointF& base, const QP
 QPoint TextPlaces::freeOffset(const myPlotMarker& text, const Taken& taken) const
 {
     constexpr int farthest = 5; // text distances
+    constexpr int leastStep = 15;
+    constexpr int stepsInHeight = 8;
+    // In a small cell steps as wide as on the wall would all end at its edges.
+    const int step =
+        std::clamp(plot.canvas()->height() / stepsInHeight, leastStep, myPlotMarker::textDistance);
     const QPointF base = basePixel(text);
     QPoint best(text.xOffset, text.yOffset);
     double least = hidden(taken, boxAt(text, base, best));
     const int right = best.x() < 0 ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
-    const int down = best.y() < 0 ? -myPlotMarker::textDistance : myPlotMarker::textDistance;
-    for (int i = 1; i <= farthest && least > 0; ++i) {
+    const int down = best.y() < 0 ? -step : step;
+    for (int i = 1; i <= farthest * myPlotMarker::textDistance / step && least > 0; ++i) {
         for (const QPoint& offset :
              {QPoint(right, i * down), QPoint(right, -i * down), QPoint(-right, i * down),
               QPoint(-right, -i * down), QPoint(2 * i * right, down), QPoint(-2 * i * right, down)}) {
