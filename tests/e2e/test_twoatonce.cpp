@@ -1,5 +1,6 @@
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
@@ -8,6 +9,7 @@
 
 #include "classroom/loggerconnector.h"
 #include "instruments/statusline.h"
+#include "persistence/journalfolder.h"
 #include "sensors/sensorids.h"
 #include "tests/app/windowbench.h"
 #include "virtual/rates.h"
@@ -62,6 +64,7 @@ enum Event
 constexpr int loggers = 3;
 constexpr int patience = 8000; // ms that anything may take
 constexpr int slowAnswer = 60;
+constexpr int vortaBlock = 10; // samples, at 100/Sec
 
 } // namespace
 
@@ -173,6 +176,7 @@ private:
     void comeBack(int who);
     void settle();
     void checkSamples();
+    void checkJournal();
     void checkChoice(Flow flow, int who, Event event);
     void checkAnotherRun();
     void runInAChild();
@@ -324,6 +328,7 @@ void TestTwoAtOnce::nothingIsLostAndNothingBlocked()
         !wait([=, i = who] { return told().contains(VirtualBench::group(i)); }, "group's name"))
         wrong << told();
     checkSamples();
+    checkJournal();
     checkChoice(flow, who, event);
     checkAnotherRun();
     QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(QStringLiteral("; "))));
@@ -563,13 +568,46 @@ void TestTwoAtOnce::checkSamples()
         // What did not arrive is in the memory of a logger that is back.
         if ((event == ComesBack || event == IconClicked) && i == who && !isVorta)
             rows = bench->taken(i);
-        // A Vorta logger does not say which samples it has sent while it was away.
-        check(isVorta ? stored.size() == rows.size() : stored == rows,
+        // A Vorta logger does not say which samples it has sent while it was away, and a block that comes
+        // before its first word can't be read.
+        const int unread = isVorta && event == ComesBack ? rows.size() - stored.size() : 0;
+        check(isVorta ? stored.size() == rows.size() || unread == vortaBlock : stored == rows,
               QStringLiteral("%1: %2 samples came, %3 are stored")
                   .arg(VirtualBench::group(i))
                   .arg(rows.size())
                   .arg(stored.size()));
     }
+}
+
+/// After a crash now the next start would have all that the sets have.
+void TestTwoAtOnce::checkJournal()
+{
+    const auto text = [](const QVector<double>& values) {
+        QString text;
+        for (const double value : values)
+            text += QString::number(value, 'g', 17) + QLatin1Char(' ');
+        return text;
+    };
+    const auto isKept = [&] {
+        const QDir journals(JournalFolder::path());
+        const QString newest =
+            journals.entryList({QStringLiteral("*.journal")}, QDir::Files, QDir::Time).value(0);
+        JournalRun run;
+        QString reason;
+        if (!JournalReader::read(journals.filePath(newest), JournalReader::What::Samples, &run, &reason))
+            return false;
+        return std::all_of(
+            run.experiments.begin(), run.experiments.end(), [&](const JournalExperiment& kept) {
+                const ExpData* set = bench->data(kept.head.slot);
+                bool isSame = text(kept.times) == text(set->getX());
+                for (int channel = 0; channel < kept.columns.size(); ++channel)
+                    isSame = isSame && text(kept.columns[channel]) == text(set->getYNoConv(channel));
+                return isSame;
+            });
+    };
+    QFETCH(int, flow);
+    if (flow == Running || flow == RunningVorta || flow == Stopping)
+        wait(isKept, "journal with all samples", 2000);
 }
 
 /// What was chosen is what every logger that was there all the time has heard.
