@@ -79,7 +79,8 @@ void MainWindow::fillGaps(int index)
     if (filled <= 0)
         return;
     filledTexts.append(
-        tr("%1: %n missing sample(s) came from the memory of the logger", nullptr, filled).arg(group));
+        filled == 1 ? tr("%1: a missing sample came from the memory of the logger").arg(group)
+                    : tr("%1: %2 missing samples came from the memory of the logger").arg(group).arg(filled));
     recorder->rewrite(index);
     mTembrin->dataC()->makeUniformScales();
     updateAll(index);

@@ -28,6 +28,8 @@ Q_SIGNALS:
     void found(const QVector<FoundJournal>& journals);
 };
 
+constexpr int textMargin = 8; // pixels left and right of the text
+
 QString durationText(int seconds)
 {
     if (seconds < 60)
@@ -80,13 +82,14 @@ QString RunRecovery::nameOf(const JournalRun& run)
 
 QString RunRecovery::extentOf(const JournalRun& run)
 {
-    const QString groups = tr("%n group(s)", nullptr, run.experiments.size());
+    const int count = run.experiments.size();
+    const QString groups = count == 1 ? tr("1 group") : tr("%1 groups").arg(count);
     if (run.seconds() > 0)
         return tr("%1, %2").arg(groups, durationText(qRound(run.seconds())));
     int rows = 0; // taken by hand
     for (const JournalExperiment& experiment : run.experiments)
         rows += experiment.rows;
-    return tr("%1, %2").arg(groups, tr("%n sample(s)", nullptr, rows));
+    return tr("%1, %2").arg(groups, rows == 1 ? tr("1 sample") : tr("%1 samples").arg(rows));
 }
 
 void RunRecovery::createBar()
@@ -97,6 +100,7 @@ void RunRecovery::createBar()
     bar->setContextMenuPolicy(Qt::PreventContextMenu);
     text = new QLabel;
     text->setObjectName(QStringLiteral("recoveryText"));
+    text->setContentsMargins(textMargin, 0, textMargin, 0);
     bar->addWidget(text);
     const auto addButton = [this](const QString& word, const char* name) {
         auto* const button = new QPushButton(word);

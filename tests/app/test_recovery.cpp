@@ -78,7 +78,7 @@ private Q_SLOTS:
         auto* const pressed = this->button(bench, button);
         QVERIFY(pressed);
         const QString text = bench.window->findChild<QLabel*>(QStringLiteral("recoveryText"))->text();
-        QVERIFY2(text.contains(QLatin1String("was not saved: 2 group")), qPrintable(text));
+        QVERIFY2(text.contains(QLatin1String("was not saved: 2 groups, ")), qPrintable(text));
         pressed->click();
         QVERIFY(!pressed->isVisible());
         QTEST(journals(), "journals");
