@@ -18,11 +18,11 @@
 
 namespace {
 
-constexpr double namesZ = 22;   // over the average
-constexpr double fromCurve = 6; // pixels of a name right of its curve's end
-constexpr double toCurve = 16;  // and of one left of it, where one has no room
-constexpr double margin = 2;    // pixels round a text
-constexpr double longest = 10;  // heights of a text
+constexpr double namesZ = 22;    // over the average
+constexpr double fromCurve = 6;  // pixels of a name right of its curve's end
+constexpr double toCurve = 16;   // and of one left of it, where one has no room
+constexpr double textMargin = 2; // pixels round a text
+constexpr double longest = 10;   // heights of a text
 
 /// "Group Ada" and "Group Blaise" are told apart by what follows the word that all begin with.
 void dropCommonWords(QStringList* names)
@@ -139,7 +139,7 @@ QVector<CurveNames::Name> CurveNames::places(const QwtScaleMap& xMap, const QwtS
         parts.scaler.fixScaleY(&map, i);
         const QPointF end(xMap.transform(parts.data.getXAt(row)), map.transform(parts.data.getYAt(i, row)));
         const QString word = metrics.elidedText(words[i], Qt::ElideRight, longest * metrics.height());
-        QRectF box(0, 0, metrics.horizontalAdvance(word) + 2 * margin, metrics.height());
+        QRectF box(0, 0, metrics.horizontalAdvance(word) + 2 * textMargin, metrics.height());
         box.moveCenter(end);
         box.moveLeft(end.x() + fromCurve);
         hasRoom = hasRoom && box.right() <= canvas.right();
