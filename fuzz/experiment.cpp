@@ -2,7 +2,7 @@
 #include <QBuffer>
 
 #include "fuzz/application.h"
-#include "persistence/storedexperiment.h"
+#include "persistence/experimentreader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, size_t size)
 {

@@ -10,6 +10,7 @@
 #include <qwt_plot.h>
 
 #include "data/expdata.h"
+#include "data/storedexperiment.h"
 #include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
 #include "graph/graphdesign.h"
@@ -164,7 +165,7 @@ QList<myPlotMarker*> MarkerLayer::pairedUp(const QList<myPlotMarker*>& list)
                 text->xOffset = myPlotMarker::textDistance;
                 text->yOffset = -myPlotMarker::textDistance;
             }
-            text->isPlacedByHand = isStored;
+            text->isPlacedByHand = isStored && !std::isnan(text->xValue());
             marker->connectTo = text;
             text->connectTo = marker;
             result << marker << text;
@@ -180,14 +181,15 @@ QList<myPlotMarker*> MarkerLayer::pairedUp(const QList<myPlotMarker*>& list)
 void MarkerLayer::takeStored(myPlotMarker* marker)
 {
     marker->setScaler(&parts.scaler);
+    const int axis = marker->xSensor;
     adopt(marker);
-    if (const SensorPtr& sensor = parts.data.getSens(marker->iSens); sensor && sensor->needAltUnit()) {
-        marker->setYValue(sensor->convertToAltUnit(marker->yValue()));
-        if (marker->type == MARKER_REGRESSION) {
-            marker->a *= sensor->altUnit().factor;
-            marker->b *= sensor->altUnit().factor;
-            marker->c = sensor->convertToAltUnit(marker->c);
-        }
+    marker->xSensor = axis;
+    const SensorPtr& sensor = parts.data.getSens(marker->iSens);
+    marker->setYValue(BaseUnit::shown(sensor, marker->yValue()));
+    if (marker->type == MARKER_REGRESSION) {
+        marker->a = BaseUnit::shown(sensor, marker->a, true);
+        marker->b = BaseUnit::shown(sensor, marker->b, true);
+        marker->c = BaseUnit::shown(sensor, marker->c);
     }
     marker->setText(marker->label().text());
     if (marker->type == MARKER_X) {
@@ -197,7 +199,8 @@ void MarkerLayer::takeStored(myPlotMarker* marker)
         findMovable();
     } else if (marker->type == MARKER_INTEGRAL || marker->type == MARKER_REGRESSION) {
         marker->curve = parts.curves.at(marker->iSens);
-    } else if (marker->connectTo && marker->connectTo->type == MARKER_REGRESSION) {
+    } else if (marker->connectTo && marker->connectTo->type == MARKER_REGRESSION &&
+               marker->connectTo->r == 0) {
         marker->connectTo->r = toldCorrelation(marker->label().text());
     }
     // A fit says what it said until the data are there.

@@ -64,6 +64,7 @@ void myPlotMarker::setPic(const QPixmap& picture)
 {
     pic = picture;
     bubPic = !picture.isNull();
+    pictureFile.clear();
 }
 
 void myPlotMarker::lock()

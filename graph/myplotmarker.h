@@ -101,6 +101,7 @@ public:
     int iReg = -1;                    ///< index in Plot::markers of the regression that a cross lies on
     markerType type;                  ///< a cross changes between MARKER_X and MARKER_X_GHOST
     const QString typeName;           ///< untranslated name of the kind it was made as
+    QByteArray pictureFile;           ///< JPEG that its picture came from, empty for unknown
     int xSensor = -1;                 ///< what the x axis showed when it was placed, -1 for the time
     QString channel;                  ///< what its curve showed when it was placed, empty for unknown
     bool isPlacedByHand = false;      ///< a text that a person moved

@@ -1,4 +1,4 @@
-#include "persistence/storedexperiment.h"
+#include "persistence/experimentreader.h"
 
 #include <QIODevice>
 #include <QMap>
@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "data/expdata.h"
+#include "graph/myplotmarker.h"
 #include "persistence/numbertext.h"
 #include "persistence/storeddigits.h"
 #include "persistence/xmlscanner.h"
@@ -17,6 +18,7 @@ namespace {
 using Marker = StoredExperiment::Marker;
 using Channel = StoredExperiment::Channel;
 
+constexpr int digitsOnDisplay = 5;
 constexpr double gap = std::numeric_limits<double>::quiet_NaN();
 
 /// The walk through one document.
@@ -111,6 +113,7 @@ void Walk::readRoot()
     experiment->isTitled = !title.isNull();
     experiment->title = title.toString();
     experiment->view = xml.attribute(QLatin1String("view")).toString();
+    experiment->isPart = flag("part");
 }
 
 void Walk::readChildren(bool isRoot)
@@ -214,6 +217,10 @@ void Walk::readSensor()
     channel.barMinView = number("barMinView");
     channel.barMaxView = number("barMaxView");
     channel.curveMode = integer("curveMode", -1);
+    channel.isRangeFixed = flag("fixedRange");
+    channel.originPlace = integer("originIndex", -1);
+    channel.group = xml.attribute(QLatin1String("group")).toString();
+    channel.ownName = xml.attribute(QLatin1String("ownName")).toString();
     channel.leftPad = integer("leftPad");
     bool isFirst = true;
     for (;; isFirst = false) {
@@ -226,6 +233,8 @@ void Walk::readSensor()
             break;
     }
     withoutSamples += isFirst ? 1 : 0;
+    if (channel.sensorID == SENSOR_SPECIAL)
+        channel.decimals = StoredDigits::decimals(channel.samples, digitsOnDisplay);
     channel.leftPad = std::clamp(channel.leftPad, 0, channel.samples.size());
     channels.insert(place, channel);
 }
@@ -242,7 +251,7 @@ void Walk::readMarker(QVector<Marker>* list)
         return;
     }
     Marker marker;
-    marker.type = markerType(type);
+    marker.type = type;
     marker.iSens = integer("iSens");
     marker.x = number("X");
     marker.y = number("Y");
@@ -254,6 +263,9 @@ void Walk::readMarker(QVector<Marker>* list)
     marker.b = number("b");
     marker.c = number("c");
     marker.r = number("r");
+    marker.isPlacedByProgram = flag("placedByProgram");
+    marker.xSensor = integer("xSensor", -1);
+    marker.onFit = integer("onFit", -1);
     marker.text = xml.attribute(QLatin1String("Text")).toString();
     marker.isBubble = flag("bubble");
     marker.isLocked = flag("locked");
@@ -312,7 +324,12 @@ void Walk::closeGaps()
     experiment->xyIndex = newPlace(experiment->xyIndex);
     moveMarkers(&experiment->lineMarkers);
     moveMarkers(&experiment->barMarkers);
+    for (auto it = channels.begin(); it != channels.end(); ++it) {
+        it->place = newPlace(it.key());
+        it->originPlace = newPlace(it->originPlace);
+    }
     experiment->channels = channels.values().toVector();
+    experiment->places = channels.size();
 }
 
 void Walk::moveMarkers(QVector<Marker>* list)
@@ -320,7 +337,9 @@ void Walk::moveMarkers(QVector<Marker>* list)
     QVector<Marker> kept;
     for (Marker marker : qAsConst(*list)) {
         marker.iSens = newPlace(marker.iSens);
-        if (marker.iSens < 0)
+        const int axis = marker.xSensor;
+        marker.xSensor = newPlace(axis);
+        if (marker.iSens < 0 || (axis >= 0 && marker.xSensor < 0))
             ++lostMarkers;
         else
             kept.append(marker);

@@ -1,28 +1,34 @@
 #include "persistence/experimentwriter.h"
 
-#include <QBuffer>
-#include <QPixmap>
-
 #include <algorithm>
 #include <cmath>
 #include <memory>
 
 #include "data/expdata.h"
 #include "graph/myplotmarker.h"
-#include "graph/scalemanager.h"
 #include "persistence/numbertext.h"
 #include "persistence/safefile.h"
 #include "persistence/storeddigits.h"
-#include "sensors/sensorsmaster.h"
+#include "sensors/sensorids.h"
 
 namespace {
+
+using Channel = StoredExperiment::Channel;
+using Marker = StoredExperiment::Marker;
+
+/// To five digits of `span`.
+double roundedTo5(double value, double span)
+{
+    const double step = span > 0 ? std::pow(10.0, std::floor(std::log10(span)) - 4) : 0;
+    return step > 0 ? QString::number(std::round(value / step) * step, 'g', 12).toDouble() : value;
+}
 
 /// Markup in UTF-16 on its way into a file, in the escapes of QDomDocument.
 class Utf16Xml
 {
 public:
-    explicit Utf16Xml(SafeFile* file)
-        : file(file)
+    explicit Utf16Xml(const ExperimentWriter::Sink& sink)
+        : sink(sink)
         , units(new char16_t[capacity])
     {
         units[size++] = u'\xFEFF';
@@ -69,9 +75,9 @@ public:
     }
     bool flush()
     {
-        const bool isWritten = file->write(reinterpret_cast<const char*>(units.get()), qint64(size) * 2);
+        isGood = sink(reinterpret_cast<const char*>(units.get()), qint64(size) * 2) && isGood;
         size = 0;
-        return isWritten;
+        return isGood;
     }
 
 private:
@@ -93,7 +99,8 @@ private:
     void escape(const QString& value, bool isAttribute);
 
     static constexpr int capacity = SafeFile::pieceSize / 2;
-    SafeFile* const file;
+    const ExperimentWriter::Sink& sink;
+    bool isGood = true;
     const std::unique_ptr<char16_t[]> units;
     int size = 0;
 };
@@ -126,203 +133,168 @@ void Utf16Xml::escape(const QString& value, bool isAttribute)
     }
 }
 
-bool isStored(const myPlotMarker& marker)
+/// What a derived or imported channel measures, which its ID does not say.
+void writeSpecial(Utf16Xml& xml, const Channel& channel)
 {
-    switch (marker.type) {
-    case MARKER_ANNOTATE:
-    case MARKER_X:
-    case MARKER_REGRESSION:
-        return true;
-    case MARKER_FLOATING_TEXT:
-        return marker.connectTo &&
-               (marker.connectTo->type == MARKER_X || marker.connectTo->type == MARKER_REGRESSION);
-    case MARKER_X_GHOST:
-    case MARKER_TANGENT:
-    case MARKER_BUBBLE_TIP:
-    case MARKER_FFT:
-    case MARKER_INTEGRAL:
-    case MARKER_LAST:
-        return false;
+    if (channel.originID != 0) {
+        xml.attribute(u"originID", channel.originID);
+        xml.attribute(u"isRate", channel.isRate);
     }
-    return false;
+    if (channel.derivedBy > 0)
+        xml.attribute(u"derived", channel.derivedBy);
+    xml.attribute(u"unit", channel.unit);
 }
 
-/// For what has units to choose from, one of its kind; 0 for everything else.
-int kindOfUnit(const Sensor& sensor)
+/// The range of an automatic axis follows from the values, whatever has been on display.
+void writeRange(Utf16Xml& xml, const Channel& channel, bool isPart)
 {
-    if (sensor.isTemperature())
-        return SENSOR_AMB_TEMP_NTC;
-    if (sensor.isDistance())
-        return SENSOR_DISTANCE;
-    if (sensor.isAirPressure())
-        return SENSOR_AIRPRESSURE;
-    if (sensor.isSpeed())
-        return SENSOR_GPS_SPEED;
-    return sensor.isBarometer() ? SENSOR_BAROMETER : 0;
+    double low = channel.minView;
+    double high = channel.maxView;
+    if (isPart && !channel.isRangeFixed) {
+        low = high = 0;
+        ExpData::findMinMax(channel.samples, low, high);
+        const double margin = (high - low) / 10;
+        low = roundedTo5(low - margin, high - low);
+        high = roundedTo5(high + margin, high - low);
+    }
+    xml.attribute(u"minView", low);
+    xml.attribute(u"maxView", high);
+    xml.attribute(u"barUseScale", channel.barUseScale);
+    xml.attribute(u"barMinView", channel.barUseScale ? channel.barMinView : low);
+    xml.attribute(u"barMaxView", channel.barUseScale ? channel.barMaxView : high);
 }
 
-/// A value of a mark, a fit or a range. Where it may have been on display in another unit it is written
-/// shorter by what that costs, so that the file is the same whatever the unit is.
-double inBase(const SensorPtr& sensor, double shown, bool isSlope = false)
+void writePart(Utf16Xml& xml, const Channel& channel)
 {
-    constexpr double step = 1e11; // an offset costs digits behind the point
-    if (!sensor || kindOfUnit(*sensor) == 0)
-        return shown;
-    const bool isOffset = sensor->isTemperature() && !sensor->isRate && !isSlope;
-    const Sensor::AltUnit unit = sensor->altUnit();
-    double base = sensor->needAltUnit() ? (shown - (isSlope ? 0 : unit.offset)) / unit.factor : shown;
-    if (isOffset && std::fabs(base) < step)
-        base = std::round(base * step) / step;
-    return QString::number(base, 'g', 14).toDouble();
+    if (channel.isRangeFixed)
+        xml.attribute(u"fixedRange", true);
+    if (channel.derivedBy > 0 && channel.originPlace >= 0)
+        xml.attribute(u"originIndex", channel.originPlace);
+    if (!channel.group.isEmpty())
+        xml.attribute(u"group", channel.group);
+    xml.attribute(u"ownName", channel.ownName);
 }
 
-/// Of the base unit, in which the values stand, and not of the unit that is on display. Nobody knows the
-/// digits of a derived or imported channel beforehand.
-int decimalsOfValues(const Sensor& sensor, const QVector<double>& values)
+/// Nobody knows the digits of a derived or imported channel beforehand, and a lesson keeps what was measured.
+int decimalsOfValues(const Channel& channel, bool isPart)
 {
     constexpr int significant = 12;
-    const SensorRow* row = sensorRow(sensor.ID);
-    const int usual = int(row ? row->prec : sensor.precision) + 1;
-    return sensor.ID == SENSOR_SPECIAL ? std::max(usual, StoredDigits::decimals(values, significant)) : usual;
+    const bool areUsualEnough = !isPart && channel.sensorID != SENSOR_SPECIAL;
+    return areUsualEnough ? channel.decimals
+                          : std::max(channel.decimals, StoredDigits::decimals(channel.samples, significant));
 }
 
-/// What a derived or imported channel measures, which its ID does not say.
-void writeSpecial(Utf16Xml& xml, const Sensor& sensor)
+void writeRootStart(Utf16Xml& xml, const StoredExperiment& experiment)
 {
-    QString unit = sensor.unitName;
-    if (const int kind = kindOfUnit(sensor)) {
-        const QString shown = Sensor(kind, sensor.units()).unitName;
-        unit = Sensor(kind).unitName + unit.mid(shown.size());
-        xml.attribute(u"originID", kind);
-        xml.attribute(u"isRate", sensor.isRate);
-    }
-    if (sensor.specialType > 0)
-        xml.attribute(u"derived", sensor.specialType);
-    xml.attribute(u"unit", unit);
-}
-
-void writeRootStart(Utf16Xml& xml, const ExperimentToWrite& experiment)
-{
-    const ExpData& data = *experiment.data;
     xml.raw(u"<!DOCTYPE ExpData>\n<ExpDataRoot");
-    xml.attribute(u"numSensors", data.getNSens());
-    xml.attribute(u"numSamples", data.getXSize());
-    xml.attribute(u"Rate", data.dt);
+    xml.attribute(u"numSensors", experiment.places);
+    xml.attribute(u"numSamples", experiment.times.size());
+    xml.attribute(u"Rate", experiment.rate);
     xml.attribute(u"title", experiment.title);
     xml.attribute(u"view", experiment.view);
-    xml.attribute(u"activeSens", data.getSelectedSensor());
-    xml.attribute(u"XYIndex", data.getXYIndex());
-    xml.attribute(u"appendIndex", data.getAppendIndex());
+    xml.attribute(u"activeSens", experiment.activeSens);
+    xml.attribute(u"XYIndex", experiment.xyIndex);
+    xml.attribute(u"appendIndex", experiment.appendIndex);
+    if (experiment.isPart)
+        xml.attribute(u"part", true);
     xml.raw(u">");
     xml.text(experiment.title);
 }
 
 // The text before it takes the line feed and the indent of the first element.
-void writeTimes(Utf16Xml& xml, const ExpData& data)
+void writeTimes(Utf16Xml& xml, const StoredExperiment& experiment)
 {
-    if (data.getXSize() == 0) {
+    const QVector<double>& times = experiment.times;
+    if (times.isEmpty()) {
         xml.raw(u"<Times/>\n");
         return;
     }
     xml.raw(u"<Times>\n");
-    xml.list(u"  <T t=\"", data.getX(), StoredDigits::decimalsOfTimes(data.getX(), data.dt), u"\"/>\n");
+    xml.list(u"  <T t=\"", times, StoredDigits::decimalsOfTimes(times, experiment.rate), u"\"/>\n");
     xml.raw(u" </Times>\n");
 }
 
-void writeSensor(Utf16Xml& xml, const ExperimentToWrite& experiment, int i)
+void writeSensor(Utf16Xml& xml, const Channel& channel, bool isPart)
 {
-    const ExpData& data = *experiment.data;
-    const SensorPtr& sensor = data.getSens(i);
-    if (!sensor)
-        return;
-    const auto scale = experiment.scales.value(i);
-    const auto base = [&](double shown) { return inBase(sensor, shown); };
-    // Without a scale of its own the bar has the graph's, which is what the channel has after reading.
-    const double minView = base(scale ? scale->scaleFullMin : sensor->minView);
-    const double maxView = base(scale ? scale->scaleFullMax : sensor->maxView);
     xml.raw(u" <Sensor");
-    xml.attribute(u"DataIndex", i);
-    xml.attribute(u"SensorID", sensor->ID);
-    xml.attribute(u"Name", sensor->nameForLegend(true));
-    if (sensor->ID == SENSOR_SPECIAL)
-        writeSpecial(xml, *sensor);
-    xml.attribute(u"minView", minView);
-    xml.attribute(u"maxView", maxView);
-    xml.attribute(u"barUseScale", sensor->barUserScale);
-    xml.attribute(u"barMinView", sensor->barUserScale ? base(sensor->barUserMin) : minView);
-    xml.attribute(u"barMaxView", sensor->barUserScale ? base(sensor->barUserMax) : maxView);
-    xml.attribute(u"curveMode", data.curveModeHint.value(i, -1));
-    xml.attribute(u"leftPad", data.getLeftPad(i));
-    const QVector<double>& samples = data.getYNoConv(i);
-    if (samples.isEmpty() || data.isMeaningless(i)) {
+    xml.attribute(u"DataIndex", channel.place);
+    xml.attribute(u"SensorID", channel.sensorID);
+    xml.attribute(u"Name", channel.name);
+    if (channel.sensorID == SENSOR_SPECIAL)
+        writeSpecial(xml, channel);
+    writeRange(xml, channel, isPart);
+    xml.attribute(u"curveMode", channel.curveMode);
+    xml.attribute(u"leftPad", channel.leftPad);
+    if (isPart)
+        writePart(xml, channel);
+    if (channel.samples.isEmpty()) {
         xml.raw(u">\n  <Samples/>\n </Sensor>\n");
         return;
     }
     xml.raw(u">\n  <Samples>\n");
-    xml.list(u"   <V v=\"", samples, decimalsOfValues(*sensor, samples), u"\"/>\n");
+    xml.list(u"   <V v=\"", channel.samples, decimalsOfValues(channel, isPart), u"\"/>\n");
     xml.raw(u"  </Samples>\n </Sensor>\n");
 }
 
-template<int n>
-void writeMarker(Utf16Xml& xml, const myPlotMarker& marker, const ExpData& data, const char16_t (&tag)[n])
+void writePart(Utf16Xml& xml, const Marker& marker)
+{
+    if (marker.type == MARKER_REGRESSION)
+        xml.attribute(u"r", marker.r);
+    if (marker.isPlacedByProgram)
+        xml.attribute(u"placedByProgram", true);
+    if (marker.xSensor >= 0)
+        xml.attribute(u"xSensor", marker.xSensor);
+    if (marker.onFit >= 0)
+        xml.attribute(u"onFit", marker.onFit);
+}
+
+template<int n> void writeMarker(Utf16Xml& xml, const Marker& marker, bool isPart, const char16_t (&tag)[n])
 {
     xml.raw(u"  <");
     xml.raw(tag);
-    xml.attribute(u"typeName", marker.typeName);
+    xml.attribute(u"typeName", markerTypeName(marker.type));
     xml.attribute(u"iSens", marker.iSens);
-    xml.attribute(u"X", marker.xValue());
-    const SensorPtr& sensor = data.getSens(marker.iSens);
-    xml.attribute(u"Y", inBase(sensor, marker.yValue()));
+    xml.attribute(u"X", marker.x);
+    xml.attribute(u"Y", marker.y);
     xml.attribute(u"xOffset", marker.xOffset);
     xml.attribute(u"yOffset", marker.yOffset);
     xml.attribute(u"x0", marker.linX0);
     xml.attribute(u"x1", marker.linX1);
-    // The fitted curve, too, is one of base units: y = a x² + b x + c.
-    xml.attribute(u"a", inBase(sensor, marker.a, true));
-    xml.attribute(u"b", inBase(sensor, marker.b, true));
-    xml.attribute(u"c", marker.type == MARKER_REGRESSION ? inBase(sensor, marker.c) : marker.c);
-    xml.attribute(u"Text", marker.label().text());
-    xml.attribute(u"bubble", marker.isBubble());
-    xml.attribute(u"image", marker.isPic());
+    xml.attribute(u"a", marker.a);
+    xml.attribute(u"b", marker.b);
+    xml.attribute(u"c", marker.c);
+    xml.attribute(u"Text", marker.text);
+    xml.attribute(u"bubble", marker.isBubble);
+    xml.attribute(u"image", marker.isPic);
     xml.attribute(u"isCompressed", 1);
-    xml.attribute(u"locked", marker.isLocked());
+    xml.attribute(u"locked", marker.isLocked);
+    if (isPart)
+        writePart(xml, marker);
     xml.raw(u">\n   <markerTitle>");
-    xml.text(marker.label().text());
+    xml.text(marker.text);
     xml.raw(u"</markerTitle>");
-    if (marker.isPic()) {
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        buffer.open(QIODevice::WriteOnly);
-        marker.getPic().save(&buffer, "JPG");
-        xml.text(QString::fromLatin1(bytes.toBase64()));
-    } else {
+    if (marker.isPic)
+        xml.text(QString::fromLatin1(marker.picture.toBase64()));
+    else
         xml.raw(u"\n  ");
-    }
     xml.raw(u"</");
     xml.raw(tag);
     xml.raw(u">\n");
 }
 
 template<int n, int m>
-void writeMarkers(Utf16Xml& xml, const QList<myPlotMarker*>& markers, const ExpData& data,
-                  const char16_t (&listTag)[n], const char16_t (&tag)[m])
+void writeMarkers(Utf16Xml& xml, const QVector<Marker>& markers, bool isPart, const char16_t (&listTag)[n],
+                  const char16_t (&tag)[m])
 {
-    bool isEmpty = true;
     xml.raw(u" <");
     xml.raw(listTag);
-    for (const myPlotMarker* marker : markers) {
-        // A file has one x axis, and says of no mark that it belongs to another.
-        if (!isStored(*marker) || marker->xSensor != data.getXYIndex())
-            continue;
-        if (isEmpty)
-            xml.raw(u">\n");
-        isEmpty = false;
-        writeMarker(xml, *marker, data, tag);
-    }
-    if (isEmpty) {
+    if (markers.isEmpty()) {
         xml.raw(u"/>\n");
         return;
     }
+    xml.raw(u">\n");
+    for (const Marker& marker : markers)
+        writeMarker(xml, marker, isPart, tag);
     xml.raw(u" </");
     xml.raw(listTag);
     xml.raw(u">\n");
@@ -330,16 +302,15 @@ void writeMarkers(Utf16Xml& xml, const QList<myPlotMarker*>& markers, const ExpD
 
 } // namespace
 
-bool ExperimentWriter::write(SafeFile* file, const ExperimentToWrite& experiment)
+bool ExperimentWriter::write(const Sink& sink, const StoredExperiment& experiment)
 {
-    Utf16Xml xml(file);
-    const ExpData& data = *experiment.data;
+    Utf16Xml xml(sink);
     writeRootStart(xml, experiment);
-    writeTimes(xml, data);
-    for (int i = 0; i < data.getNSens(); ++i)
-        writeSensor(xml, experiment, i);
-    writeMarkers(xml, experiment.markers, data, u"LineMarkers", u"LineMarker");
-    writeMarkers(xml, experiment.barMarkers, data, u"BarMarkers", u"BarMarker");
+    writeTimes(xml, experiment);
+    for (const Channel& channel : experiment.channels)
+        writeSensor(xml, channel, experiment.isPart);
+    writeMarkers(xml, experiment.lineMarkers, experiment.isPart, u"LineMarkers", u"LineMarker");
+    writeMarkers(xml, experiment.barMarkers, experiment.isPart, u"BarMarkers", u"BarMarker");
     xml.raw(u"</ExpDataRoot>\n");
     return xml.flush();
 }

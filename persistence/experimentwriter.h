@@ -1,30 +1,15 @@
 #pragma once
 
-#include <QList>
-#include <QSharedPointer>
-#include <QString>
-#include <QVector>
+#include <functional>
 
-class ExpData;
-class SafeFile;
-class myPlotMarker;
-class oneScale;
-
-/// What goes into an experiment file. Nothing is owned.
-struct ExperimentToWrite
-{
-    QString title;
-    const ExpData* data;
-    const QVector<QSharedPointer<oneScale>>& scales; ///< one per channel; a channel without one has its view
-    const QList<myPlotMarker*>& markers;
-    const QList<myPlotMarker*>& barMarkers;
-    QString view;
-};
+#include "data/storedexperiment.h"
 
 /// Writes an experiment as XML in UTF-16, in the form that QDomDocument gives it, without a tree in memory.
 class ExperimentWriter
 {
 public:
-    /// False when `file` failed. The caller commits it.
-    static bool write(SafeFile* file, const ExperimentToWrite& experiment);
+    /// Takes the next bytes; false for good when it can't.
+    using Sink = std::function<bool(const char* bytes, qint64 size)>;
+    /// False when `sink` failed. Any thread.
+    static bool write(const Sink& sink, const StoredExperiment& experiment);
 };

@@ -16,7 +16,7 @@
 #include "persistence/numbertext.h"
 #include "persistence/readwrite.h"
 #include "persistence/safefile.h"
-#include "persistence/storedexperiment.h"
+#include "persistence/experimentreader.h"
 #include "tests/common/testsupport.h"
 #include "tests/persistence/testexperiment.h"
 
