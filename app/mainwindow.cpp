@@ -196,33 +196,47 @@ void MainWindow::showLoggers(quint8 which)
     updateLayout(LAYOUT_MULTI_TOGETHER);
 }
 
+/// Asks what to do with unsaved changes; true when they are saved or given up.
+bool MainWindow::settleUnsaved(const QString& before, const QString& classQuestion,
+                               const QString& groupsQuestion, bool* isAsked)
+{
+    const ClassSet& classSet = mTembrin->run().classSet();
+    quint8 settled = 0; // a run goes on meanwhile, and would ask without end
+    if (mTembrin->dataC()->isNeedSave()) {
+        *isAsked = true;
+        const UserPrompt::Answer answer = offerToSave(before + classQuestion);
+        if (answer == UserPrompt::Answer::Cancel)
+            return false;
+        for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
+            // With the class what it is made of is given up; a lesson has both, as far as a run has come.
+            const bool isGivenUp = answer == UserPrompt::Answer::No && classSet.isMember(i);
+            if (isGivenUp || (answer == UserPrompt::Answer::Yes && savedRunning >> i & 1))
+                settled |= quint8(1u << i);
+        }
+    }
+    while (const quint8 which = unsavedLoggers() & quint8(~settled)) {
+        *isAsked = true;
+        showLoggers(which);
+        if (offerToSave(before + groupsQuestion) == UserPrompt::Answer::Cancel)
+            return false;
+        settled |= which;
+    }
+    return true;
+}
+
 /// Asks what to do with unsaved changes; true when the person wants to leave.
 bool MainWindow::mayLeave()
 {
-    const ClassSet& classSet = mTembrin->run().classSet();
     const bool isRunning = mTembrin->isAnyRunning();
     const QString goesOn =
         isRunning ? tr("A run is going on; the loggers go on with it when you leave.") + QLatin1String("\n\n")
                   : QString();
-    quint8 settled = 0; // a run goes on meanwhile, and would ask without end
     bool isAsked = false;
-    if (mTembrin->dataC()->isNeedSave()) {
-        isAsked = true;
-        if (!offerToSave(goesOn + tr("Do you want to save experiment and annotations before leaving?")))
-            return false;
-        settled = classSet.memberBits();
-        markSaved();
-    }
-    while (const quint8 which = unsavedLoggers() & quint8(~settled)) {
-        isAsked = true;
-        showLoggers(which);
-        if (!offerToSave(goesOn +
-                         tr("What the loggers measured is in no file yet. Do you want to save it before "
-                            "leaving?")))
-            return false;
-        settled |= classSet.memberBits();
-        markSaved();
-    }
+    if (!settleUnsaved(
+            goesOn, tr("Do you want to save experiment and annotations before leaving?"),
+            tr("What the loggers measured is in no file yet. Do you want to save it before leaving?"),
+            &isAsked))
+        return false;
     return isAsked || !isRunning ||
            prompt->confirm(this, tr("Run going on"), goesOn + tr("Leave all the same?"));
 }
@@ -235,7 +249,8 @@ void MainWindow::closeEvent(QCloseEvent* event)
 
 void MainWindow::doExit()
 {
-    if (mayLeave())
+    isLeavingAsked = isSaving; // then when the file is whole
+    if (!isSaving && mayLeave())
         leave();
 }
 
@@ -245,7 +260,7 @@ void MainWindow::doExitAfterCtrlS()
     QString reason;
     if (fname.isEmpty())
         doSave();
-    else if (!saveScreen(fname, false, &reason))
+    else if (!saveAs(fname, extentOf(fname, QString()), -1, &reason))
         warnNotWritten(reason);
     else if (fname == argumentFile && mayLeave())
         leave();

@@ -15,8 +15,10 @@
 #include "app/screenfile.h"
 #include "classroom/classjob.h"
 #include "common/classsize.h"
+#include "common/userprompt.h"
 #include "graph/plot.h"
 #include "link/commandtype.h"
+#include "persistence/lesson.h"
 
 class ClassNotices;
 class ExpData;
@@ -33,7 +35,6 @@ class RunRecorder;
 class RunRecovery;
 class StatusLine;
 class TembrinProtocol;
-class UserPrompt;
 class loggerBasicSetup;
 class multiConnectionsManager;
 class setupLogger;
@@ -104,6 +105,8 @@ private:
     void createShortcuts();
     void createStatusBar();
     bool mayLeave();
+    bool settleUnsaved(const QString& before, const QString& classQuestion, const QString& groupsQuestion,
+                       bool* isAsked);
     quint8 unsavedLoggers() const;
     void showLoggers(quint8 which);
     [[noreturn]] void leave();
@@ -191,6 +194,8 @@ private:
     std::function<QString(int)> groupNames() const;
     void countSkipped(double dt);
     QStringList groupsNotSetUp() const;
+    QString titleName(int index) const;
+    void endLessonName(int index);
     void showBusyTitle();
     void hideBusyTitle();
     void letOthersIn();
@@ -203,6 +208,7 @@ private:
     QString notStopped;               ///< the last line about a stop
     bool isOnlyStaticClassMode = false;
     QString runTitle; ///< of the class graph, when it shows the last run
+    QDateTime runBegun;
     bool isSlowWarning = false;
     int nestCounter = 0;
     int howManySkipped = 0;
@@ -286,13 +292,37 @@ private:
     QString getView() const;
     void setView(const QString& view);
     bool askAndSave(QString* reason);
-    bool saveScreen(const QString& fname, bool isSpreadsheet, QString* reason);
-    bool offerToSave(const QString& question);
-    void markSaved();
-    bool writeExperiment(const QString& fname, QString* reason);
+    /// What is written to a file.
+    enum class Extent
+    {
+        Lesson,
+        Graph,
+        Table
+    };
+    static Extent extentOf(const QString& fname, const QString& filter);
+    QString saveFilters() const;
+    bool saveAs(const QString& fname, Extent extent, int index, QString* reason);
+    bool saveLesson(const QString& fname, QString* reason);
+    UserPrompt::Answer offerToSave(const QString& question);
+    void markSaved(int index);
+    bool writeExperiment(const QString& fname, int index, QString* reason);
     void showFileName();
     void warnNotWritten(const QString& reason);
 
+    // Lessons, in mainwindow_files_lesson.cpp
+
+    bool writeLesson(const QString& fname, QString* reason);
+    void openLesson(const QString& fname);
+    bool isBusyForLesson();
+    Lesson takeLesson() const;
+    void showLesson(const Lesson& lesson);
+    void showGroupPart(int slot, const Lesson::Part& part);
+    void showClassPart(const Lesson::Part& part);
+
+    quint8 savedRunning = 0;     ///< groups that ran on when a lesson was saved last
+    bool isSaving = false;       ///< on another thread
+    bool isLeavingAsked = false; ///< meanwhile
+    quint8 namedByLesson = 0;    ///< a bit for each group whose title is that of an opened lesson
     int openMode = OPEN_NEW;
     ScreenFile screenFile;                        ///< of the set of the class
     std::function<bool(QPrinter*)> printerChoice; ///< empty for the system's dialog

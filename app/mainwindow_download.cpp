@@ -128,6 +128,7 @@ void MainWindow::useDownload(int index, bool isOK)
     const StoredRun& stored = mTembrin->tembrinDataAt(index)->storedRun();
     set->takeExperiment(stored.channels, stored.dt, stored.columns);
     set->setGroupName(mTembrin->groupName(index));
+    endLessonName(index);
     set->setCardWidth(mTembrin->tembrinAt(index)->photoObjW);
     mTembrin->plotAt(index)->setMarkers();
     updateAll(index);

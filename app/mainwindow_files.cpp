@@ -32,16 +32,6 @@ bool hasEnding(const QString& fname, const char* ending)
     return fname.endsWith(QLatin1String(ending), Qt::CaseInsensitive);
 }
 
-QString experimentFilter()
-{
-    return MainWindow::tr("Kormelin data files (*.xml)");
-}
-
-QString spreadsheetFilter()
-{
-    return MainWindow::tr("Export to Excel (*.csv)");
-}
-
 QString timeHeader(const ExpData& set)
 {
     return set.dt > 0 ? MainWindow::tr("Time [s]") : MainWindow::tr("Sample");
@@ -52,7 +42,8 @@ QString droppedFile(const QMimeData* mime)
 {
     const QList<QUrl> urls = mime->urls();
     const QString name = urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
-    return hasEnding(name, ".xml") || hasEnding(name, ".csv") ? name : QString();
+    return hasEnding(name, ".xml") || hasEnding(name, ".csv") || ScreenFile::isLesson(name) ? name
+                                                                                            : QString();
 }
 
 } // namespace
@@ -67,21 +58,31 @@ void MainWindow::setArgumentFile(const QString& fname)
 
 void MainWindow::doRead()
 {
-    const QString filters = experimentFilter() + QStringLiteral(";;") + tr("Comma-separated values (*.csv)");
+    const QStringList filters{tr("Lessons, experiments and tables (*.lesson *.xml *.csv)"),
+                              tr("Lessons (*.lesson)"), tr("Kormelin data files (*.xml)"),
+                              tr("Comma-separated values (*.csv)")};
     const QString fname =
-        prompt->openFile(this, tr("Open experiment data"), ReadWrite::getDataPath(QString()), filters);
+        prompt->openFile(this, tr("Open experiment data"), ReadWrite::getDataPath(QString()),
+                         filters.join(QStringLiteral(";;")));
     if (!fname.isEmpty())
         openFile(fname);
 }
 
 void MainWindow::openFile(const QString& fname)
 {
+    if (isSaving)
+        return;
     ReadWrite::setDefaultDataPath(fname);
+    if (ScreenFile::isLesson(fname)) {
+        openLesson(fname);
+        return;
+    }
     const bool isAppended = !hasEnding(fname, ".csv") && std::exchange(openMode, OPEN_NEW) == OPEN_APPEND;
     const bool isReplaced = !isAppended || isOnlyStaticClassMode;
     if (isReplaced && mTembrin->dataC()->isNeedSave() &&
-        !offerToSave(
-            tr("Do you want to save experiment and annotations before another file takes their place?")))
+        offerToSave(
+            tr("Do you want to save experiment and annotations before another file takes their place?")) ==
+            UserPrompt::Answer::Cancel)
         return;
     if (hasEnding(fname, ".csv"))
         doImport(fname);
@@ -197,6 +198,10 @@ void MainWindow::showClassFile(const QString& fname, const QString& view, bool i
 
 void MainWindow::doRead(const QString& fname)
 {
+    if (ScreenFile::isLesson(fname)) {
+        openLesson(fname);
+        return;
+    }
     QString reason;
     setSelected(0, 0);
     data->setXYIndex(-1);
@@ -250,80 +255,105 @@ void MainWindow::setView(const QString& view)
 
 void MainWindow::doSave()
 {
+    if (isSaving)
+        return;
     QString reason;
     if (!askAndSave(&reason) && !reason.isEmpty())
         warnNotWritten(reason);
 }
 
+/// What each of them holds, too.
+QString MainWindow::saveFilters() const
+{
+    const QString graphName =
+        mTembrin->isActiveGraphSet() ? titleOf(mTembrin->activeGraph()) : tr("graph of the class");
+    return tr("Lesson: all groups and the class (*.lesson)") + QStringLiteral(";;") +
+           tr("This graph alone: %1 (*.xml)").arg(graphName) + QStringLiteral(";;") +
+           tr("Table of this graph: %1 (*.csv)").arg(graphName);
+}
+
+/// The ending decides, else the filter.
+MainWindow::Extent MainWindow::extentOf(const QString& fname, const QString& filter)
+{
+    if (hasEnding(fname, ".xml"))
+        return Extent::Graph;
+    if (hasEnding(fname, ".csv"))
+        return Extent::Table;
+    if (ScreenFile::isLesson(fname))
+        return Extent::Lesson;
+    if (filter.contains(QLatin1String("*.xml")))
+        return Extent::Graph;
+    return filter.contains(QLatin1String("*.csv")) ? Extent::Table : Extent::Lesson;
+}
+
 /// False, without a reason, when the person cancelled.
 bool MainWindow::askAndSave(QString* reason)
 {
+    const int index = mTembrin->activeGraph();
     const QString now = QDateTime::currentDateTime().toString(QStringLiteral("dd.MM.yyyy_hh.mm.ss"));
     QString filter;
-    const QString fname = prompt->saveFile(
-        this, tr("Save experiment data"), ReadWrite::getDataPath(now + QStringLiteral(".xml")),
-        experimentFilter() + QStringLiteral(";;") + spreadsheetFilter(), &filter);
+    QString fname =
+        prompt->saveFile(this, tr("Save experiment data"),
+                         ReadWrite::getDataPath(now + QStringLiteral(".lesson")), saveFilters(), &filter);
     if (fname.isEmpty())
         return false;
     ReadWrite::setDefaultDataPath(fname);
-    const bool isEndingOpen = !hasEnding(fname, ".xml") && !hasEnding(fname, ".csv");
-    const bool isSpreadsheet =
-        isEndingOpen ? filter.contains(QLatin1String(".csv")) : hasEnding(fname, ".csv");
-    return saveScreen(fname, isSpreadsheet, reason);
+    const Extent extent = extentOf(fname, filter);
+    if (extent == Extent::Lesson && !ScreenFile::isLesson(fname))
+        fname += QStringLiteral(".lesson");
+    return saveAs(fname, extent, index, reason);
 }
 
-bool MainWindow::saveScreen(const QString& fname, bool isSpreadsheet, QString* reason)
+/// `index` is the graph that a file of one graph holds, -1 for that of the class.
+bool MainWindow::saveAs(const QString& fname, Extent extent, int index, QString* reason)
 {
-    const ExpData* classSet = mTembrin->dataC();
-    const bool isWritten = isSpreadsheet
-                               ? ReadWrite::exportCSV(fname, classSet, false, timeHeader(*classSet), reason)
-                               : writeExperiment(fname, reason);
+    savedRunning = 0;
+    if (extent == Extent::Lesson)
+        return saveLesson(fname, reason);
+    const ExpData* const set = index < 0 ? mTembrin->dataC() : mTembrin->dataAt(index);
+    const bool isTable = extent == Extent::Table;
+    const bool isWritten = isTable ? ReadWrite::exportCSV(fname, set, false, timeHeader(*set), reason)
+                                   : writeExperiment(fname, index, reason);
     if (!isWritten)
         return false;
     qCInfo(appLog, "saved %s", qPrintable(fname));
-    markSaved();
+    markSaved(index);
     recorder->noteSaved();
-    if (!isSpreadsheet)
-        screenFile.keep(fname, *classSet, true);
+    if (!isTable && index < 0)
+        screenFile.keep(fname, *set, true);
     showFileName();
     statusBar()->showMessage(tr("%1 was saved.").arg(QFileInfo(fname).fileName()), msSaved);
     return true;
 }
 
-bool MainWindow::writeExperiment(const QString& fname, QString* reason)
+bool MainWindow::writeExperiment(const QString& fname, int index, QString* reason)
 {
-    graph->keepCurveModesInData();
-    return ReadWrite::write(fname, graph->title().text(), mTembrin->dataC(), graph->scaler->scales,
-                            graph->markers, mTembrin->barAt(0)->markers, getView(), reason);
+    const Plot* const plot = index < 0 ? graph : mTembrin->plotAt(index);
+    const ExpData* const set = index < 0 ? mTembrin->dataC() : mTembrin->dataAt(index);
+    plot->keepCurveModesInData();
+    return ReadWrite::write(fname, plot->title().text(), set, plot->scaler->scales, plot->markers,
+                            mTembrin->barAt(qMax(0, index))->markers, getView(), reason);
 }
 
-/// The set on the screen, and those of the groups in it. What a file on the screen hides stays unsaved.
-void MainWindow::markSaved()
+/// A file has the set of logger `index`, or for -1 that of the class. A run puts more into it.
+void MainWindow::markSaved(int index)
 {
-    mTembrin->dataC()->setNeedSave(false);
-    for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
-        if (mTembrin->run().classSet().isMember(i))
-            mTembrin->dataAt(i)->setNeedSave(false);
-    }
+    const bool isGrowing =
+        index < 0 ? mTembrin->isAnyRunning() && !isOnlyStaticClassMode : mTembrin->isRunning(index);
+    if (!isGrowing)
+        (index < 0 ? mTembrin->dataC() : mTembrin->dataAt(index))->setNeedSave(false);
 }
 
-/// Asks until the screen is saved or given up; false when the person wants neither.
-bool MainWindow::offerToSave(const QString& question)
+/// Asks until the screen is saved or given up; Cancel when the person wants neither.
+UserPrompt::Answer MainWindow::offerToSave(const QString& question)
 {
     QString reason; // why the last attempt failed
     for (;;) {
         const QString text = reason.isEmpty() ? question : reason + QLatin1String("\n\n") + question;
-        switch (prompt->question(this, tr("Changes not saved"), text, true)) {
-        case UserPrompt::Answer::Yes:
-            reason.clear();
-            if (askAndSave(&reason))
-                return true;
-            break;
-        case UserPrompt::Answer::No:
-            return true;
-        case UserPrompt::Answer::Cancel:
-            return false;
-        }
+        const UserPrompt::Answer answer = prompt->question(this, tr("Changes not saved"), text, true);
+        reason.clear();
+        if (answer != UserPrompt::Answer::Yes || askAndSave(&reason))
+            return answer;
     }
 }
 
@@ -360,7 +390,7 @@ void MainWindow::doExcel()
         return;
     const QString fname =
         prompt->saveFile(this, tr("Save experiment data"), ReadWrite::getDataPath(tr("Experiment.csv")),
-                         spreadsheetFilter(), nullptr);
+                         tr("Export to Excel (*.csv)"), nullptr);
     QString reason;
     if (!fname.isEmpty() && !ReadWrite::exportCSV(fname, set, true, timeHeader(*set), &reason))
         warnNotWritten(reason);

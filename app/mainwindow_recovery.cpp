@@ -47,10 +47,10 @@ void MainWindow::restoreRun()
         statusLine->setOutcome(tr("A run can be restored when no logger is busy."));
         return;
     }
-    const bool isUnsaved = mTembrin->dataC()->isNeedSave() || unsavedLoggers() != 0;
-    if (isUnsaved &&
-        !offerToSave(
-            tr("Do you want to save experiment and annotations before another run takes their place?")))
+    bool isAsked = false;
+    const QString question =
+        tr("Do you want to save experiment and annotations before another run takes their place?");
+    if (!settleUnsaved(QString(), question, question, &isAsked))
         return;
     JournalRun run;
     QString reason;
@@ -95,6 +95,7 @@ void MainWindow::showRestored(const JournalRun& run, quint8 groups)
     classSet->setNeedSave(true);
     updateAll(-1);
     setSelected(-1, 0);
+    runBegun = run.begun;
     runTitle = run.begun.toString(QStringLiteral("hh:mm, d-MM-yyyy"));
     graph->updateTitle(runTitle);
     statusLine->setOutcome(

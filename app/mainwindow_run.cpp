@@ -140,6 +140,7 @@ void MainWindow::showEndOfRun()
 void MainWindow::showNewExperiment(int index)
 {
     ExpData* set = mTembrin->dataAt(index);
+    endLessonName(index);
     data->setXYIndex(-1);
     set->setXYIndex(-1);
     if (graph->isHidden() && layouts && layouts->isEnabled())
@@ -163,18 +164,35 @@ void MainWindow::showNewClass()
     graph->setMarkers();
     updateAll(-1);
     setSelected(-1, 0);
-    runTitle = QDateTime::currentDateTime().toString(QStringLiteral("hh:mm, d-MM-yyyy"));
+    runBegun = QDateTime::currentDateTime();
+    runTitle = runBegun.toString(QStringLiteral("hh:mm, d-MM-yyyy"));
     graph->updateTitle(runTitle);
+}
+
+/// An opened lesson brings the names of its groups.
+QString MainWindow::titleName(int index) const
+{
+    const bool isOfLesson = namedByLesson >> index & 1;
+    return isOfLesson ? mTembrin->dataAt(index)->getGroupName() : mTembrin->groupName(index);
 }
 
 /// A logger that was lost in the run says so where its curve stands, and since when.
 QString MainWindow::titleOf(int index) const
 {
-    const QString group = mTembrin->groupName(index);
+    const QString group = titleName(index);
     const QDateTime since = mTembrin->run().lostSince(index);
     return since.isValid()
                ? tr("%1: connection lost at %2").arg(group, since.toString(QStringLiteral("HH:mm:ss")))
                : group;
+}
+
+/// What its graph shows from now on is of the group whose logger is connected.
+void MainWindow::endLessonName(int index)
+{
+    if (!(namedByLesson >> index & 1))
+        return;
+    namedByLesson &= quint8(~(1u << index));
+    showTitle(index);
 }
 
 void MainWindow::showTitle(int index)

@@ -23,6 +23,11 @@ void ScreenFile::keep(const QString& fname, const ExpData& set, bool isWhole)
     kinds = kindsOf(set);
 }
 
+bool ScreenFile::isLesson(const QString& fname)
+{
+    return fname.endsWith(QLatin1String(".lesson"), Qt::CaseInsensitive);
+}
+
 QString ScreenFile::title() const
 {
     return QFileInfo(name).fileName();
@@ -30,5 +35,6 @@ QString ScreenFile::title() const
 
 QString ScreenFile::target(const ExpData& set) const
 {
-    return mayReplace && kindsOf(set).mid(0, kinds.size()) == kinds ? name : QString();
+    // A lesson has all channels of its groups, whichever of them are in the class.
+    return mayReplace && (isLesson() || kindsOf(set).mid(0, kinds.size()) == kinds) ? name : QString();
 }

@@ -12,6 +12,9 @@ public:
     /// `set` was read from `fname` or written to it. A file that holds more than was read of it, or that is
     /// no experiment file, gives the screen its name only.
     void keep(const QString& fname, const ExpData& set, bool isWhole);
+    /// By the ending.
+    static bool isLesson(const QString& fname);
+    bool isLesson() const { return isLesson(name); }
     /// Something else is on the screen.
     void forget() { *this = {}; }
     /// Without its folder; empty when there is no file.

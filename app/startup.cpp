@@ -89,7 +89,8 @@ void installTranslation(QCoreApplication* application, const QString& fileName)
 QString StartUp::useArgument(const QStringList& arguments)
 {
     QString argument = arguments.value(1);
-    if (argument.contains(QLatin1String(".xml"), Qt::CaseInsensitive))
+    if (argument.contains(QLatin1String(".xml"), Qt::CaseInsensitive) ||
+        argument.endsWith(QLatin1String(".lesson"), Qt::CaseInsensitive))
         return argument;
     QSettings store = Settings::mainStore();
     if (argument.contains(QLatin1String("lab"), Qt::CaseInsensitive)) {

@@ -30,6 +30,18 @@ void ClassSet::rebuild(quint8 which)
     }
 }
 
+void ClassSet::restore(quint8 which)
+{
+    const ExpData* const set = manager->dataC();
+    members = which;
+    others = 0;
+    isReleased = false;
+    classPeriod = set->dt;
+    channelCount = set->meanIndex();
+    for (int slot = 0; slot < manager->nMaxTembrins(); ++slot)
+        shown[slot] = qMax(0, manager->dataAt(slot)->getSelectedSensor());
+}
+
 /// Of most of them; among equals that of the first.
 double ClassSet::periodOf(quint8 which) const
 {

@@ -20,6 +20,8 @@ public:
     void begin(double period);
     /// The same, and the loggers in `members` (a bit each) are in it with all that they have.
     void rebuild(quint8 members);
+    /// The class has come from a file together with the sets of its groups, and goes on from there.
+    void restore(quint8 members);
     bool isMember(int slot) const { return members >> slot & 1; }
     quint8 memberBits() const { return members; }
     /// Logger `slot` is in it from now on, with what its set holds. What the user did to the others' stays,

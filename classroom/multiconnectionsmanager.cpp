@@ -141,7 +141,9 @@ SensorPtr multiConnectionsManager::classChannel(int i) const
 {
     // A logger without any channel still takes its place.
     SensorPtr channel = dataAt(i)->ownCopy(dataAt(i)->getActiveSensor());
-    channel->groupName = groupName(i);
+    // Those who measured it, though another group's logger may have the place now.
+    const QString group = dataAt(i)->getXSize() > 0 ? dataAt(i)->getGroupName() : QString();
+    channel->groupName = group.isEmpty() ? groupName(i) : group;
     return channel;
 }
 

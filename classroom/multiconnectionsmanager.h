@@ -75,6 +75,7 @@ public:
 
     /// -1 makes the class plot the active one.
     void setActivePlot(int i) { activeIndex = i; }
+    int activeGraph() const { return activeIndex; }
     bool isActive(int i) const { return activeIndex == i; }
     bool isActiveGraphSet() const { return activeIndex >= 0; }
     Plot* getActivePlot() { return isActiveGraphSet() ? plotAt(activeIndex) : classPlot; }

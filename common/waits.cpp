@@ -2,7 +2,10 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QThread>
 #include <QTimer>
+
+#include <memory>
 
 namespace Waits {
 
@@ -21,6 +24,16 @@ void pumpPending(UserEvents userEvents)
 {
     QCoreApplication::processEvents(userEvents == UserEvents::Later ? QEventLoop::ExcludeUserInputEvents
                                                                     : QEventLoop::AllEvents);
+}
+
+void whileWorking(const std::function<void()>& work)
+{
+    const std::unique_ptr<QThread> thread(QThread::create(work));
+    QEventLoop loop;
+    QObject::connect(thread.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    thread->start();
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    thread->wait();
 }
 
 } // namespace Waits

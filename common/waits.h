@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 /// The only place where the program runs its event loop from inside a slot. Whoever calls this can be entered
 /// again and may find objects gone on return: hold what is needed afterwards by QPointer.
 namespace Waits {
@@ -15,5 +17,8 @@ enum class UserEvents
 
 /// Handles what is already waiting, without sleeping.
 void pumpPending(UserEvents userEvents = UserEvents::Now);
+
+/// Does `work` on a thread of its own and handles events until it is done; keys and mouse stay in the queue.
+void whileWorking(const std::function<void()>& work);
 
 } // namespace Waits

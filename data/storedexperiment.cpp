@@ -90,29 +90,16 @@ void fillPart(Sensor* sensor, int i, const Channel& channel)
         sensor->specialOriginIndex = channel.originPlace;
 }
 
-void fillRange(ExpData* data, int i, const Channel& channel, bool isClass)
-{
-    const SensorPtr& sensor = data->getSens(i);
-    if (!isClass) {
-        data->setSensorScale(i, channel.minView, channel.maxView);
-    } else if (channel.minView < channel.maxView) {
-        sensor->classMinView = sensor->convertToAltUnit(channel.minView);
-        sensor->classMaxView = sensor->convertToAltUnit(channel.maxView);
-        sensor->readClassSetMinMax = true;
-    }
-}
-
-void fillChannel(ExpData* data, int i, const Channel& channel, bool append, bool isPart, bool isClass)
+void fillChannel(ExpData* data, int i, const Channel& channel, bool append, const StoredExperiment& of)
 {
     const bool isDerived = channel.originID != SENSOR_SPECIAL && sensorRow(channel.originID);
     data->addSensorData(i, isDerived ? channel.originID : channel.sensorID, channel.samples,
                         channel.curveMode, append);
     if (channel.sensorID == SENSOR_SPECIAL)
         describeSpecial(data->getSens(i).data(), channel, isDerived);
-    if (!isPart)
+    const bool isPart = of.isPart && !append;
+    if (!isPart || (channel.isRangeFixed && !of.isClass))
         data->setSensorScale(i, channel.minView, channel.maxView);
-    else if (channel.isRangeFixed)
-        fillRange(data, i, channel, isClass);
     if (channel.barUseScale)
         data->setSensorScaleBar(i, channel.barMinView, channel.barMaxView);
     if (channel.isNamed)
@@ -148,6 +135,7 @@ StoredExperiment StoredExperiment::of(const ExpData& data, bool isPart, bool isC
 {
     StoredExperiment stored;
     stored.isPart = isPart;
+    stored.isClass = isClass;
     stored.rate = data.dt;
     stored.places = data.getNSens();
     stored.activeSens = data.getSelectedSensor();
@@ -161,7 +149,7 @@ StoredExperiment StoredExperiment::of(const ExpData& data, bool isPart, bool isC
     return stored;
 }
 
-bool StoredExperiment::fill(ExpData* data, bool append, bool isClass) const
+bool StoredExperiment::fill(ExpData* data, bool append) const
 {
     const int before = append ? data->getNSens() : 0;
     const int n = channels.size();
@@ -173,11 +161,24 @@ bool StoredExperiment::fill(ExpData* data, bool append, bool isClass) const
         data->setAppendIndex(appendIndex);
     }
     for (int i = 0; i < n; ++i)
-        fillChannel(data, before + i, channels.at(i), append, isPart && !append, isClass);
+        fillChannel(data, before + i, channels.at(i), append, *this);
     if (append)
         data->makeUniformScales();
     data->setSelectedSensor(activeSens);
     if (xyIndex >= 0)
         data->setXYIndex(xyIndex);
     return true;
+}
+
+void StoredExperiment::fixClassRanges(ExpData* data) const
+{
+    for (int i = 0; i < channels.size(); ++i) {
+        const Channel& channel = channels.at(i);
+        const SensorPtr& sensor = data->getSens(i);
+        if (!sensor || !channel.isRangeFixed || !(channel.minView < channel.maxView))
+            continue;
+        sensor->classMinView = sensor->convertToAltUnit(channel.minView);
+        sensor->classMaxView = sensor->convertToAltUnit(channel.maxView);
+        sensor->readClassSetMinMax = true;
+    }
 }

@@ -71,6 +71,7 @@ struct StoredExperiment
     /// A part of a lesson: it says all of its graph, with the digits that were measured. Else it has what
     /// experiment files always had.
     bool isPart = false;
+    bool isClass = false; ///< of a part: fixed ranges are those of the class
     double rate = 0;
     int places = 0; ///< of channels, empty ones included
     int activeSens = 0;
@@ -85,9 +86,10 @@ struct StoredExperiment
     /// All but title, view and marks. Ranges are those of the channels: for a graph of the class the common
     /// ones.
     static StoredExperiment of(const ExpData& data, bool isPart, bool isClass = false);
-    /// Into a set; false, with nothing changed, where the experiment can't be appended. The set of a class
-    /// takes fixed ranges as those of the class.
-    bool fill(ExpData* data, bool append, bool isClass = false) const;
+    /// Into a set; false, with nothing changed, where the experiment can't be appended.
+    bool fill(ExpData* data, bool append) const;
+    /// The ranges of the class that were fixed by hand, into the set that it has filled.
+    void fixClassRanges(ExpData* data) const;
 };
 
 /// Values of marks, fits and ranges, in both directions.

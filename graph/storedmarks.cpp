@@ -106,19 +106,19 @@ Stored storedMark(myPlotMarker* marker, const ExpData& data)
     return to;
 }
 
-/// Where the program places a text, its subject's place stands in the file.
+/// What an experiment file has no place for. A text stands at a distance in pixels from its subject.
 void tellPart(const myPlotMarker& marker, const QList<myPlotMarker*>& all, const QList<myPlotMarker*>& kept,
-              const ExpData& data, Stored* to)
+              Stored* to)
 {
     to->xSensor = marker.xSensor;
     to->onFit = marker.type == MARKER_X ? kept.indexOf(all.value(marker.iReg)) : -1;
-    to->isPlacedByProgram = marker.type == MARKER_FLOATING_TEXT && !marker.isPlacedByHand;
-    if (!to->isPlacedByProgram)
+    if (marker.type != MARKER_FLOATING_TEXT)
         return;
-    to->x = marker.connectTo->xValue();
-    to->y = BaseUnit::of(data.getSens(marker.iSens), marker.connectTo->yValue());
-    to->xOffset = myPlotMarker::textDistance;
-    to->yOffset = -myPlotMarker::textDistance;
+    to->isPlacedByProgram = !marker.isPlacedByHand;
+    if (to->isPlacedByProgram) {
+        to->xOffset = myPlotMarker::textDistance;
+        to->yOffset = -myPlotMarker::textDistance;
+    }
 }
 
 } // namespace
@@ -135,7 +135,7 @@ QVector<Stored> StoredMarks::of(const QList<myPlotMarker*>& list, const ExpData&
     for (myPlotMarker* marker : qAsConst(kept)) {
         stored.append(storedMark(marker, data));
         if (isPart)
-            tellPart(*marker, list, kept, data, &stored.last());
+            tellPart(*marker, list, kept, &stored.last());
     }
     return stored;
 }

@@ -282,6 +282,52 @@ template<int n> void writeMarker(Utf16Xml& xml, const Marker& marker, bool isPar
     xml.raw(u">\n");
 }
 
+/// The height at a time of the curve as the file has it.
+double heightAt(const StoredExperiment& experiment, const Channel& channel, double time, double otherwise)
+{
+    const QVector<double>& times = experiment.times;
+    const int n = std::min(times.size(), channel.samples.size());
+    const double scale = std::pow(10.0, decimalsOfValues(channel, experiment.isPart));
+    const auto value = [&](int i) { return std::round(channel.samples.at(i) * scale) / scale; };
+    double height = otherwise;
+    if (n == 1 || (n > 1 && time < times.constFirst())) {
+        height = value(0);
+    } else if (n > 1) {
+        const auto above = std::upper_bound(times.cbegin() + 1, times.cbegin() + n, time);
+        const int i = std::min(int(above - times.cbegin()), n - 1);
+        const double width = times.at(i) - times.at(i - 1);
+        const bool isOnSample = width > 0 && time == times.at(i - 1);
+        const double part = width > 0 ? (time - times.at(i - 1)) / width : 1;
+        height = isOnSample ? value(i - 1) : value(i - 1) + part * (value(i) - value(i - 1));
+    }
+    return std::isfinite(height) ? height : otherwise;
+}
+
+/// Crosses and their texts at the height that their curve has when it comes back. The place of an area
+/// follows from its span.
+QVector<Marker> settled(const StoredExperiment& experiment)
+{
+    QVector<Marker> markers = experiment.lineMarkers;
+    for (int i = 0; experiment.isPart && i < markers.size(); ++i) {
+        Marker& marker = markers[i];
+        if (marker.type == MARKER_INTEGRAL)
+            marker.y = 0;
+        const auto channel =
+            std::find_if(experiment.channels.cbegin(), experiment.channels.cend(),
+                         [&](const Channel& candidate) { return candidate.place == marker.iSens; });
+        if (marker.type == MARKER_X && marker.onFit < 0 && marker.xSensor < 0 &&
+            channel != experiment.channels.cend()) {
+            const double height = heightAt(experiment, *channel, marker.x, marker.y);
+            marker.y = QString::number(height, 'g', 12).toDouble();
+        }
+        if (marker.type == MARKER_FLOATING_TEXT && i > 0) {
+            marker.x = markers.at(i - 1).x;
+            marker.y = markers.at(i - 1).y;
+        }
+    }
+    return markers;
+}
+
 template<int n, int m>
 void writeMarkers(Utf16Xml& xml, const QVector<Marker>& markers, bool isPart, const char16_t (&listTag)[n],
                   const char16_t (&tag)[m])
@@ -309,7 +355,7 @@ bool ExperimentWriter::write(const Sink& sink, const StoredExperiment& experimen
     writeTimes(xml, experiment);
     for (const Channel& channel : experiment.channels)
         writeSensor(xml, channel, experiment.isPart);
-    writeMarkers(xml, experiment.lineMarkers, experiment.isPart, u"LineMarkers", u"LineMarker");
+    writeMarkers(xml, settled(experiment), experiment.isPart, u"LineMarkers", u"LineMarker");
     writeMarkers(xml, experiment.barMarkers, experiment.isPart, u"BarMarkers", u"BarMarker");
     xml.raw(u"</ExpDataRoot>\n");
     return xml.flush();

@@ -21,7 +21,8 @@
 class ClassBench
 {
 public:
-    explicit ClassBench(int loggers, const QString& firstPort = QStringLiteral("port0"))
+    explicit ClassBench(int loggers, const QString& firstPort = QStringLiteral("port0"),
+                        const QVector<const char*>& switchedOff = {})
     {
         initPellandraResources();
         QSettings store = Settings::mainStore();
@@ -31,6 +32,8 @@ public:
             store.setValue(Settings::loggerKey(i), i == 0 ? firstPort : name(i));
             store.setValue(Settings::groupKey(i), QStringLiteral("Group %1").arg(QChar('A' + i)));
         }
+        for (const char* key : switchedOff)
+            store.setValue(QLatin1String(key), false);
         store.sync();
         window.reset(new MainWindow(&prompt));
         manager = window->findChild<multiConnectionsManager*>();

@@ -1,0 +1,237 @@
+#include "app/mainwindow.h"
+
+#include "app/runrecorder.h"
+#include "classroom/classrun.h"
+#include "classroom/commandqueue.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "common/userprompt.h"
+#include "common/waits.h"
+#include "data/expdata.h"
+#include "graph/plot.h"
+#include "graph/storedmarks.h"
+#include "instruments/statusline.h"
+
+#include <QComboBox>
+#include <QFileInfo>
+#include <QStatusBar>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int msSaved = 4000; // a line about what was saved
+
+constexpr const char* layoutNames[] = {"individual", "class", "all"};
+
+int layoutNumber(const QString& name)
+{
+    const auto* found = std::find(std::begin(layoutNames), std::end(layoutNames), name);
+    return found == std::end(layoutNames) ? int(LAYOUT_MULTI_COMBO) : int(found - std::begin(layoutNames));
+}
+
+} // namespace
+
+// --- Save ---
+
+Lesson MainWindow::takeLesson() const
+{
+    Lesson lesson;
+    const bool areCellsSeen = !graphGridW->isHidden();
+    lesson.layout = QLatin1String(layoutNames[graph->isHidden() ? LAYOUT_MULTI_WINDOWS
+                                              : areCellsSeen    ? LAYOUT_MULTI_COMBO
+                                                                : LAYOUT_MULTI_TOGETHER]);
+    lesson.begun = runBegun;
+    lesson.isClassOfFile = isOnlyStaticClassMode;
+    for (int i = -1; i < mTembrin->nDefTembrins(); ++i) {
+        const ExpData& set = i < 0 ? *mTembrin->dataC() : *mTembrin->dataAt(i);
+        const Plot* const plot = i < 0 ? graph : mTembrin->plotAt(i);
+        plot->keepCurveModesInData();
+        Lesson::Part part;
+        part.isClass = i < 0;
+        part.slot = i;
+        part.group = i < 0 ? QString() : set.getGroupName();
+        if (i >= 0 && (set.getXSize() == 0 || part.group.isEmpty()))
+            part.group = titleName(i);
+        part.isInClass = i >= 0 && mTembrin->run().classSet().isMember(i);
+        part.isStored = set.getNSens() > 0 && (i < 0 || set.getXSize() > 0 || !plot->markers.isEmpty());
+        if (part.isStored) {
+            part.experiment = StoredExperiment::of(set, true, i < 0);
+            part.experiment.title = i < 0 ? plot->title().text() : part.group;
+            part.experiment.lineMarkers = StoredMarks::of(plot->markers, set, true);
+            for (const Plot* bar : i < 0 ? QVector<Plot*>() : mTembrin->viewsOf(i)) {
+                if (bar != plot)
+                    part.experiment.barMarkers = StoredMarks::of(bar->markers, set, true);
+            }
+        }
+        lesson.parts.append(part);
+    }
+    return lesson;
+}
+
+/// The file comes about on another thread: a run goes on meanwhile, and the program waits with leaving.
+bool MainWindow::writeLesson(const QString& fname, QString* reason)
+{
+    const Lesson lesson = takeLesson();
+    QVector<ExpData*> marked; // what is done to them meanwhile raises the mark anew
+    for (int i = -1; i < mTembrin->nDefTembrins(); ++i) {
+        ExpData* const set = i < 0 ? mTembrin->dataC() : mTembrin->dataAt(i);
+        if (set->isNeedSave())
+            marked.append(set);
+        markSaved(i);
+        if (i >= 0 && mTembrin->isRunning(i))
+            savedRunning |= quint8(1u << i);
+    }
+    bool isWritten = false;
+    isSaving = true;
+    statusBar()->showMessage(tr("%1 is being saved.").arg(QFileInfo(fname).fileName()));
+    Waits::whileWorking([&] { isWritten = LessonFile::write(fname, lesson, reason); });
+    statusBar()->clearMessage();
+    isSaving = false;
+    if (!isWritten) {
+        for (ExpData* set : qAsConst(marked))
+            set->setNeedSave(true);
+    }
+    return isWritten;
+}
+
+bool MainWindow::saveLesson(const QString& fname, QString* reason)
+{
+    const bool isWritten = writeLesson(fname, reason);
+    const QString name = QFileInfo(fname).fileName();
+    if (isWritten) {
+        qCInfo(appLog, "saved %s", qPrintable(fname));
+        recorder->noteSaved();
+        screenFile.keep(fname, *mTembrin->dataC(), true);
+        showFileName();
+        statusBar()->showMessage(savedRunning == 0
+                                     ? tr("%1 was saved.").arg(name)
+                                     : tr("%1 was saved as far as the run has come; it goes on.").arg(name),
+                                 msSaved);
+    }
+    if (std::exchange(isLeavingAsked, false))
+        QMetaObject::invokeMethod(this, &MainWindow::doExit, Qt::QueuedConnection);
+    return isWritten;
+}
+
+// --- Open ---
+
+/// It would take the place of what is just being measured.
+bool MainWindow::isBusyForLesson()
+{
+    const bool isBusy = mTembrin->isAnyRunning() || !mTembrin->queue().isIdle();
+    if (isBusy)
+        statusLine->setOutcome(tr("A lesson can be opened when no logger is busy."));
+    return isBusy;
+}
+
+void MainWindow::openLesson(const QString& fname)
+{
+    const QString question =
+        tr("Do you want to save experiment and annotations before another lesson takes their place?");
+    bool isAsked = false;
+    if (isBusyForLesson() || !settleUnsaved(QString(), question, question, &isAsked))
+        return;
+    Lesson lesson;
+    QString reason;
+    bool isRead = false;
+    isSaving = true;
+    Waits::whileWorking([&] { isRead = LessonFile::read(fname, &lesson, &reason); });
+    isSaving = false;
+    if (std::exchange(isLeavingAsked, false)) {
+        QMetaObject::invokeMethod(this, &MainWindow::doExit, Qt::QueuedConnection);
+        return;
+    }
+    if (!isRead && fname == argumentFile)
+        prompt->warning(this, tr("File not opened"), reason); // a line would go with the first connection
+    if (isRead && isBusyForLesson())                          // a logger was started with its own key
+        return;
+    if (isRead) {
+        qCInfo(appLog, "opened %s", qPrintable(fname));
+        showLesson(lesson);
+        screenFile.keep(fname, *mTembrin->dataC(), reason.isEmpty());
+        showFileName();
+    }
+    statusBar()->showMessage(reason);
+}
+
+void MainWindow::showLesson(const Lesson& lesson)
+{
+    handleOnlyStaticClassMode(false);
+    mTembrin->run().forget();
+    Lesson::Part classPart;
+    Lesson::Part groups[mostLoggers];
+    int needed = 0;
+    quint8 members = 0;
+    for (const Lesson::Part& part : lesson.parts) {
+        (part.isClass ? classPart : groups[part.slot]) = part;
+        needed = qMax(needed, part.slot + 1);
+        if (part.isInClass)
+            members |= quint8(1u << part.slot);
+    }
+    if (needed > mTembrin->nDefTembrins())
+        setDisplayForNLoggers(needed);
+    namedByLesson = 0;
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
+        showGroupPart(i, groups[i]);
+    runBegun = lesson.begun;
+    showClassPart(classPart);
+    mTembrin->run().classSet().restore(members);
+    if (!classPart.isStored) // broken: from the groups that could be read
+        mTembrin->run().classSet().rebuild(members);
+    mTembrin->dataC()->makeUniformScales();
+    updateAll(-1);
+    updateLayout(layoutNumber(lesson.layout));
+    if (lesson.isClassOfFile)
+        handleOnlyStaticClassMode(true);
+    for (int i = -1; i < mTembrin->nDefTembrins(); ++i)
+        (i < 0 ? mTembrin->dataC() : mTembrin->dataAt(i))->setNeedSave(false);
+}
+
+/// A slot that the lesson has nothing of is empty.
+void MainWindow::showGroupPart(int slot, const Lesson::Part& part)
+{
+    ExpData* const set = mTembrin->dataAt(slot);
+    int lostPictures = 0;
+    set->setXYIndex(-1);
+    if (part.isStored)
+        part.experiment.fill(set, false);
+    else
+        set->setDataNewEmpty(set->getSensors(), set->dt);
+    const int active = qMax(0, set->getSelectedSensor());
+    set->setGroupName(part.group);
+    set->setXRange();
+    if (!part.group.isEmpty())
+        namedByLesson |= quint8(1u << slot);
+    if (!part.experiment.barMarkers.isEmpty())
+        mTembrin->barAt(slot);
+    for (Plot* plot : mTembrin->viewsOf(slot)) {
+        const auto& marks =
+            plot == mTembrin->plotAt(slot) ? part.experiment.lineMarkers : part.experiment.barMarkers;
+        plot->setMarkers();
+        plot->setMarkers(StoredMarks::made(marks, part.experiment, 0, &lostPictures));
+    }
+    showTitle(slot);
+    updateAll(slot);
+    setSelected(slot, active);
+    mTembrin->plotAt(slot)->forceDefaultSetScale();
+}
+
+void MainWindow::showClassPart(const Lesson::Part& part)
+{
+    ExpData* const set = mTembrin->dataC();
+    int lostPictures = 0;
+    set->setXYIndex(-1);
+    graph->setMarkers();
+    runTitle = part.experiment.title;
+    graph->updateTitle(runTitle);
+    if (!part.isStored)
+        return;
+    part.experiment.fill(set, false);
+    const int active = qMax(0, set->getSelectedSensor());
+    graph->setMarkers(StoredMarks::made(part.experiment.lineMarkers, part.experiment, 0, &lostPictures));
+    set->makeUniformScalesAfterOpen();
+    part.experiment.fixClassRanges(set);
+    set->setXRange();
+    updateAll(-1);
+    setSelected(-1, active);
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QString>
+#include <QVector>
+
+#include "data/storedexperiment.h"
+
+/// All that a class has on its graphs. A value, which may go to another thread.
+struct Lesson
+{
+    struct Part
+    {
+        bool isClass = false;
+        int slot = -1; ///< of a group
+        QString group;
+        bool isInClass = false; ///< the group's chosen channel is one of the class
+        bool isStored = false;  ///< there is an experiment; a group in use may have none
+        StoredExperiment experiment;
+    };
+
+    QString layout;
+    QDateTime begun;            ///< the run
+    bool isClassOfFile = false; ///< the class came from a file of its own, and not from the groups
+    QVector<Part> parts;
+};
+
+/// The container that a lesson is kept in, as docs/lesson-format.md has it. Any thread.
+class LessonFile
+{
+    Q_DECLARE_TR_FUNCTIONS(LessonFile)
+
+public:
+    /// False, with the reason, leaves the file that was there as it was.
+    static bool write(const QString& filename, const Lesson& lesson, QString* reason);
+    /// False, with the reason, if nothing of it can be used. Else `reason` names what had to be left out.
+    static bool read(const QString& filename, Lesson* lesson, QString* reason);
+    /// The same from the bytes of a file; `reason` gets only the cause.
+    static bool read(const QByteArray& bytes, Lesson* lesson, QString* reason);
+
+    static constexpr int version = 1;
+    static constexpr int mostEntries = 64;
+    static constexpr qint64 mostManifest = 1 << 20;            ///< bytes
+    static constexpr qint64 mostUnpacked = Q_INT64_C(4) << 30; ///< bytes of all experiments together
+};
