@@ -6,6 +6,7 @@
 #include <QDomDocument>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTextStream>
@@ -16,12 +17,14 @@
 #include <malloc.h>
 
 #include "data/expdata.h"
+#include "persistence/lesson.h"
 #include "persistence/readwrite.h"
 
 namespace {
 
 constexpr int channels = 9;
 constexpr int samples = 30000;
+constexpr int groups = 8;
 constexpr int rounds = 7;
 
 struct Figures
@@ -42,7 +45,9 @@ QVector<double> values(int channel)
 {
     QVector<double> v(samples);
     for (int i = 0; i < samples; ++i)
-        v[i] = 20 + channel + 8 * std::sin(i * 0.003 + channel) + 0.37 * std::sin(i * 1.7);
+        v[i] =
+            std::round(100 * (20 + channel + 8 * std::sin(i * 0.003 + channel) + 0.37 * std::sin(i * 1.7))) *
+            0.01; // in steps, as loggers measure
     return v;
 }
 
@@ -104,6 +109,35 @@ void treeWrite(const QString& name, const ExpData& data)
     check(stream.status() == QTextStream::Ok, "tree write");
 }
 
+/// Eight groups of eight channels and the class, with all digits that a lesson keeps.
+Lesson lesson()
+{
+    Lesson lesson;
+    for (int slot = -1; slot < groups; ++slot) {
+        ExpData data;
+        fill(&data);
+        Lesson::Part part;
+        part.isClass = slot < 0;
+        part.slot = slot;
+        part.isInClass = part.isStored = true;
+        part.experiment = StoredExperiment::of(data, true, slot < 0);
+        if (slot >= 0)
+            part.experiment.channels.removeLast();
+        lesson.parts.append(part);
+    }
+    return lesson;
+}
+
+void lessonTask(const QString& task, const QString& name, const Lesson& lesson)
+{
+    QString reason;
+    Lesson read;
+    if (task == QLatin1String("lesson-write"))
+        check(LessonFile::write(name, lesson, &reason), "lesson write");
+    else
+        check(LessonFile::read(name, &read, &reason) && reason.isEmpty(), "lesson read");
+}
+
 void ownRead(const QString& name)
 {
     ExpData data;
@@ -131,15 +165,18 @@ double statusMegabytes(const char* key)
 int runTask(const QString& task, const QString& name)
 {
     ExpData data;
-    if (task.endsWith(QLatin1String("write")))
+    if (task.endsWith(QLatin1String("write")) && !task.startsWith(QLatin1String("lesson")))
         fill(&data);
+    const Lesson toWrite = task == QLatin1String("lesson-write") ? lesson() : Lesson();
     malloc_trim(0);
     QFile peak(QStringLiteral("/proc/self/clear_refs")); // "5" makes the peak start anew
     check(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && peak.write("5") == 1, "peak");
     const double before = statusMegabytes("VmRSS:");
     QElapsedTimer timer;
     timer.start();
-    if (task == QLatin1String("own-write"))
+    if (task.startsWith(QLatin1String("lesson")))
+        lessonTask(task, name, toWrite);
+    else if (task == QLatin1String("own-write"))
         ownWrite(name, data);
     else if (task == QLatin1String("tree-write"))
         treeWrite(name, data);
@@ -200,5 +237,17 @@ int main(int argc, char** argv)
     std::printf("%-6s %12s %12s %8s   %11s %11s %8s\n", "", "own", "tree", "faster", "own", "tree", "less");
     compare("save", QStringLiteral("own-write"), QStringLiteral("tree-write"), own, tree);
     compare("open", QStringLiteral("own-read"), QStringLiteral("tree-read"), own, own);
+    std::printf("lesson, %d groups of %d channels and the class\n", groups, channels - 1);
+    const QString name = folder.filePath(QStringLiteral("bench.lesson"));
+    for (const char* task : {"lesson-write", "lesson-read"}) {
+        QVector<double> ms, mb;
+        for (int i = 0; i < rounds; ++i) {
+            const Figures figures = inOwnProcess(QLatin1String(task), name);
+            ms << figures.ms;
+            mb << figures.megabytes;
+        }
+        std::printf("%-12s %9.1f ms %9.1f MB\n", task, median(ms), median(mb));
+    }
+    std::printf("size %9.1f MB\n", double(QFileInfo(name).size()) / (1 << 20));
     return 0;
 }

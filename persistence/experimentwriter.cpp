@@ -133,6 +133,15 @@ void Utf16Xml::escape(const QString& value, bool isAttribute)
     }
 }
 
+/// Nobody knows the digits of a derived or imported channel beforehand, and a lesson keeps what was measured.
+int decimalsOfValues(const Channel& channel, bool isPart)
+{
+    constexpr int significant = 12;
+    const bool areUsualEnough = !isPart && channel.sensorID != SENSOR_SPECIAL;
+    return areUsualEnough ? channel.decimals
+                          : std::max(channel.decimals, StoredDigits::decimals(channel.samples, significant));
+}
+
 /// What a derived or imported channel measures, which its ID does not say.
 void writeSpecial(Utf16Xml& xml, const Channel& channel)
 {
@@ -153,6 +162,9 @@ void writeRange(Utf16Xml& xml, const Channel& channel, bool isPart)
     if (isPart && !channel.isRangeFixed) {
         low = high = 0;
         ExpData::findMinMax(channel.samples, low, high);
+        const double scale = std::pow(10.0, decimalsOfValues(channel, isPart));
+        low = std::round(low * scale) / scale; // as they come back
+        high = std::round(high * scale) / scale;
         const double margin = (high - low) / 10;
         low = roundedTo5(low - margin, high - low);
         high = roundedTo5(high + margin, high - low);
@@ -173,15 +185,6 @@ void writePart(Utf16Xml& xml, const Channel& channel)
     if (!channel.group.isEmpty())
         xml.attribute(u"group", channel.group);
     xml.attribute(u"ownName", channel.ownName);
-}
-
-/// Nobody knows the digits of a derived or imported channel beforehand, and a lesson keeps what was measured.
-int decimalsOfValues(const Channel& channel, bool isPart)
-{
-    constexpr int significant = 12;
-    const bool areUsualEnough = !isPart && channel.sensorID != SENSOR_SPECIAL;
-    return areUsualEnough ? channel.decimals
-                          : std::max(channel.decimals, StoredDigits::decimals(channel.samples, significant));
 }
 
 void writeRootStart(Utf16Xml& xml, const StoredExperiment& experiment)

@@ -1,0 +1,14 @@
+// Any bytes that may stand in a lesson given to Open.
+#include "persistence/lesson.h"
+#include "fuzz/application.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, size_t size)
+{
+    ensureApplication();
+    Lesson lesson;
+    QString reason;
+    const auto file = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), int(size));
+    if (!LessonFile::read(file, &lesson, &reason) && reason.isEmpty())
+        abort(); // a refusal always says why
+    return 0;
+}
