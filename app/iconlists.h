@@ -16,5 +16,6 @@ enum regressionCode
     REG_QUAD = 3,
     REG_SMOOTH = 5,
     REG_DERIVATIVE = 6,
-    REG_INTEGRAL = 7
+    REG_INTEGRAL = 7,
+    REG_STATISTICS = 8
 };

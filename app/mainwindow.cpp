@@ -63,6 +63,7 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     connectConnector();
     connectFlows();
     createRecovery();
+    unpackActivities();
     setupViews();
     setAcceptDrops(true);
     installEventFilter(this);

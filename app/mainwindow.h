@@ -264,6 +264,8 @@ private Q_SLOTS:
 
 private:
     void createTools();
+    void showStatistics();
+    QString rateName(double dt) const;
     void showMode();
 
     GraphTools* tools = nullptr;
@@ -277,6 +279,8 @@ private Q_SLOTS:
     void doExportImg();
     void doExport(int select);
     void doPrint();
+    /// Opens an activity in the desktop's viewer; an archive of activities is unpacked first.
+    void doPDF();
     /// Into the class view, which from then on shows the file and no loggers.
     void doReadClass(const QString& fname);
     /// The file of the command line: into the set of logger 0 and the class view.
@@ -308,6 +312,11 @@ private:
     bool writeExperiment(const QString& fname, int index, QString* reason);
     void showFileName();
     void warnNotWritten(const QString& reason);
+
+    // Activities, in mainwindow_activities.cpp
+
+    void addActivityChoice();
+    void unpackActivities();
 
     // Lessons, in mainwindow_files_lesson.cpp
 

@@ -4,11 +4,18 @@
 
 #include "app/graphtools.h"
 #include "app/iconlists.h"
+#include "app/statistics.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
 #include "graph/plot.h"
 #include "instruments/statusline.h"
+#include "protocol/tembrindata.h"
 
 #include <QAction>
+#include <QPointer>
 #include <QStyle>
+
+#include <algorithm>
 
 void MainWindow::createTools()
 {
@@ -95,5 +102,40 @@ void MainWindow::doFunctions(int select)
     case REG_INTEGRAL:
         tools->addIntegral();
         break;
+    case REG_STATISTICS:
+        showStatistics();
+        break;
     }
+}
+
+/// As the setup names it.
+QString MainWindow::rateName(double dt) const
+{
+    const auto* const found = std::find(std::begin(RateTables::seconds), std::end(RateTables::seconds), dt);
+    if (found != std::end(RateTables::seconds))
+        return mTembrin->tembrinDataAt(0)->RateNames.value(int(found - std::begin(RateTables::seconds)));
+    return dt > 0 ? tr("%1 s").arg(dt) : mTembrin->tembrinDataAt(0)->RateNames.value(0);
+}
+
+void MainWindow::showStatistics()
+{
+    const ExpData* const set = tools->targetData();
+    if (!set)
+        return;
+    const SensorPtr& sensor = set->getActiveSensor();
+    if (set->getXSize() < 2 || !sensor) {
+        statusLine->setOutcome(tr("Statistics need at least two samples."));
+        return;
+    }
+    double min = 0;
+    double max = 0;
+    double average = 0;
+    double deviation = 0;
+    set->calcStat(&min, &max, &average, &deviation);
+    const QPointer<statistics> dialog = new statistics(this);
+    dialog->update(sensor->nameForLegend(true), min, max, average, deviation, set->getXSize(),
+                   rateName(set->dt));
+    dialog->exec();
+    if (dialog)
+        dialog->deleteLater();
 }

@@ -41,6 +41,7 @@ constexpr ListItem regressionItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Smooth"), ":/icons/2018P2/Smooth.png", REG_SMOOTH},
     {QT_TRANSLATE_NOOP("MainWindow", "Derivative"), ":/icons/2018P2/Derivative.png", REG_DERIVATIVE},
     {QT_TRANSLATE_NOOP("MainWindow", "Integral"), ":/icons/2018P2/Integral.png", REG_INTEGRAL},
+    {QT_TRANSLATE_NOOP("MainWindow", "Statistics"), ":/icons/2018P2/ViewBar.png", REG_STATISTICS},
 };
 
 constexpr ListItem layoutItems[] = {
@@ -162,6 +163,7 @@ void MainWindow::createToolBars()
         {colabConnectAct, basicSetupAct, runAct, stopAct, downloadAct, advancedSetupAct});
     stopAct->setVisible(false);
     addDownloadChoice();
+    addActivityChoice();
     layouts = addIconList(appToolBar, IconList::Kind::State, "layouts", tr("Layout"));
     views = addIconList(appToolBar, IconList::Kind::State, "views", tr("View"));
     if (QGuiApplication::primaryScreen()->size().width() >= narrowScreen)

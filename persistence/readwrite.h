@@ -74,11 +74,17 @@ public:
     /// The folder of `fullpath` becomes the data folder.
     static void setDefaultDataPath(const QString& fullpath);
     static QString getActivityPath();
-    /// Unpacks what lies packed in the two folders, on a thread of its own; returns at once.
-    static void unpackIfNeeded();
-    /// Unpacks the first archive of a folder that has no PDF or XML file yet, and removes it. An archive that
+    /// The folder that was chosen for activities; empty while none was. Where files are saved is another.
+    static QString activityFolder();
+    /// The folder of `fullpath` becomes that of the activities.
+    static void setActivityFolder(const QString& fullpath);
+    /// Hears how far an archive has come.
+    using Progress = std::function<void(const QString& archive, int percent)>;
+    /// Unpacks the first archive of a folder that has no PDF or XML file yet, and removes it when all of it
+    /// arrived; where a part of it could do harm that is left out, named, and the archive stays. One that
     /// can't be unpacked is renamed to end in ".failed". True if files were unpacked. Any thread.
-    static bool unpackIfNeeded(const QString& path, QString* reason = nullptr);
+    static bool unpackIfNeeded(const QString& path, QString* reason = nullptr,
+                               const Progress& progress = Progress());
     /// Registers with the whiteboard software; nothing to do off Windows.
     static void CheckAndInstallMimio();
 };

@@ -167,6 +167,50 @@ template<class Source> bool exportAsked(Source* source, bool extra, UserPrompt* 
     return ReadWrite::exportDocument(source, filename, reason);
 }
 
+bool drawPage(QPrinter* printer, Plot* plot)
+{
+    QwtPlotRenderer renderer;
+    renderer.setDiscardFlag(QwtPlotRenderer::DiscardCanvasBackground);
+    renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground); // ink is for the curves
+    if (printer->colorMode() == QPrinter::GrayScale)
+        renderer.setLayoutFlag(QwtPlotRenderer::FrameWithScales);
+    QPainter painter;
+    if (!painter.begin(printer))
+        return false;
+    const QRectF page(QPointF(0, 0), printer->pageRect(QPrinter::DevicePixel).size());
+    painter.fillRect(page, Qt::white);
+    plot->setTextsForPaper(true);
+    renderer.render(plot, &painter, page);
+    plot->setTextsForPaper(false);
+    return painter.end() && printer->printerState() != QPrinter::Error;
+}
+
+/// A page that goes into a file comes about beside it, so that a full disk leaves what was there.
+void printOn(QPrinter* printer, Plot* plot, QString* failure)
+{
+    const QString target = printer->outputFileName();
+    const QTemporaryDir apart;
+    if (!target.isEmpty())
+        printer->setOutputFileName(apart.filePath(QStringLiteral("page.pdf")));
+    if (!drawPage(printer, plot)) {
+        *failure = ReadWrite::tr("\"%1\" can't be printed on %2")
+                       .arg(plot->title().text(), target.isEmpty() ? printer->printerName() : target);
+        return;
+    }
+    if (target.isEmpty())
+        return;
+    QFile page(printer->outputFileName());
+    SafeFile file(target);
+    const bool isRead = page.open(QIODevice::ReadOnly) && page.size() > 0;
+    if (isRead)
+        file.write(page.readAll());
+    if (!isRead)
+        *failure =
+            ReadWrite::tr("%1 can't be written: %2").arg(QFileInfo(target).fileName(), page.errorString());
+    else if (!file.commit())
+        *failure = file.reason();
+}
+
 } // namespace
 
 QString ReadWrite::getImageSaveFileName(bool extra, UserPrompt* prompt)
@@ -225,26 +269,13 @@ bool ReadWrite::print(Plot* plot, const PrinterChoice& choose, QString* reason)
     if (!title.isEmpty())
         printer.setDocName(title.replace(QLatin1Char('\n'), QStringLiteral(" -- ")));
     printer.setCreator(QStringLiteral("Bode example"));
-    bool isPrinted = true;
-    if (choose && choose(&printer)) {
-        QwtPlotRenderer renderer;
-        renderer.setDiscardFlag(QwtPlotRenderer::DiscardCanvasBackground);
-        if (printer.colorMode() == QPrinter::GrayScale) {
-            renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground);
-            renderer.setLayoutFlag(QwtPlotRenderer::FrameWithScales);
-        }
-        QPainter painter;
-        isPrinted = painter.begin(&printer);
-        if (isPrinted) {
-            renderer.render(plot, &painter,
-                            QRectF(QPointF(0, 0), printer.pageRect(QPrinter::DevicePixel).size()));
-            isPrinted = painter.end() && printer.printerState() != QPrinter::Error;
-        }
-    }
+    QString failure;
+    if (choose && choose(&printer))
+        printOn(&printer, plot, &failure);
     plot->setForPrint(false);
-    if (!isPrinted && reason)
-        *reason = tr("\"%1\" can't be printed on %2").arg(title, printer.printerName());
-    return isPrinted;
+    if (reason)
+        *reason = failure;
+    return failure.isEmpty();
 }
 
 bool ReadWrite::askForPrinter(QPrinter* printer)

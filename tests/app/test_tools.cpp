@@ -1,8 +1,11 @@
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QMouseEvent>
+#include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <QWheelEvent>
 
 #include <qwt_text.h>
@@ -145,9 +148,31 @@ private Q_SLOTS:
         QCOMPARE(layouts->currentIndex(), 1);
         bench.action("layoutAct1")->trigger();
         QTest::keyClick(functions(bench), Qt::Key_End);
+        QTest::keyClick(functions(bench), Qt::Key_Up); // from the statistics
         QTest::keyClick(functions(bench), Qt::Key_Return);
         QCOMPARE(plot->markers.last()->label().text().left(8), QStringLiteral("Integral"));
         QCOMPARE(plot->markers.size(), 6);
+    }
+
+    void statisticsAreOfTheChosenSensor()
+    {
+        ClassBench bench(1);
+        bench.sample(0, 0, 2);
+        QComboBox* const list = functions(bench);
+        const auto choose = [list] { Q_EMIT list->activated(list->count() - 1); };
+        choose();
+        QVERIFY(bench.window->findChild<StatusLine*>()->outcome().startsWith("Statistics need"));
+        bench.sample(0, 1, 4);
+        QTimer::singleShot(0, this, [] {
+            auto* const dialog = QApplication::activeModalWidget();
+            QVERIFY(dialog && dialog->objectName() == "statistics");
+            dialog->findChild<QPushButton*>("copy")->click();
+            dialog->close();
+        });
+        choose();
+        QCOMPARE(QGuiApplication::clipboard()->text(),
+                 QString("Humidity sensor statistics\nMinimum=2\nMaximum=4\nAverage=3.0\n"
+                         "Standard Deviation=1.0\nNumber of samples=2\nSampling rate=1/Sec\n"));
     }
 
     void toolsGoToTheGraphThatIsSeen()

@@ -12,11 +12,11 @@
 #include "graph/myplotmarker.h"
 #include "graph/plot.h"
 #include "graph/scalemanager.h"
+#include "persistence/experimentreader.h"
 #include "persistence/experimentwriter.h"
 #include "persistence/numbertext.h"
 #include "persistence/readwrite.h"
 #include "persistence/safefile.h"
-#include "persistence/experimentreader.h"
 #include "tests/common/testsupport.h"
 #include "tests/persistence/testexperiment.h"
 
