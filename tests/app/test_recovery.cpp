@@ -94,7 +94,7 @@ private Q_SLOTS:
         QVERIFY(bench.prompt.asked.join(QString()).contains(QLatin1String("Changes not saved")));
 
         QTemporaryDir folder;
-        bench.prompt.file = folder.filePath(QStringLiteral("a.xml"));
+        bench.prompt.file = folder.filePath(QStringLiteral("a.lesson"));
         bench.action("saveAct")->trigger();
         QTRY_COMPARE(journals(), 0);
         QCOMPARE(refused(), 0);
@@ -117,7 +117,7 @@ private Q_SLOTS:
         for (int i = 0; isOver && i < 2; ++i)
             bench.tellEnd(i);
         QTemporaryDir folder;
-        bench.prompt.file = folder.filePath(QStringLiteral("a.xml"));
+        bench.prompt.file = folder.filePath(QStringLiteral("a.lesson"));
         bench.action(then)->trigger();
         bench.window.reset(); // the writer's last word
         QTEST(journals(), "journals");
