@@ -193,12 +193,11 @@ void LoggerConnector::seek(int slot, bool isOn)
     if (place.isSought == isOn || (isOn && (slot >= inUse || loggers[slot]->isConnect)))
         return;
     place.isSought = isOn;
-    if (isOn && !place.isOpening && !place.retry.isActive()) {
-        place.tries = 0;
-        place.retry.start(msBetweenAttempts);
-    } else if (!isOn) {
+    place.tries = 0;
+    if (!isOn)
         place.retry.stop();
-    }
+    else if (!place.isOpening)
+        place.retry.start(msBetweenAttempts);
     Q_EMIT seeking(slot, isOn);
 }
 

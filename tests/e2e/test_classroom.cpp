@@ -1,3 +1,4 @@
+#include "classroom/commandqueue.h"
 #include "tests/e2e/virtualclassbench.h"
 
 class TestClassroom : public VirtualClassBench
@@ -71,11 +72,14 @@ private Q_SLOTS:
         const int before = data(0)->getXSize();
         QTRY_VERIFY_WITH_TIMEOUT(data(0)->getXSize() > before + 100, 5000);
         stop(4);
+        QTRY_VERIFY_WITH_TIMEOUT(manager->queue().isIdle(), 8000);
         readRecord();
         for (int i = 0; i < 4; ++i)
             QCOMPARE(wrongRows(i), QStringList());
         for (int i : {0, 1, 3})
             QCOMPARE(data(i)->getXSize(), samplesSent(i));
+        QVERIFY(data(2)->getXSize() > samplesSent(2)); // none is missing
+        QCOMPARE(qRound(data(2)->getX().constLast() / data(2)->dt), data(2)->getXSize() - 1);
     }
 };
 

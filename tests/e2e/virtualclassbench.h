@@ -182,13 +182,16 @@ protected:
         return row;
     }
 
-    /// The stored samples of a logger that are not what it sent under their number.
+    /// The stored samples of a logger that are not what it sent under their number. What it never sent came
+    /// from its memory.
     QStringList wrongRows(int i) const
     {
         QStringList wrong;
         const ExpData* set = data(i);
         for (int k = 0; k < set->getXSize(); ++k) {
             const int number = qRound(set->getXAt(k) / set->dt);
+            if (!record[i].contains(number))
+                continue;
             QVector<double> stored;
             for (int channel = 0; channel < set->getNSens(); ++channel)
                 stored.append(set->getYNoConvAt(channel, k));
