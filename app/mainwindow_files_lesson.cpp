@@ -158,6 +158,7 @@ void MainWindow::showLesson(const Lesson& lesson)
 {
     handleOnlyStaticClassMode(false);
     mTembrin->run().forget();
+    recorder->setAside();
     Lesson::Part classPart;
     Lesson::Part groups[mostLoggers];
     int needed = 0;

@@ -43,7 +43,7 @@ void MainWindow::createRecovery()
 
 void MainWindow::restoreRun()
 {
-    if (mTembrin->isAnyRunning() || !mTembrin->queue().isIdle()) {
+    if (isSaving || mTembrin->isAnyRunning() || !mTembrin->queue().isIdle()) {
         statusLine->setOutcome(tr("A run can be restored when no logger is busy."));
         return;
     }

@@ -3,6 +3,7 @@
 #include "app/classnotices.h"
 #include "app/refreshclock.h"
 #include "app/runline.h"
+#include "app/runrecorder.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/jobtexts.h"
@@ -128,6 +129,8 @@ void MainWindow::doStopAll()
 
 void MainWindow::showEndOfRun()
 {
+    if (!isSaving) // else it is not known yet whether it is saved
+        recorder->noteSaved();
     hideBusyTitle();
     refreshClock->mark(graph);
     if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinAt(0)->Vorta_drawOnline)

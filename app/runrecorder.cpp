@@ -43,10 +43,9 @@ RunRecorder::RunRecorder(multiConnectionsManager* manager, QObject* parent)
     timer.setInterval(msToKeep);
     connect(&timer, &QTimer::timeout, this, &RunRecorder::handOver);
     const ClassRun* run = &manager->run();
-    connect(run, &ClassRun::begun, this, &RunRecorder::beginRun);
+    connect(run, &ClassRun::begun, this, &RunRecorder::setAside);
     connect(run, &ClassRun::experimentBegun, this, &RunRecorder::beginGroup);
     connect(run, &ClassRun::rowTaken, this, &RunRecorder::takeRow);
-    connect(run, &ClassRun::ended, this, &RunRecorder::noteSaved);
     connect(&writer, &JournalWriter::failed, this, [this](const QString& reason) {
         Q_EMIT failed(tr("This run is not kept for the case of a crash: %1").arg(reason));
     });
@@ -58,13 +57,10 @@ RunRecorder::~RunRecorder()
     writer.end();
 }
 
-/// What another run takes the place of, and is in no file, is not lost without a word of a person.
-void RunRecorder::beginRun()
+void RunRecorder::setAside()
 {
     handOver();
-    if (isOpen && isSaved())
-        writer.remove();
-    else if (isOpen)
+    if (isOpen)
         writer.refuse();
     forget();
 }
@@ -176,7 +172,7 @@ void RunRecorder::rewrite(int slot)
 
 void RunRecorder::adopt(const FoundJournal& journal, quint8 groups)
 {
-    beginRun();
+    setAside();
     writer.adopt(journal.path, journal.lock);
     isOpen = true;
     inRun = groups;
@@ -184,9 +180,6 @@ void RunRecorder::adopt(const FoundJournal& journal, quint8 groups)
 
 void RunRecorder::leave()
 {
-    handOver();
-    if (isOpen)
-        writer.refuse();
-    forget();
+    setAside();
     writer.finish();
 }

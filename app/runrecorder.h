@@ -24,13 +24,17 @@ public:
     /// What is unsaved stays for the next start.
     ~RunRecorder() override;
 
-    /// Something was saved: the journal goes if all of its run was, and the run is over.
+    /// Something was saved, or the run has ended: the journal goes if all of its run was saved and it is
+    /// over.
     void noteSaved();
     /// The set of logger `slot` was put together anew, with what it has now.
     void rewrite(int slot);
     /// The run on the screen is that of an earlier start.
     void adopt(const FoundJournal& journal, quint8 groups);
-    /// The program is left, and whoever wanted to save has saved.
+    /// Something else takes the place of the run. If it is in no file, that was a person's wish; what was
+    /// kept of it stays for a while all the same.
+    void setAside();
+    /// The same at the end of the program.
     void leave();
 
 Q_SIGNALS:
@@ -38,7 +42,6 @@ Q_SIGNALS:
     void failed(const QString& line);
 
 private:
-    void beginRun();
     void beginGroup(int slot);
     void takeRow(int slot, double time, const QVector<double>& values);
     void writeGroup(int slot);

@@ -36,7 +36,7 @@ QColor shadeWith(double contrast, const QColor& from, const QColor& to, const QC
 {
     constexpr int steps = 20;
     for (int i = 0; i < steps; ++i) {
-        const QColor shade = GraphDesign::mixed(from, to, double(i) / steps);
+        QColor shade = GraphDesign::mixed(from, to, double(i) / steps);
         if (Contrast::between(shade, ground) >= contrast)
             return shade;
     }
