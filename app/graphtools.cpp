@@ -22,7 +22,10 @@ void GraphTools::watch(Plot* plot)
 {
     plot->canvas()->installEventFilter(this);
     connect(plot, &Plot::told, this, &GraphTools::told);
-    connect(plot, &Plot::twoMarkersUpdated, this, &GraphTools::told);
+    connect(plot, &Plot::twoMarkersUpdated, this, [this, plot](const QString& text) {
+        distances[plot] = text;
+        tellDistance();
+    });
     if (present != Mode::Slope)
         turn(plot, present, true);
 }
@@ -36,6 +39,11 @@ bool GraphTools::eventFilter(QObject* object, QEvent* event)
         }
     }
     return QObject::eventFilter(object, event);
+}
+
+void GraphTools::tellDistance()
+{
+    Q_EMIT distanceTold(distances.value(seen()));
 }
 
 // --- The graph that is meant ---
@@ -146,6 +154,7 @@ void GraphTools::setMode(Mode mode, bool tf)
 
 void GraphTools::follow()
 {
+    tellDistance();
     if (present != Mode::Slope)
         return;
     Plot* const plot = seen();

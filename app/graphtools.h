@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QObject>
 #include <QPointer>
 
@@ -55,6 +56,8 @@ Q_SIGNALS:
     void pressed(int index);
     /// Why nothing was done, or what to do.
     void told(const QString& text);
+    /// How far the two crosses of the graph that the tools go to are apart; empty without them.
+    void distanceTold(const QString& text);
     /// The set of a logger, or of the class (-1), has other samples or channels.
     void edited(int index);
 
@@ -62,6 +65,7 @@ protected:
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
+    void tellDistance();
     void forEachPlot(const std::function<void(Plot*)>& visit) const;
     QList<Plot*> shownPlots() const;
     Plot* seen() const;
@@ -70,6 +74,7 @@ private:
 
     multiConnectionsManager* const manager;
     Mode present = Mode::None;
+    QHash<const Plot*, QString> distances;
     QPointer<Plot> sloped;      ///< has the tangent
     QPointer<Plot> lastPressed; ///< in its canvas
 };

@@ -331,7 +331,13 @@ private:
     quint8 savedRunning = 0;     ///< groups that ran on when a lesson was saved last
     bool isSaving = false;       ///< on another thread
     bool isLeavingAsked = false; ///< meanwhile
-    quint8 namedByLesson = 0;    ///< a bit for each group whose title is that of an opened lesson
+    struct ConnectedGroup
+    {
+        QString port;
+        QString name;
+    };
+    ConnectedGroup connectedGroups[mostLoggers]; ///< as they were connected last
+    quint8 namedByLesson = 0; ///< a bit for each group whose title is that of an opened lesson
     int openMode = OPEN_NEW;
     ScreenFile screenFile;                        ///< of the set of the class
     std::function<bool(QPrinter*)> printerChoice; ///< empty for the system's dialog
@@ -363,6 +369,7 @@ private:
     Plot* createCell(int view, int index);
     QString titleOf(int index) const;
     void showTitle(int index);
+    void takeNewName(int index);
     void setNGraphs();
     void setDisplayForNLoggers(int N);
 

@@ -21,7 +21,8 @@ void MainWindow::createTools()
 {
     tools = new GraphTools(mTembrin, this);
     connect(tools, &GraphTools::modeChanged, this, &MainWindow::showMode);
-    connect(tools, &GraphTools::told, statusLine, &StatusLine::setOutcome);
+    connect(tools, &GraphTools::told, statusLine, &StatusLine::setAdvice);
+    connect(tools, &GraphTools::distanceTold, statusLine, &StatusLine::setMeasured);
     connect(tools, &GraphTools::edited, this, qOverload<int>(&MainWindow::updateAll));
     connect(tools, &GraphTools::pressed, this, &MainWindow::choosePlot);
 }
@@ -124,7 +125,7 @@ void MainWindow::showStatistics()
         return;
     const SensorPtr& sensor = set->getActiveSensor();
     if (set->getXSize() < 2 || !sensor) {
-        statusLine->setOutcome(tr("Statistics need at least two samples."));
+        statusLine->setAdvice(tr("Statistics need at least two samples."));
         return;
     }
     double min = 0;

@@ -4,6 +4,7 @@
 #include "classroom/loggerconnector.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/settings.h"
+#include "data/expdata.h"
 #include "graph/plot.h"
 #include "instruments/indicator.h"
 #include "instruments/statusline.h"
@@ -15,6 +16,8 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QStatusBar>
+
+#include <utility>
 
 namespace {
 constexpr int msConnected = 10000; // once all are there, that is no news for long
@@ -76,6 +79,7 @@ void MainWindow::showConnected(int index)
     advancedSetupAct->setEnabled(true);
     const QString name = nameOf(index);
     const QString group = mTembrin->groupName(index);
+    takeNewName(index);
     const QString away = awayText();
     statusBar()->showMessage(
         (tr("Connected to %1 (Bluetooth)").arg(group) + QStringLiteral("  ") + away).trimmed(),
@@ -85,6 +89,25 @@ void MainWindow::showConnected(int index)
     if (const PortListener* listener = mTembrin->tembrinAt(index)->listener)
         connect(listener, &PortListener::bootloadReady, this, &MainWindow::bootloadReady);
     showTitle(index);
+}
+
+/// What a logger measured for a group goes along when the group gets another name.
+void MainWindow::takeNewName(int index)
+{
+    ConnectedGroup& known = connectedGroups[index];
+    const ConnectedGroup now{mTembrin->tembrinAt(index)->portName, mTembrin->groupName(index)};
+    const ConnectedGroup before = std::exchange(known, now);
+    ExpData* const set = mTembrin->dataAt(index);
+    if (before.port != now.port || before.name == now.name || set->getGroupName() != before.name)
+        return;
+    set->setGroupName(now.name);
+    if (isOnlyStaticClassMode)
+        return;
+    for (const SensorPtr& channel : mTembrin->dataC()->getSensors()) {
+        if (channel && channel->groupName == before.name)
+            channel->groupName = now.name;
+    }
+    updateAll(-1);
 }
 
 void MainWindow::showNotConnected(int index)

@@ -52,7 +52,7 @@ void MainWindow::doDownload()
     delivered = 0;
     handleOnlyStaticClassMode(false);
     if (!mTembrin->queue().add(ClassJob::Task::Download))
-        statusLine->setOutcome(tr("No connected logger has a stored experiment."));
+        statusLine->setAdvice(tr("No connected logger has a stored experiment."));
 }
 
 /// What a run at a high rate left in the memories. Who streamed in the same run stays in the class.
@@ -60,7 +60,7 @@ void MainWindow::fetchStoredRuns(quint8 which)
 {
     delivered = mTembrin->run().classSet().memberBits() & quint8(~which);
     if (!mTembrin->queue().add(ClassJob::Task::Download, which))
-        statusLine->setOutcome(tr("No connected logger has a stored experiment."));
+        statusLine->setAdvice(tr("No connected logger has a stored experiment."));
 }
 
 /// What a run lacks because the connection was lost in it, the memory of the logger may have.
@@ -104,7 +104,7 @@ void MainWindow::showFilled(const ClassJob& job)
 void MainWindow::doSelectExperiment()
 {
     if (experimentInfo::loggersWithMemory(*mTembrin).isEmpty()) {
-        statusLine->setOutcome(tr("No logger with a memory is connected."));
+        statusLine->setAdvice(tr("No logger with a memory is connected."));
         return;
     }
     delivered = mTembrin->run().classSet().memberBits(); // the others stay in the class

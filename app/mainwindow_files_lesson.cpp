@@ -120,7 +120,7 @@ bool MainWindow::isBusyForLesson()
 {
     const bool isBusy = mTembrin->isAnyRunning() || !mTembrin->queue().isIdle();
     if (isBusy)
-        statusLine->setOutcome(tr("A lesson can be opened when no logger is busy."));
+        statusLine->setAdvice(tr("A lesson can be opened when no logger is busy."));
     return isBusy;
 }
 

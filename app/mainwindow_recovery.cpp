@@ -44,7 +44,7 @@ void MainWindow::createRecovery()
 void MainWindow::restoreRun()
 {
     if (isSaving || mTembrin->isAnyRunning() || !mTembrin->queue().isIdle()) {
-        statusLine->setOutcome(tr("A run can be restored when no logger is busy."));
+        statusLine->setAdvice(tr("A run can be restored when no logger is busy."));
         return;
     }
     bool isAsked = false;

@@ -99,7 +99,7 @@ void MainWindow::doRun()
 {
     handleOnlyStaticClassMode(false);
     if (!mTembrin->startRun()) {
-        statusLine->setOutcome(tr("No logger is connected, so none was started."));
+        statusLine->setAdvice(tr("No logger is connected, so none was started."));
         return;
     }
     const QStringList unsure = groupsNotSetUp();

@@ -23,6 +23,7 @@ constexpr double tickSpacing = 0.2;
 constexpr double textsPerTickX = 4.2; // room of a mark, in heights of a text
 constexpr double textsPerTickY = 2.2;
 constexpr double innerZ = 25; // over curves and bars, under marks
+constexpr int veilAlpha = 200;
 constexpr int leastTicks = 2;
 constexpr int mostTicks = 8;
 
@@ -129,6 +130,9 @@ void GraphAxes::showText(int axisID, const QString& text)
     if (isInner) {
         title.setRenderFlags(Qt::AlignRight | Qt::AlignBottom);
         title.setColor(innerInk());
+        QColor veil = plot.canvasBackground().color(); // bars reach down to it
+        veil.setAlpha(veilAlpha);
+        title.setBackgroundBrush(veil);
         innerTitle->setText(title);
     }
     plot.axisWidget(axisID)->setToolTip(shown == text ? QString() : text.toHtmlEscaped());

@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QPaintDevice>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QStringList>
 #include <QTextLayout>
 
@@ -41,6 +42,30 @@ QColor shadeWith(double contrast, const QColor& from, const QColor& to, const QC
             return shade;
     }
     return to;
+}
+
+/// A number stays with its unit.
+QStringList wordsOf(const QString& paragraph)
+{
+    static const QRegularExpression between(
+        QStringLiteral("(?<![0-9\\x{2070}-\\x{2079}]) | (?![^0-9+=\\s-])"));
+    return paragraph.split(between, Qt::SkipEmptyParts);
+}
+
+QStringList brokenAnywhere(const QString& word, const QFont& font, double room)
+{
+    QTextOption anywhere;
+    anywhere.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    QTextLayout layout(word, font);
+    layout.setTextOption(anywhere);
+    layout.beginLayout();
+    QStringList pieces;
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(room);
+        pieces.append(word.mid(line.textStart(), line.textLength()).trimmed());
+    }
+    layout.endLayout();
+    return pieces;
 }
 
 } // namespace
@@ -166,18 +191,21 @@ QFont GraphFonts::fitted(QFont font, const QString& text, int room)
 
 QString GraphFonts::wrapped(const QString& text, const QFont& font, double room)
 {
-    QTextOption anywhere;
-    anywhere.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    const QFontMetricsF metrics(font);
     QStringList lines;
     for (const QString& paragraph : text.split(QLatin1Char('\n'))) {
-        QTextLayout layout(paragraph, font);
-        layout.setTextOption(anywhere);
-        layout.beginLayout();
-        for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-            line.setLineWidth(room);
-            lines.append(paragraph.mid(line.textStart(), line.textLength()).trimmed());
+        QStringList held = {QString()};
+        for (const QString& word : wordsOf(paragraph)) {
+            const QString longer = held.last().isEmpty() ? word : held.last() + QLatin1Char(' ') + word;
+            if (metrics.horizontalAdvance(longer) <= room) {
+                held.last() = longer;
+                continue;
+            }
+            if (held.last().isEmpty())
+                held.removeLast();
+            held += brokenAnywhere(word, font, room);
         }
-        layout.endLayout();
+        lines += held;
     }
     return lines.join(QLatin1Char('\n'));
 }

@@ -14,6 +14,7 @@
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
+#include "graph/graphdesign.h"
 #include "graph/markermouse.h"
 #include "graph/slopetool.h"
 
@@ -198,6 +199,9 @@ void GraphMouse::onCanvas(const QMouseEvent& event)
 void GraphMouse::press(const QMouseEvent& event)
 {
     if (event.button() == Qt::LeftButton) {
+        constexpr double bandWidth = 2;
+        zoomer->setRubberBandPen(
+            QPen(GraphDesign::inkOn(plot.canvasBackground().color()), bandWidth, Qt::DashLine));
         watchEscape();
         pressLeft(event.pos());
     } else if (event.button() == Qt::MiddleButton && traits.takesCrosses) {
@@ -216,6 +220,8 @@ void GraphMouse::pressLeft(const QPointF& pos)
         Q_EMIT noteAsked(pos);
     else if (isMarker && traits.takesCrosses)
         markers.placeCross(pos);
+    else if (isMarker)
+        Q_EMIT crossRefused();
 }
 
 void GraphMouse::move(const QPointF& pos)

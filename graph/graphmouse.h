@@ -47,6 +47,8 @@ Q_SIGNALS:
     void xAsked(const QPoint& globalPos);
     /// A right press on the canvas, on no marker.
     void colorAsked(const QPointF& pos);
+    /// A press for a cross where the kind of graph takes none.
+    void crossRefused();
     void noteAsked(const QPointF& pos);
     void zoomedIn(const QRectF& rect);
     void zoomedOut();

@@ -204,8 +204,12 @@ QString MarkerTexts::ofIntegral(const myPlotMarker& area) const
 
 QString MarkerTexts::ofTangent(const myPlotMarker& tangent) const
 {
+    constexpr int digits = 3; // of what one decimal says too little about
+    const bool isSlow = std::abs(tangent.slope) < 1;
     return tr("slope = %1 %2")
-        .arg(Common::myToString(tangent.slope, 'f', 1), Common::unitPer(unitOf(tangent.iSens), tr("s"), 1));
+        .arg(isSlow ? Common::toSignificant(tangent.slope, digits)
+                    : Common::myToString(tangent.slope, 'f', 1),
+             Common::unitPer(unitOf(tangent.iSens), tr("s"), 1));
 }
 
 QString MarkerTexts::speed(const Gate& gate)

@@ -96,7 +96,7 @@ void myPlotMarker::wrapLabel()
     const double wanted = std::min(most, std::max(room.width() * 0.45, leastTexts * textPixels));
     shownText = label();
     if (wanted > 0)
-        shownText.setText(GraphFonts::wrapped(label().text(), label().font(), wanted));
+        shownText.setText(GraphFonts::wrapped(label().text(), label().font(), wanted), QwtText::PlainText);
 }
 
 QFont myPlotMarker::textFont() const

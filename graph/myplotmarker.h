@@ -141,6 +141,7 @@ private:
                       const QRectF& canvasRect) const;
     void drawRegression(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,
                         const QRectF& canvasRect, const QColor& ground) const;
+    bool isSubjectIn(const QwtScaleMap& xMap, const QwtScaleMap& map, const QRectF& canvas) const;
     void drawCross(QPainter* painter, const QPointF& pos, const QColor& ground) const;
 
     bool shown = true;

@@ -51,6 +51,8 @@ void myPlotMarker::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtSca
     const QPointF place(xMap.transform(xValue()), map.transform(yValue()));
     if (!shown || !std::isfinite(place.x()) || !std::isfinite(place.y()))
         return;
+    if (!isSubjectIn(xMap, map, canvasRect))
+        return;
     const QPointF pos = onCanvas(place, canvasRect);
     const QColor ground = GraphDesign::groundOf(painter, plot());
     const QColor ink = GraphDesign::inkOn(ground);
@@ -95,6 +97,17 @@ void myPlotMarker::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtSca
     words.moveCenter(pos);
     shownText.draw(painter, words);
     painter->restore();
+}
+
+/// A text goes out of sight with the point that it tells about; a fit can be in sight without its middle.
+bool myPlotMarker::isSubjectIn(const QwtScaleMap& xMap, const QwtScaleMap& map, const QRectF& canvas) const
+{
+    const bool isOfPoint = !connectTo || connectTo->symbol();
+    if (type != MARKER_FLOATING_TEXT || !isOfPoint)
+        return true;
+    const double x = connectTo ? connectTo->xValue() : pointToXVal;
+    const double y = connectTo ? connectTo->yValue() : pointToYVal;
+    return canvas.adjusted(-1, -1, 1, 1).contains(QPointF(xMap.transform(x), map.transform(y)));
 }
 
 /// In the ink of the ground, and cut out of the curve that it stands on.

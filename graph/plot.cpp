@@ -140,9 +140,22 @@ void Plot::connectLegend()
             return;
         curves->rotateMode(i);
         layer->renew();
-        slope->renew();
+        slope->renew(); // with its curve the tangent goes
+        if (i == getActiveSens() && !curves->at(i)->isShown())
+            showAnyCurve();
         replot();
     });
+}
+
+// The axis is that of a curve in sight. Of this graph alone: the class keeps its sensor.
+void Plot::showAnyCurve()
+{
+    for (int i = 0; i < curves->size(); ++i) {
+        if (curves->at(i)->isVisible()) {
+            kind->showSensor(i);
+            return;
+        }
+    }
 }
 
 void Plot::connectMouse()
@@ -168,6 +181,7 @@ void Plot::connectMouse()
         if (getCurve(i))
             dialogs->askForColor(i, getCurvePen(i).color());
     });
+    connect(from, &GraphMouse::crossRefused, this, &Plot::refuseAnalysis);
     connect(from, &GraphMouse::noteAsked, this, &Plot::newAnnotation);
     connect(from, &GraphMouse::zoomedIn, this, [this](const QRectF& rect) { kind->zoomIn(rect); });
     connect(from, &GraphMouse::zoomedOut, this, [this] { kind->zoomOut(); });
@@ -191,11 +205,24 @@ void Plot::connectDialogs()
     });
     connect(from, &GraphDialogs::rangeReleased, this,
             [this](const SensorPtr& sensor) { kind->setAutomaticRange(sensor); });
-    connect(from, &GraphDialogs::xChosen, this, [this](int iSens) {
-        if (iSens == getActiveSens())
-            kind->showSensor(iSens != 0 ? 0 : 1); // of this graph alone: the class keeps its sensor
-        kind->setXSensor(iSens);
-    });
+    connect(from, &GraphDialogs::xChosen, this, &Plot::setXSensor);
+}
+
+// The active curve that goes to the x axis comes back with the next choice. Of this graph alone: the class
+// keeps its sensor.
+void Plot::setXSensor(int iSens)
+{
+    const int active = getActiveSens();
+    const int own = data.isXYPlot() && active == standIn ? stoodInFor : active;
+    standIn = -1;
+    if (iSens == own) {
+        stoodInFor = own;
+        standIn = own != 0 ? 0 : 1;
+        kind->showSensor(standIn);
+    } else if (own != active) {
+        kind->showSensor(own);
+    }
+    kind->setXSensor(iSens);
 }
 
 void Plot::setUserPrompt(UserPrompt* prompt)
@@ -502,7 +529,14 @@ void Plot::enableMarker(bool tf)
 
 void Plot::enableSlope(bool tf)
 {
+    if (tf && !traits.takesAnalyses)
+        refuseAnalysis();
     mouse->enableSlope(tf);
+}
+
+void Plot::refuseAnalysis()
+{
+    Q_EMIT told(tr("Markers and analyses need curves: choose the graph view for this group."));
 }
 
 // --- Markers ---
@@ -574,10 +608,14 @@ void Plot::doRegression(int degree)
 {
     if (traits.takesAnalyses)
         layer->addResult(CurveAnalysis::fit(*parts, degree, curveMarker));
+    else
+        refuseAnalysis();
 }
 
 void Plot::doIntegral()
 {
     if (traits.takesAnalyses)
         layer->addResult(CurveAnalysis::integral(*parts, curveMarker));
+    else
+        refuseAnalysis();
 }

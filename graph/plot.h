@@ -236,9 +236,14 @@ private:
     void fitTexts();
     void pickCurve(const QString& name);
     void toggleChosen();
+    void refuseAnalysis();
+    void showAnyCurve();
+    void setXSensor(int iSens);
 
     const QFont titleFont; ///< the largest that the title takes
     QwtPlotGrid* grid = nullptr;
+    int standIn = -1; ///< active while `stoodInFor` is on the x axis; -1 for none
+    int stoodInFor = -1;
     QString realTitle; ///< while the busy text stands in its place
     bool isActive = false;
     bool isSized = false;

@@ -9,6 +9,7 @@ namespace {
 constexpr int margin = 4;
 constexpr int between = 12; ///< pixels from what is going on to how the last thing ended
 constexpr int leastWidth = 80;
+constexpr int msToRead = 10000;
 
 /// Widths are rounded and a text is cut by what it is to a fraction: one pixel more, or the end of a line
 /// that has all the room goes.
@@ -31,6 +32,9 @@ StatusLine::StatusLine(QWidget* parent)
     setObjectName(QStringLiteral("statusLine"));
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     setVisible(false);
+    adviceTime.setSingleShot(true);
+    adviceTime.setInterval(msToRead);
+    connect(&adviceTime, &QTimer::timeout, this, [this] { setOutcome(QString()); });
 }
 
 void StatusLine::setWaiting(const QString& text)
@@ -40,7 +44,20 @@ void StatusLine::setWaiting(const QString& text)
 
 void StatusLine::setOutcome(const QString& text)
 {
+    adviceTime.stop();
     show(&outcomeText, flat(text));
+}
+
+void StatusLine::setAdvice(const QString& text)
+{
+    setOutcome(text);
+    if (!text.isEmpty())
+        adviceTime.start();
+}
+
+void StatusLine::setMeasured(const QString& text)
+{
+    show(&measuredText, flat(text));
 }
 
 void StatusLine::show(QString* part, const QString& text)
@@ -57,9 +74,9 @@ void StatusLine::show(QString* part, const QString& text)
 
 QString StatusLine::text() const
 {
-    if (waitingText.isEmpty() || outcomeText.isEmpty())
-        return waitingText + outcomeText;
-    return waitingText + QStringLiteral(" · ") + outcomeText;
+    QStringList parts{waitingText, outcomeText, measuredText};
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(" · "));
 }
 
 QFont StatusLine::boldFont() const
@@ -69,11 +86,16 @@ QFont StatusLine::boldFont() const
     return bold;
 }
 
+std::array<std::pair<QString, QFont>, 3> StatusLine::parts() const
+{
+    return {{{waitingText, boldFont()}, {outcomeText, font()}, {measuredText, font()}}};
+}
+
 QSize StatusLine::sizeHint() const
 {
-    int width = 2 * margin + widthOf(waitingText, boldFont()) + widthOf(outcomeText, font());
-    if (!waitingText.isEmpty() && !outcomeText.isEmpty())
-        width += between;
+    int width = 2 * margin - between;
+    for (const auto& [text, look] : parts())
+        width += text.isEmpty() ? 0 : widthOf(text, look) + between;
     return {qMin(width, window()->width() * 2 / 3), QFontMetrics(boldFont()).height() + margin};
 }
 
@@ -87,7 +109,7 @@ void StatusLine::paintEvent(QPaintEvent* event)
     QFrame::paintEvent(event);
     QPainter painter(this);
     QRect room = contentsRect().adjusted(margin, 0, -margin, 0);
-    for (const auto& [text, look] : {std::pair(waitingText, boldFont()), std::pair(outcomeText, font())}) {
+    for (const auto& [text, look] : parts()) {
         if (text.isEmpty() || room.width() <= 0)
             continue;
         painter.setFont(look);

@@ -1,6 +1,10 @@
 #pragma once
 
 #include <QFrame>
+#include <QTimer>
+
+#include <array>
+#include <utility>
 
 /// One line that tells what the class waits for and how the last thing ended. Unlike the temporary texts of a
 /// status bar it stays until it is no longer true: nothing but a call changes it. It takes the room of its
@@ -17,8 +21,13 @@ public:
     void setWaiting(const QString& text);
     /// How it ended, behind what is going on; empty for no news.
     void setOutcome(const QString& text);
+    /// Why nothing was done, or what to do: an outcome that goes by itself when there was time to read it.
+    void setAdvice(const QString& text);
+    /// What is measured on the graph that is meant, behind the outcome; empty for nothing.
+    void setMeasured(const QString& text);
     QString waiting() const { return waitingText; }
     QString outcome() const { return outcomeText; }
+    QString measured() const { return measuredText; }
     /// All that is told.
     QString text() const;
 
@@ -32,7 +41,10 @@ protected:
 private:
     void show(QString* part, const QString& text);
     QFont boldFont() const;
+    std::array<std::pair<QString, QFont>, 3> parts() const;
 
     QString waitingText;
     QString outcomeText;
+    QString measuredText;
+    QTimer adviceTime;
 };

@@ -64,6 +64,22 @@ private Q_SLOTS:
         QVERIFY(bench.action("stopAct")->isVisible());
     }
 
+    void aGroupsNewNameGoesToWhatItMeasured()
+    {
+        ClassBench bench(2);
+        for (int i = 0; i < 2; ++i) {
+            for (short n = 0; n < 3; ++n)
+                bench.sample(i, n, n);
+        }
+        bench.tellEnd(0);
+        Settings::mainStore().setValue(Settings::groupKey(0), "Ants");
+        bench.manager->connector().disconnectAll();
+        bench.manager->connector().connectLogger(0);
+        QTRY_COMPARE(bench.data(-1)->getSens(0)->groupName, QStringLiteral("Ants"));
+        QCOMPARE(bench.data(0)->getGroupName(), QStringLiteral("Ants"));
+        QCOMPARE(bench.data(-1)->getSens(1)->groupName, QStringLiteral("Group B"));
+    }
+
     void everyButtonAndListHasItsPicture()
     {
         ClassBench bench(1);

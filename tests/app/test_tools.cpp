@@ -204,6 +204,14 @@ private Q_SLOTS:
         bench.action("layoutAct2")->trigger();
         derive();
         QCOMPARE(made(), (QVector<int>{1, 1, 1}));
+
+        // What two crosses tell is told for the graph that is meant, whatever else is said meanwhile.
+        bench.action("layoutAct1")->trigger();
+        QTest::mouseClick(bench.manager->plotAt(0)->canvas(), Qt::LeftButton);
+        line->setOutcome(QStringLiteral("Other news"));
+        QVERIFY(line->text().contains(QStringLiteral("Other news · dt = ")));
+        QTest::mouseClick(bench.manager->plotAt(1)->canvas(), Qt::LeftButton);
+        QCOMPARE(line->measured(), QString());
     }
 
     void aModeIsOnWhateverShows()

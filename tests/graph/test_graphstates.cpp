@@ -276,6 +276,13 @@ private Q_SLOTS:
         plot->updateSens(0);
         QCOMPARE(plot->getActiveSens(), 1);
         QVERIFY(plot->axisTitle(QwtPlot::yLeft).text().startsWith(QLatin1String("pH")));
+        load(data.data(), {SENSOR_VOLTAGE, SENSOR_PH}, {{1, 2, 3}, {7, 8, 9}});
+        plot->setData();
+        plot->updateSens(0);
+        for (int i = 0; i < 2; ++i)
+            QTest::mousePress(legendItem(0), Qt::RightButton);
+        QCOMPARE(plot->getActiveSens(), 1);
+        QVERIFY(plot->axisTitle(QwtPlot::yLeft).text().startsWith(QLatin1String("pH")));
     }
 
     void whatCannotBeDoneIsSaid_data()
@@ -287,6 +294,7 @@ private Q_SLOTS:
         row("two places", QVector<double>{1, 2, 3}, QVector<double>{0, 1}, 2, "three places");
         row("area of a place", QVector<double>{1, 2, 3}, QVector<double>{1, 1}, 0, "same place");
         row("empty", QVector<double>{}, QVector<double>{}, -1, "no curve");
+        row("bars", QVector<double>{1, 2, 3}, QVector<double>{}, -2, "graph view");
     }
 
     void whatCannotBeDoneIsSaid()
@@ -294,7 +302,7 @@ private Q_SLOTS:
         const auto [values, crosses, degree, word] =
             fetched<QVector<double>, QVector<double>, int, QString>({"values", "crosses", "degree", "word"});
         load(data.data(), {SENSOR_VOLTAGE}, {values});
-        PlotTest::show({600, 400});
+        PlotTest::show({600, 400}, degree == -2 ? GRAPH_BAR : GRAPH_LINE);
         QSignalSpy told(plot.data(), &Plot::told);
         for (double x : crosses)
             cross(0, x);

@@ -330,6 +330,9 @@ private Q_SLOTS:
         QVERIFY((label->balloonTip(label->pixelPos()) - QPointF(400, 150)).manhattanLength() <= 2);
         QVERIFY((label->pixelPos() - QPointF(300, 200)).manhattanLength() <= 1);
         label->setPic(QPixmap());
+        const double typed = label->hotBox(QPointF()).width();
+        label->setText(QStringLiteral("Tea"));
+        QVERIFY(label->hotBox(QPointF()).width() < 0.7 * typed); // it stands there as it was typed
         label->setText(QString());
         QCOMPARE(label->balloonRect(QPointF()).width(), 50.0);
         // The dialog keeps to its note when one in front of it goes, and goes with it.

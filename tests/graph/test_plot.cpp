@@ -353,6 +353,7 @@ private Q_SLOTS:
         QCOMPARE(shownRange(QwtPlot::xBottom).second, plot->scaler->getScaleMax(0));
         chooseFromXAxis(4);
         QVERIFY(plot->getCurve(0)->isVisible() && !plot->getCurve(2)->isVisible());
+        QCOMPARE(plot->getActiveSens(), 0); // back from the axis
         chooseFromXAxis(0);
         QVERIFY(plot->getCurve(2)->isVisible());
         QCOMPARE(plot->axisTitle(QwtPlot::xBottom).text(), QStringLiteral("Time [s]"));
