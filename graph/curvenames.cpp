@@ -11,6 +11,7 @@
 #include <qwt_scale_map.h>
 
 #include "data/expdata.h"
+#include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
 #include "graph/graphdesign.h"
 #include "graph/myplotcurve.h"
@@ -153,7 +154,7 @@ QVector<CurveNames::Name> CurveNames::places(const QwtScaleMap& xMap, const QwtS
         if (!hasRoom)
             name.box.moveRight(name.end.x() - toCurve);
     }
-    spread(&names, canvas);
+    spread(&names, canvas.adjusted(0, 0, 0, -parts.axes.innerTitleHeight()));
     return names;
 }
 

@@ -182,6 +182,11 @@ QColor GraphAxes::innerInk() const
     return GraphDesign::inkOn(plot.canvasBackground().color());
 }
 
+double GraphAxes::innerTitleHeight() const
+{
+    return innerTitle->isVisible() ? innerTitle->text().textSize().height() : 0;
+}
+
 void GraphAxes::setInnerTitle(bool tf)
 {
     if (innerTitle->isVisible() == tf)

@@ -47,6 +47,8 @@ public:
     void setAccent(const QColor& color);
     /// The title of the x axis stands inside the canvas, where the graph is too low for it.
     void setInnerTitle(bool tf);
+    /// What it takes of the canvas at its lower right, pixels; 0 outside.
+    double innerTitleHeight() const;
 
     /// Fonts and number of ticks for the present size; fitTitles() when the canvas has its own.
     void fitLabels();

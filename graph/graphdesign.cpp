@@ -10,6 +10,7 @@
 #include <QTextLayout>
 
 #include <algorithm>
+#include <cmath>
 
 #include <qwt_plot.h>
 
@@ -147,9 +148,11 @@ void GraphDesign::setBackground(const QColor& ground)
 int GraphFonts::textPixels(int graphHeight)
 {
     const int ofProgram = pixelsOf(QGuiApplication::font());
+    const double wanted = std::max(1.0, ofProgram / usualPixels);
     const double grown = graphHeight / partOfHeight * ofProgram / usualPixels;
-    return std::max(leastPixels,
-                    int(std::max(grown, std::min<double>(ofProgram, graphHeight / partOfSmall))));
+    // Who reads large texts gets them in a small graph too, as far as there is room.
+    const double small = graphHeight / partOfSmall * std::sqrt(wanted);
+    return std::max(leastPixels, int(std::max(grown, std::min<double>(ofProgram, small))));
 }
 
 QFont GraphFonts::inPixels(QFont font, double pixels)

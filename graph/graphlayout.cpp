@@ -16,7 +16,8 @@
 namespace {
 
 constexpr double greatestRows = 0.25; // of the height, for the rows of the legend
-constexpr int mostRows = 2;           // in a low graph; the others are scrolled to
+constexpr double greatestInLow = 0.2;
+constexpr int leastRows = 2; // of a low graph; those beyond the room are scrolled to
 
 // Trying out the columns of the legend asks nobody for another layout, as the legend's own function would:
 // each layout would ask for the next.
@@ -32,7 +33,16 @@ double mostHeight(const QwtLegend* legend, double graphHeight)
     const auto* const entry = legend->findChild<QwtLegendLabel*>();
     if (!GraphFonts::isLow(qRound(graphHeight)) || !entry)
         return greatestRows * graphHeight;
-    return mostRows * entry->sizeHint().height();
+    const int row = entry->sizeHint().height();
+    return row * std::max(leastRows, int(greatestInLow * graphHeight) / std::max(1, row));
+}
+
+int widestEntry(const QwtLegend* legend)
+{
+    int width = 0;
+    for (const QwtLegendLabel* entry : legend->findChildren<QwtLegendLabel*>())
+        width = std::max(width, entry->sizeHint().width());
+    return width;
 }
 
 } // namespace
@@ -63,17 +73,14 @@ void GraphLayout::activate(const QwtPlot* plot, const QRectF& area, Options opti
 // Rows under the title, or beside it where that leaves more to the canvas and is needed.
 void GraphLayout::layRows(const QwtPlot* plot, QwtLegend* legend, const QRectF& area, Options options)
 {
-    constexpr int between = 8;  // pixels, of a title and the entries beside it
-    constexpr int rounding = 2; // a legend that is a pixel too small hides entries behind a scroll bar
+    constexpr int between = 8; // pixels, of a title and the entries beside it
     const double titleWidth = plot->titleLabel()->sizeHint().width() + between;
     const double most = mostHeight(legend, area.height());
-    const auto wholeIn = [&](double width) {
-        return double(legend->heightForWidth(qFloor(width)) + rounding);
-    };
+    const auto wholeIn = [&](double width) { return double(legend->heightForWidth(qFloor(width))); };
     const auto rowsIn = [&](double width) { return std::min(wholeIn(width), most); };
     const double beside = area.width() - titleWidth;
     const double rows = rowsIn(area.width());
-    const bool isShort = titleWidth < area.width() / 2;
+    const bool isShort = titleWidth < area.width() / 2 && beside >= widestEntry(legend);
     const double besideRows = isShort ? rowsIn(beside) : area.height();
     const bool isHidden = isShort && wholeIn(beside) > most && wholeIn(area.width()) <= most;
     QwtPlotLayout::activate(plot, area.adjusted(0, rows, 0, 0), options | IgnoreLegend);

@@ -250,8 +250,9 @@ void Plot::updateTitle(const QString& text)
         return;
     }
     const int room = canvas() ? canvas()->width() : width();
+    const double growth = GraphFonts::isLow(height()) ? 1 : titleGrowth;
     newTitle.setFont(GraphFonts::fitted(
-        GraphFonts::inPixels(titleFont, titleGrowth * GraphFonts::textPixels(height())), text, room));
+        GraphFonts::inPixels(titleFont, growth * GraphFonts::textPixels(height())), text, room));
     setTitle(newTitle);
 }
 
