@@ -19,6 +19,7 @@
 #include "data/expdata.h"
 #include "persistence/lesson.h"
 #include "persistence/readwrite.h"
+#include "sensors/sensorkind.h"
 
 namespace {
 
@@ -41,21 +42,28 @@ QVector<double> times()
     return t;
 }
 
-QVector<double> values(int channel)
+constexpr int kinds[channels] = {SENSOR_AMB_TEMP_NTC, SENSOR_HUMIDITY, SENSOR_LIGHT,
+                                 SENSOR_AIRPRESSURE,  SENSOR_VOLTAGE,  SENSOR_CURRENT,
+                                 SENSOR_UV,           SENSOR_AMB_TEMP, SENSOR_MICROPHONE};
+
+/// What loggers measure: the meaning of words that swing and tremble.
+QVector<double> values(int kind, int channel)
 {
     QVector<double> v(samples);
     for (int i = 0; i < samples; ++i)
-        v[i] =
-            std::round(100 * (20 + channel + 8 * std::sin(i * 0.003 + channel) + 0.37 * std::sin(i * 1.7))) *
-            0.01; // in steps, as loggers measure
+        v[i] = SensorKind(kind).convert(
+            quint16(30000 + 500 * channel + 8000 * std::sin(i * 0.003 + channel) + 370 * std::sin(i * 1.7)));
     return v;
 }
 
-void fill(ExpData* data)
+/// A group's channels, or those of the class, which are of one kind.
+void fill(ExpData* data, bool isClass = true)
 {
     data->setDataNew(channels, times(), 0.01);
-    for (int c = 0; c < channels; ++c)
-        data->addSensorData(c, SENSOR_AMB_TEMP_NTC, values(c), -1);
+    for (int c = 0; c < channels; ++c) {
+        const int kind = kinds[isClass ? 0 : c];
+        data->addSensorData(c, kind, values(kind, c), -1);
+    }
 }
 
 void check(bool isFine, const char* what)
@@ -115,7 +123,7 @@ Lesson lesson()
     Lesson lesson;
     for (int slot = -1; slot < groups; ++slot) {
         ExpData data;
-        fill(&data);
+        fill(&data, slot < 0);
         Lesson::Part part;
         part.isClass = slot < 0;
         part.slot = slot;

@@ -66,11 +66,11 @@ public:
               const char16_t (&after)[m])
     {
         for (const double value : values) {
-            raw(before);
-            makeRoom(NumberText::maxFixed);
+            makeRoom(n + m + NumberText::maxFixed);
+            char16_t* at = std::copy_n(before, n - 1, &units[size]);
             if (std::isfinite(value))
-                size += NumberText::fixed(value, decimals, &units[size]);
-            raw(after);
+                at += NumberText::fixed(value, decimals, at);
+            size = int(std::copy_n(after, m - 1, at) - units.get());
         }
     }
     bool flush()
@@ -155,14 +155,14 @@ void writeSpecial(Utf16Xml& xml, const Channel& channel)
 }
 
 /// The range of an automatic axis follows from the values, whatever has been on display.
-void writeRange(Utf16Xml& xml, const Channel& channel, bool isPart)
+void writeRange(Utf16Xml& xml, const Channel& channel, bool isPart, int decimals)
 {
     double low = channel.minView;
     double high = channel.maxView;
     if (isPart && !channel.isRangeFixed) {
         low = high = 0;
         ExpData::findMinMax(channel.samples, low, high);
-        const double scale = std::pow(10.0, decimalsOfValues(channel, isPart));
+        const double scale = std::pow(10.0, decimals);
         low = std::round(low * scale) / scale; // as they come back
         high = std::round(high * scale) / scale;
         const double margin = (high - low) / 10;
@@ -225,7 +225,8 @@ void writeSensor(Utf16Xml& xml, const Channel& channel, bool isPart)
     xml.attribute(u"Name", channel.name);
     if (channel.sensorID == SENSOR_SPECIAL)
         writeSpecial(xml, channel);
-    writeRange(xml, channel, isPart);
+    const int decimals = decimalsOfValues(channel, isPart);
+    writeRange(xml, channel, isPart, decimals);
     xml.attribute(u"curveMode", channel.curveMode);
     xml.attribute(u"leftPad", channel.leftPad);
     if (isPart)
@@ -235,7 +236,7 @@ void writeSensor(Utf16Xml& xml, const Channel& channel, bool isPart)
         return;
     }
     xml.raw(u">\n  <Samples>\n");
-    xml.list(u"   <V v=\"", channel.samples, decimalsOfValues(channel, isPart), u"\"/>\n");
+    xml.list(u"   <V v=\"", channel.samples, decimals, u"\"/>\n");
     xml.raw(u"  </Samples>\n </Sensor>\n");
 }
 

@@ -36,11 +36,12 @@ public:
     static bool write(const QString& filename, const Lesson& lesson, QString* reason);
     /// False, with the reason, if nothing of it can be used. Else `reason` names what had to be left out.
     static bool read(const QString& filename, Lesson* lesson, QString* reason);
+    static constexpr qint64 mostUnpacked = Q_INT64_C(4) << 30; ///< bytes of all experiments together
     /// The same from the bytes of a file; `reason` gets only the cause.
-    static bool read(const QByteArray& bytes, Lesson* lesson, QString* reason);
+    static bool read(const QByteArray& bytes, Lesson* lesson, QString* reason, qint64 most = mostUnpacked);
 
     static constexpr int version = 1;
     static constexpr int mostEntries = 64;
-    static constexpr qint64 mostManifest = 1 << 20;            ///< bytes
-    static constexpr qint64 mostUnpacked = Q_INT64_C(4) << 30; ///< bytes of all experiments together
+    static constexpr qint64 mostManifest = 1 << 20;          ///< bytes
+    static constexpr qint64 mostMember = Q_INT64_C(1) << 30; ///< bytes of an experiment that is written
 };

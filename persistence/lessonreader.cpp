@@ -155,9 +155,9 @@ Unpacked unpack(const QByteArray& bytes, bool isWhole, int first, int step, std:
 }
 
 /// Half of the members on another thread. Without its directory an archive can only be read from the front.
-Unpacked unpackAll(const QByteArray& bytes)
+Unpacked unpackAll(const QByteArray& bytes, qint64 most)
 {
-    std::atomic<qint64> left(LessonFile::mostUnpacked);
+    std::atomic<qint64> left(most);
     std::future<Unpacked> odd =
         std::async(std::launch::async, [&bytes, &left] { return unpack(bytes, true, 1, 2, &left); });
     Unpacked all = unpack(bytes, true, 0, 2, &left);
@@ -168,7 +168,7 @@ Unpacked unpackAll(const QByteArray& bytes)
     }
     all.problems += others.problems;
     if (all.entries.empty()) {
-        left = LessonFile::mostUnpacked;
+        left = most;
         all = unpack(bytes, false, 0, 1, &left);
         if (!all.entries.empty())
             all.problems << LessonFile::tr("its end is missing");
@@ -287,10 +287,10 @@ void Assembly::takeByNames()
 
 } // namespace
 
-bool LessonFile::read(const QByteArray& bytes, Lesson* lesson, QString* reason)
+bool LessonFile::read(const QByteArray& bytes, Lesson* lesson, QString* reason, qint64 most)
 {
     *lesson = Lesson();
-    Unpacked unpacked = unpackAll(bytes);
+    Unpacked unpacked = unpackAll(bytes, most);
     Assembly(&unpacked, lesson).assemble();
     const bool isAny = std::any_of(lesson->parts.cbegin(), lesson->parts.cend(),
                                    [](const Lesson::Part& part) { return part.isStored; });

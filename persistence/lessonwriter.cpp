@@ -1,13 +1,13 @@
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QtEndian>
 
-#include <archive.h>
-#include <archive_entry.h>
 #include <zlib.h>
 
 #include <future>
-#include <memory>
+#include <initializer_list>
 
 #include "persistence/experimentwriter.h"
 #include "persistence/lesson.h"
@@ -15,23 +15,64 @@
 
 namespace {
 
+/// A file of the archive, packed.
 struct Member
 {
     QByteArray bytes;
-    QString checksum;
+    quint32 size = 0; ///< unpacked
+    quint32 sum = 0;
+    QString checksum() const { return QString::number(sum, 16); }
 };
 
-Member madeMember(const StoredExperiment& experiment)
+/// Packs what it is handed. Level 1: these texts get little smaller by more work.
+class Packer
 {
+public:
+    Packer()
+    {
+        constexpr int withoutHeader = -15;
+        constexpr int level = 1;
+        constexpr int memory = 7; // more would not stay in the processor
+        isGood = deflateInit2(&stream, level, Z_DEFLATED, withoutHeader, memory, Z_DEFAULT_STRATEGY) == Z_OK;
+    }
+    ~Packer() { deflateEnd(&stream); }
+    Packer(const Packer&) = delete;
+    Packer& operator=(const Packer&) = delete;
+
+    bool add(const char* bytes, qint64 n, int flush = Z_NO_FLUSH)
+    {
+        auto* const from = reinterpret_cast<Bytef*>(const_cast<char*>(bytes)); // zlib only reads them
+        member.sum = quint32(crc32(member.sum, from, uInt(n)));
+        member.size += quint32(n);
+        isGood = isGood && (total += n) <= LessonFile::mostMember;
+        stream.next_in = from;
+        stream.avail_in = uInt(n);
+        do {
+            char packed[pieceSize];
+            stream.next_out = reinterpret_cast<Bytef*>(packed);
+            stream.avail_out = pieceSize;
+            isGood = isGood && deflate(&stream, flush) != Z_STREAM_ERROR;
+            member.bytes.append(packed, int(pieceSize - stream.avail_out));
+        } while (isGood && stream.avail_out == 0);
+        return isGood;
+    }
+    /// Without bytes where it failed.
+    Member done() { return add("", 0, Z_FINISH) ? member : Member(); }
+
+private:
+    static constexpr uInt pieceSize = 32 * 1024;
+    z_stream stream{};
+    qint64 total = 0;
     Member member;
-    const auto sink = [&member](const char* bytes, qint64 size) {
-        member.bytes.append(bytes, int(size));
-        return true;
-    };
-    ExperimentWriter::write(sink, experiment);
-    const auto* const bytes = reinterpret_cast<const Bytef*>(member.bytes.constData());
-    member.checksum = QString::number(crc32(0, bytes, uInt(member.bytes.size())), 16);
-    return member;
+    bool isGood = false;
+};
+
+Member packedPart(const StoredExperiment& experiment)
+{
+    Packer packer;
+    ExperimentWriter::write([&packer](const char* bytes, qint64 n) { return packer.add(bytes, n); },
+                            experiment);
+    return packer.done();
 }
 
 QString fileOf(const Lesson::Part& part)
@@ -57,49 +98,70 @@ QJsonObject described(const Lesson::Part& part, const QString& checksum)
     return member;
 }
 
-/// A zip archive on its way into a file.
+/// A zip archive on its way into a file. It is written here and not by the library that reads it, since that
+/// packs one member after the other, on one core.
 class Zip
 {
 public:
     explicit Zip(SafeFile* file)
-        : out(archive_write_new(), &archive_write_free)
-        , file(file)
+        : file(file)
     {
-        archive_write_set_format_zip(out.get());
-        archive_write_set_options(out.get(), "zip:compression=deflate,zip:compression-level=1");
-        archive_write_set_bytes_per_block(out.get(), SafeFile::pieceSize);
-        archive_write_set_bytes_in_last_block(out.get(), 1);
-        isGood = archive_write_open(out.get(), this, nullptr, &Zip::pass, nullptr) == ARCHIVE_OK;
     }
 
-    void add(const QString& name, const QByteArray& bytes)
+    void add(const QString& name, const Member& member)
     {
-        constexpr int readable = 0644;
-        const std::unique_ptr<archive_entry, decltype(&archive_entry_free)> entry(archive_entry_new(),
-                                                                                  &archive_entry_free);
-        archive_entry_set_pathname(entry.get(), name.toLatin1().constData());
-        archive_entry_set_filetype(entry.get(), AE_IFREG);
-        archive_entry_set_perm(entry.get(), readable);
-        archive_entry_set_size(entry.get(), bytes.size());
-        isGood = isGood && archive_write_header(out.get(), entry.get()) == ARCHIVE_OK &&
-                 archive_write_data(out.get(), bytes.constData(), size_t(bytes.size())) == bytes.size() &&
-                 archive_write_finish_entry(out.get()) == ARCHIVE_OK;
+        isGood = isGood && !member.bytes.isEmpty();
+        const QByteArray latin = name.toLatin1();
+        const quint32 at = offset;
+        write(QByteArray("PK\x03\x04") + head(member, latin) + latin);
+        write(member.bytes);
+        directory += QByteArray("PK\x01\x02") + little({version}) + head(member, latin) +
+                     little({0, 0, 0, 0, 0}) + little(at) + latin;
+        ++count;
     }
 
-    bool close() { return isGood && archive_write_close(out.get()) == ARCHIVE_OK; }
+    bool close()
+    {
+        const quint32 at = offset;
+        write(directory);
+        write(QByteArray("PK\x05\x06") + little({0, 0, count, count}) + little(quint32(directory.size())) +
+              little(at) + little({0}));
+        return isGood;
+    }
 
 private:
-    static la_ssize_t pass(archive* out, void* self, const void* bytes, size_t size)
+    static constexpr quint16 version = 20;    // of the format: deflate
+    static constexpr quint16 firstDay = 0x21; // 1-1-1980: the time of saving tells nothing
+
+    static QByteArray little(quint32 value)
     {
-        if (static_cast<Zip*>(self)->file->write(static_cast<const char*>(bytes), qint64(size)))
-            return la_ssize_t(size);
-        archive_set_error(out, EIO, "the file failed");
-        return ARCHIVE_FATAL;
+        QByteArray bytes(4, '\0');
+        qToLittleEndian(value, bytes.data());
+        return bytes;
+    }
+    static QByteArray little(std::initializer_list<quint16> values)
+    {
+        QByteArray bytes;
+        for (const quint16 value : values)
+            bytes.append(char(value & 0xFF)).append(char(value >> 8));
+        return bytes;
+    }
+    static QByteArray head(const Member& member, const QByteArray& name)
+    {
+        return little({version, 0, Z_DEFLATED, 0, firstDay}) + little(member.sum) +
+               little(quint32(member.bytes.size())) + little(member.size) + little({quint16(name.size()), 0});
+    }
+    void write(const QByteArray& bytes)
+    {
+        isGood = file->write(bytes) && isGood && quint64(offset) + quint64(bytes.size()) <= 0xFFFFFFFFU;
+        offset += quint32(bytes.size());
     }
 
-    const std::unique_ptr<archive, decltype(&archive_write_free)> out;
     SafeFile* const file;
-    bool isGood = false;
+    QByteArray directory;
+    quint32 offset = 0;
+    quint16 count = 0;
+    bool isGood = true;
 };
 
 QByteArray manifest(const Lesson& lesson, const QJsonArray& members)
@@ -122,31 +184,31 @@ QByteArray manifest(const Lesson& lesson, const QJsonArray& members)
 bool LessonFile::write(const QString& filename, const Lesson& lesson, QString* reason)
 {
     SafeFile file(filename);
+    Zip zip(&file);
     QJsonArray members;
-    bool isPacked = false;
-    {
-        Zip zip(&file);
-        // Each member is made while the one before it is packed, which takes about as long.
-        const auto begin = [&lesson](int i) {
-            const bool isAny = i < lesson.parts.size() && lesson.parts.at(i).isStored;
-            return isAny ? std::async(std::launch::async, madeMember, lesson.parts.at(i).experiment)
-                         : std::future<Member>();
-        };
-        std::future<Member> next = begin(0);
-        for (int i = 0; i < lesson.parts.size(); ++i) {
-            const Lesson::Part& part = lesson.parts.at(i);
-            const Member member = next.valid() ? next.get() : Member();
-            next = begin(i + 1);
-            if (part.isStored)
-                zip.add(fileOf(part), member.bytes);
-            members.append(described(part, member.checksum));
-        }
-        zip.add(QStringLiteral("manifest.json"), manifest(lesson, members));
-        isPacked = zip.close();
+    // Two at a time: more would only take memory.
+    const auto begin = [&lesson](int i) {
+        const bool isAny = i < lesson.parts.size() && lesson.parts.at(i).isStored;
+        return isAny ? std::async(std::launch::async, packedPart, lesson.parts.at(i).experiment)
+                     : std::future<Member>();
+    };
+    std::future<Member> coming[2] = {begin(0), begin(1)};
+    for (int i = 0; i < lesson.parts.size(); ++i) {
+        const Lesson::Part& part = lesson.parts.at(i);
+        std::future<Member>& packed = coming[i % 2];
+        const Member member = packed.valid() ? packed.get() : Member();
+        packed = begin(i + 2);
+        if (part.isStored)
+            zip.add(fileOf(part), member);
+        members.append(described(part, member.checksum()));
     }
-    const bool isWritten = isPacked && file.commit();
+    Packer list;
+    const QByteArray text = manifest(lesson, members);
+    list.add(text.constData(), text.size());
+    zip.add(QStringLiteral("manifest.json"), list.done());
+    const bool isWritten = zip.close() && file.commit();
     *reason = file.reason();
     if (!isWritten && reason->isEmpty())
-        *reason = tr("%1 can't be packed").arg(filename);
+        *reason = tr("%1 can't be written: it would be too large").arg(QFileInfo(filename).fileName());
     return isWritten;
 }

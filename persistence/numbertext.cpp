@@ -41,6 +41,17 @@ bool plainDecimal(QStringView text, double* value)
     return true;
 }
 
+/// With zeros in front up to `least` digits. Gives the end.
+char16_t* putDigits(quint64 number, int least, char16_t* out)
+{
+    int n = 1;
+    for (double limit = 10; n < least || double(number) >= limit; limit *= 10)
+        ++n;
+    for (char16_t* at = out + n; at != out; number /= 10)
+        *--at = char16_t(u'0' + number % 10);
+    return out + n;
+}
+
 } // namespace
 
 double NumberText::toDouble(QStringView text, bool* isNumber)
@@ -63,10 +74,11 @@ int NumberText::toInt(QStringView text, int missing)
 
 int NumberText::fixed(double value, int decimals, char16_t* out)
 {
-    constexpr double exactLimit = 4e9; // a step of the scaled value is below 1e-6 here
-    constexpr double tieZone = 1e-5;   // near a tie the product's own rounding could decide
+    constexpr double exactLimit = 1e15; // whole numbers and their halves are doubles below
     decimals = std::clamp(decimals, 0, int(std::size(tens)) - 1);
     const double scaled = std::fabs(value) * tens[decimals];
+    const double tieZone =
+        std::max(1e-5, scaled * 3e-16); // near a tie the product's own rounding could decide
     const double whole = std::floor(scaled);
     const double rest = scaled - whole;
     const quint64 digits = scaled < exactLimit ? quint64(whole) + (rest > 0.5 ? 1 : 0) : 0;
@@ -77,17 +89,14 @@ int NumberText::fixed(double value, int decimals, char16_t* out)
         std::copy_n(text.constData(), n, out);
         return n;
     }
-    char16_t reversed[maxFixed];
-    int n = 0;
-    for (quint64 left = digits; left > 0 || n <= decimals; left /= 10) {
-        if (n == decimals && decimals > 0)
-            reversed[n++] = u'.';
-        reversed[n++] = char16_t(u'0' + left % 10);
-        if (n > decimals && left < 10)
-            break;
-    }
+    char16_t* at = out;
     if (value < 0)
-        reversed[n++] = u'-';
-    std::reverse_copy(reversed, reversed + n, out);
-    return n;
+        *at++ = u'-';
+    const quint64 scale = quint64(tens[decimals]);
+    at = putDigits(digits / scale, 1, at);
+    if (decimals > 0) {
+        *at++ = u'.';
+        at = putDigits(digits % scale, decimals, at);
+    }
+    return int(at - out);
 }

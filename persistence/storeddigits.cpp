@@ -48,13 +48,12 @@ int StoredDigits::decimals(const QVector<double>& values, int significant)
     const int most = std::clamp(significant - 1 - int(std::floor(std::log10(peak))), 0, mostDecimals);
     const double reach = 0.5 * std::pow(10.0, -most);
     int needed = 0;
+    double scale = 1;
     for (const double value : values) {
-        const auto isShort = [&] {
-            const double scale = std::pow(10.0, needed);
-            return std::fabs(std::round(value * scale) / scale - value) > reach;
-        };
-        while (std::isfinite(value) && needed < most && isShort())
+        while (needed < most && std::fabs(std::round(value * scale) / scale - value) > reach) {
             ++needed;
+            scale = std::pow(10.0, needed);
+        }
     }
     return needed;
 }

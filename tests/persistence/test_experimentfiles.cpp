@@ -499,7 +499,7 @@ private Q_SLOTS:
     {
         QRandomGenerator random(7);
         for (int i = 0; i < 200000; ++i) {
-            const int decimals = random.bounded(7);
+            const int decimals = random.bounded(13);
             double value = (random.generateDouble() - 0.5) * std::pow(10.0, random.bounded(14));
             if (i % 4 == 0) // on and beside ties
                 value = std::round(value * 1000) / 1000 + (i % 8 == 0 ? 0.0 : 1e-12);
