@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QImageWriter>
 #include <QPageSize>
+#include <QPagedPaintDevice>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QPrintDialog>
@@ -167,48 +168,47 @@ template<class Source> bool exportAsked(Source* source, bool extra, UserPrompt* 
     return ReadWrite::exportDocument(source, filename, reason);
 }
 
-bool drawPage(QPrinter* printer, Plot* plot)
+bool drawPage(QPagedPaintDevice* device, bool isGray, Plot* plot)
 {
     QwtPlotRenderer renderer;
     renderer.setDiscardFlag(QwtPlotRenderer::DiscardCanvasBackground);
     renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground); // ink is for the curves
-    if (printer->colorMode() == QPrinter::GrayScale)
+    if (isGray)
         renderer.setLayoutFlag(QwtPlotRenderer::FrameWithScales);
     QPainter painter;
-    if (!painter.begin(printer))
+    if (!painter.begin(device))
         return false;
-    const QRectF page(QPointF(0, 0), printer->pageRect(QPrinter::DevicePixel).size());
+    const QRectF page(0, 0, device->width(), device->height());
     painter.fillRect(page, Qt::white);
     plot->setTextsForPaper(true);
     renderer.render(plot, &painter, page);
     plot->setTextsForPaper(false);
-    return painter.end() && printer->printerState() != QPrinter::Error;
+    return painter.end();
 }
 
-/// A page that goes into a file comes about beside it, so that a full disk leaves what was there.
-void printOn(QPrinter* printer, Plot* plot, QString* failure)
+/// The printer would write into the file as it draws: a full disk would leave half a page, and no word.
+bool printToFile(const QPrinter& printer, Plot* plot, QString* failure)
 {
-    const QString target = printer->outputFileName();
-    const QTemporaryDir apart;
-    if (!target.isEmpty())
-        printer->setOutputFileName(apart.filePath(QStringLiteral("page.pdf")));
-    if (!drawPage(printer, plot)) {
-        *failure = ReadWrite::tr("\"%1\" can't be printed on %2")
-                       .arg(plot->title().text(), target.isEmpty() ? printer->printerName() : target);
-        return;
-    }
-    if (target.isEmpty())
-        return;
-    QFile page(printer->outputFileName());
-    SafeFile file(target);
-    const bool isRead = page.open(QIODevice::ReadOnly) && page.size() > 0;
-    if (isRead)
-        file.write(page.readAll());
-    if (!isRead)
+    return save(printer.outputFileName(), failure, [&](QIODevice* out, const QByteArray&, QString*) {
+        QPdfWriter pdf(out);
+        pdf.setCreator(printer.creator());
+        pdf.setTitle(printer.docName());
+        pdf.setResolution(printer.resolution());
+        pdf.setPageLayout(printer.pageLayout());
+        return drawPage(&pdf, printer.colorMode() == QPrinter::GrayScale, plot);
+    });
+}
+
+bool printOn(QPrinter* printer, Plot* plot, QString* failure)
+{
+    if (!printer->outputFileName().isEmpty())
+        return printToFile(*printer, plot, failure);
+    const bool isDrawn = drawPage(printer, printer->colorMode() == QPrinter::GrayScale, plot) &&
+                         printer->printerState() != QPrinter::Error;
+    if (!isDrawn)
         *failure =
-            ReadWrite::tr("%1 can't be written: %2").arg(QFileInfo(target).fileName(), page.errorString());
-    else if (!file.commit())
-        *failure = file.reason();
+            ReadWrite::tr("\"%1\" can't be printed on %2").arg(plot->title().text(), printer->printerName());
+    return isDrawn;
 }
 
 } // namespace

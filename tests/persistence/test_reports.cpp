@@ -1,4 +1,5 @@
 #include <QImage>
+#include <QPrinter>
 #include <QProcess>
 #include <QSaveFile>
 #include <QXmlStreamReader>
@@ -59,6 +60,15 @@ QByteArray outputOf(const QString& program, const QStringList& arguments)
                                                                 : QByteArray();
 }
 
+class FullDisk : public QSaveFile
+{
+public:
+    using QSaveFile::QSaveFile;
+
+protected:
+    qint64 writeData(const char* bytes, qint64 n) override { return QSaveFile::writeData(bytes, n / 2); }
+};
+
 int count(const QImage& image, QRgb color)
 {
     int n = 0;
@@ -89,6 +99,15 @@ private:
         return names.join(',');
     }
 
+    /// What a printer would make of it.
+    QImage drawn(const QString& name) const
+    {
+        const QString image = folder->filePath(name + ".png");
+        outputOf("gs", {"-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=png16m", "-r85", "-o", image,
+                        folder->filePath(name)});
+        return QImage(image);
+    }
+
     std::unique_ptr<QTemporaryDir> folder;
     QString csv;
     ExpData data;
@@ -105,6 +124,7 @@ private:
     {
         Settings::mainStore().remove(Settings::language);
         Common::forgetLocale();
+        SafeFile::setFactory(nullptr);
     }
 
 private Q_SLOTS:
@@ -117,12 +137,23 @@ private Q_SLOTS:
         row("English", "en_US", 0.5, english, QByteArray("\n2.000000, -0.4, ---, -0.42\n"));
         row("Polish", "pl_PL", 0.05, polish, QByteArray("\n0,2000000; -0,4; ---; -0,42\n"));
         row("Azeri", "az_AZ", 0.0, english.left(5), QByteArray("\n4, -0,4, ---, -0,42\n"));
+        // Their own minus and digits are for people.
+        row("sv_SE", "def", 0.5, polish, QByteArray("\n2,000000; -0,4; ---; -0,42\n"));
+        row("ar_EG", "def", 0.5, english, QByteArray("\n2.000000, -0.4, ---, -0.42\n"));
     }
 
     void exportsTable()
     {
         const auto [language, dt, start, lastLine] =
             fetched<QString, double, QByteArray, QByteArray>({"language", "dt", "start", "lastLine"});
+        const QString system = language == "def" ? QTest::currentDataTag() : QString();
+        if (!system.isEmpty() && QLocale::system().name() != system) { // which a process reads once
+            qputenv("LC_ALL", system.toLatin1() + ".UTF-8");
+            QCOMPARE(QProcess::execute(QCoreApplication::applicationFilePath(), {"exportsTable:" + system}),
+                     0);
+            qputenv("LC_ALL", "C.UTF-8");
+            return;
+        }
         Settings::mainStore().setValue(Settings::language, language);
         Common::forgetLocale();
         fillExperiment(&data, dt);
@@ -240,11 +271,35 @@ private Q_SLOTS:
         const QByteArray pdf = outputOf("pdftotext", {folder->filePath("graph.pdf"), "-"});
         QVERIFY(pdf.contains("Look") && pdf.contains("Amb. Temperature"));
         QVERIFY(outputOf("pdfinfo", {folder->filePath("graph.pdf")}).contains("850 x 567 pts"));
-        const QString drawn = folder->filePath("ps.png");
-        QVERIFY(!outputOf("gs", {"-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=png16m", "-r85", "-o", drawn,
-                                 folder->filePath("graph.ps")})
-                     .isEmpty());
-        QVERIFY(count(QImage(drawn), graph.getCurvePen(1).color().rgb()) > 1000);
+        QVERIFY(count(drawn("graph.ps"), graph.getCurvePen(1).color().rgb()) > 1000);
+    }
+
+    void printsOnWhiteAndWholly()
+    {
+        Plot graph(&data, GRAPH_LINE, false, -1);
+        graph.setCanvasBackground(Qt::black);
+        graph.setPalette(QPalette(Qt::darkRed));
+        const auto print = [&](const char* name, QString* reason) {
+            return ReadWrite::print(
+                &graph,
+                [&](QPrinter* printer) {
+                    printer->setOutputFileName(folder->filePath(name));
+                    return true;
+                },
+                reason);
+        };
+        QString reason;
+        QVERIFY2(print("page.pdf", &reason), qPrintable(reason));
+        const QImage page = drawn("page.pdf");
+        QVERIFY(page.width() > page.height());
+        QVERIFY(count(page, qRgb(255, 255, 255)) > page.width() * page.height() * 3 / 4);
+        QVERIFY(count(page, graph.getCurvePen(2).color().rgb()) > 1000);
+        const QByteArray before = bytesOf(folder->filePath("page.pdf"));
+        SafeFile::setFactory([](const QString& name) { return std::make_unique<FullDisk>(name); });
+        for (const char* name : {"page.pdf", "new.pdf"})
+            QVERIFY(!print(name, &reason) && reason.contains(name) && reason.contains("space"));
+        QCOMPARE(bytesOf(folder->filePath("page.pdf")), before);
+        QVERIFY(!QFile::exists(folder->filePath("new.pdf")));
     }
 
     void failedExportKeepsOldFile()
