@@ -322,7 +322,8 @@ private:
 
     bool writeLesson(const QString& fname, QString* reason);
     void openLesson(const QString& fname);
-    bool isBusyForLesson();
+    bool isBusy(const QString& line);
+    bool worked(const std::function<void()>& work);
     Lesson takeLesson() const;
     void showLesson(const Lesson& lesson);
     void showGroupPart(int slot, const Lesson::Part& part);

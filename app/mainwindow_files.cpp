@@ -13,6 +13,7 @@
 #include "protocol/tembrindata.h"
 #include "setup/syncdata.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QDateTime>
 #include <QDropEvent>
@@ -37,9 +38,12 @@ QString timeHeader(const ExpData& set)
     return set.dt > 0 ? MainWindow::tr("Time [s]") : MainWindow::tr("Sample");
 }
 
-/// The one file of a drag that can be opened; an empty text for anything else.
+/// The one file of a drag that can be opened; an empty text for anything else, and while a dialog waits for
+/// an answer about what is on the screen.
 QString droppedFile(const QMimeData* mime)
 {
+    if (QApplication::activeModalWidget())
+        return QString();
     const QList<QUrl> urls = mime->urls();
     const QString name = urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
     return hasEnding(name, ".xml") || hasEnding(name, ".csv") || ScreenFile::isLesson(name) ? name

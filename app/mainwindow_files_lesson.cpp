@@ -115,35 +115,43 @@ bool MainWindow::saveLesson(const QString& fname, QString* reason)
 
 // --- Open ---
 
-/// It would take the place of what is just being measured.
-bool MainWindow::isBusyForLesson()
+/// What is opened would take the place of what is just being measured: then `line` says so.
+bool MainWindow::isBusy(const QString& line)
 {
     const bool isBusy = mTembrin->isAnyRunning() || !mTembrin->queue().isIdle();
     if (isBusy)
-        statusLine->setAdvice(tr("A lesson can be opened when no logger is busy."));
+        statusLine->setAdvice(line);
     return isBusy;
+}
+
+/// Does it on another thread. False when the person wants to leave instead.
+bool MainWindow::worked(const std::function<void()>& work)
+{
+    isSaving = true;
+    Waits::whileWorking(work);
+    isSaving = false;
+    const bool isLeaving = std::exchange(isLeavingAsked, false);
+    if (isLeaving)
+        QMetaObject::invokeMethod(this, &MainWindow::doExit, Qt::QueuedConnection);
+    return !isLeaving;
 }
 
 void MainWindow::openLesson(const QString& fname)
 {
+    const QString busy = tr("A lesson can be opened when no logger is busy.");
     const QString question =
         tr("Do you want to save experiment and annotations before another lesson takes their place?");
     bool isAsked = false;
-    if (isBusyForLesson() || !settleUnsaved(QString(), question, question, &isAsked))
+    if (isBusy(busy) || !settleUnsaved(QString(), question, question, &isAsked))
         return;
     Lesson lesson;
     QString reason;
     bool isRead = false;
-    isSaving = true;
-    Waits::whileWorking([&] { isRead = LessonFile::read(fname, &lesson, &reason); });
-    isSaving = false;
-    if (std::exchange(isLeavingAsked, false)) {
-        QMetaObject::invokeMethod(this, &MainWindow::doExit, Qt::QueuedConnection);
+    if (!worked([&] { isRead = LessonFile::read(fname, &lesson, &reason); }))
         return;
-    }
     if (!isRead && fname == argumentFile)
         prompt->warning(this, tr("File not opened"), reason); // a line would go with the first connection
-    if (isRead && isBusyForLesson())                          // a logger was started with its own key
+    if (isRead && isBusy(busy))                               // a logger was started with its own key
         return;
     if (isRead) {
         qCInfo(appLog, "opened %s", qPrintable(fname));

@@ -43,25 +43,29 @@ void MainWindow::createRecovery()
 
 void MainWindow::restoreRun()
 {
-    if (isSaving || mTembrin->isAnyRunning() || !mTembrin->queue().isIdle()) {
-        statusLine->setAdvice(tr("A run can be restored when no logger is busy."));
-        return;
-    }
-    bool isAsked = false;
+    const QString busy = tr("A run can be restored when no logger is busy.");
     const QString question =
         tr("Do you want to save experiment and annotations before another run takes their place?");
-    if (!settleUnsaved(QString(), question, question, &isAsked))
+    bool isAsked = false;
+    if (isSaving || isBusy(busy) || !settleUnsaved(QString(), question, question, &isAsked))
         return;
+    const FoundJournal journal = recovery->offered();
     JournalRun run;
     QString reason;
-    if (!recovery->read(&run, &reason)) {
+    bool isRead = false;
+    const auto read = [&] {
+        isRead = JournalReader::read(journal.path, JournalReader::What::Samples, &run, &reason);
+    };
+    if (!worked(read) || isBusy(busy)) // a logger was started with its own key
+        return;
+    if (!isRead) {
         prompt->warning(this, tr("Run not restored"), reason);
         return;
     }
     quint8 groups = 0;
     for (const JournalExperiment& experiment : run.experiments)
         groups |= quint8(1u << experiment.head.slot);
-    recorder->adopt(recovery->offered(), groups);
+    recorder->adopt(journal, groups);
     showRestored(run, groups);
     recovery->next();
 }

@@ -61,11 +61,6 @@ void RunRecovery::take(const QVector<FoundJournal>& found)
     show();
 }
 
-bool RunRecovery::read(JournalRun* run, QString* reason) const
-{
-    return JournalReader::read(offered().path, JournalReader::What::Samples, run, reason);
-}
-
 void RunRecovery::next()
 {
     journals.removeFirst();

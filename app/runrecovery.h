@@ -21,8 +21,6 @@ public:
 
     /// Looks on another thread; an hour's run takes its time.
     void look();
-    /// The offered run with its samples; false with a reason.
-    bool read(JournalRun* run, QString* reason) const;
     /// What is offered; only while something is.
     const FoundJournal& offered() const { return journals.constFirst(); }
     /// The offered one has been dealt with; the next has its turn.

@@ -228,6 +228,8 @@ private Q_SLOTS:
         QTimer::singleShot(0, this, [&] {
             auto* dialog = qobject_cast<SyncData*>(QApplication::activeModalWidget());
             QVERIFY(dialog);
+            drop(path("a.xml")); // the dialog is about what is on the screen
+            QVERIFY(layoutList()->isEnabled());
             for (int shift : {5, 2, -3}) {
                 dialog->findChild<QSlider*>()->setValue(shift);
                 pads << set->getLeftPad(before) << set->getLeftPad(0) << set->getXSize();

@@ -100,6 +100,32 @@ private Q_SLOTS:
         QCOMPARE(refused(), 0);
     }
 
+    void aRunBegunWhileItIsAskedIsNotReplaced()
+    {
+        {
+            ClassBench bench(2);
+            run(bench);
+        }
+        ClassBench bench(1);
+        bench.sample(0, 0, 1); // something to ask about
+        bench.tellEnd(0);
+        auto* const restore = button(bench, "restoreRun");
+        QVERIFY(restore);
+        bench.prompt.answer = UserPrompt::Answer::No;
+        bench.prompt.meanwhile = [&bench] {
+            bench.sample(0, 0, 2);
+            bench.sample(0, 1, 3);
+        };
+        restore->click();
+        QCOMPARE(bench.data(0)->getXSize(), 2);
+        QVERIFY(restore->isVisible());
+        const auto* line = bench.window->findChild<StatusLine*>();
+        QVERIFY2(line->outcome().contains("when no logger is busy"), qPrintable(line->outcome()));
+        bench.tellEnd(0);
+        restore->click();
+        QCOMPARE(bench.data(0)->getXSize(), 8);
+    }
+
     void aJournalGoesWithWhatBecomesOfItsRun_data()
     {
         columns<QByteArray, bool, int, int>({"then", "isOver", "journals", "refused"});

@@ -3,6 +3,9 @@
 #include <QList>
 #include <QStringList>
 
+#include <functional>
+#include <utility>
+
 #include "common/userprompt.h"
 
 /// Answers for the boxes and dialogs of a test, which notes what was asked as "title|text".
@@ -18,6 +21,7 @@ public:
     QString filter;  ///< chosen for a file to write
     QString offered; ///< as the file to write
     QStringList asked;
+    std::function<void()> meanwhile; ///< happens while the first question stands
 
     void information(QObject*, const QString& title, const QString& text) override { note(title, text); }
     void warning(QObject*, const QString& title, const QString& text) override { note(title, text); }
@@ -25,6 +29,8 @@ public:
     Answer question(QObject*, const QString& title, const QString& text, bool) override
     {
         note(title, text);
+        if (const auto happens = std::exchange(meanwhile, {}))
+            happens();
         return answers.isEmpty() ? answer : answers.takeFirst();
     }
     bool confirm(QObject*, const QString& title, const QString& text) override
