@@ -152,6 +152,37 @@ public:
     void makeUniformScales();
     void makeUniformScalesAfterOpen();
 
+    // --- taking back (expdata_content.cpp) ---
+
+    /// Samples and channels as one value. It shares the samples with the set until one of them changes.
+    struct Content
+    {
+        double dt = 1;
+        QVector<double> x;
+        QVector<QVector<double>> y;
+        SensorList sensors; ///< its own
+        QVector<int> curveModeHint;
+        QVector<int> leftPad;
+        QVector<double> minY;
+        QVector<double> maxY;
+        TimeCuts cuts;
+        int firstLive = 0;
+        int appendIndex = 0;
+        int lastShift = 0;
+        bool isAveraged = false;
+    };
+    Content content() const;
+    /// In place of what is there; the selection stays if it can.
+    void setContent(const Content& kept);
+    /// The samples and the channels' kinds and names are those of `kept`.
+    bool holds(const Content& kept) const;
+    /// As many channels, derived in the same way.
+    bool isLike(const Content& kept) const;
+    /// Which channels are others than those of `kept`, or have other samples.
+    QVector<int> channelsUnlike(const Content& kept) const;
+    /// Takes derived channels away until `n` channels are left.
+    void dropDerived(int n);
+
     // --- reading ---
 
     int getNSens() const { return sensors.size(); }
