@@ -297,9 +297,9 @@ void GraphCurves::setPen(int i)
         hasAverageLook = isAverage(i);
     QwtText title(name(i), QwtText::PlainText);
     title.setColor(inkOf(i));
+    if (!curve->isUserColor())
+        curve->setOwnColor(colorOf(i)); // the axis shows that of a hidden curve too
     if (curve->isVisible()) {
-        if (!curve->isUserColor())
-            curve->setOwnColor(colorOf(i));
         QPen pen(colorOf(i), penWidth(i));
         const QVector<qreal> dashes = dashesOf(i);
         if (!dashes.isEmpty())
@@ -372,9 +372,9 @@ void GraphCurves::design(int i)
         curve->setStyle(QwtPlotCurve::NoCurve);
     } else {
         curve->setSymbol(nullptr);
+        curve->setStyle(QwtPlotCurve::Lines); // of a hidden one too: its place in the legend is as wide
     }
-    if (isLine)
-        curve->setStyle(QwtPlotCurve::Lines);
+    curve->setLegendIconSize(legendIconSize()); // as with the pen
     axes.setDue();
 }
 
@@ -386,7 +386,12 @@ void GraphCurves::setColor(int i, const QColor& color)
 
 void GraphCurves::rotateMode(int i)
 {
-    const int mode = curves[i]->rotateMode();
+    setMode(i, curves[i]->rotateMode());
+}
+
+void GraphCurves::setMode(int i, int mode)
+{
+    curves[i]->setMode(mode);
     if (data.curveModeHint.value(i, -1) >= 0)
         data.curveModeHint[i] = mode; // what the file said is no longer so
     design(i);

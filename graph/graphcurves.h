@@ -47,6 +47,7 @@ public:
     void setColor(int i, const QColor& color);
     /// Line, points, hidden, line.
     void rotateMode(int i);
+    void setMode(int i, int mode);
     /// Pen, symbol and whether it is drawn.
     void design(int i);
     void designAll();

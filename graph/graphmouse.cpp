@@ -146,6 +146,8 @@ bool GraphMouse::eventFilter(QObject* object, QEvent* event)
             onCanvas(*mouse);
         else if (event->type() == QEvent::Wheel && traits.takesCrosses)
             onWheel(*static_cast<const QWheelEvent*>(event));
+        else if (event->type() == QEvent::Hide && escape)
+            loseMouse();
     }
     return false;
 }
@@ -154,15 +156,24 @@ GraphMouse::~GraphMouse() = default;
 
 void GraphMouse::watchEscape()
 {
-    escape = std::make_unique<EscapeWatch>([this] { giveUp(); });
+    escape = std::make_unique<EscapeWatch>([this] {
+        escape.release()->deleteLater(); // its filter is at work
+        giveUp();
+    });
 }
 
 void GraphMouse::giveUp()
 {
-    escape.release()->deleteLater(); // its filter is at work
     zoomer->reset();
     markers.cancel();
     pannedTo.reset();
+}
+
+/// No release comes any more.
+void GraphMouse::loseMouse()
+{
+    escape.reset();
+    giveUp();
 }
 
 void GraphMouse::onTitle(const QEvent& event)

@@ -62,6 +62,7 @@ private:
     void release(Qt::MouseButton button);
     void watchEscape();
     void giveUp();
+    void loseMouse();
     void onWheel(const QWheelEvent& event);
     void showPixels(const QRectF& area);
 

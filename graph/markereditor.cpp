@@ -31,8 +31,11 @@ void MarkerEditor::askToRemove(myPlotMarker* marker)
     if (!subject || subject->type == MARKER_TANGENT)
         return;
     const QString name = MarkerTexts::kindNameInSentence(subject->type);
-    if (isAgreed(tr("Delete %1").arg(name), tr("Do you want to remove this %1?").arg(name)) && subject)
+    if (isAgreed(tr("Delete %1").arg(name), tr("Do you want to remove this %1?").arg(name)) && subject) {
+        Q_EMIT layer.changing();
         layer.remove(subject);
+        Q_EMIT layer.changed(tr("Delete %1").arg(name));
+    }
 }
 
 void MarkerEditor::lock(myPlotMarker* marker, bool needConfirm)
@@ -43,8 +46,11 @@ void MarkerEditor::lock(myPlotMarker* marker, bool needConfirm)
     const QString name = MarkerTexts::kindNameInSentence(subject->type);
     if (needConfirm && !isAgreed(tr("Lock %1").arg(name), tr("Do you want to lock this %1?").arg(name)))
         return;
-    if (subject)
-        layer.lock(subject);
+    if (!subject)
+        return;
+    Q_EMIT layer.changing();
+    layer.lock(subject);
+    Q_EMIT layer.changed(tr("Lock %1").arg(name));
 }
 
 void MarkerEditor::askToCrop()
@@ -59,17 +65,24 @@ void MarkerEditor::askToCrop()
         return;
     const double x0 = std::min(crosses[0]->xValue(), crosses[1]->xValue());
     const double x1 = std::max(crosses[0]->xValue(), crosses[1]->xValue());
+    Q_EMIT layer.changing(true);
     data.doCrop(x0, x1);
     layer.cropTo(x0, x1);
+    Q_EMIT layer.changed(tr("Crop"));
 }
 
 void MarkerEditor::edit(myPlotMarker* note)
 {
-    openEditor(note);
+    Q_EMIT layer.changing();
+    connect(openEditor(note), &QDialog::finished, this, [this] {
+        Q_EMIT layer.changed(tr("Edit %1").arg(MarkerTexts::kindNameInSentence(MARKER_ANNOTATE)));
+    });
 }
 
-void MarkerEditor::editNew(myPlotMarker* note)
+void MarkerEditor::editNew(const QPointF& pos)
 {
+    Q_EMIT layer.changing();
+    myPlotMarker* const note = layer.addNote(pos);
     const QPointer<myPlotMarker> alive(note);
     connect(openEditor(note), &QDialog::finished, this,
             [this, alive, before = note->label().text()](int how) {
@@ -77,6 +90,7 @@ void MarkerEditor::editNew(myPlotMarker* note)
                 const bool isGivenUp = how == QDialog::Rejected && text == before;
                 if (alive && !alive->isPic() && (text.isEmpty() || isGivenUp))
                     layer.remove(alive);
+                Q_EMIT layer.changed(tr("Add %1").arg(MarkerTexts::kindNameInSentence(MARKER_ANNOTATE)));
             });
 }
 

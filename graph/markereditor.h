@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QPoint>
+#include <QPointF>
 
 #include <functional>
 
@@ -30,8 +31,8 @@ public:
     void lock(myPlotMarker* marker, bool needConfirm);
     void askToCrop();
     void edit(myPlotMarker* note);
-    /// One that goes again when nothing is written in it.
-    void editNew(myPlotMarker* note);
+    /// A note at a point of the canvas, which goes again when nothing is written in it.
+    void editNew(const QPointF& pos);
     void openMenu(myPlotMarker* marker, const QPoint& globalPos);
 
 private:

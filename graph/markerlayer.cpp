@@ -194,6 +194,7 @@ void MarkerLayer::renewSpan()
     }
     if (!span) {
         span = std::make_unique<myPlotMarker>(crosses[0]->iSens, &parts.scaler, MARKER_FLOATING_TEXT);
+        span->setZ(span->z() - 0.5); // under the other texts, also under those that come later
         span->setXValue(myPlotMarker::notPlaced);
         span->attach(&parts.plot);
     }
@@ -215,6 +216,7 @@ void MarkerLayer::aimSpan()
 
 void MarkerLayer::placeTexts()
 {
+    fit(); // the labels of an axis can have taken room from the canvas
     aimSpan();
     places.putAll(span.get());
 }

@@ -8,6 +8,7 @@
 #include "graph/curvesearch.h"
 #include "graph/graphkind.h"
 #include "graph/myplotmarker.h"
+#include "graph/placedmarks.h"
 #include "graph/textplaces.h"
 
 /// What is placed on a graph: crosses, notes, fits, integrals and the texts beside them. It owns them, keeps
@@ -44,6 +45,9 @@ public:
     void install(const QList<myPlotMarker*>& list);
     /// The texts of the photogates in the present data in place of those of the last.
     void renewGateTexts();
+    /// In place of all that a person placed.
+    void place(const PlacedMarks& marks, const TextLayout& layout);
+    TextLayout textLayout() const;
     /// Takes a marker that somebody else made; drop() gives none back.
     void adopt(myPlotMarker* marker);
 
@@ -85,6 +89,10 @@ public:
     void repaint();
 
 Q_SIGNALS:
+    /// A person begins to change something that can be taken back, and has done it; in between the mouse may
+    /// move or a dialog be open.
+    void changing(bool isOfSamples = false);
+    void changed(const QString& step);
     /// The distance of the two crosses, as a text.
     void distanceTold(const QString& text);
     /// Why something cannot be done.

@@ -149,6 +149,40 @@ void MarkerLayer::install(const QList<myPlotMarker*>& list)
     parts.axes.repaint();
 }
 
+void MarkerLayer::place(const PlacedMarks& marks, const TextLayout& layout)
+{
+    for (int i = markers.size() - 1; i >= 0; --i) {
+        if (Placed::isPlaced(*markers[i]))
+            drop(markers[i]);
+    }
+    const int first = markers.size();
+    for (myPlotMarker* marker : Placed::made(marks)) {
+        const int axis = marker->xSensor;
+        marker->setScaler(&parts.scaler);
+        adopt(marker);
+        marker->xSensor = axis;
+        marker->iReg += marker->iReg >= 0 ? first : 0;
+        if (isCross(*marker))
+            setCross(marker, marker->type);
+        else if (marker->type == MARKER_INTEGRAL || marker->type == MARKER_REGRESSION)
+            marker->curve = parts.curves.at(marker->iSens);
+    }
+    followData();
+    renew();
+    if (span) {
+        span->xOffset = layout.spanOffset.x();
+        span->yOffset = layout.spanOffset.y();
+        span->setXValue(span->pointToXVal); // it has its place
+    }
+    places.setGround(layout.ground);
+    repaint();
+}
+
+TextLayout MarkerLayer::textLayout() const
+{
+    return {span ? QPoint(span->xOffset, span->yOffset) : QPoint(), places.ground()};
+}
+
 QList<myPlotMarker*> MarkerLayer::pairedUp(const QList<myPlotMarker*>& list)
 {
     QList<myPlotMarker*> result;

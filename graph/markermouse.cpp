@@ -2,6 +2,8 @@
 
 #include <QMouseEvent>
 
+#include <utility>
+
 #include "graph/markereditor.h"
 #include "graph/markerlayer.h"
 
@@ -41,9 +43,24 @@ myPlotMarker* MarkerMouse::at(const QPointF& pos, bool* isTip) const
 bool MarkerMouse::take(const QPointF& pos)
 {
     dragged = at(pos, &isByTip);
-    if (dragged)
+    if (dragged) {
         start = {dragged->value(), QPoint(dragged->xOffset, dragged->yOffset), dragged->isPlacedByHand};
+        begin();
+    }
     return isDragging();
+}
+
+void MarkerMouse::begin()
+{
+    end(QString()); // a release that never came
+    isChanging = true;
+    Q_EMIT layer.changing();
+}
+
+void MarkerMouse::end(const QString& step)
+{
+    if (std::exchange(isChanging, false))
+        Q_EMIT layer.changed(step);
 }
 
 void MarkerMouse::drag(const QPointF& pos)
@@ -56,8 +73,15 @@ void MarkerMouse::letGo()
 {
     myPlotMarker* const marker = dragged;
     dragged.clear();
-    if (marker && marker->type == MARKER_X_GHOST)
+    if (!marker) {
+        end(QString());
+        return;
+    }
+    const bool isGone = marker->type == MARKER_X_GHOST;
+    const QString name = MarkerTexts::kindNameInSentence(isGone ? MARKER_X : marker->type);
+    if (isGone)
         layer.remove(marker);
+    end((isGone ? MarkerLayer::tr("Delete %1") : MarkerLayer::tr("Move %1")).arg(name));
 }
 
 void MarkerMouse::cancel()
@@ -66,6 +90,7 @@ void MarkerMouse::cancel()
         return;
     layer.putBack(dragged, start.value, start.offset, start.isPlacedByHand);
     dragged.clear();
+    end(QString());
 }
 
 void MarkerMouse::placeCross(const QPointF& pos)
@@ -73,8 +98,11 @@ void MarkerMouse::placeCross(const QPointF& pos)
     if (layer.refusesCross())
         return;
     const CurveSearch::Place near = search.nearest(pos, layer.all());
-    if (near.iSens >= 0)
-        layer.addCross(near.iSens, near.iReg, near.x, near.y);
+    if (near.iSens < 0)
+        return;
+    begin();
+    layer.addCross(near.iSens, near.iReg, near.x, near.y);
+    end(MarkerLayer::tr("Add %1").arg(MarkerTexts::kindNameInSentence(MARKER_X)));
 }
 
 bool MarkerMouse::pressRight(const QMouseEvent& event)

@@ -32,6 +32,8 @@ public:
 
 private:
     myPlotMarker* at(const QPointF& pos, bool* isTip) const;
+    void begin();
+    void end(const QString& step);
 
     MarkerLayer& layer;
     MarkerEditor& editor;
@@ -46,5 +48,6 @@ private:
 
     QPointer<myPlotMarker> dragged;
     Start start;
-    bool isByTip = false; ///< by the tip of its balloon
+    bool isChanging = false; ///< what it was taken up for is not told yet
+    bool isByTip = false;    ///< by the tip of its balloon
 };

@@ -48,6 +48,9 @@ std::optional<NearCurve::Hit> NearCurve::onFunction(const QPointF& pos, const St
         value = nextValue;
         place = nextPlace;
     } while (left < strip.to);
+    const double exact = best ? valueAt(best->value.x()) : 0;
+    if (best && std::isfinite(exact))
+        best->value.setY(exact);
     return best;
 }
 

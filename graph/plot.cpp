@@ -83,6 +83,8 @@ Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget*
     connectDialogs();
     connect(layer.get(), &MarkerLayer::distanceTold, this, &Plot::twoMarkersUpdated);
     connect(layer.get(), &MarkerLayer::refused, this, &Plot::told);
+    connect(layer.get(), &MarkerLayer::changing, this, &Plot::changing);
+    connect(layer.get(), &MarkerLayer::changed, this, &Plot::changed);
     applyDesign();
     kind->setData();
 }
@@ -136,15 +138,32 @@ void Plot::connectLegend()
     connect(legendPart.get(), &GraphLegend::picked, this, &Plot::pickCurve);
     connect(legendPart.get(), &GraphLegend::shownForAll, this, &Plot::shownForAll);
     connect(legendPart.get(), &GraphLegend::pressedRight, this, [this](int i) {
-        if (!curves->at(i))
-            return;
-        curves->rotateMode(i);
-        layer->renew();
-        slope->renew(); // with its curve the tangent goes
-        if (i == getActiveSens() && !curves->at(i)->isShown())
-            showAnyCurve();
-        replot();
+        if (curves->at(i))
+            rotateMode(i);
     });
+}
+
+void Plot::rotateMode(int i)
+{
+    Q_EMIT changing();
+    curves->rotateMode(i);
+    layer->renew();
+    slope->renew(); // with its curve the tangent goes
+    const myPlotCurve& curve = *curves->at(i);
+    if (i == getActiveSens() && !curve.isShown())
+        showAnyCurve();
+    replot();
+    const QString step = curve.isLine()     ? tr("Show %1")
+                         : curve.isSymbol() ? tr("Points for %1")
+                                            : tr("Hide %1");
+    Q_EMIT changed(step.arg(curves->name(i)));
+}
+
+void Plot::change(const QString& step, const std::function<void()>& how)
+{
+    Q_EMIT changing();
+    how();
+    Q_EMIT changed(step);
 }
 
 // The axis is that of a curve in sight. Of this graph alone: the class keeps its sensor.
@@ -201,11 +220,13 @@ void Plot::connectDialogs()
         Q_EMIT colorChanged(iSens, color);
     });
     connect(from, &GraphDialogs::rangeChosen, this, [this](const SensorPtr& sensor, double min, double max) {
-        kind->setUserRange(sensor, min, max);
+        change(tr("Range of %1").arg(sensor->name), [&] { kind->setUserRange(sensor, min, max); });
     });
-    connect(from, &GraphDialogs::rangeReleased, this,
-            [this](const SensorPtr& sensor) { kind->setAutomaticRange(sensor); });
-    connect(from, &GraphDialogs::xChosen, this, &Plot::setXSensor);
+    connect(from, &GraphDialogs::rangeReleased, this, [this](const SensorPtr& sensor) {
+        change(tr("Automatic range of %1").arg(sensor->name), [&] { kind->setAutomaticRange(sensor); });
+    });
+    connect(from, &GraphDialogs::xChosen, this,
+            [this](int iSens) { change(tr("X axis"), [&] { setXSensor(iSens); }); });
 }
 
 // The active curve that goes to the x axis comes back with the next choice. Of this graph alone: the class
@@ -286,16 +307,15 @@ void Plot::fitTexts()
     updateLayout();
 }
 
-// The frame of the chosen graph, in a colour that texts are still read on where there is no room beside them.
+// The frame of the chosen graph.
 void Plot::paintEvent(QPaintEvent* event)
 {
     QwtPlot::paintEvent(event);
     if (!isActive || index < 0)
         return;
-    const QColor color(0x1e, 0x88, 0xe5);
-    const double width = GraphFonts::isLow(height()) ? 2 : 3;
+    constexpr double width = 3;
     QPainter painter(this);
-    painter.setPen(QPen(GraphDesign::readableOn(color, GraphDesign::surroundings), width));
+    painter.setPen(QPen(GraphDesign::inkOn(GraphDesign::surroundings), width));
     painter.drawRect(QRectF(rect()).adjusted(width / 2, width / 2, -width / 2, -width / 2));
 }
 
@@ -545,6 +565,7 @@ void Plot::refuseAnalysis()
 
 void Plot::setMarkers()
 {
+    Q_EMIT begunAnew();
     slope->hide();
     kind->startAnew();
     layer->clear();
@@ -552,14 +573,51 @@ void Plot::setMarkers()
 
 void Plot::setMarkers(const QList<myPlotMarker*>& list)
 {
+    Q_EMIT begunAnew();
     slope->hide();
     kind->startAnew();
     layer->install(list);
 }
 
+PlotState Plot::state() const
+{
+    PlotState state;
+    state.marks = Placed::of(markers);
+    for (int i = 0; i < curves->size(); ++i)
+        state.modes.append(curves->at(i)->getMode());
+    state.activeSens = getActiveSens();
+    state.xSensor = data.getXYIndex();
+    state.standIn = standIn;
+    state.stoodInFor = stoodInFor;
+    state.texts = layer->textLayout();
+    return state;
+}
+
+void Plot::setState(const PlotState& present, const PlotState& wanted)
+{
+    for (int i = 0; i < std::min({wanted.modes.size(), present.modes.size(), curves->size()}); ++i) {
+        if (wanted.modes[i] != present.modes[i])
+            curves->setMode(i, wanted.modes[i]);
+    }
+    if (wanted.xSensor != present.xSensor) {
+        kind->setXSensor(wanted.xSensor);
+        standIn = wanted.standIn;
+        stoodInFor = wanted.stoodInFor;
+    }
+    if (wanted.activeSens != present.activeSens)
+        kind->showSensor(wanted.activeSens);
+    kind->update();
+    fitTexts(); // texts keep their places on axes that stand
+    replot();
+    if (!wanted.marks.isEmpty() || !present.marks.isEmpty())
+        layer->place(wanted.marks, wanted.texts);
+    slope->renew();
+    replot();
+}
+
 void Plot::newAnnotation(const QPointF pos)
 {
-    editor->editNew(layer->addNote(pos));
+    editor->editNew(pos);
 }
 
 void Plot::newMarker(int iSens, int iReg, double xVal, double yVal)
@@ -608,16 +666,19 @@ void Plot::doCrop()
 
 void Plot::doRegression(int degree)
 {
-    if (traits.takesAnalyses)
-        layer->addResult(CurveAnalysis::fit(*parts, degree, curveMarker));
-    else
+    if (!traits.takesAnalyses) {
         refuseAnalysis();
+        return;
+    }
+    change(degree == 1 ? tr("Linear regression") : tr("Quadratic regression"),
+           [&] { layer->addResult(CurveAnalysis::fit(*parts, degree, curveMarker)); });
 }
 
 void Plot::doIntegral()
 {
-    if (traits.takesAnalyses)
-        layer->addResult(CurveAnalysis::integral(*parts, curveMarker));
-    else
+    if (!traits.takesAnalyses) {
         refuseAnalysis();
+        return;
+    }
+    change(tr("Integral"), [&] { layer->addResult(CurveAnalysis::integral(*parts, curveMarker)); });
 }

@@ -7,12 +7,14 @@
 #include <QString>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
 #include <qwt_plot.h>
 
 #include "graph/graphdesign.h"
 #include "graph/myplotmarker.h"
+#include "graph/placedmarks.h"
 
 class BarKind;
 class ExpData;
@@ -32,6 +34,18 @@ class myPlotCurve;
 class scaleManager;
 struct GraphParts;
 struct KindTraits;
+
+/// What a person did to one graph alone, as a value.
+struct PlotState
+{
+    PlacedMarks marks;
+    QVector<int> modes; ///< of the curves
+    int activeSens = 0;
+    int xSensor = -1;
+    int standIn = -1; ///< of the active curve, which is on the x axis
+    int stoodInFor = 0;
+    TextLayout texts;
+};
 
 enum graphtype
 {
@@ -169,6 +183,9 @@ public:
     /// order, a cross or regression directly before its text, with y values in the base unit. A cross or
     /// regression without a text gets a new one; a text without a partner is dropped.
     void setMarkers(const QList<myPlotMarker*>& list);
+    PlotState state() const;
+    /// What of `wanted` is not as in `present` is brought about.
+    void setState(const PlotState& present, const PlotState& wanted);
     /// An annotation at a point of the canvas, and the dialog for it.
     void newAnnotation(const QPointF pos);
     /// A cross with its text on the curve of a sensor, or on the regression at `iReg` of the markers (-1 for
@@ -217,6 +234,12 @@ Q_SIGNALS:
     void twoMarkersUpdated(const QString& statusText);
     /// Why the graph does not do what was asked of it.
     void told(const QString& text);
+    /// A person begins to change something that can be taken back, and has done it, maybe much later. What
+    /// was given up ends too, maybe without a name. A step of samples changes what the set holds.
+    void changing(bool isOfSamples = false);
+    void changed(const QString& step);
+    /// Another experiment is going to be shown: nothing that was done before can be taken back.
+    void begunAnew();
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -232,6 +255,8 @@ private:
     void connectLegend();
     void connectMouse();
     void connectDialogs();
+    void change(const QString& step, const std::function<void()>& how);
+    void rotateMode(int i);
     void applyDesign();
     void fitTexts();
     void pickCurve(const QString& name);

@@ -41,13 +41,19 @@ void TextPlaces::lean(const myPlotMarker& cross, myPlotMarker* text) const
     text->yOffset = pos.y() < middle.y() || isBelow ? distance : -distance;
 }
 
-bool TextPlaces::isLayoutNew()
+QVector<QRectF> TextPlaces::groundFor(const QList<myPlotMarker*>& texts) const
 {
     const QwtInterval x = plot.axisInterval(QwtPlot::xBottom);
-    const QRectF shown(QPointF(x.minValue(), x.maxValue()), plot.canvas()->size());
-    const bool isNew = shown != lastShown;
-    lastShown = shown;
-    return isNew;
+    QVector<QRectF> ground{QRectF(QPointF(x.minValue(), x.maxValue()), plot.canvas()->size())};
+    for (const myPlotMarker* marker : markers) {
+        if (marker->type != MARKER_FLOATING_TEXT)
+            ground.append(marker->isShown() ? boxOf(*marker) : QRectF());
+    }
+    for (const myPlotMarker* text : texts) {
+        const QPoint offset = text->isPlacedByHand ? QPoint(text->xOffset, text->yOffset) : QPoint();
+        ground.append(text->isShown() ? text->hotBox(basePixel(*text) + offset) : QRectF());
+    }
+    return ground;
 }
 
 void TextPlaces::putAll(myPlotMarker* span)
@@ -64,7 +70,11 @@ void TextPlaces::putAll(myPlotMarker* span)
         texts.append(span);
     const bool isAnyNew = std::any_of(texts.cbegin(), texts.cend(),
                                       [](const myPlotMarker* text) { return std::isnan(text->xValue()); });
-    if (!texts.isEmpty() && (isLayoutNew() || isAnyNew))
+    const QVector<QRectF> ground = groundFor(texts);
+    taken.isKept = ground == lastGround && !isAnyNew;
+    const bool isLayoutNew = lastGround.isEmpty() || lastGround.constFirst() != ground.constFirst();
+    lastGround = ground;
+    if (!texts.isEmpty() && (isLayoutNew || isAnyNew))
         taken.curves = curvePoints();
     // Those that a person has put somewhere go first.
     std::stable_partition(texts.begin(), texts.end(),
@@ -90,7 +100,8 @@ void TextPlaces::putText(myPlotMarker* text, Taken* taken)
         const bool isPushed = partner && overlap(box, boxOf(*partner)) > 0;
         putAt(text, isPushed ? freeOffset(*text, *taken) : QPoint(text->xOffset, text->yOffset));
     } else {
-        const QPoint offset = freeOffset(*text, *taken);
+        const QPoint offset =
+            taken->isKept ? QPoint(text->xOffset, text->yOffset) : freeOffset(*text, *taken);
         text->xOffset = offset.x();
         text->yOffset = offset.y();
         putAt(text, offset);

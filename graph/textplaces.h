@@ -30,6 +30,11 @@ public:
     /// One text where it wants to be.
     void put(myPlotMarker* text) const;
 
+    /// What the texts were placed for: the x range and the size, then each mark. They keep their places as
+    /// long as it is so.
+    const QVector<QRectF>& ground() const { return lastGround; }
+    void setGround(const QVector<QRectF>& ground) { lastGround = ground; }
+
     static constexpr int tangentDistance = 100; ///< pixels of a tangent's text from the curve
 
 private:
@@ -39,10 +44,11 @@ private:
     {
         QVector<QRectF> boxes;
         QVector<QPointF> curves;
+        bool isKept = false; ///< nothing has changed since the texts were put
     };
 
     void putText(myPlotMarker* text, Taken* taken);
-    bool isLayoutNew();
+    QVector<QRectF> groundFor(const QList<myPlotMarker*>& texts) const;
     double hidden(const Taken& taken, const QRectF& box) const;
     QPoint freeOffset(const myPlotMarker& text, const Taken& taken) const;
     void putAt(myPlotMarker* text, const QPoint& offset) const;
@@ -55,5 +61,5 @@ private:
     const QList<myPlotMarker*>& markers;
     const std::function<QVector<QPointF>()> curvePoints;
     const bool isBelow;
-    QRectF lastShown; ///< the x range and the size that the texts were placed for
+    QVector<QRectF> lastGround;
 };
