@@ -201,28 +201,32 @@ void GraphTools::addIntegral()
 
 void GraphTools::smooth()
 {
-    const Plot* const plot = target();
+    const QPointer<Plot> plot = target();
     if (!plot)
         return;
     if (manager->isAnyRunning()) {
         Q_EMIT told(tr("A curve can be smoothed when no logger is running."));
         return;
     }
+    Q_EMIT plot->changing(true);
     dataOf(plot)->smoothCurve();
     Q_EMIT edited(plot->getIndex());
+    Q_EMIT plot->changed(tr("Smooth"));
 }
 
 void GraphTools::addDerivative()
 {
-    const Plot* const plot = target();
+    const QPointer<Plot> plot = target();
     if (!plot)
         return;
     ExpData* const set = dataOf(plot);
     const int before = set->getNSens();
+    Q_EMIT plot->changing(true);
     set->addSpecialCurve(ExpData::CURVE_DERIV);
     if (set->getNSens() == before)
         Q_EMIT told(set->dt > 0 ? tr("A derivative needs at least two samples.")
                                 : tr("A derivative needs times; these samples were taken by hand."));
     else
         Q_EMIT edited(plot->getIndex());
+    Q_EMIT plot->changed(tr("Derivative"));
 }

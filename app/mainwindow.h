@@ -26,6 +26,7 @@ class GraphTools;
 class Indicator;
 class QGridLayout;
 class QLabel;
+class QMenu;
 class QPrinter;
 class QSplitter;
 class QToolBar;
@@ -35,6 +36,7 @@ class RunRecorder;
 class RunRecovery;
 class StatusLine;
 class TembrinProtocol;
+class UndoSteps;
 class loggerBasicSetup;
 class multiConnectionsManager;
 class setupLogger;
@@ -256,6 +258,8 @@ private Q_SLOTS:
     void doMarker();
     void doAnnotate();
     void doCrop();
+    void doUndo();
+    void doRedo();
     void doSlope();
     void doLinRegression();
     void doQuadRegression();
@@ -267,8 +271,13 @@ private:
     void showStatistics();
     QString rateName(double dt) const;
     void showMode();
+    void showEdited(int index);
+    void addUndoMenu();
+    void fillUndoMenu(QMenu* menu);
+    void showUndo();
 
     GraphTools* tools = nullptr;
+    UndoSteps* steps = nullptr;
 
     // Files, in mainwindow_files.cpp
 
@@ -394,6 +403,8 @@ private:
     QAction* markerAct = nullptr;
     QAction* annotateAct = nullptr;
     QAction* cropAct = nullptr;
+    QAction* undoAct = nullptr;
+    QAction* redoAct = nullptr;
     QAction* colabConnectAct = nullptr;
     QAction* basicSetupAct = nullptr;
     QAction* runAct = nullptr;

@@ -5,6 +5,7 @@
 #include "app/graphtools.h"
 #include "app/iconlists.h"
 #include "app/statistics.h"
+#include "app/undosteps.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
@@ -12,8 +13,11 @@
 #include "protocol/tembrindata.h"
 
 #include <QAction>
+#include <QMenu>
 #include <QPointer>
 #include <QStyle>
+#include <QToolBar>
+#include <QToolButton>
 
 #include <algorithm>
 
@@ -25,6 +29,13 @@ void MainWindow::createTools()
     connect(tools, &GraphTools::distanceTold, statusLine, &StatusLine::setMeasured);
     connect(tools, &GraphTools::edited, this, qOverload<int>(&MainWindow::updateAll));
     connect(tools, &GraphTools::pressed, this, &MainWindow::choosePlot);
+    steps = new UndoSteps(mTembrin, this);
+    connect(steps, &UndoSteps::told, statusLine, &StatusLine::setOutcome);
+    connect(steps, &UndoSteps::edited, this, &MainWindow::showEdited);
+    connect(steps, &UndoSteps::changed, this, &MainWindow::showUndo);
+    if (!isPanel)
+        addUndoMenu();
+    showUndo();
 }
 
 /// Slope mode has no button of its own: it shows on the list that it is chosen from.
@@ -67,6 +78,70 @@ void MainWindow::doCrop()
 void MainWindow::doSlope()
 {
     tools->setMode(GraphTools::Mode::Slope, tools->mode() != GraphTools::Mode::Slope);
+}
+
+// --- Taking back ---
+
+void MainWindow::doUndo()
+{
+    steps->undo();
+}
+
+void MainWindow::doRedo()
+{
+    steps->redo();
+}
+
+/// A curve that went may have been the one in use, and that of its group in the class.
+void MainWindow::showEdited(int index)
+{
+    const ExpData* const set = index < 0 ? mTembrin->dataC() : mTembrin->dataAt(index);
+    const QVector<Plot*> views = mTembrin->viewsOf(index);
+    const bool isGone = std::any_of(views.cbegin(), views.cend(), [set](const Plot* plot) {
+        return plot->getActiveSens() >= set->getNSens();
+    });
+    updateAll(index);
+    if (isGone)
+        updateSens(index, set->getSelectedSensor());
+}
+
+void MainWindow::addUndoMenu()
+{
+    auto* button = qobject_cast<QToolButton*>(graphToolBar->widgetForAction(undoAct));
+    auto* menu = new QMenu(button);
+    menu->setObjectName(QStringLiteral("undoMenu"));
+    connect(menu, &QMenu::aboutToShow, this, [this, menu] { fillUndoMenu(menu); });
+    button->setObjectName(QStringLiteral("undoButton"));
+    button->setMenu(menu);
+    button->setPopupMode(QToolButton::MenuButtonPopup);
+}
+
+/// The next step stands on top, and each takes those above it along.
+void MainWindow::fillUndoMenu(QMenu* menu)
+{
+    menu->clear();
+    int count = 0;
+    for (const QString& name : steps->doneNames()) {
+        ++count;
+        menu->addAction(tr("Undo %1").arg(name), steps, [this, count] { steps->undo(count); });
+    }
+    menu->addSeparator();
+    count = 0;
+    for (const QString& name : steps->undoneNames()) {
+        ++count;
+        menu->addAction(tr("Redo %1").arg(name), steps, [this, count] { steps->redo(count); });
+    }
+}
+
+void MainWindow::showUndo()
+{
+    const QStringList done = steps->doneNames();
+    const QStringList undone = steps->undoneNames();
+    undoAct->setText(done.isEmpty() ? tr("Undo") : tr("Undo %1").arg(done.first()));
+    redoAct->setText(undone.isEmpty() ? tr("Redo") : tr("Redo %1").arg(undone.first()));
+    redoAct->setEnabled(!undone.isEmpty());
+    // The list of what can be done again hangs on the same button.
+    undoAct->setEnabled(!done.isEmpty() || !undone.isEmpty());
 }
 
 void MainWindow::doLinRegression()

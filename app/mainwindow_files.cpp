@@ -3,6 +3,7 @@
 #include "app/graphtools.h"
 #include "app/iconlists.h"
 #include "app/runrecorder.h"
+#include "app/undosteps.h"
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/userprompt.h"
@@ -146,6 +147,8 @@ void MainWindow::appendFile(const QString& fname)
     if (view.isEmpty())
         return;
     qCInfo(appLog, "appended %s", qPrintable(fname));
+    steps->forget(0);
+    steps->forget(-1);
     data->setXYIndex(-1);
     handleOnlyStaticClassMode(false);
     setView(QString()); // where the graph of logger 0 shows
@@ -161,6 +164,8 @@ void MainWindow::adjustAppended()
     connect(dialog.data(), &SyncData::changeSyncValue, this, [this](int dSamples) {
         if (data->getAppendIndex() == 0)
             return; // a run begun on the logger has taken the place of both experiments
+        steps->forget(0);
+        steps->forget(-1);
         data->shiftLastData(dSamples);
         rebuildClass();
         updateAll();

@@ -107,6 +107,10 @@ void MainWindow::createActions()
          QT_TR_NOOP("Add annotations to graph"), {}},
         {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", &MainWindow::doCrop,
          QT_TR_NOOP("Crop graph"), {}},
+        {&MainWindow::undoAct, "undoAct", QT_TR_NOOP("Undo"), "Undo", &MainWindow::doUndo,
+         QT_TR_NOOP("Take back what was done to a graph last"), {QStringLiteral("Ctrl+Z")}},
+        {&MainWindow::redoAct, "redoAct", QT_TR_NOOP("Redo"), "Undo", &MainWindow::doRedo,
+         QT_TR_NOOP("Do again what was taken back"), {QStringLiteral("Ctrl+Shift+Z"), QStringLiteral("Ctrl+Y")}},
         {&MainWindow::colabConnectAct, "colabConnectAct", QT_TR_NOOP("Connect"), "ColabConnect",
          &MainWindow::doSelectMLog, "", {}},
         {&MainWindow::basicSetupAct, "basicSetupAct", QT_TR_NOOP("Setup"), "Setup", &MainWindow::doBasicSetup,
@@ -157,7 +161,7 @@ void MainWindow::createToolBars()
         fileToolBar->addWidget(createSimulationButton());
     exports = addIconList(fileToolBar, IconList::Kind::Button, "exports", tr("Export"));
     fileToolBar->addAction(printAct);
-    graphToolBar->addActions({zoomAct, markerAct, annotateAct, cropAct});
+    graphToolBar->addActions({zoomAct, markerAct, annotateAct, cropAct, undoAct});
     regression = addIconList(graphToolBar, IconList::Kind::Button, "regression", tr("Functions"));
     tembrinToolBar->addActions(
         {colabConnectAct, basicSetupAct, runAct, stopAct, downloadAct, advancedSetupAct});

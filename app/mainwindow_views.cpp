@@ -2,6 +2,7 @@
 
 #include "app/graphtools.h"
 #include "app/refreshclock.h"
+#include "app/undosteps.h"
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/settings.h"
@@ -107,6 +108,7 @@ Plot* MainWindow::createPlot(ExpData* set, graphtype type, int index)
     connect(plot, &Plot::changedActiveCurve, this, &MainWindow::updateSens);
     connect(plot, &Plot::shownForAll, this, &MainWindow::showForAll);
     tools->watch(plot);
+    steps->watch(plot);
     return plot;
 }
 

@@ -34,14 +34,9 @@ Indicator::Indicator(UserPrompt* prompt, QWidget* parent)
     setNoComm();
 }
 
-int Indicator::iconHeight()
-{
-    return ScreenFlags::is4K() ? 2 * smallDim : smallDim;
-}
-
 void Indicator::loadPictures()
 {
-    const int iconDim = iconHeight();
+    const int iconDim = ScreenFlags::is4K() ? 2 * smallDim : smallDim;
     BTOn = picture(QStringLiteral(":/icons/BTon.ico"), iconDim);
     BTOff = picture(QStringLiteral(":/icons/BToff.ico"), iconDim);
     BTEmpty = picture(QStringLiteral(":/icons/BTempty.ico"), smallDim);

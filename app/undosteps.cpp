@@ -1,0 +1,294 @@
+#include "app/undosteps.h"
+
+#include "classroom/classrun.h"
+#include "classroom/multiconnectionsmanager.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+bool isSameView(const QPair<QPointer<Plot>, PlotState>& a, const QPair<QPointer<Plot>, PlotState>& b)
+{
+    return a.first == b.first && a.second.marks == b.second.marks && a.second.modes == b.second.modes &&
+           a.second.activeSens == b.second.activeSens && a.second.xSensor == b.second.xSensor;
+}
+
+constexpr int kindsOfRange = 3;
+
+/// Where a channel has one of its ranges: its own, that of the class, that of bars.
+struct RangePlace
+{
+    bool& isSet;
+    double& min;
+    double& max;
+
+    static RangePlace of(Sensor& sensor, int kind)
+    {
+        if (kind == 0)
+            return {sensor.readSetMinMax, sensor.minView, sensor.maxView};
+        if (kind == 1)
+            return {sensor.readClassSetMinMax, sensor.classMinView, sensor.classMaxView};
+        return {sensor.barUserScale, sensor.barUserMin, sensor.barUserMax};
+    }
+};
+
+QVector<HandRange> rangesOf(const ExpData& set)
+{
+    QVector<HandRange> ranges;
+    for (int i = 0; i < set.getNSens() * kindsOfRange; ++i) {
+        const SensorPtr& sensor = set.getSens(i / kindsOfRange);
+        HandRange range;
+        if (sensor) {
+            const RangePlace at = RangePlace::of(*sensor, i % kindsOfRange);
+            range = at.isSet ? HandRange{true, at.min, at.max} : HandRange();
+        }
+        ranges.append(range);
+    }
+    return ranges;
+}
+
+/// An automatic range follows by itself.
+void setRanges(const ExpData& set, const QVector<HandRange>& present, const QVector<HandRange>& wanted)
+{
+    for (int i = 0; i < std::min({set.getNSens() * kindsOfRange, present.size(), wanted.size()}); ++i) {
+        const SensorPtr& sensor = set.getSens(i / kindsOfRange);
+        if (!sensor || wanted[i] == present[i])
+            continue;
+        const RangePlace at = RangePlace::of(*sensor, i % kindsOfRange);
+        at.isSet = wanted[i].isSet;
+        at.min = wanted[i].isSet ? wanted[i].min : at.min;
+        at.max = wanted[i].isSet ? wanted[i].max : at.max;
+    }
+}
+
+} // namespace
+
+bool operator==(const HandRange& a, const HandRange& b)
+{
+    return a.isSet == b.isSet && a.min == b.min && a.max == b.max;
+}
+
+UndoSteps::UndoSteps(multiConnectionsManager* manager, QObject* parent)
+    : QObject(parent)
+    , manager(manager)
+{
+}
+
+void UndoSteps::watch(Plot* plot)
+{
+    const int index = plot->getIndex();
+    connect(plot, &Plot::changing, this, [this, index](bool isOfSamples) { begin(index, isOfSamples); });
+    connect(plot, &Plot::changed, this, [this, index](const QString& step) { end(index, step); });
+    connect(plot, &Plot::begunAnew, this, [this, index] { forget(index); });
+}
+
+// --- What a graph is ---
+
+ExpData* UndoSteps::setOf(int index) const
+{
+    return index < 0 ? manager->dataC() : manager->dataAt(index);
+}
+
+UndoSteps::State UndoSteps::stateOf(int index) const
+{
+    const ExpData* const set = setOf(index);
+    State state;
+    for (Plot* plot : manager->viewsOf(index))
+        state.views.append({plot, plot->state()});
+    state.ranges = rangesOf(*set);
+    return state;
+}
+
+/// All but the samples.
+bool UndoSteps::isSameFace(const State& a, const State& b)
+{
+    // A view that was built in between is as nobody touched it.
+    const int views = std::min(a.views.size(), b.views.size());
+    return a.ranges == b.ranges &&
+           std::equal(a.views.cbegin(), a.views.cbegin() + views, b.views.cbegin(), isSameView);
+}
+
+// --- Steps as they are made ---
+
+void UndoSteps::begin(int index, bool isOfSamples)
+{
+    Open& present = open[index];
+    if (present.depth++ == 0)
+        present.before = stateOf(index);
+    if (!isOfSamples || !present.before)
+        return;
+    present.isOfSamples = true;
+    present.before->content = setOf(index)->content();
+    present.origin = setOf(index)->getSelectedSensor();
+}
+
+void UndoSteps::end(int index, const QString& name)
+{
+    const auto found = open.find(index);
+    if (found == open.end())
+        return;
+    if (--found->depth > 0) {
+        found->inner = name;
+        return;
+    }
+    const Open past = *found;
+    open.erase(found);
+    if (!past.before)
+        return;
+    Step step{
+        index,      past.inner.isEmpty() ? name : past.inner, *past.before, stateOf(index), past.isOfSamples,
+        past.origin};
+    if (isSameFace(step.before, step.after) &&
+        (!step.isOfSamples || setOf(index)->holds(step.before.content)))
+        return;
+    if (step.isOfSamples)
+        step.after.content = setOf(index)->content();
+    done.append(step);
+    if (done.size() > most)
+        done.removeFirst();
+    undone.clear();
+    Q_EMIT changed();
+}
+
+void UndoSteps::forget(int index)
+{
+    const auto isOfIt = [index](const Step& step) { return step.index == index; };
+    for (QVector<Step>* steps : {&done, &undone})
+        steps->erase(std::remove_if(steps->begin(), steps->end(), isOfIt), steps->end());
+    if (open.contains(index))
+        open[index].before.reset();
+    Q_EMIT changed();
+}
+
+// --- And as they are taken back ---
+
+QString UndoSteps::nameOf(const Step& step) const
+{
+    const QString graph = step.index < 0 ? tr("class") : manager->groupName(step.index);
+    return QStringLiteral("%1, %2").arg(step.name, graph);
+}
+
+QStringList UndoSteps::names(const QVector<Step>& steps) const
+{
+    QStringList list;
+    for (const Step& step : steps)
+        list.prepend(nameOf(step));
+    return list;
+}
+
+void UndoSteps::undo(int count)
+{
+    while (count-- > 0 && move(&done, &undone, true)) {
+    }
+}
+
+void UndoSteps::redo(int count)
+{
+    while (count-- > 0 && move(&undone, &done, false)) {
+    }
+}
+
+bool UndoSteps::move(QVector<Step>* from, QVector<Step>* to, bool isBack)
+{
+    if (from->isEmpty())
+        return false;
+    Step step = from->constLast();
+    const bool isBusy =
+        std::any_of(open.cbegin(), open.cend(), [](const Open& one) { return one.before.has_value(); });
+    if (isBusy) {
+        Q_EMIT told(tr("First let go of the marker, or close the note."));
+        return false;
+    }
+    const bool isOfPast = step.isOfSamples && !step.isDerivative();
+    if (isOfPast && manager->isAnyRunning()) {
+        Q_EMIT told(tr("%1: that goes when no logger is running.").arg(nameOf(step)));
+        return false;
+    }
+    from->removeLast();
+    takeTexts(isBack ? &step.after : &step.before);
+    const bool isDone = apply(step, isBack);
+    if (isDone)
+        to->append(step);
+    Q_EMIT changed();
+    Q_EMIT told(!isDone  ? tr("%1: that no longer goes, the graph has other samples.").arg(nameOf(step))
+                : isBack ? tr("Taken back: %1").arg(nameOf(step))
+                         : tr("Done again: %1").arg(nameOf(step)));
+    return isDone;
+}
+
+/// False, with nothing changed, if the set is not what the step left or found. In the class that is so for
+/// a group whose other sensor was chosen since, and which then joins it anew.
+bool UndoSteps::applySamples(const Step& step, bool isBack)
+{
+    ExpData* const set = setOf(step.index);
+    const ExpData::Content& expected = (isBack ? step.after : step.before).content;
+    if (!set->isLike(expected))
+        return false;
+    if (step.isDerivative())
+        return applyDerivative(step, isBack);
+    const QVector<int> others = set->channelsUnlike(expected);
+    if (step.index >= 0 && !set->holds(expected))
+        return false;
+    set->setContent((isBack ? step.before : step.after).content);
+    if (step.index < 0)
+        joinAgain(others);
+    return true;
+}
+
+/// The program may have found better places since for the texts of the same marks.
+void UndoSteps::takeTexts(State* present)
+{
+    for (auto& [plot, state] : present->views) {
+        const PlotState now = plot ? plot->state() : PlotState();
+        if (now.marks == state.marks) {
+            state.marks = now.marks;
+            state.texts = now.texts;
+        }
+    }
+}
+
+void UndoSteps::joinAgain(const QVector<int>& slotNumbers)
+{
+    ClassSet& classSet = manager->run().classSet();
+    for (const int slot : slotNumbers) {
+        if (classSet.isMember(slot))
+            classSet.join(slot);
+    }
+}
+
+/// The channel alone: the others may have grown since.
+bool UndoSteps::applyDerivative(const Step& step, bool isBack)
+{
+    ExpData* const set = setOf(step.index);
+    const SensorList& left = step.after.content.sensors;
+    if (isBack) {
+        set->dropDerived(step.before.content.sensors.size());
+        return true;
+    }
+    const int selected = set->getSelectedSensor();
+    set->setSelectedSensor(step.origin);
+    set->addSpecialCurve(left.constLast()->specialType);
+    set->setSelectedSensor(selected);
+    return set->getNSens() == left.size();
+}
+
+bool UndoSteps::apply(const Step& step, bool isBack)
+{
+    ExpData* const set = setOf(step.index);
+    const State& present = isBack ? step.after : step.before;
+    const State& wanted = isBack ? step.before : step.after;
+    if (step.isOfSamples && !applySamples(step, isBack))
+        return false;
+    set->setNeedSave(true);
+    setRanges(*set, present.ranges, wanted.ranges);
+    if (step.isOfSamples || !(present.ranges == wanted.ranges))
+        Q_EMIT edited(step.index);
+    for (const auto& [plot, state] : wanted.views) {
+        for (const auto& [other, was] : present.views) {
+            if (plot && plot == other)
+                plot->setState(was, state);
+        }
+    }
+    return true;
+}

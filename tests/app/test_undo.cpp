@@ -1,0 +1,367 @@
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QDoubleSpinBox>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPlainTextEdit>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <qwt_legend_label.h>
+#include <qwt_scale_widget.h>
+
+#include "app/iconlists.h"
+#include "app/undosteps.h"
+#include "graph/scalemanager.h"
+#include "instruments/statusline.h"
+#include "persistence/readwrite.h"
+#include "tests/app/classbench.h"
+
+namespace {
+
+/// What stands in a file of each graph, and how each looks.
+struct Shown
+{
+    QVector<QByteArray> files;
+    QVector<QImage> pictures;
+};
+
+void clickRight(QWidget* widget)
+{
+    QTest::mouseClick(widget, Qt::RightButton, {}, widget->rect().center());
+}
+
+} // namespace
+
+/// Taking back and doing again, on the real window.
+class TestUndo : public GuardedTest
+{
+    Q_OBJECT
+
+private:
+    void begin() override
+    {
+        bench.reset(new ClassBench(2));
+        for (short n = 0; n < 40; ++n) {
+            bench->sample(0, n, n * n * 0.1);
+            bench->sample(1, n, 2.0 + n);
+        }
+        bench->prompt.answer = UserPrompt::Answer::Yes;
+        bench->action("layoutAct3")->trigger();
+        bench->action("markerAct")->trigger();
+        choose(0);
+        bench->window->activateWindow();
+        QTRY_VERIFY(bench->window->isActiveWindow());
+        steps = bench->window->findChild<UndoSteps*>();
+    }
+    void finish() override { bench.reset(); }
+
+    void stop()
+    {
+        bench->tellEnd(0);
+        bench->tellEnd(1);
+        QVERIFY(!bench->manager->isAnyRunning());
+        bench->data(-1)->setXRange();
+        plot(-1)->setData();
+        settle();
+    }
+
+    Plot* plot(int i) const { return bench->manager->viewsOf(i).first(); }
+    int count() const { return steps->doneNames().size(); }
+    QString told() const { return bench->window->findChild<StatusLine*>()->outcome(); }
+    void function(regressionCode code)
+    {
+        auto* const list = bench->window->findChild<QComboBox*>(QStringLiteral("regression"));
+        Q_EMIT list->activated(list->findData(code));
+    }
+    void settle()
+    {
+        for (int i : {-1, 0, 1, -1, 0}) {
+            plot(i)->Update();
+            QCoreApplication::processEvents(); // a legend of other lines changes the size of the canvas
+        }
+    }
+    void choose(int i)
+    {
+        Q_EMIT bench->manager->plotAt(0)->changedActivePlot(i);
+        current = plot(i);
+    }
+
+    QPoint onCurve(double x) const
+    {
+        QwtScaleMap map = current->canvasMap(QwtPlot::yLeft);
+        current->scaler->fixScaleY(&map, 0);
+        return QPointF(current->transform(QwtPlot::xBottom, x),
+                       map.transform(bench->data(current->getIndex())->interpolateY(0, x)))
+            .toPoint();
+    }
+    void place(double x) { QTest::mouseClick(current->canvas(), Qt::LeftButton, {}, onCurve(x)); }
+    myPlotMarker* some(int number) const
+    {
+        return current->markers.isEmpty() ? nullptr : current->markers[number % current->markers.size()];
+    }
+    void drag(myPlotMarker* marker, const QPoint& way, bool isLetGo = true)
+    {
+        const QPoint from = marker->pixelPos().toPoint();
+        QTest::mousePress(current->canvas(), Qt::LeftButton, {}, from);
+        QMouseEvent move(QEvent::MouseMove, from + way, Qt::NoButton, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(current->canvas(), &move);
+        if (isLetGo)
+            QTest::mouseRelease(current->canvas(), Qt::LeftButton, {}, from + way);
+    }
+    QDialog* openNote()
+    {
+        current->newAnnotation(QPointF(120, 80));
+        auto* const dialog = current->findChild<QDialog*>(QStringLiteral("bubbleEdit"));
+        dialog->findChild<QPlainTextEdit*>()->setPlainText(QStringLiteral("Here it boils"));
+        return dialog;
+    }
+    void setRange()
+    {
+        QTimer::singleShot(0, [] {
+            auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            auto* const top = dialog->findChild<QDoubleSpinBox*>(QStringLiteral("maxval"));
+            top->setValue(top->value() * 1.5 + 1);
+            Q_EMIT top->editingFinished();
+            dialog->accept();
+        });
+        clickRight(current->axisWidget(QwtPlot::yLeft));
+    }
+    void setX(int number)
+    {
+        clickRight(current->axisWidget(QwtPlot::xBottom));
+        QMenu* const menu = current->findChildren<QMenu*>(QStringLiteral("xAxisMenu")).last();
+        const QList<QAction*> choices = menu->actions();
+        choices[number % 2 ? 0 : 2 + number % (choices.size() - 2)]->trigger();
+        menu->close();
+    }
+
+    void change(int kind, int number)
+    {
+        myPlotMarker* const marker = some(number);
+        switch (kind) {
+        case 0:
+        case 1:
+            place(bench->data(current->getIndex())->getMaxX() * (number % 100) / 100);
+            break;
+        case 2:
+            if (marker)
+                drag(marker, QPoint(number % 60 - 30, number % 30 - 15));
+            break;
+        case 3:
+            if (marker)
+                current->verifyAndRemoveMarker(number % current->markers.size());
+            break;
+        case 4:
+            if (marker && number % 3 == 0)
+                current->lockMarker(marker, false);
+            break;
+        case 5:
+            openNote()->accept();
+            break;
+        case 6:
+            bench->action("cropAct")->trigger();
+            break;
+        case 7:
+            setRange();
+            break;
+        case 8:
+            setX(number);
+            break;
+        case 9:
+            clickRight(current->findChildren<QwtLegendLabel*>()[0]);
+            break;
+        default:
+            for (const auto code : {REG_LIN, REG_QUAD, REG_SMOOTH, REG_DERIVATIVE, REG_INTEGRAL}) {
+                if (kind-- == 10)
+                    function(code);
+            }
+        }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    Shown shown()
+    {
+        choose(-1);
+        settle();
+        Shown now;
+        for (int i : {-1, 0}) {
+            plot(i)->keepCurveModesInData();
+            const QString file = folder.filePath(QStringLiteral("x.xml"));
+            const bool isWritten = ReadWrite::write(file, QString(), bench->data(i), plot(i)->scaler->scales,
+                                                    plot(i)->markers, {}, QString());
+            QFile in(file);
+            now.files << (isWritten && in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray());
+            now.pictures << plot(i)->grab().toImage();
+        }
+        return now;
+    }
+
+    /// Empty when all is the same; else what is not, and where its pictures are.
+    static QString difference(const Shown& now, const Shown& then)
+    {
+        QString text;
+        for (int i = 0; i < now.files.size(); ++i) {
+            if (now.files[i] != then.files[i])
+                text += QStringLiteral(" file %1").arg(i);
+            if (now.pictures[i] == then.pictures[i])
+                continue;
+            const QString path = QDir::temp().filePath(QLatin1String(QTest::currentDataTag()));
+            now.pictures[i].save(path + QStringLiteral("-now.png"));
+            then.pictures[i].save(path + QStringLiteral("-then.png"));
+            text += QStringLiteral(" picture %1: %2").arg(i).arg(path);
+        }
+        return text;
+    }
+
+    QTemporaryDir folder;
+    QScopedPointer<ClassBench> bench;
+    UndoSteps* steps = nullptr;
+    Plot* current = nullptr;
+
+private Q_SLOTS:
+    void stepsGoBackAndForth_data()
+    {
+        columns<int>({"seed"});
+        for (int seed = 1; seed <= 8; ++seed)
+            row(qPrintable(QString::number(seed)), seed);
+    }
+
+    void stepsGoBackAndForth()
+    {
+        const auto [seed] = fetched<int>({"seed"});
+        constexpr int wanted = 20;
+        constexpr int kinds = 15;
+        stop();
+        QRandomGenerator dice{quint32(seed)};
+        QVector<Shown> states{shown()};
+        for (int tries = 0; count() < wanted && tries < 300; ++tries) {
+            choose(dice.bounded(2) - 1);
+            const int before = count();
+            const int kind = dice.bounded(kinds);
+            change(kind, dice.bounded(1000));
+            QVERIFY2(count() <= before + 1, qPrintable(QString::number(kind)));
+            if (count() == before)
+                continue;
+            states.append(shown());
+        }
+        QCOMPARE(count(), wanted);
+        for (int round = 0; round < 2; ++round) {
+            bench->window->activateWindow();
+            QTRY_VERIFY(bench->window->isActiveWindow());
+            for (int i = wanted - 1; i >= 0; --i) {
+                QTest::keyClick(bench->window.data(), Qt::Key_Z, Qt::ControlModifier);
+                QCOMPARE(difference(shown(), states[i]), QString());
+            }
+            QCOMPARE(count(), 0);
+            for (int i = 1; i <= wanted; ++i) {
+                QTest::keyClick(bench->window.data(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+                QCOMPARE(difference(shown(), states[i]), QString());
+            }
+        }
+    }
+
+    /// What cannot be taken back now is told, and stays for later or goes with the run that it was of.
+    void waitsForWhatLasts_data()
+    {
+        columns<QString, int>({"what", "laterSteps"});
+        row("note", QStringLiteral("note"), 2);
+        row("drag", QStringLiteral("drag"), 2);
+        row("drag that the layout ends", QStringLiteral("layout"), 1);
+        row("note when a run begins", QStringLiteral("note, run"), 0);
+        row("drag when a run begins", QStringLiteral("drag, run"), 0);
+    }
+
+    void waitsForWhatLasts()
+    {
+        const auto [what, laterSteps] = fetched<QString, int>({"what", "laterSteps"});
+        stop();
+        place(10);
+        QCOMPARE(count(), 1);
+        QPointer<QDialog> note;
+        const QPoint way(60, 0);
+        const QPoint from = some(0)->pixelPos().toPoint();
+        if (what.startsWith(QStringLiteral("note")))
+            note = openNote();
+        else
+            drag(some(0), way, false);
+        steps->undo();
+        QCOMPARE(count(), 1);
+        QVERIFY(told().contains(QStringLiteral("First")));
+        if (what.contains(QStringLiteral("run"))) {
+            bench->tell(0, {{7, 1}, {9, 1}});
+            bench->sample(0, 0, 1);
+            QVERIFY(bench->manager->isAnyRunning());
+        }
+        if (what == QStringLiteral("layout"))
+            bench->action("layoutAct2")->trigger();
+        else if (note)
+            note->accept();
+        else
+            QTest::mouseRelease(current->canvas(), Qt::LeftButton, {}, from + way);
+        QCOMPARE(count(), laterSteps);
+        steps->undo(laterSteps);
+        QCOMPARE(count(), 0);
+        QVERIFY(current->markers.isEmpty());
+    }
+
+    void aRunGoesOn()
+    {
+        ExpData* const set = bench->data(0);
+        function(REG_DERIVATIVE);
+        const int channels = set->getNSens();
+        place(10);
+        bench->sample(0, 40, 7);
+        steps->undo(2);
+        QCOMPARE(set->getNSens(), channels - 1);
+        QCOMPARE(set->getXSize(), 41);
+        steps->redo(2);
+        QCOMPARE(set->getNSens(), channels);
+        QCOMPARE(set->getYSize(channels - 1), 41);
+        QCOMPARE(current->curveMarker.size(), 1);
+    }
+
+    void theClassKeepsWhatWasChosenSince()
+    {
+        stop();
+        choose(-1);
+        place(10);
+        place(20);
+        ExpData* const set = bench->data(-1);
+        const int rows = set->getXSize();
+        bench->action("cropAct")->trigger();
+        QVERIFY(set->getXSize() < rows);
+        const QString first = set->getSens(0)->name;
+        Q_EMIT plot(0)->changedActiveCurve(0, 1);
+        QVERIFY(set->getSens(0)->name != first);
+        steps->undo();
+        QCOMPARE(set->getXSize(), rows);
+        QVERIFY(set->getSens(0)->name != first);
+        QCOMPARE(set->getYNoConv(0), bench->data(0)->getYNoConv(1));
+        QCOMPARE(set->getYNoConv(1), bench->data(1)->getYNoConv(0));
+    }
+
+    void fiftyStepsShareTheirSamples()
+    {
+        stop();
+        choose(0);
+        ExpData* const set = bench->data(0);
+        const QVector<double> measured = set->getYNoConv(0);
+        const double* const other = set->getYNoConv(1).constData();
+        for (int i = 0; i <= UndoSteps::most; ++i)
+            function(REG_SMOOTH);
+        QCOMPARE(count(), UndoSteps::most);
+        QCOMPARE(set->getYNoConv(1).constData(), other);
+        steps->undo(UndoSteps::most);
+        QCOMPARE(count(), 0);
+        QVERIFY(set->getYNoConv(0) != measured); // the first of 51 stays
+        QCOMPARE(set->getYNoConv(1).constData(), other);
+    }
+};
+
+QTEST_MAIN(TestUndo)
+#include "test_undo.moc"
