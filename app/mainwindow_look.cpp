@@ -2,7 +2,11 @@
 
 #include "classroom/multiconnectionsmanager.h"
 #include "graph/plot.h"
+#include "instruments/indicator.h"
 #include "setup/designvalues.h"
+
+#include <QFontInfo>
+#include <QGuiApplication>
 
 namespace {
 
@@ -64,6 +68,11 @@ void MainWindow::setMainWindowStyle()
     const QString arrow = QStringLiteral("image: url(:/icons/resources/down-arrow%1%2.png);")
                               .arg(Plot::isDark(getAppBackColor()) ? QStringLiteral("-light") : QString(),
                                    is4K() ? QStringLiteral("-2x") : QString());
+    // Texts of the status bar are as large as its icons.
+    const QString large =
+        is4K() ? QStringLiteral(" font-size: %1px;").arg(2 * QFontInfo(QGuiApplication::font()).pixelSize())
+               : QString();
+    const QString tall = QStringLiteral("min-height: %1px;").arg(Indicator::iconHeight());
     const struct
     {
         const char* selector;
@@ -71,6 +80,9 @@ void MainWindow::setMainWindowStyle()
     } rules[] = {
         {"QMainWindow", QStringLiteral("background: %1;").arg(back)},
         {"QToolBar", QStringLiteral("border: 0px;")},
+        {"QStatusBar, QStatusBar QWidget",
+         QStringLiteral("background: %1; color: %2;").arg(back, ink) + large},
+        {"QStatusBar", tall},
         {"QToolButton", QStringLiteral("margin: 0px;")},
         {"QToolButton:hover, QToolButton:focus, QToolButton:pressed, QToolButton::menu-button:hover",
          QStringLiteral("background-color: %1; border: none;").arg(over)},

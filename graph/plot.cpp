@@ -307,15 +307,16 @@ void Plot::fitTexts()
     updateLayout();
 }
 
-// The frame of the chosen graph.
+// The frame of the chosen graph, in a colour that texts are still read on where there is no room beside them.
 void Plot::paintEvent(QPaintEvent* event)
 {
     QwtPlot::paintEvent(event);
     if (!isActive || index < 0)
         return;
-    constexpr double width = 3;
+    const QColor color(0x1e, 0x88, 0xe5);
+    const double width = GraphFonts::isLow(height()) ? 2 : 3;
     QPainter painter(this);
-    painter.setPen(QPen(GraphDesign::inkOn(GraphDesign::surroundings), width));
+    painter.setPen(QPen(GraphDesign::readableOn(color, GraphDesign::surroundings), width));
     painter.drawRect(QRectF(rect()).adjusted(width / 2, width / 2, -width / 2, -width / 2));
 }
 

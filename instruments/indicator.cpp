@@ -34,9 +34,14 @@ Indicator::Indicator(UserPrompt* prompt, QWidget* parent)
     setNoComm();
 }
 
+int Indicator::iconHeight()
+{
+    return ScreenFlags::is4K() ? 2 * smallDim : smallDim;
+}
+
 void Indicator::loadPictures()
 {
-    const int iconDim = ScreenFlags::is4K() ? 2 * smallDim : smallDim;
+    const int iconDim = iconHeight();
     BTOn = picture(QStringLiteral(":/icons/BTon.ico"), iconDim);
     BTOff = picture(QStringLiteral(":/icons/BToff.ico"), iconDim);
     BTEmpty = picture(QStringLiteral(":/icons/BTempty.ico"), smallDim);

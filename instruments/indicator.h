@@ -32,6 +32,9 @@ public:
     /// `prompt` asks before something is deleted; not owned, outlives this widget.
     explicit Indicator(UserPrompt* prompt, QWidget* parent = nullptr);
 
+    /// Of a logger's icon, pixels.
+    static int iconHeight();
+
     /// No slot is in use.
     void setNoComm();
     /// Slots below `N` are in use and not connected; the others are hidden.
