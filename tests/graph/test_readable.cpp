@@ -194,6 +194,17 @@ private Q_SLOTS:
                      qPrintable(QStringLiteral("%1: %2").arg(ground.name()).arg(least)));
             QVERIFY(Contrast::between(GraphDesign::majGrid, ground) >
                     Contrast::between(GraphDesign::minGrid, ground));
+            plot->setPalette(QPalette(ground));
+            plot->setAutoFillBackground(true);
+            const QImage whole = plot->grab().toImage();
+            for (const QWidget* axis :
+                 {plot->axisWidget(QwtPlot::yLeft), plot->axisWidget(QwtPlot::xBottom)}) {
+                const QImage part = whole.copy(axis->geometry());
+                double best = 0;
+                for (int column = 0; column < part.width() / 2; ++column) // numbers and title, not the line
+                    best = qMax(best, greatestContrast(part, column, ground));
+                QVERIFY2(best >= Contrast::least, qPrintable(ground.name()));
+            }
         }
     }
 
