@@ -184,7 +184,7 @@ QColor GraphAxes::innerInk() const
 
 double GraphAxes::innerTitleHeight() const
 {
-    return innerTitle->isVisible() ? innerTitle->text().textSize().height() : 0;
+    return innerTitle->isVisible() ? innerTitle->text().textSize().height() + innerTitle->margin() : 0;
 }
 
 void GraphAxes::setInnerTitle(bool tf)
