@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int msSaved = 4000; // a line about what was saved
+constexpr int msLessonSaved = 4000; // a line about what was saved
 
 constexpr const char* layoutNames[] = {"individual", "class", "all"};
 
@@ -106,7 +106,7 @@ bool MainWindow::saveLesson(const QString& fname, QString* reason)
         statusBar()->showMessage(savedRunning == 0
                                      ? tr("%1 was saved.").arg(name)
                                      : tr("%1 was saved as far as the run has come; it goes on.").arg(name),
-                                 msSaved);
+                                 msLessonSaved);
     }
     if (std::exchange(isLeavingAsked, false))
         QMetaObject::invokeMethod(this, &MainWindow::doExit, Qt::QueuedConnection);
