@@ -22,6 +22,7 @@
 #include "instruments/statusline.h"
 #include "persistence/lesson.h"
 #include "persistence/safefile.h"
+#include "protocol/ratetables.h"
 #include "tests/app/classbench.h"
 
 namespace {
@@ -106,7 +107,7 @@ private:
         for (int i = 0; i < samples; ++i) {
             times << i * (dt > 0 ? dt : 1);
             columns[0] << 20 + slot + 3 * std::sin(i * 0.1) / 7;
-            columns[1] << 0.4 + i / 300.0;
+            columns[1] << 0.4 + i * i / 2500.0 + std::sin(i) / 90;
             columns[2] << (i % 5 == 3 ? qQNaN() : 100.0 * i);
         }
         SensorList channels;
@@ -144,6 +145,7 @@ private:
         show(1);
         bench->manager->run().classSet().rebuild(3);
         bench->data(-1)->makeUniformScales();
+        bench->data(-1)->setXRange();
         show(-1);
         mark(bench->manager->plotC(), bench->data(-1), 0, dt);
         bench->manager->plotC()->updateTitle(QString::fromUtf8("Опыт <1>"));
@@ -164,6 +166,49 @@ private:
         plot->markers[1]->xOffset = 83;
     }
 
+    /// Another program, with loggers of other groups connected to it.
+    void restart(bool isInFeet)
+    {
+        const QVector<const char*> american{Settings::unitsCelsius, Settings::unitsMeter};
+        bench.reset(new ClassBench(2, QStringLiteral("port0"), isInFeet ? american : QVector<const char*>()));
+    }
+
+    /// a.lesson and b.lesson, line by line. What a mark says on the screen is in the units of the screen.
+    void compareLessons(bool areWordsOther = false) const
+    {
+        const QRegularExpression words(QStringLiteral(" Text=\"[^\"]*\"|<markerTitle>.*|^Time = .*"));
+        const auto linesOf = [](const QByteArray& bytes) {
+            return QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData()), bytes.size() / 2)
+                .split('\n');
+        };
+        Members second = unpacked(path("b.lesson"));
+        for (const auto& [name, bytes] : unpacked(path("a.lesson"))) {
+            QStringList was = linesOf(bytes);
+            QStringList is = linesOf(second[name]);
+            if (areWordsOther && name.endsWith(".json")) // has other sums then
+                continue;
+            if (areWordsOther) {
+                was.replaceInStrings(words, QString());
+                is.replaceInStrings(words, QString());
+            }
+            for (int i = 0; i < qMax(was.size(), is.size()); ++i)
+                QVERIFY2(was.value(i) == is.value(i),
+                         qPrintable(name + "\n" + was.value(i) + "\n" + is.value(i)));
+            QVERIFY(areWordsOther || second[name] == bytes);
+        }
+    }
+
+    /// All that the analyses say.
+    QVector<double> results() const
+    {
+        QVector<double> results;
+        for (const Plot* plot : {bench->manager->plotAt(0), bench->manager->plotC()}) {
+            for (const myPlotMarker* marker : plot->markers)
+                results << marker->a << marker->b << marker->c << marker->r << marker->integral;
+        }
+        return results;
+    }
+
     QString path(const char* name) const { return folder->filePath(QLatin1String(name)); }
     void save(const QString& name, const QString& filter = QStringLiteral("(*.lesson)"))
     {
@@ -181,31 +226,32 @@ private:
 private Q_SLOTS:
     void comesBackToTheLastByte_data()
     {
-        columns<double, bool>({"dt", "isFresh"});
-        row("ten a second, in the same program", 0.1024, false);
-        row("ten a second, in another", 0.1024, true);
-        row("three a minute", 20.0, true);
-        row("a thousand a second", 0.001, true);
-        row("by hand", 0.0, true);
+        columns<double, QString>({"dt", "where"});
+        row("in the same program", 0.1024, "here");
+        row("in other units", 0.1024, "other units");
+        for (const double dt : RateTables::seconds)
+            row(qPrintable(QString::number(dt)), dt, "elsewhere");
+        row("the fastest of a Vorta", RateTables::vortaSeconds[5], "elsewhere");
     }
 
     void comesBackToTheLastByte()
     {
-        const auto [dt, isFresh] = fetched<double, bool>({"dt", "isFresh"});
+        const auto [dt, where] = fetched<double, QString>({"dt", "where"});
         makeLesson(dt);
         const QVector<double> before = bench->data(1)->getYNoConv(0);
         const QStringList words = textsOf(0) + textsOf(-1);
+        const QVector<double> analysed = results();
         save(path("a.lesson"));
         QVERIFY2(bench->prompt.asked.size() == 1, qPrintable(bench->prompt.asked.join('\n')));
         for (int i : {-1, 0, 1})
             QVERIFY(!bench->data(i)->isNeedSave());
-        if (isFresh) // loggers of other groups are connected to it
-            bench.reset(
-                new ClassBench(2, QStringLiteral("port0"), {Settings::unitsCelsius, Settings::unitsMeter}));
+        if (where != "here")
+            restart(where == "elsewhere");
         open(path("a.lesson"));
         QVERIFY2(said().isEmpty(), qPrintable(said()));
         QVERIFY(bench->window->windowTitle().startsWith("a.lesson - "));
-        QCOMPARE(textsOf(0) + textsOf(-1), words);
+        if (where != "other units")
+            QCOMPARE(textsOf(0) + textsOf(-1), words);
         const QVector<double>& after = bench->data(1)->getYNoConv(0);
         QCOMPARE(after.size(), before.size());
         for (int i = 0; i < before.size(); ++i)
@@ -213,26 +259,46 @@ private Q_SLOTS:
         QVERIFY(bench->data(0)->getSens(1)->readSetMinMax && !bench->data(0)->getSens(0)->readSetMinMax);
         QVERIFY(!bench->manager->plotAt(0)->getCurve(2)->isShown());
         save(path("b.lesson"));
-        Members first = unpacked(path("a.lesson"));
-        Members second = unpacked(path("b.lesson"));
-        QCOMPARE(first.size(), size_t(4)); // class, two groups, manifest
-        for (auto& [name, bytes] : first) {
-            const QStringList was =
-                QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData()), bytes.size() / 2)
-                    .split('\n');
-            const QStringList is =
-                QString::fromUtf16(reinterpret_cast<const char16_t*>(second[name].constData()),
-                                   second[name].size() / 2)
-                    .split('\n');
-            for (int i = 0; i < qMax(was.size(), is.size()); ++i)
-                QVERIFY2(was.value(i) == is.value(i),
-                         qPrintable(name + "\n" + was.value(i) + "\n" + is.value(i)));
-            QCOMPARE(second[name], bytes);
-        }
+        QCOMPARE(unpacked(path("a.lesson")).size(), size_t(4)); // class, two groups, manifest
+        compareLessons(where == "other units");
+        mark(bench->manager->plotAt(0), bench->data(0), 1, dt);
+        mark(bench->manager->plotC(), bench->data(-1), 0, dt);
+        const QVector<double> again = results();
+        QCOMPARE(again.size(), analysed.size());
+        for (int i = 0; where != "other units" && i < again.size(); ++i)
+            QVERIFY2(std::fabs(again[i] - analysed[i]) <= 1e-9 * std::fabs(analysed[i]),
+                     qPrintable(QStringLiteral("%1: %2 %3")
+                                    .arg(i)
+                                    .arg(analysed[i], 0, 'g', 17)
+                                    .arg(again[i], 0, 'g', 17)));
         bench->prompt.asked.clear();
         Q_EMIT bench->manager->plotAt(1)->changedActiveCurve(1, 0); // the class follows its groups
         QCOMPARE(bench->data(-1)->getSens(1)->ID, bench->data(1)->getSens(0)->ID);
         QCOMPARE(bench->data(-1)->getSens(1)->groupName, QString("Group B"));
+    }
+
+    void anImportedTableComesBack()
+    {
+        QFile table(path("t.csv"));
+        QVERIFY(table.open(QIODevice::WriteOnly));
+        table.write(
+            "Time [s],Charge [nC],Path [m]\n0,0.00012,1\n0.5,,2.25\n1.5,-3.1415926535,1e-7\n2.5,4,9\n");
+        table.close();
+        open(path("t.csv"));
+        ExpData* const set = bench->data(-1);
+        set->setSelectedSensor(1);
+        set->addSpecialCurve(ExpData::CURVE_DERIV);
+        set->addSpecialCurve(ExpData::CURVE_SMOOTH);
+        show(-1);
+        save(path("a.lesson"));
+        restart(true);
+        open(path("a.lesson"));
+        QVERIFY2(said().isEmpty(), qPrintable(said()));
+        QCOMPARE(bench->data(-1)->getSens(0)->unitName, QString("nC"));
+        QCOMPARE(bench->data(-1)->getYNoConvAt(0, 2), -3.1415926535);
+        QVERIFY(std::isnan(bench->data(-1)->getYNoConvAt(0, 1)));
+        save(path("b.lesson"));
+        compareLessons();
     }
 
     void membersOpenAlone()

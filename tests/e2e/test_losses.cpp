@@ -1,6 +1,9 @@
 #include <QLabel>
 #include <QStatusBar>
 
+#include <algorithm>
+#include <cmath>
+
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "instruments/indicator.h"
@@ -102,6 +105,10 @@ void TestLosses::afterTheStopNoSampleIsMissing()
         const int samples = bench->data(lost)->getXSize();
         QVERIFY(samples >= qMin(ms, 30000));
         QVERIFY(std::abs(samples - bench->data(0)->getXSize()) < 1000);
+        QCOMPARE(stored(lost).lastKey(), samples - 1);
+        for (const QVector<double>& column : bench->data(lost)->getData())
+            QVERIFY(
+                std::none_of(column.begin(), column.end(), [](double value) { return std::isnan(value); }));
     } else {
         QVERIFY2(told().contains(VirtualBench::group(lost)), qPrintable(told()));
         QCOMPARE(bench->data(-1)->valuesAt(before + 1), loggers);
