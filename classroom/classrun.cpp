@@ -456,6 +456,8 @@ void ClassRun::beginExperiment(int slot, int number, const SensorList& channels)
         beginRun();
     }
     const double dt = state(slot)->samplePeriod();
+    if (isFirst) // one that has been running for a while, as after a crash of the program, has not begun now
+        begunAt -= qint64(dt * number * 1000);
     const bool isAsPlanned = data(slot)->dt == dt;
     place.last = -1;
     place.hasGap = false;

@@ -158,6 +158,22 @@ private Q_SLOTS:
             QCOMPARE(bench->data(0)->getYNoConvAt(c, before), bench->samples(0).value(0).value(c - 1));
     }
 
+    // As after a crash of the program: the first whose sample comes is no older than the others.
+    void aRunThatGoesOnIsTakenUpByAllAtOneTime()
+    {
+        bench.reset(new ManagerBench(loggers(3)));
+        for (int i : {0, 1, 2})
+            bench->pressStart(i);
+        bench->pass(4000);
+        bench->openAll();
+        for (int i : {0, 1, 2}) {
+            QTRY_VERIFY(count(i) > 5);
+            QVERIFY(bench->data(i)->getXAt(0) >= 4);
+        }
+        QVERIFY(run().elapsed() >= 4000);
+        QCOMPARE(classFault({0, 1, 2}), QString());
+    }
+
     void anOlderRunStandsAtItsTrueTime()
     {
         begin(loggers(2));
