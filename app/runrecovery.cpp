@@ -57,7 +57,7 @@ void RunRecovery::look()
 
 void RunRecovery::take(const QVector<FoundJournal>& found)
 {
-    journals = found;
+    journals += found; // what is offered is locked, and not found again
     show();
 }
 
