@@ -332,6 +332,7 @@ private:
     bool writeLesson(const QString& fname, QString* reason);
     void openLesson(const QString& fname);
     bool isBusy(const QString& line);
+    void tellOfArgument(const QString& fname, bool isRead, const QString& reason);
     bool worked(const std::function<void()>& work);
     Lesson takeLesson() const;
     void showLesson(const Lesson& lesson);

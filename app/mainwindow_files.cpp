@@ -214,8 +214,9 @@ void MainWindow::doRead(const QString& fname)
     QString reason;
     setSelected(0, 0);
     data->setXYIndex(-1);
-    if (ReadWrite::read(fname, data, nullptr, nullptr, false, &reason).isEmpty()) {
-        prompt->warning(this, tr("File not opened"), reason); // a line would go with the first connection
+    const bool isRead = !ReadWrite::read(fname, data, nullptr, nullptr, false, &reason).isEmpty();
+    if (!isRead) {
+        tellOfArgument(fname, isRead, reason);
         return;
     }
     const int active = data->activeSensIndex();
@@ -224,6 +225,14 @@ void MainWindow::doRead(const QString& fname)
     data->setNeedSave(false);
     // The set holds curves and nothing else; the class view shows the file as it was left.
     doReadClass(fname);
+    tellOfArgument(fname, isRead, reason);
+}
+
+/// What is wrong with the file that the program was started with. A line would go with the first connection.
+void MainWindow::tellOfArgument(const QString& fname, bool isRead, const QString& reason)
+{
+    if (fname == argumentFile && !reason.isEmpty())
+        prompt->warning(this, isRead ? tr("File opened in part") : tr("File not opened"), reason);
 }
 
 void MainWindow::handleOnlyStaticClassMode(bool tf)

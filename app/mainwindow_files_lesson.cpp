@@ -149,9 +149,7 @@ void MainWindow::openLesson(const QString& fname)
     bool isRead = false;
     if (!worked([&] { isRead = LessonFile::read(fname, &lesson, &reason); }))
         return;
-    if (!isRead && fname == argumentFile)
-        prompt->warning(this, tr("File not opened"), reason); // a line would go with the first connection
-    if (isRead && isBusy(busy))                               // a logger was started with its own key
+    if (isRead && isBusy(busy)) // a logger was started with its own key
         return;
     if (isRead) {
         qCInfo(appLog, "opened %s", qPrintable(fname));
@@ -160,6 +158,7 @@ void MainWindow::openLesson(const QString& fname)
         showFileName();
     }
     statusBar()->showMessage(reason);
+    tellOfArgument(fname, isRead, reason);
 }
 
 void MainWindow::showLesson(const Lesson& lesson)

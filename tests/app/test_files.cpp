@@ -108,7 +108,7 @@ private Q_SLOTS:
         row("of no file", "", "", "x.xml", "Save experiment data|");
         row("saved before", "", "save", "b.xml", "");
         row("could not be read", "plain.xml", "", "x.xml", "File not opened|plain.xml can't be opened");
-        row("could be read in parts", "part.xml", "", "x.xml", "Save experiment data|");
+        row("could be read in parts", "part.xml", "", "x.xml", "File opened in part|part.xml was read but");
         row("table", "", "t.csv", "x.xml", "Save experiment data|");
         row("run after it", "a.xml", "run", "x.xml", "Save experiment data|");
     }

@@ -396,8 +396,13 @@ private Q_SLOTS:
         }
         measure(2, 1, 5); // goes, if anything was opened
         bench->prompt.answer = UserPrompt::Answer::No;
-        open(path("a.lesson"));
+        const bool isArgument = change == "group";
+        if (isArgument)
+            bench->window->setArgumentFile(path("a.lesson"));
+        else
+            open(path("a.lesson"));
         QVERIFY2(said().contains(words), qPrintable(said()));
+        QCOMPARE(bench->prompt.asked.filter("File opened in part|").size(), isArgument ? 1 : 0);
         const bool isOpened = groups >= 0;
         QCOMPARE(bench->data(2)->getXSize(), isOpened ? 0 : 5);
         if (isOpened) {
