@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/runrecorder.h"
+#include "app/undosteps.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/multiconnectionsmanager.h"
@@ -27,6 +28,45 @@ int layoutNumber(const QString& name)
 {
     const auto* found = std::find(std::begin(layoutNames), std::end(layoutNames), name);
     return found == std::end(layoutNames) ? int(LAYOUT_MULTI_COMBO) : int(found - std::begin(layoutNames));
+}
+
+/// The samples that they began with; ranges are those of what they led to.
+void takeSteps(const UndoSteps::History& history, const ExpData& set, Lesson::Part* part)
+{
+    if (history.steps.size() > LessonFile::mostSteps)
+        return;
+    part->steps = history.steps;
+    part->isRawStored = history.isOfRaw;
+    if (!history.isOfRaw)
+        return;
+    ExpData raw;
+    raw.setContent(history.raw);
+    raw.setAppendIndex(set.getAppendIndex());
+    part->raw = StoredExperiment::of(raw, true, part->isClass);
+    part->raw.title = part->experiment.title;
+    for (StoredExperiment::Channel& channel : part->raw.channels) {
+        channel.isRangeFixed = channel.barUseScale = false;
+        channel.minView = channel.maxView = channel.barMinView = channel.barMaxView = 0;
+    }
+}
+
+/// What the set held before the steps of a part and after each, made again in the set itself.
+QVector<ExpData::Content> madeAgain(const Lesson::Part& part, ExpData* set)
+{
+    if (part.steps.isEmpty())
+        return {};
+    (part.isRawStored ? part.raw : part.experiment).fill(set, false);
+    const auto* const other =
+        std::find_if(part.steps.cbegin(), part.steps.cend(),
+                     [](const SampleStep& step) { return step.kind != SampleStep::Kind::Derivative; });
+    set->dropDerived(set->getNSens() - int(other - part.steps.cbegin()));
+    QVector<ExpData::Content> contents{set->content()};
+    for (const SampleStep& step : part.steps) {
+        if (!set->make(step))
+            return {};
+        contents.append(set->content());
+    }
+    return contents;
 }
 
 } // namespace
@@ -57,6 +97,7 @@ Lesson MainWindow::takeLesson() const
         if (part.isStored) {
             part.experiment = StoredExperiment::of(set, true, i < 0);
             part.experiment.title = i < 0 ? plot->title().text() : part.group;
+            takeSteps(steps->history(i), set, &part);
             part.experiment.lineMarkers = StoredMarks::of(plot->markers, set, true);
             for (const Plot* bar : i < 0 ? QVector<Plot*>() : mTembrin->viewsOf(i)) {
                 if (bar != plot)
@@ -201,6 +242,7 @@ void MainWindow::showGroupPart(int slot, const Lesson::Part& part)
     ExpData* const set = mTembrin->dataAt(slot);
     int lostPictures = 0;
     set->setXYIndex(-1);
+    const QVector<ExpData::Content> contents = madeAgain(part, set);
     if (part.isStored)
         part.experiment.fill(set, false);
     else
@@ -218,6 +260,7 @@ void MainWindow::showGroupPart(int slot, const Lesson::Part& part)
         plot->setMarkers();
         plot->setMarkers(StoredMarks::made(marks, part.experiment, 0, &lostPictures));
     }
+    steps->restore(slot, contents, part.steps);
     showTitle(slot);
     updateAll(slot);
     setSelected(slot, active);
@@ -234,12 +277,14 @@ void MainWindow::showClassPart(const Lesson::Part& part)
     graph->updateTitle(runTitle);
     if (!part.isStored)
         return;
+    const QVector<ExpData::Content> contents = madeAgain(part, set);
     part.experiment.fill(set, false);
     const int active = qMax(0, set->getSelectedSensor());
     graph->setMarkers(StoredMarks::made(part.experiment.lineMarkers, part.experiment, 0, &lostPictures));
     set->makeUniformScalesAfterOpen();
     part.experiment.fixClassRanges(set);
     set->setXRange();
+    steps->restore(-1, contents, part.steps);
     updateAll(-1);
     setSelected(-1, active);
 }

@@ -120,7 +120,7 @@ void UndoSteps::begin(int index, bool isOfSamples)
         return;
     present.isOfSamples = true;
     present.before->content = setOf(index)->content();
-    present.origin = setOf(index)->getSelectedSensor();
+    present.channel = qMax(0, setOf(index)->getSelectedSensor());
 }
 
 void UndoSteps::end(int index, const QString& name)
@@ -136,29 +136,96 @@ void UndoSteps::end(int index, const QString& name)
     open.erase(found);
     if (!past.before)
         return;
-    Step step{
-        index,      past.inner.isEmpty() ? name : past.inner, *past.before, stateOf(index), past.isOfSamples,
-        past.origin};
+    Step step{index, past.inner.isEmpty() ? name : past.inner, *past.before, stateOf(index), past.isOfSamples,
+              {}};
     if (isSameFace(step.before, step.after) &&
         (!step.isOfSamples || setOf(index)->holds(step.before.content)))
         return;
-    if (step.isOfSamples)
+    if (step.isOfSamples) {
         step.after.content = setOf(index)->content();
-    done.append(step);
-    if (done.size() > most)
-        done.removeFirst();
+        step.what = setOf(index)->stepSince(step.before.content, past.channel);
+    }
     undone.clear();
+    add(step);
+}
+
+void UndoSteps::add(const Step& step)
+{
+    done.append(step);
+    if (done.size() > most) {
+        const Step first = done.takeFirst();
+        if (first.isOfSamples)
+            older.append(first);
+    }
     Q_EMIT changed();
 }
 
 void UndoSteps::forget(int index)
 {
     const auto isOfIt = [index](const Step& step) { return step.index == index; };
-    for (QVector<Step>* steps : {&done, &undone})
+    for (QVector<Step>* steps : {&done, &undone, &older})
         steps->erase(std::remove_if(steps->begin(), steps->end(), isOfIt), steps->end());
     if (open.contains(index))
         open[index].before.reset();
     Q_EMIT changed();
+}
+
+// --- And as they are kept in a file ---
+
+UndoSteps::History UndoSteps::history(int index) const
+{
+    History all;
+    for (const QVector<Step>* steps : {&older, &done}) {
+        for (const Step& step : *steps) {
+            if (step.index != index || !step.isOfSamples)
+                continue;
+            if (!all.isOfRaw && !step.isDerivative()) {
+                all.isOfRaw = true;
+                all.raw = step.before.content;
+            }
+            all.steps.append(step.what);
+        }
+    }
+    return all;
+}
+
+void UndoSteps::restore(int index, QVector<ExpData::Content> contents, const QVector<SampleStep>& steps)
+{
+    ExpData* const set = setOf(index);
+    ExpData::Content present = set->content();
+    if (steps.isEmpty() || contents.size() != steps.size() + 1 || !set->isLike(contents.constLast()) ||
+        present.x.size() != contents.constLast().x.size())
+        return;
+    present.cuts = contents.constLast().cuts; // which stay cut for whoever joins
+    set->setContent(present);
+    // What is there has the digits of the file, so what follows from it by steps back has them too.
+    contents.last() = present;
+    for (int i = steps.size() - 1; i >= 0 && steps.at(i).kind == SampleStep::Kind::Derivative; --i)
+        contents[i] = contents.at(i + 1).withoutLastChannel();
+    for (int i = 0; i < steps.size(); ++i) {
+        Step step;
+        step.index = index;
+        step.name = nameOf(steps.at(i).kind);
+        step.before.content = contents.at(i);
+        step.after.content = contents.at(i + 1);
+        step.before.content.isAveraged = step.after.content.isAveraged = present.isAveraged;
+        step.isOfSamples = true;
+        step.what = steps.at(i);
+        add(step);
+    }
+}
+
+QString UndoSteps::nameOf(SampleStep::Kind kind)
+{
+    switch (kind) {
+    case SampleStep::Kind::Smooth:
+        return tr("Smooth");
+    case SampleStep::Kind::Derivative:
+        return tr("Derivative");
+    case SampleStep::Kind::Crop:
+        break;
+    }
+    return tr("Crop");
 }
 
 // --- And as they are taken back ---
@@ -261,16 +328,11 @@ void UndoSteps::joinAgain(const QVector<int>& slotNumbers)
 bool UndoSteps::applyDerivative(const Step& step, bool isBack)
 {
     ExpData* const set = setOf(step.index);
-    const SensorList& left = step.after.content.sensors;
     if (isBack) {
         set->dropDerived(step.before.content.sensors.size());
         return true;
     }
-    const int selected = set->getSelectedSensor();
-    set->setSelectedSensor(step.origin);
-    set->addSpecialCurve(left.constLast()->specialType);
-    set->setSelectedSensor(selected);
-    return set->getNSens() == left.size();
+    return set->make(step.what) && set->getNSens() == step.after.content.sensors.size();
 }
 
 bool UndoSteps::apply(const Step& step, bool isBack)
@@ -278,10 +340,14 @@ bool UndoSteps::apply(const Step& step, bool isBack)
     ExpData* const set = setOf(step.index);
     const State& present = isBack ? step.after : step.before;
     const State& wanted = isBack ? step.before : step.after;
+    const QVector<HandRange> ranges = rangesOf(*set);
     if (step.isOfSamples && !applySamples(step, isBack))
         return false;
     set->setNeedSave(true);
-    setRanges(*set, present.ranges, wanted.ranges);
+    if (wanted.views.isEmpty()) // a file knows of no ranges but the present ones
+        setRanges(*set, rangesOf(*set), ranges);
+    else
+        setRanges(*set, present.ranges, wanted.ranges);
     if (step.isOfSamples || !(present.ranges == wanted.ranges))
         Q_EMIT edited(step.index);
     for (const auto& [plot, state] : wanted.views) {

@@ -44,6 +44,16 @@ public:
     QStringList doneNames() const { return names(done); }
     QStringList undoneNames() const { return names(undone); }
 
+    /// All that was done to the samples of a graph, also before the last steps, and where it began.
+    struct History
+    {
+        QVector<SampleStep> steps;
+        bool isOfRaw = false; ///< more than derived channels
+        ExpData::Content raw; ///< before the first that is more
+    };
+    History history(int index) const;
+    /// A set that came from a file holds what `steps` made of the first of `contents`, one more than steps.
+    void restore(int index, QVector<ExpData::Content> contents, const QVector<SampleStep>& steps);
     /// Other samples come into the set: nothing that was done to it before can be taken back.
     void forget(int index);
 
@@ -75,7 +85,7 @@ private:
         State before;
         State after;
         bool isOfSamples = false;
-        int origin = 0; ///< of a derivative
+        SampleStep what; ///< of samples
         bool isDerivative() const { return before.content.sensors.size() < after.content.sensors.size(); }
     };
     /// A change that has begun; another one can begin within it.
@@ -84,11 +94,12 @@ private:
         int depth = 0;
         std::optional<State> before; ///< none when the graph began anew meanwhile
         bool isOfSamples = false;
-        int origin = 0;
-        QString inner; ///< what was done within it
+        int channel = 0; ///< that was chosen
+        QString inner;   ///< what was done within it
     };
 
     void begin(int index, bool isOfSamples);
+    void add(const Step& step);
     void end(int index, const QString& name);
     bool move(QVector<Step>* from, QVector<Step>* to, bool isBack);
     bool apply(const Step& step, bool isBack);
@@ -102,9 +113,11 @@ private:
     static bool isSameFace(const State& a, const State& b);
     QStringList names(const QVector<Step>& steps) const;
     QString nameOf(const Step& step) const;
+    static QString nameOf(SampleStep::Kind kind);
 
     multiConnectionsManager* const manager;
     QVector<Step> done;
+    QVector<Step> older; ///< those of samples that are too far back to be taken back
     QVector<Step> undone;
     QHash<int, Open> open;
 };

@@ -10,6 +10,7 @@
 
 #include "data/derivedcurve.h"
 #include "data/joinedrows.h"
+#include "data/samplestep.h"
 #include "sensors/sensor.h"
 #include "sensors/units.h"
 
@@ -161,7 +162,6 @@ public:
         QVector<double> x;
         QVector<QVector<double>> y;
         SensorList sensors; ///< its own
-        QVector<int> curveModeHint;
         QVector<int> leftPad;
         QVector<double> minY;
         QVector<double> maxY;
@@ -170,6 +170,7 @@ public:
         int appendIndex = 0;
         int lastShift = 0;
         bool isAveraged = false;
+        Content withoutLastChannel() const;
     };
     Content content() const;
     /// In place of what is there; the selection stays if it can.
@@ -180,6 +181,10 @@ public:
     bool isLike(const Content& kept) const;
     /// Which channels are others than those of `kept`, or have other samples.
     QVector<int> channelsUnlike(const Content& kept) const;
+    /// What was done to `before`, to the one channel if it was not a crop.
+    SampleStep stepSince(const Content& before, int channel) const;
+    /// The same again; false, with nothing changed, where it cannot be.
+    bool make(const SampleStep& step);
     /// Takes derived channels away until `n` channels are left.
     void dropDerived(int n);
 

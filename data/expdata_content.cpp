@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
+#include <utility>
 
 namespace {
 
@@ -33,8 +35,19 @@ SensorList copies(const SensorList& sensors)
 
 ExpData::Content ExpData::content() const
 {
-    return {dt,   x,    y,         copies(sensors), curveModeHint, leftPad,   minY,
-            maxY, cuts, firstLive, appendIndex,     lastShift,     isAveraged};
+    return {dt,   x,    y,         copies(sensors), leftPad,   minY,
+            maxY, cuts, firstLive, appendIndex,     lastShift, isAveraged};
+}
+
+ExpData::Content ExpData::Content::withoutLastChannel() const
+{
+    Content less = *this;
+    less.y.removeLast();
+    less.sensors.removeLast();
+    less.leftPad.removeLast();
+    less.minY.removeLast();
+    less.maxY.removeLast();
+    return less;
 }
 
 void ExpData::setContent(const Content& kept)
@@ -43,8 +56,7 @@ void ExpData::setContent(const Content& kept)
     x = kept.x;
     y = kept.y;
     sensors = copies(kept.sensors);
-    nSens = sensors.size();
-    curveModeHint = kept.curveModeHint;
+    resizeChannels(sensors.size()); // what files say of their looks stays
     leftPad = kept.leftPad;
     minY = kept.minY;
     maxY = kept.maxY;
@@ -77,6 +89,49 @@ QVector<int> ExpData::channelsUnlike(const Content& kept) const
             unlike.append(i);
     }
     return unlike;
+}
+
+SampleStep ExpData::stepSince(const Content& before, int channel) const
+{
+    SampleStep step;
+    step.channel = channel;
+    if (nSens > before.sensors.size()) {
+        step.kind = SampleStep::Kind::Derivative;
+        step.window = derivWindow;
+    } else if (x.size() == before.x.size()) {
+        step.window = smoothKernel;
+    } else {
+        step.kind = SampleStep::Kind::Crop;
+        step.first = before.x.indexOf(x.isEmpty() ? 0 : x.constFirst());
+        step.rows = x.size();
+    }
+    return step;
+}
+
+bool ExpData::make(const SampleStep& step)
+{
+    if (step.kind == SampleStep::Kind::Crop) {
+        if (step.first < 0 || step.rows < 1 || step.first >= x.size() || step.rows > x.size() - step.first)
+            return false;
+        const int end = step.first + step.rows;
+        doCrop(x.at(step.first), end < x.size() ? x.at(end) : std::numeric_limits<double>::infinity());
+        return true;
+    }
+    constexpr int mostWindow = 1000;
+    if (!getSens(step.channel) || getYSize(step.channel) < 2 || step.window < 1 || step.window > mostWindow)
+        return false;
+    const int selected = std::exchange(iSelectedSensor, step.channel);
+    if (step.kind == SampleStep::Kind::Smooth) {
+        const int kernel = std::exchange(smoothKernel, step.window);
+        smoothCurve();
+        smoothKernel = kernel;
+    } else {
+        const int window = std::exchange(derivWindow, step.window);
+        addSpecialCurve(CURVE_DERIV);
+        derivWindow = window;
+    }
+    iSelectedSensor = selected;
+    return true;
 }
 
 void ExpData::dropDerived(int n)

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVector>
 
+#include "data/samplestep.h"
 #include "data/storedexperiment.h"
 
 /// All that a class has on its graphs. A value, which may go to another thread.
@@ -18,6 +19,9 @@ struct Lesson
         bool isInClass = false; ///< the group's chosen channel is one of the class
         bool isStored = false;  ///< there is an experiment; a group in use may have none
         StoredExperiment experiment;
+        QVector<SampleStep> steps; ///< that made it
+        bool isRawStored = false;  ///< of steps that are more than derived channels
+        StoredExperiment raw;      ///< what they began with, the derived channels before them included
     };
 
     QString layout;
@@ -40,6 +44,9 @@ public:
     /// The same from the bytes of a file; `reason` gets only the cause.
     static bool read(const QByteArray& bytes, Lesson* lesson, QString* reason, qint64 most = mostUnpacked);
 
+    /// What the manifest calls them, in the order of SampleStep::Kind.
+    static constexpr const char* stepNames[] = {"smooth", "derivative", "crop"};
+    static constexpr int mostSteps = 200;
     static constexpr int version = 1;
     static constexpr int mostEntries = 64;
     static constexpr qint64 mostManifest = 1 << 20;          ///< bytes

@@ -10,6 +10,7 @@
 #include <archive_entry.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <atomic>
 #include <future>
 #include <map>
@@ -194,7 +195,9 @@ public:
 private:
     void takeMember(const QJsonObject& member);
     void takeByNames();
-    bool takeFile(const QString& name, const QString& checksum, Lesson::Part* part);
+    bool takeFile(const QString& name, const QString& checksum, const Lesson::Part& part,
+                  StoredExperiment* experiment);
+    void takeSteps(const QJsonArray& steps, Lesson::Part* part);
     bool isTaken(const Lesson::Part& part) const;
 
     Entries& entries;
@@ -242,13 +245,52 @@ void Assembly::takeMember(const QJsonObject& member)
         return;
     }
     const QString file = member[QLatin1String("file")].toString();
-    part.isStored = !file.isEmpty() && takeFile(file, member[QLatin1String("crc32")].toString(), &part);
+    part.isStored =
+        !file.isEmpty() && takeFile(file, member[QLatin1String("crc32")].toString(), part, &part.experiment);
+    if (part.isStored)
+        takeSteps(member[QLatin1String("steps")].toArray(), &part);
+    const bool isRawNeeded = std::any_of(part.steps.cbegin(), part.steps.cend(), [](const SampleStep& step) {
+        return step.kind != SampleStep::Kind::Derivative;
+    });
+    if (isRawNeeded)
+        part.isRawStored = takeFile(member[QLatin1String("rawFile")].toString(),
+                                    member[QLatin1String("rawCrc32")].toString(), part, &part.raw);
+    if (isRawNeeded && !part.isRawStored)
+        part.steps.clear(); // they cannot be taken back
     lesson->parts.append(part);
 }
 
-bool Assembly::takeFile(const QString& name, const QString& checksum, Lesson::Part* part)
+/// All of them or none.
+void Assembly::takeSteps(const QJsonArray& steps, Lesson::Part* part)
 {
-    const QString shown = part->group.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, part->group);
+    const auto isName = [](const QString& name) {
+        return [name](const char* one) { return name == QLatin1String(one); };
+    };
+    for (const QJsonValue& value : steps) {
+        const QJsonObject told = value.toObject();
+        const auto* const name =
+            std::find_if(std::begin(LessonFile::stepNames), std::end(LessonFile::stepNames),
+                         isName(told[QLatin1String("step")].toString()));
+        if (name == std::end(LessonFile::stepNames) || part->steps.size() == LessonFile::mostSteps) {
+            problems << LessonFile::tr("the steps of %1")
+                            .arg(part->isClass ? LessonFile::tr("the class") : part->group);
+            part->steps.clear();
+            return;
+        }
+        SampleStep step;
+        step.kind = SampleStep::Kind(name - std::begin(LessonFile::stepNames));
+        step.channel = told[QLatin1String("channel")].toInt();
+        step.window = told[QLatin1String("window")].toInt();
+        step.first = told[QLatin1String("first")].toInt();
+        step.rows = told[QLatin1String("rows")].toInt();
+        part->steps.append(step);
+    }
+}
+
+bool Assembly::takeFile(const QString& name, const QString& checksum, const Lesson::Part& part,
+                        StoredExperiment* experiment)
+{
+    const QString shown = part.group.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, part.group);
     const auto found = entries.find(name);
     if (found == entries.end() || !isExperimentName(name)) {
         problems << LessonFile::tr("%1 is missing").arg(shown);
@@ -263,8 +305,8 @@ bool Assembly::takeFile(const QString& name, const QString& checksum, Lesson::Pa
         problems << LessonFile::tr("%1 was changed outside of the program").arg(shown);
     if (!entry.experiment.leftOut.isEmpty())
         problems << LessonFile::tr("%1: %2").arg(shown, entry.experiment.leftOut);
-    part->experiment = entry.experiment;
-    part->experiment.isClass = part->isClass;
+    *experiment = entry.experiment;
+    experiment->isClass = part.isClass;
     return true;
 }
 
@@ -279,7 +321,7 @@ void Assembly::takeByNames()
             part.isClass ? QStringLiteral("class.xml") : QStringLiteral("group-%1.xml").arg(slot + 1);
         if (entries.count(name) == 0)
             continue;
-        part.isStored = takeFile(name, QString(), &part);
+        part.isStored = takeFile(name, QString(), part, &part.experiment);
         part.group = part.isClass ? QString() : part.experiment.title;
         lesson->parts.append(part);
     }

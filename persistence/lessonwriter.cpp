@@ -1,4 +1,5 @@
 #include <QFileInfo>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -6,6 +7,7 @@
 
 #include <zlib.h>
 
+#include <functional>
 #include <future>
 #include <initializer_list>
 
@@ -80,7 +82,39 @@ QString fileOf(const Lesson::Part& part)
     return part.isClass ? QStringLiteral("class.xml") : QStringLiteral("group-%1.xml").arg(part.slot + 1);
 }
 
-QJsonObject described(const Lesson::Part& part, const QString& checksum)
+QString rawFileOf(const Lesson::Part& part)
+{
+    return fileOf(part).replace(QStringLiteral(".xml"), QStringLiteral("-raw.xml"));
+}
+
+QJsonObject described(const SampleStep& step)
+{
+    QJsonObject object;
+    object["step"] = LessonFile::stepNames[int(step.kind)];
+    if (step.kind == SampleStep::Kind::Crop) {
+        object["first"] = step.first;
+        object["rows"] = step.rows;
+    } else {
+        object["channel"] = step.channel;
+        object["window"] = step.window;
+    }
+    return object;
+}
+
+/// The files of the archive but the manifest, each with its experiment.
+QVector<QPair<QString, const StoredExperiment*>> filesOf(const Lesson& lesson)
+{
+    QVector<QPair<QString, const StoredExperiment*>> files;
+    for (const Lesson::Part& part : lesson.parts) {
+        if (part.isStored)
+            files.append({fileOf(part), &part.experiment});
+        if (part.isStored && part.isRawStored)
+            files.append({rawFileOf(part), &part.raw});
+    }
+    return files;
+}
+
+QJsonObject described(const Lesson::Part& part, const QHash<QString, QString>& checksums)
 {
     QJsonObject member;
     member["role"] = part.isClass ? "class" : "group";
@@ -92,9 +126,18 @@ QJsonObject described(const Lesson::Part& part, const QString& checksum)
     if (!part.isStored)
         return member;
     member["file"] = fileOf(part);
-    member["crc32"] = checksum;
+    member["crc32"] = checksums.value(fileOf(part));
     member["title"] = part.experiment.title;
     member["sensor"] = part.experiment.activeSens;
+    if (part.isRawStored) {
+        member["rawFile"] = rawFileOf(part);
+        member["rawCrc32"] = checksums.value(rawFileOf(part));
+    }
+    QJsonArray steps;
+    for (const SampleStep& step : part.steps)
+        steps.append(described(step));
+    if (!steps.isEmpty())
+        member["steps"] = steps;
     return member;
 }
 
@@ -185,23 +228,23 @@ bool LessonFile::write(const QString& filename, const Lesson& lesson, QString* r
 {
     SafeFile file(filename);
     Zip zip(&file);
-    QJsonArray members;
+    const auto files = filesOf(lesson);
+    QHash<QString, QString> checksums;
     // Two at a time: more would only take memory.
-    const auto begin = [&lesson](int i) {
-        const bool isAny = i < lesson.parts.size() && lesson.parts.at(i).isStored;
-        return isAny ? std::async(std::launch::async, packedPart, lesson.parts.at(i).experiment)
-                     : std::future<Member>();
+    const auto begin = [&files](int i) {
+        return i < files.size() ? std::async(std::launch::async, packedPart, std::cref(*files.at(i).second))
+                                : std::future<Member>();
     };
     std::future<Member> coming[2] = {begin(0), begin(1)};
-    for (int i = 0; i < lesson.parts.size(); ++i) {
-        const Lesson::Part& part = lesson.parts.at(i);
-        std::future<Member>& packed = coming[i % 2];
-        const Member member = packed.valid() ? packed.get() : Member();
-        packed = begin(i + 2);
-        if (part.isStored)
-            zip.add(fileOf(part), member);
-        members.append(described(part, member.checksum()));
+    for (int i = 0; i < files.size(); ++i) {
+        const Member member = coming[i % 2].get();
+        coming[i % 2] = begin(i + 2);
+        zip.add(files.at(i).first, member);
+        checksums[files.at(i).first] = member.checksum();
     }
+    QJsonArray members;
+    for (const Lesson::Part& part : lesson.parts)
+        members.append(described(part, checksums));
     Packer list;
     const QByteArray text = manifest(lesson, members);
     list.add(text.constData(), text.size());

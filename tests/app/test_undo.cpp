@@ -18,6 +18,7 @@
 #include "app/undosteps.h"
 #include "graph/scalemanager.h"
 #include "instruments/statusline.h"
+#include "persistence/lesson.h"
 #include "persistence/readwrite.h"
 #include "tests/app/classbench.h"
 
@@ -343,6 +344,61 @@ private Q_SLOTS:
         QVERIFY(set->getSens(0)->name != first);
         QCOMPARE(set->getYNoConv(0), bench->data(0)->getYNoConv(1));
         QCOMPARE(set->getYNoConv(1), bench->data(1)->getYNoConv(0));
+    }
+
+    /// What was done before a lesson was saved is taken back after it was opened, also in another window.
+    void aLessonKeepsItsSteps()
+    {
+        stop();
+        QVector<QVector<QVector<double>>> measured;
+        for (int i : {-1, 0}) {
+            choose(i);
+            measured.append(bench->data(i)->getData());
+            place(10);
+            function(REG_DERIVATIVE);
+            function(REG_SMOOTH);
+            place(30);
+            bench->action("cropAct")->trigger();
+            function(REG_DERIVATIVE);
+            setRange();
+        }
+        Shown states[4];
+        QByteArray files[2];
+        for (int round = 0; round < 2; ++round) {
+            bench->prompt.file = folder.filePath(QStringLiteral("%1.lesson").arg(round));
+            bench->prompt.filter = QStringLiteral("(*.lesson)");
+            bench->action("saveAct")->trigger();
+            QFile file(bench->prompt.file);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            files[round] = file.readAll();
+            if (round == 0) {
+                finish();
+                begin();
+                stop();
+                bench->prompt.answer = UserPrompt::Answer::No; // what this window measured may go
+            }
+            bench->prompt.file = file.fileName();
+            bench->action("openAct")->trigger();
+            QTRY_COMPARE(count(), 8);
+            states[2 * round] = shown();
+            steps->undo(8);
+            QCOMPARE(count(), 0);
+            for (int i : {0, -1})
+                QCOMPARE(bench->data(i)->getData(), measured[i + 1]);
+            states[2 * round + 1] = shown();
+            steps->redo(8);
+            QCOMPARE(count(), 8);
+        }
+        QCOMPARE(files[1], files[0]);
+        Lesson lesson;
+        QString reason;
+        QVERIFY(LessonFile::read(files[0], &lesson, &reason) && reason.isEmpty());
+        lesson.parts.first().isRawStored = false;
+        QVERIFY(LessonFile::write(bench->prompt.file, lesson, &reason));
+        QVERIFY(LessonFile::read(bench->prompt.file, &lesson, &reason) && !reason.isEmpty());
+        QVERIFY(lesson.parts.first().isStored && lesson.parts.first().steps.isEmpty());
+        QCOMPARE(difference(states[2], states[0]), QString());
+        QCOMPARE(difference(states[3], states[1]), QString());
     }
 
     void fiftyStepsShareTheirSamples()

@@ -1,0 +1,18 @@
+#pragma once
+
+/// A step of analysis that changed the samples of a set, told so that it can be made again.
+struct SampleStep
+{
+    enum class Kind
+    {
+        Smooth,
+        Derivative,
+        Crop
+    };
+
+    Kind kind = Kind::Smooth;
+    int channel = 0; ///< of all but a crop
+    int window = 0;  ///< the samples that a value was made of
+    int first = 0;   ///< of a crop: the rows that it left
+    int rows = 0;
+};
