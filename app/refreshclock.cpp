@@ -13,23 +13,29 @@ constexpr int quickPeriod = 16; // 60 a second
 constexpr int framePeriod = 40; // 25 a second
 constexpr double shortFrame =
     4; // up to it there are quick ones; from then on painting keeps to its part of the time
-constexpr double longFrame = 25;  // from here on the frames come further apart
+constexpr double longFrame = 25; // from here on the frames come further apart
+constexpr double paintingPart = 0.25;
+constexpr double mostRest = 750;  // ms: three seconds of nothing to paint
 constexpr int gatheringTime = 10; // after a quiet time, for samples of other loggers to join the frame
 } // namespace
 
 RefreshClock::RefreshClock(QObject* parent)
     : QObject(parent)
     , wait(framePeriod)
+    , rest(mostRest)
 {
     timer.setSingleShot(true);
     timer.setTimerType(Qt::PreciseTimer);
     connect(&timer, &QTimer::timeout, this, &RefreshClock::paint);
 }
 
-int RefreshClock::period(double frameMs)
+int RefreshClock::period(double frameMs, bool hasRest)
 {
+    constexpr double forOthers = 1.5; // of a frame's time, with the frame
     if (frameMs > longFrame)
         return int(2 * frameMs);
+    if (hasRest)
+        return qMax(quickPeriod, int(forOthers * frameMs));
     return qBound(quickPeriod, int(quickPeriod * frameMs / shortFrame), framePeriod);
 }
 
@@ -73,6 +79,7 @@ void RefreshClock::wake()
 
 void RefreshClock::paint()
 {
+    const double gained = sinceFrame.isValid() ? paintingPart * double(sinceFrame.elapsed()) : 0;
     sinceFrame.start();
     QSet<QWidget*> windows;
     for (View& view : plots) {
@@ -89,7 +96,8 @@ void RefreshClock::paint()
         QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
     const double ms = double(sinceFrame.nsecsElapsed()) * 1e-6;
     // One frame that laid out its axes does not make the next ones rare; one that held up the thread does.
-    wait = period(ms > longFrame ? ms : std::min(ms, costBefore));
+    rest = qBound(0.0, rest + gained - ms, mostRest);
+    wait = period(ms > longFrame ? ms : std::min(ms, costBefore), rest > 0);
     costBefore = ms;
     Q_EMIT painted(int(ms));
 }

@@ -9,7 +9,8 @@
 class Plot;
 
 /// Paints graphs that have new data, all together, 60 times a second as long as frames are cheap and down to
-/// 25 times as they cost more, so that painting takes a quarter of the thread's time. Marking is cheap and
+/// 25 times as they cost more, so that painting takes a quarter of the thread's time. What it left of that it
+/// can use up for a while: a run begins with axes that move in every frame. Marking is cheap and
 /// never paints; a marked graph is painted within a frame or, while it is hidden, once it is shown. When a
 /// frame takes long the frames come further apart, so that painting leaves the thread half of its time.
 class RefreshClock : public QObject
@@ -22,8 +23,9 @@ public:
     /// The graph has new data.
     void mark(Plot* view);
 
-    /// Milliseconds from one frame to the next, when a frame takes `frameMs`.
-    static int period(double frameMs);
+    /// Milliseconds from one frame to the next, when a frame takes `frameMs`. `hasRest`: painting has taken
+    /// less than its part of the time before.
+    static int period(double frameMs, bool hasRest = false);
 
 Q_SIGNALS:
     /// A frame is on the screen; it took `ms` milliseconds.
@@ -49,4 +51,5 @@ private:
     QElapsedTimer sinceFrame; ///< since the start of the last one
     int wait;                 ///< from that start to the next one, ms
     double costBefore = 0;    ///< of the last frame, ms
+    double rest;              ///< what painting has left of its part of the time, ms
 };

@@ -115,6 +115,8 @@ private Q_SLOTS:
         QVERIFY(RefreshClock::period(10) <
                 RefreshClock::period(100)); // and leave the thread half of its time
         QVERIFY(RefreshClock::period(100) >= 200);
+        QVERIFY(RefreshClock::period(10, true) < RefreshClock::period(10));
+        QVERIFY(RefreshClock::period(100, true) >= 200);
         bench.sample(0, number);
         frames.clear();
         QVERIFY(frames.wait(1000));
