@@ -5,14 +5,43 @@
 #include <QLockFile>
 #include <QLoggingCategory>
 #include <QStandardPaths>
+#include <QSysInfo>
 
 #include <atomic>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <csignal>
+#endif
 
 namespace {
 
 Q_LOGGING_CATEGORY(lcJournal, "pellandra.journal", QtInfoMsg)
 
 const QString pattern = QStringLiteral("*.journal");
+
+std::shared_ptr<QLockFile> lockOf(const QString& journal)
+{
+    auto lock = std::make_shared<QLockFile>(journal + QStringLiteral(".lock"));
+    lock->setStaleLockTime(0); // only that of a program which is no more
+    return lock;
+}
+
+/// Another program has it. Where the disk is full nobody can lock, and the lock of a program which is no more
+/// can't be taken away.
+bool isHeld(const QLockFile& lock)
+{
+    if (lock.error() != QLockFile::LockFailedError)
+        return false;
+#ifdef Q_OS_UNIX
+    qint64 pid = 0;
+    QString host;
+    QString program;
+    if (lock.getLockInfo(&pid, &host, &program) && host == QSysInfo::machineHostName())
+        return ::kill(pid_t(pid), 0) == 0 || errno != ESRCH;
+#endif
+    return true;
+}
 
 QString reasonOf(QLockFile::LockError error)
 {
@@ -55,8 +84,7 @@ QString JournalFolder::nameFor(const QDateTime& begun)
 std::shared_ptr<QLockFile> JournalFolder::lock(const QString& journal, QString* reason)
 {
     QDir().mkpath(path());
-    auto lock = std::make_shared<QLockFile>(journal + QStringLiteral(".lock"));
-    lock->setStaleLockTime(0); // only that of a program which is no more
+    const auto lock = lockOf(journal);
     if (lock->tryLock(0))
         return lock;
     *reason = reasonOf(lock->error());
@@ -70,10 +98,10 @@ QVector<FoundJournal> JournalFolder::find()
     for (const QString& name : folder.entryList({pattern}, QDir::Files, QDir::Name | QDir::Reversed)) {
         FoundJournal journal;
         journal.path = folder.filePath(name);
-        QString reason;
-        journal.lock = lock(journal.path, &reason);
-        if (!journal.lock)
+        journal.lock = lockOf(journal.path);
+        if (!journal.lock->tryLock(0) && isHeld(*journal.lock))
             continue;
+        QString reason;
         if (!JournalReader::read(journal.path, JournalReader::What::Extent, &journal.extent, &reason))
             qCInfo(lcJournal, "%s: %s", qPrintable(name), qPrintable(reason));
         else if (journal.extent.experiments.isEmpty())

@@ -206,6 +206,15 @@ private Q_SLOTS:
             writer.add({rows(0, from, 100)});
         writer.end();
         writer.finish();
+        if (isFull) { // to the last byte, and its program is no more: what there is can be had all the same
+            QFile lock(path + QStringLiteral(".lock"));
+            const QByteArray deadProcess = "999999999\nx\n" + QSysInfo::machineHostName().toUtf8() + "\n";
+            QVERIFY(lock.open(QIODevice::WriteOnly) && lock.write(deadProcess) > 0);
+            lock.close();
+            const rlimit nothing{0, limit.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &nothing);
+            QCOMPARE(JournalFolder::find().size(), 1);
+        }
         setrlimit(RLIMIT_FSIZE, &limit);
         QTRY_COMPARE(failures.size(), 1);
         QVERIFY(!failures[0][0].toString().isEmpty());
