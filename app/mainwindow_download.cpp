@@ -124,6 +124,7 @@ void MainWindow::useDownload(int index, bool isOK)
         return;
     }
     handleOnlyStaticClassMode(false);
+    recorder->replace(index);
     ExpData* set = mTembrin->dataAt(index);
     const StoredRun& stored = mTembrin->tembrinDataAt(index)->storedRun();
     set->takeExperiment(stored.channels, stored.dt, stored.columns);

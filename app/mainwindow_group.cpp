@@ -17,6 +17,12 @@ void MainWindow::doSelectMLog()
     dialog->deleteLater();
     if (!dialog->saved)
         return;
+    // What groups measured that are no more in it would be on no screen and in no file.
+    const QString question =
+        tr("Do you want to save experiment and annotations before groups leave the class?");
+    bool isAsked = false;
+    if (unsavedLoggers() >> dialog->nTembrins != 0 && !settleUnsaved(QString(), question, question, &isAsked))
+        return;
     disconnectAll();
     Settings::mainStore().setValue(QLatin1String(Settings::numDefined), dialog->nTembrins);
     setDisplayForNLoggers(dialog->nTembrins);

@@ -170,6 +170,13 @@ void RunRecorder::rewrite(int slot)
     }
 }
 
+/// While others run they go on in it.
+void RunRecorder::replace(int slot)
+{
+    if (inRun >> slot & 1 && !manager->isAnyRunning())
+        setAside();
+}
+
 void RunRecorder::adopt(const FoundJournal& journal, quint8 groups)
 {
     setAside();

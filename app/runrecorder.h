@@ -29,6 +29,8 @@ public:
     void noteSaved();
     /// The set of logger `slot` was put together anew, with what it has now.
     void rewrite(int slot);
+    /// What a download brought has taken the place of the group's samples.
+    void replace(int slot);
     /// The run on the screen is that of an earlier start.
     void adopt(const FoundJournal& journal, quint8 groups);
     /// Something else takes the place of the run. If it is in no file, that was a person's wish; what was

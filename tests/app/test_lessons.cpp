@@ -8,6 +8,7 @@
 #include <QShortcut>
 #include <QStatusBar>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -24,6 +25,7 @@
 #include "persistence/safefile.h"
 #include "protocol/ratetables.h"
 #include "tests/app/classbench.h"
+#include "tests/classroom/dialoghand.h"
 
 namespace {
 
@@ -449,6 +451,31 @@ private Q_SLOTS:
         QString reason;
         QVERIFY(LessonFile::read(path("b.lesson"), &lesson, &reason));
         QCOMPARE(lesson.parts[1].experiment.times.size(), 20);
+    }
+
+    void noGroupLeavesTheClassUnasked_data()
+    {
+        columns<bool>({"isGivenUp"});
+        row("given up", true);
+        row("cancelled", false);
+    }
+
+    void noGroupLeavesTheClassUnasked()
+    {
+        QFETCH(bool, isGivenUp);
+        makeLesson(1);
+        measure(2, 1, 5);
+        bench->data(2)->setNeedSave(true);
+        const auto chooseNone = [] { // of them is there any more
+            DialogHand hand(QApplication::activeModalWidget());
+            hand.press("pushButton_Save");
+            hand.press("pushButton_Connect");
+        };
+        bench->prompt.answer = isGivenUp ? UserPrompt::Answer::No : UserPrompt::Answer::Cancel;
+        QTimer::singleShot(0, this, chooseNone);
+        bench->action("colabConnectAct")->trigger();
+        QVERIFY(bench->prompt.asked.join('\n').contains("before groups leave the class?"));
+        QCOMPARE(bench->manager->nDefTembrins() == 3, !isGivenUp);
     }
 
     void ctrlSKeepsItsLesson()

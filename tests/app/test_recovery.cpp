@@ -132,6 +132,7 @@ private Q_SLOTS:
         row("saved", QByteArray("saveAct"), true, 0, 0);
         row("saved while it goes on", QByteArray("saveAct"), false, 1, 0);
         row("another run takes its place", QByteArray("runAct"), true, 0, 1);
+        row("a download takes its place and is saved", QByteArray("download"), true, 0, 1);
     }
 
     void aJournalGoesWithWhatBecomesOfItsRun()
@@ -144,7 +145,9 @@ private Q_SLOTS:
             bench.tellEnd(i);
         QTemporaryDir folder;
         bench.prompt.file = folder.filePath(QStringLiteral("a.lesson"));
-        bench.action(then)->trigger();
+        if (then == "download") // of an older experiment
+            Q_EMIT bench.logger(0)->downloadComplete(0, true);
+        bench.action(then == "download" ? "saveAct" : then)->trigger();
         bench.window.reset(); // the writer's last word
         QTEST(journals(), "journals");
         QTEST(refused(), "refused");
