@@ -466,7 +466,7 @@ private Q_SLOTS:
         makeLesson(1);
         measure(2, 1, 5);
         bench->data(2)->setNeedSave(true);
-        const auto chooseNone = [] { // of them is there any more
+        const auto chooseNone = [] { // of the groups
             DialogHand hand(QApplication::activeModalWidget());
             hand.press("pushButton_Save");
             hand.press("pushButton_Connect");
