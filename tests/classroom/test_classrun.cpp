@@ -49,9 +49,9 @@ class TestClassRun : public GuardedTest
                 const double joined = row < set->getYSize(i) ? set->getYNoConvAt(i, row) : qQNaN();
                 const ExpData* own = bench->data(i);
                 const int at = own->getX().indexOf(set->getXAt(row));
-                const bool isThere = groups.contains(i) && at >= 0;
-                if (isThere != !qIsNaN(joined) ||
-                    (isThere && joined != own->getYNoConvAt(own->getSelectedSensor(), at)))
+                const double value = at >= 0 ? own->getYNoConvAt(own->getSelectedSensor(), at) : qQNaN();
+                const bool isThere = groups.contains(i) && !qIsNaN(value);
+                if (isThere != !qIsNaN(joined) || (isThere && joined != value))
                     return QStringLiteral("group %1, row %2").arg(i).arg(row);
                 sum += isThere ? joined : 0;
                 values += isThere ? 1 : 0;
