@@ -326,6 +326,44 @@ private Q_SLOTS:
         QCOMPARE(current->curveMarker.size(), 1);
     }
 
+    void whatNeedsThePastWaitsForTheEndOfTheRun()
+    {
+        stop();
+        choose(1);
+        const QVector<QVector<double>> measured = bench->data(1)->getData();
+        function(REG_SMOOTH);
+        bench->tell(0, {{7, 1}, {9, 1}});
+        bench->sample(0, 0, 1);
+        steps->undo();
+        QCOMPARE(count(), 1);
+        QVERIFY(told().contains(QStringLiteral("no logger is running")));
+        bench->tellEnd(0);
+        steps->undo();
+        QCOMPARE(bench->data(1)->getData(), measured);
+        QCOMPARE(steps->undoneNames().size(), 1);
+        place(10);
+        QCOMPARE(steps->undoneNames().size(), 0);
+    }
+
+    void aCropWhileAMarkerIsHeldIsOneStep()
+    {
+        stop();
+        place(10);
+        place(20);
+        const int rows = bench->data(0)->getXSize();
+        const double before = some(0)->xValue();
+        drag(some(0), QPoint(20, 0), false);
+        QVERIFY(some(0)->xValue() != before);
+        bench->action("cropAct")->trigger();
+        QTest::mouseRelease(current->canvas(), Qt::LeftButton);
+        QCOMPARE(count(), 3);
+        QVERIFY(steps->doneNames().first().startsWith(QStringLiteral("Crop")));
+        steps->undo();
+        QCOMPARE(bench->data(0)->getXSize(), rows);
+        QCOMPARE(current->curveMarker.size(), 2);
+        QCOMPARE(some(0)->xValue(), before);
+    }
+
     void theClassKeepsWhatWasChosenSince()
     {
         stop();
@@ -385,11 +423,15 @@ private Q_SLOTS:
             QCOMPARE(count(), 0);
             for (int i : {0, -1})
                 QCOMPARE(bench->data(i)->getData(), measured[i + 1]);
+            QVERIFY(bench->data(0)->getSens(0)->readSetMinMax); // no step of samples
             states[2 * round + 1] = shown();
             steps->redo(8);
             QCOMPARE(count(), 8);
         }
         QCOMPARE(files[1], files[0]);
+        const int rows = bench->data(-1)->getXSize();
+        Q_EMIT plot(0)->changedActiveCurve(0, 1);
+        QCOMPARE(bench->data(-1)->getXSize(), rows); // cut also for who joins anew
         Lesson lesson;
         QString reason;
         QVERIFY(LessonFile::read(files[0], &lesson, &reason) && reason.isEmpty());
