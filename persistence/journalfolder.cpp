@@ -84,7 +84,7 @@ QString JournalFolder::nameFor(const QDateTime& begun)
 std::shared_ptr<QLockFile> JournalFolder::lock(const QString& journal, QString* reason)
 {
     QDir().mkpath(path());
-    const auto lock = lockOf(journal);
+    auto lock = lockOf(journal);
     if (lock->tryLock(0))
         return lock;
     *reason = reasonOf(lock->error());
