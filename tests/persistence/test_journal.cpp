@@ -71,7 +71,7 @@ QStringList told(const QByteArray& bytes, bool* isJournal = nullptr)
 
 QString write(const QString& name, const QVector<JournalRows>& some)
 {
-    const QString path = QDir(JournalFolder::path()).filePath(name);
+    QString path = QDir(JournalFolder::path()).filePath(name);
     JournalWriter writer;
     writer.begin(path, QDateTime(QDate(2026, 11, 23), QTime(10, 42)));
     writer.add(group(3, QStringLiteral("Ångström")));
