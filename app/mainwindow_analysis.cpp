@@ -27,10 +27,12 @@ void MainWindow::createTools()
     connect(tools, &GraphTools::modeChanged, this, &MainWindow::showMode);
     connect(tools, &GraphTools::told, statusLine, &StatusLine::setAdvice);
     connect(tools, &GraphTools::distanceTold, statusLine, &StatusLine::setMeasured);
+    connect(tools, &GraphTools::distanceTold, statusLine, &StatusLine::endAdvice);
+    connect(tools, &GraphTools::edited, statusLine, &StatusLine::endAdvice);
     connect(tools, &GraphTools::edited, this, qOverload<int>(&MainWindow::updateAll));
     connect(tools, &GraphTools::pressed, this, &MainWindow::choosePlot);
     steps = new UndoSteps(mTembrin, this);
-    connect(steps, &UndoSteps::told, statusLine, &StatusLine::setOutcome);
+    connect(steps, &UndoSteps::told, statusLine, &StatusLine::setAdvice);
     connect(steps, &UndoSteps::edited, this, &MainWindow::showEdited);
     connect(steps, &UndoSteps::changed, this, &MainWindow::showUndo);
     if (!isPanel)

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/runline.h"
 #include "app/runrecorder.h"
 #include "app/undosteps.h"
 #include "classroom/classrun.h"
@@ -199,13 +200,15 @@ void MainWindow::openLesson(const QString& fname)
         showFileName();
     }
     statusBar()->showMessage(reason);
-    tellOfArgument(fname, isRead, reason);
+    if (!reason.isEmpty()) // a line is soon overlooked where groups are missing
+        prompt->warning(this, isRead ? tr("File opened in part") : tr("File not opened"), reason);
 }
 
 void MainWindow::showLesson(const Lesson& lesson)
 {
     handleOnlyStaticClassMode(false);
     mTembrin->run().forget();
+    runLine->refresh();
     recorder->setAside();
     Lesson::Part classPart;
     Lesson::Part groups[mostLoggers];

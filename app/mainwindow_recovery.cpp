@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/runline.h"
 #include "app/runrecorder.h"
 #include "app/runrecovery.h"
 #include "classroom/classrun.h"
@@ -74,6 +75,7 @@ void MainWindow::showRestored(const JournalRun& run, quint8 groups)
 {
     handleOnlyStaticClassMode(false);
     mTembrin->run().forget();
+    runLine->refresh();
     const int needed = run.experiments.constLast().head.slot + 1;
     if (needed > mTembrin->nDefTembrins())
         setDisplayForNLoggers(needed);

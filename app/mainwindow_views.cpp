@@ -158,6 +158,7 @@ void MainWindow::updateLayout(int view)
         graphW->setSizes({0, 0, height * 2 / 5, height * 3 / 5});
         isHeightShared = true;
     }
+    tools->follow();
     showLeftOut();
     setMinimumSize(100, 100);
     if (geometry() != before)

@@ -100,6 +100,8 @@ void fillChannel(ExpData* data, int i, const Channel& channel, bool append, cons
     const bool isPart = of.isPart && !append;
     if (!isPart || (channel.isRangeFixed && !of.isClass))
         data->setSensorScale(i, channel.minView, channel.maxView);
+    else
+        data->getSens(i)->readSetMinMax = false; // a sensor that keeps its view does that without being fixed
     if (channel.barUseScale)
         data->setSensorScaleBar(i, channel.barMinView, channel.barMaxView);
     if (channel.isNamed)

@@ -246,6 +246,13 @@ void MarkerLayer::followCross(myPlotMarker* cross)
         putOnCurve(cross, cross->iSens);
 }
 
+/// Whose values something is about: another channel, or the same one smoothed, has others.
+QString MarkerLayer::channelOf(int iSens) const
+{
+    const SensorPtr& sensor = parts.data.getSens(iSens);
+    return parts.curves.at(iSens)->getChannel() + QLatin1Char(' ') + (sensor ? sensor->name : QString());
+}
+
 void MarkerLayer::followData()
 {
     QList<QPointer<myPlotMarker>> lost;
@@ -256,8 +263,9 @@ void MarkerLayer::followData()
             continue;
         // What a file says of its marks holds for the file's data.
         const bool isOfFile = marker->channel.isEmpty();
-        const bool isOther = !isOfFile && marker->channel != curve->getChannel();
-        marker->channel = curve->getChannel();
+        const QString channel = channelOf(marker->iSens);
+        const bool isOther = !isOfFile && marker->channel != channel;
+        marker->channel = channel;
         if (!isOfFile)
             followers.append(marker);
         if (marker->type == MARKER_INTEGRAL || marker->type == MARKER_REGRESSION)

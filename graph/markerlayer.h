@@ -108,6 +108,7 @@ private:
     void renewShown();
     bool isSeen(const myPlotMarker& marker) const;
     void followCross(myPlotMarker* cross);
+    QString channelOf(int iSens) const;
     void tellDistance();
     void refuse(const QString& why);
     double apart() const;

@@ -60,8 +60,8 @@ void MarkerLayer::addPair(myPlotMarker* graphic)
     text->setXValue(myPlotMarker::notPlaced);
     adopt(graphic);
     adopt(text);
-    if (const myPlotCurve* curve = parts.curves.at(graphic->iSens))
-        graphic->channel = curve->getChannel();
+    if (parts.curves.at(graphic->iSens))
+        graphic->channel = channelOf(graphic->iSens);
 }
 
 myPlotMarker* MarkerLayer::addNote(const QPointF& pos)

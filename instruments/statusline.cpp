@@ -55,6 +55,12 @@ void StatusLine::setAdvice(const QString& text)
         adviceTime.start();
 }
 
+void StatusLine::endAdvice()
+{
+    if (adviceTime.isActive())
+        setOutcome(QString());
+}
+
 void StatusLine::setMeasured(const QString& text)
 {
     show(&measuredText, flat(text));

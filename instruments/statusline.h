@@ -23,6 +23,8 @@ public:
     void setOutcome(const QString& text);
     /// Why nothing was done, or what to do: an outcome that goes by itself when there was time to read it.
     void setAdvice(const QString& text);
+    /// What it advised was done, or something else was.
+    void endAdvice();
     /// What is measured on the graph that is meant, behind the outcome; empty for nothing.
     void setMeasured(const QString& text);
     QString waiting() const { return waitingText; }

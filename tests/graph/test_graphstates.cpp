@@ -65,6 +65,22 @@ private Q_SLOTS:
         QVERIFY(textOf(5).contains(data->getSens(1)->valueToString(data->interpolateY(1, 60))));
     }
 
+    void aFitIsOfTheSmoothedCurve()
+    {
+        show();
+        cross(1, 2);
+        cross(1, 8);
+        plot->doRegression(2);
+        const double before = plot->markers[4]->c;
+        data->setSelectedSensor(1);
+        data->smoothCurve();
+        plot->setData();
+        double a = 0, b = 0, c = 0, r = 0;
+        data->regression(2, 1, 2, 8, &a, &b, &c, &r);
+        QVERIFY(c != before);
+        QCOMPARE(plot->markers[4]->c, c);
+    }
+
     void eachXAxisKeepsItsMarks()
     {
         show();
