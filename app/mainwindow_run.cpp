@@ -4,6 +4,7 @@
 #include "app/refreshclock.h"
 #include "app/runline.h"
 #include "app/runrecorder.h"
+#include "app/runrecovery.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/jobtexts.h"
@@ -131,6 +132,7 @@ void MainWindow::showEndOfRun()
 {
     if (!isSaving) // else it is not known yet whether it is saved
         recorder->noteSaved();
+    recovery->look(); // for the one that this took the place of
     hideBusyTitle();
     refreshClock->mark(graph);
     if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinAt(0)->Vorta_drawOnline)

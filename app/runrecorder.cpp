@@ -43,7 +43,7 @@ RunRecorder::RunRecorder(multiConnectionsManager* manager, QObject* parent)
     timer.setInterval(msToKeep);
     connect(&timer, &QTimer::timeout, this, &RunRecorder::handOver);
     const ClassRun* run = &manager->run();
-    connect(run, &ClassRun::begun, this, &RunRecorder::setAside);
+    connect(run, &ClassRun::begun, this, &RunRecorder::beginRun);
     connect(run, &ClassRun::experimentBegun, this, &RunRecorder::beginGroup);
     connect(run, &ClassRun::rowTaken, this, &RunRecorder::takeRow);
     connect(&writer, &JournalWriter::failed, this, [this](const QString& reason) {
@@ -55,6 +55,15 @@ RunRecorder::~RunRecorder()
 {
     handOver();
     writer.end();
+}
+
+/// Nobody was asked whether the run before may go: it is offered again.
+void RunRecorder::beginRun()
+{
+    handOver();
+    if (isOpen)
+        writer.end();
+    forget();
 }
 
 void RunRecorder::setAside()

@@ -44,6 +44,7 @@ Q_SIGNALS:
     void failed(const QString& line);
 
 private:
+    void beginRun();
     void beginGroup(int slot);
     void takeRow(int slot, double time, const QVector<double>& values);
     void writeGroup(int slot);

@@ -109,7 +109,10 @@ void RunRecovery::createBar()
         JournalFolder::refuse(offered().path);
         next();
     });
-    connect(addButton(tr("Later"), "laterRun"), &QPushButton::clicked, this, &RunRecovery::next);
+    connect(addButton(tr("Later"), "laterRun"), &QPushButton::clicked, this, [this] {
+        postponed.append(offered()); // and so locked
+        next();
+    });
     window->addToolBar(Qt::BottomToolBarArea, bar);
 }
 

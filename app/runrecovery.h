@@ -41,5 +41,6 @@ private:
     QMainWindow* window;
     QToolBar* bar = nullptr;
     QLabel* text = nullptr;
-    QVector<FoundJournal> journals; ///< still to offer, and the one that is
+    QVector<FoundJournal> journals;  ///< still to offer, and the one that is
+    QVector<FoundJournal> postponed; ///< to the next start of the program
 };
