@@ -93,6 +93,7 @@ Lesson MainWindow::takeLesson() const
         part.group = i < 0 ? QString() : set.getGroupName();
         if (i >= 0 && (set.getXSize() == 0 || part.group.isEmpty()))
             part.group = titleName(i);
+        part.isBars = i >= 0 && mTembrin->viewShownBy(i) == VIEW_BAR;
         part.isInClass = i >= 0 && mTembrin->run().classSet().isMember(i);
         part.isStored = set.getNSens() > 0 && (i < 0 || set.getXSize() > 0 || !plot->markers.isEmpty());
         if (part.isStored) {
@@ -233,6 +234,8 @@ void MainWindow::showLesson(const Lesson& lesson)
     mTembrin->dataC()->makeUniformScales();
     updateAll(-1);
     updateLayout(layoutNumber(lesson.layout));
+    if (views)
+        views->setCurrentIndex(mTembrin->getCurrentView());
     if (lesson.isClassOfFile)
         handleOnlyStaticClassMode(true);
     for (int i = -1; i < mTembrin->nDefTembrins(); ++i)
@@ -268,6 +271,7 @@ void MainWindow::showGroupPart(int slot, const Lesson::Part& part)
     updateAll(slot);
     setSelected(slot, active);
     mTembrin->plotAt(slot)->forceDefaultSetScale();
+    mTembrin->addWidgetByIndex(graphGridL, part.isBars ? VIEW_BAR : VIEW_GRAPH, slot);
 }
 
 void MainWindow::showClassPart(const Lesson::Part& part)

@@ -83,6 +83,7 @@ public:
     Plot* getActiveBar() { return barAt(qMax(0, activeIndex)); }
     ExpData* getActiveData() const { return isActiveGraphSet() ? dataAt(activeIndex) : classData; }
     /// What the active logger's cell shows, a value of `views`; 0 with none active.
+    int viewShownBy(int i) const { return loggers[i].currentView; }
     int getCurrentView() const { return isActiveGraphSet() ? loggers[activeIndex].currentView : 0; }
     /// Puts what `view` names into logger i's cell of the grid; a view that is not for cells leaves the cell.
     void addWidgetByIndex(QGridLayout* layout, int view, int i);

@@ -17,6 +17,7 @@ struct Lesson
         int slot = -1; ///< of a group
         QString group;
         bool isInClass = false; ///< the group's chosen channel is one of the class
+        bool isBars = false;    ///< the group's graph shows bars
         bool isStored = false;  ///< there is an experiment; a group in use may have none
         StoredExperiment experiment;
         QVector<SampleStep> steps; ///< that made it

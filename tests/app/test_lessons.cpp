@@ -1,4 +1,5 @@
 #include <QAction>
+#include <QComboBox>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -17,6 +18,7 @@
 #include <map>
 
 #include "classroom/classrun.h"
+#include "classroom/views.h"
 #include "common/settings.h"
 #include "graph/myplotcurve.h"
 #include "graph/myplotmarker.h"
@@ -151,6 +153,9 @@ private:
         bench->data(-1)->setXRange();
         show(-1);
         mark(bench->manager->plotC(), bench->data(-1), 0, dt);
+        Q_EMIT bench->manager->plotAt(1)->changedActivePlot(1);
+        Q_EMIT bench->window->findChild<QComboBox*>(QStringLiteral("views"))->activated(VIEW_BAR);
+        Q_EMIT bench->manager->plotAt(1)->changedActivePlot(-1);
         bench->manager->plotC()->updateTitle(QString::fromUtf8("Опыт <1>"));
         QCoreApplication::processEvents(); // the axes are known
         for (int i : {-1, 0, 1})
@@ -261,6 +266,7 @@ private Q_SLOTS:
             QVERIFY(std::fabs(after[i] - before[i]) <= 1e-9);
         QVERIFY(bench->data(0)->getSens(1)->readSetMinMax && !bench->data(0)->getSens(0)->readSetMinMax);
         QVERIFY(!bench->manager->plotAt(0)->getCurve(2)->isShown());
+        QCOMPARE(bench->manager->viewShownBy(1), int(VIEW_BAR));
         save(path("b.lesson"));
         QCOMPARE(unpacked(path("a.lesson")).size(), size_t(4)); // class, two groups, manifest
         compareLessons(where == "other units");
