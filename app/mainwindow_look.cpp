@@ -72,7 +72,8 @@ void MainWindow::setMainWindowStyle()
     const QString large =
         is4K() ? QStringLiteral(" font-size: %1px;").arg(2 * QFontInfo(QGuiApplication::font()).pixelSize())
                : QString();
-    const QString tall = QStringLiteral("min-height: %1px;").arg(Indicator::iconHeight());
+    constexpr int besideIcons = 6; // pixels that the bar needs above and below
+    const QString tall = QStringLiteral("min-height: %1px;").arg(Indicator::iconHeight() + besideIcons);
     const struct
     {
         const char* selector;
