@@ -6,7 +6,6 @@
 #include <QMainWindow>
 #include <QPushButton>
 #include <QRunnable>
-#include <QThreadPool>
 #include <QToolBar>
 
 Q_DECLARE_LOGGING_CATEGORY(appLog)
@@ -52,7 +51,7 @@ void RunRecovery::look()
 {
     auto* const search = new JournalSearch;
     connect(search, &JournalSearch::found, this, &RunRecovery::take, Qt::QueuedConnection);
-    QThreadPool::globalInstance()->start(search);
+    searches.start(search);
 }
 
 void RunRecovery::take(const QVector<FoundJournal>& found)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QThreadPool>
 #include <QVector>
 
 #include "persistence/journalfolder.h"
@@ -38,6 +39,7 @@ private:
     void createBar();
     void show();
 
+    QThreadPool searches; ///< none outlives this, and with it the locks of what it found
     QMainWindow* window;
     QToolBar* bar = nullptr;
     QLabel* text = nullptr;
