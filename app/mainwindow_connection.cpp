@@ -103,8 +103,13 @@ void MainWindow::takeNewName(int index)
     set->setGroupName(now.name);
     if (isOnlyStaticClassMode)
         return;
-    for (const SensorPtr& channel : mTembrin->dataC()->getSensors()) {
-        if (channel && channel->groupName == before.name)
+    // By their places: two groups may have one name.
+    const SensorList& channels = mTembrin->dataC()->getSensors();
+    for (int i = 0; i < channels.size(); ++i) {
+        const SensorPtr& channel = channels[i];
+        const bool isOfGroup =
+            channel && (channel->specialType == 0 ? i : channel->specialOriginIndex) == index;
+        if (isOfGroup && channel->groupName == before.name)
             channel->groupName = now.name;
     }
     updateAll(-1);

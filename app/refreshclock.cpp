@@ -9,10 +9,9 @@
 #include <algorithm>
 
 namespace {
-constexpr int quickPeriod = 16; // 60 a second
-constexpr int framePeriod = 40; // 25 a second
-constexpr double shortFrame =
-    4; // up to it there are quick ones; from then on painting keeps to its part of the time
+constexpr int quickPeriod = 16;  // 60 a second
+constexpr int framePeriod = 40;  // 25 a second
+constexpr double shortFrame = 4; // up to it there are quick ones; then painting keeps to its part of the time
 constexpr double longFrame = 25; // from here on the frames come further apart
 constexpr double paintingPart = 0.25;
 constexpr double mostRest = 750;  // ms: three seconds of nothing to paint
