@@ -5,6 +5,7 @@
 #include "app/refreshclock.h"
 #include "app/runline.h"
 #include "app/runrecorder.h"
+#include "app/runrecovery.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/loggerconnector.h"
@@ -27,6 +28,7 @@
 #include <QScreen>
 #include <QShortcut>
 #include <QStatusBar>
+#include <QThreadPool>
 
 #include <cstdlib>
 
@@ -34,8 +36,8 @@ Q_LOGGING_CATEGORY(appLog, "pellandra.app", QtInfoMsg)
 
 namespace {
 constexpr int msBeforeConnecting = 500;
-constexpr int msForAttempts = 500; // at the end, for each port that is just being opened
-constexpr int wideScreen = 3000;   // above it icons double
+constexpr int msForThreads = 500; // at the end, for each port that is just being opened and for files
+constexpr int wideScreen = 3000;  // above it icons double
 constexpr int statusBarMargin = 6;
 } // namespace
 
@@ -271,9 +273,15 @@ void MainWindow::leave()
 {
     storeUnit();
     recorder->leave();
-    disconnectAll();
     hide();
-    mTembrin->connector().waitForAttempts(msForAttempts);
+    bool isQuiet = recovery->finish(msForThreads); // before the run ends, which looks again
+    disconnectAll();
+    isQuiet = mTembrin->connector().waitForAttempts(msForThreads) && isQuiet;
+    isQuiet = QThreadPool::globalInstance()->waitForDone(msForThreads) && isQuiet;
+    if (!isQuiet) { // exit() would take away what a thread still uses
+        Settings::mainStore().sync();
+        std::_Exit(0);
+    }
     std::exit(0);
 }
 

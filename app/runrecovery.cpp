@@ -49,9 +49,18 @@ RunRecovery::RunRecovery(QMainWindow* window)
 
 void RunRecovery::look()
 {
+    if (isFinished)
+        return;
     auto* const search = new JournalSearch;
     connect(search, &JournalSearch::found, this, &RunRecovery::take, Qt::QueuedConnection);
     searches.start(search);
+}
+
+bool RunRecovery::finish(int ms)
+{
+    isFinished = true;
+    searches.clear();
+    return searches.waitForDone(ms);
 }
 
 void RunRecovery::take(const QVector<FoundJournal>& found)

@@ -22,6 +22,8 @@ public:
 
     /// Looks on another thread; an hour's run takes its time.
     void look();
+    /// No more searches; false if one is still at work after `ms`.
+    bool finish(int ms);
     /// What is offered; only while something is.
     const FoundJournal& offered() const { return journals.constFirst(); }
     /// The offered one has been dealt with; the next has its turn.
@@ -39,6 +41,7 @@ private:
     void createBar();
     void show();
 
+    bool isFinished = false;
     QThreadPool searches; ///< none outlives this, and with it the locks of what it found
     QMainWindow* window;
     QToolBar* bar = nullptr;

@@ -46,10 +46,12 @@ LoggerConnector::~LoggerConnector()
     waitForAttempts(ULONG_MAX);
 }
 
-void LoggerConnector::waitForAttempts(unsigned long ms)
+bool LoggerConnector::waitForAttempts(unsigned long ms)
 {
+    bool isDone = true;
     for (ConnectThread* thread : findChildren<ConnectThread*>())
-        thread->wait(ms);
+        isDone = thread->wait(ms) && isDone;
+    return isDone;
 }
 
 void LoggerConnector::setInUse(int count)

@@ -41,7 +41,8 @@ public:
     bool isSought(int slot) const { return places[slot].isSought; }
     void disconnectAll();
     /// Until no attempt is under way any more, `ms` at most for each: what a thread still uses must not go.
-    void waitForAttempts(unsigned long ms);
+    /// False if one still is.
+    bool waitForAttempts(unsigned long ms);
 
 Q_SIGNALS:
     void opening(int slot);

@@ -62,7 +62,7 @@ enum Event
 };
 
 constexpr int loggers = 3;
-constexpr int patience = 8000; // ms that anything may take
+constexpr int patience = 15000; // ms that anything may take
 constexpr int slowAnswer = 60;
 constexpr int vortaBlock = 10; // samples, at 100/Sec
 
@@ -659,7 +659,7 @@ void TestTwoAtOnce::runInAChild()
     child.setProcessChannelMode(QProcess::MergedChannels);
     child.start(QCoreApplication::applicationFilePath(),
                 {QStringLiteral("nothingIsLostAndNothingBlocked:") + QLatin1String(QTest::currentDataTag())});
-    QVERIFY(child.waitForFinished(20000));
+    QVERIFY(child.waitForFinished(60000));
     const QByteArray output = child.readAll();
     QVERIFY2(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0, output);
     QVERIFY2(!output.contains("FAIL") && !output.contains("Totals"), output);
