@@ -174,8 +174,10 @@ void GraphTools::crop()
     const QPointer<Plot> plot = target();
     if (!plot)
         return;
-    if (manager->isAnyRunning()) {
-        Q_EMIT told(tr("A graph can be cropped when no logger is running."));
+    if (manager->isMeasuring()) {
+        Q_EMIT told(manager->isAnyRunning()
+                        ? tr("A graph can be cropped when no logger is running.")
+                        : tr("A graph can be cropped when the simulation has been restarted."));
         return;
     }
     if (plot->curveMarker.size() < 2) {
@@ -204,8 +206,10 @@ void GraphTools::smooth()
     const QPointer<Plot> plot = target();
     if (!plot)
         return;
-    if (manager->isAnyRunning()) {
-        Q_EMIT told(tr("A curve can be smoothed when no logger is running."));
+    if (manager->isMeasuring()) {
+        Q_EMIT told(manager->isAnyRunning()
+                        ? tr("A curve can be smoothed when no logger is running.")
+                        : tr("A curve can be smoothed when the simulation has been restarted."));
         return;
     }
     Q_EMIT plot->changing(true);

@@ -100,7 +100,7 @@ void MainWindow::readSettings()
     const QString version =
         store.value(QLatin1String(Settings::version), QStringLiteral("Kormelin")).toString();
     isPanel = store.value(QLatin1String(Settings::vestrelPanel), false).toBool();
-    isSimulEnabled = store.value(QLatin1String(Settings::simulations), false).toBool();
+    isSimulEnabled = store.value(QLatin1String(Settings::simulations), true).toBool();
     qCInfo(appLog, "edition %s, panel mode %s", qPrintable(version), isPanel ? "on" : "off");
     ScreenFlags::set4K(QGuiApplication::primaryScreen()->size().width() > wideScreen);
 }

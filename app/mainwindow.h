@@ -34,6 +34,7 @@ class RefreshClock;
 class RunLine;
 class RunRecorder;
 class RunRecovery;
+class SimulationPanel;
 class StatusLine;
 class TembrinProtocol;
 class UndoSteps;
@@ -279,6 +280,18 @@ private:
     GraphTools* tools = nullptr;
     UndoSteps* steps = nullptr;
 
+    // Simulations, in mainwindow_simulation.cpp
+
+    void doSimul(QAction* theAct);
+    void createSimulationPanel();
+    void showSimulation(const QString& name);
+    void closeSimulation();
+    void closePage();
+    void showCells(bool isFirstAlone);
+
+    SimulationPanel* simW = nullptr; ///< null until one is chosen
+    bool areCellsHidden = false;     ///< of all groups but the first
+
     // Files, in mainwindow_files.cpp
 
 private Q_SLOTS:
@@ -361,7 +374,6 @@ private Q_SLOTS:
     void updateView(int view);
     void activePlotChanged(int index);
     void choosePlot(int index);
-    void doSimul(QAction* theAct);
 
 private:
     void createActions();

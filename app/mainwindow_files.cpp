@@ -130,7 +130,7 @@ void MainWindow::doReadClass(const QString& fname)
 
 void MainWindow::appendFile(const QString& fname)
 {
-    if (mTembrin->isAnyRunning()) {
+    if (mTembrin->isMeasuring()) {
         statusBar()->showMessage(tr("An experiment can be appended when no logger is running."));
         return;
     }
@@ -239,6 +239,7 @@ void MainWindow::handleOnlyStaticClassMode(bool tf)
 {
     isOnlyStaticClassMode = tf;
     if (tf) {
+        closePage();
         mTembrin->run().classSet().release();
         updateLayout(LAYOUT_MULTI_TOGETHER);
     } else {

@@ -207,6 +207,7 @@ void MainWindow::openLesson(const QString& fname)
 
 void MainWindow::showLesson(const Lesson& lesson)
 {
+    closePage();
     handleOnlyStaticClassMode(false);
     mTembrin->run().forget();
     runLine->refresh();

@@ -98,6 +98,7 @@ void MainWindow::clearOutcome(ClassJob::Task task)
 
 void MainWindow::doRun()
 {
+    closePage();
     handleOnlyStaticClassMode(false);
     if (!mTembrin->startRun()) {
         statusLine->setAdvice(tr("No logger is connected, so none was started."));
@@ -236,7 +237,9 @@ void MainWindow::showSamples(int index, int samplesWaiting)
         hideBusyTitle();
         letOthersIn();
         const TembrinData* state = mTembrin->tembrinDataAt(index);
-        if (samplesWaiting == 0 && (!state->isVorta() || mTembrin->tembrinAt(index)->Vorta_drawOnline))
+        const bool isDrawn = !state->isVorta() || mTembrin->tembrinAt(index)->Vorta_drawOnline ||
+                             mTembrin->run().isSimulation();
+        if (samplesWaiting == 0 && isDrawn)
             onlineUpdateSafe();
     }
     --nestCounter;

@@ -69,7 +69,6 @@ constexpr const char* simulationNames[] = {
     QT_TRANSLATE_NOOP("MainWindow", "Diffusion of a Drop"),
     QT_TRANSLATE_NOOP("MainWindow", "Hydrogen Bonds"),
 };
-constexpr int firstSimulation = 2;
 
 void addItem(IconList* list, const ListItem& item)
 {
@@ -209,6 +208,7 @@ void MainWindow::fillIconLists()
         addItem(views, item);
     views->setEnabled(false);
     connect(layouts, qOverload<int>(&QComboBox::currentIndexChanged), this, &MainWindow::updateLayout);
+    connect(layouts, qOverload<int>(&QComboBox::activated), this, &MainWindow::closePage);
     connect(exports, qOverload<int>(&QComboBox::activated), this, &MainWindow::doExport);
     connect(regression, qOverload<int>(&QComboBox::activated), this, &MainWindow::doFunctions);
     connect(views, qOverload<int>(&QComboBox::activated), this, &MainWindow::updateView);
@@ -217,8 +217,10 @@ void MainWindow::fillIconLists()
         choose->setObjectName(QStringLiteral("layoutAct%1").arg(i + 1));
         choose->setShortcut(QStringLiteral("Ctrl+%1").arg(i + 1));
         connect(choose, &QAction::triggered, this, [this, i] {
-            if (layouts->isEnabled())
-                updateLayout(i);
+            if (!layouts->isEnabled())
+                return;
+            closePage();
+            updateLayout(i);
         });
         addAction(choose);
     }
@@ -239,8 +241,8 @@ QWidget* MainWindow::createSimulationButton()
         QAction* action = name ? menu->addAction(tr(name)) : menu->addSeparator();
         action->setData(number);
         action->setCheckable(name != nullptr);
+        action->setEnabled(number < 4);
         action->setChecked(number == 0);
-        action->setEnabled(number < firstSimulation);
         if (name)
             choice->addAction(action);
         ++number;
@@ -248,13 +250,6 @@ QWidget* MainWindow::createSimulationButton()
     connect(menu, &QMenu::triggered, this, &MainWindow::doSimul);
     button->setMenu(menu);
     return button;
-}
-
-void MainWindow::doSimul(QAction* theAct)
-{
-    theAct->setChecked(true);
-    if (theAct->data().toInt() < firstSimulation)
-        updateLayout(LAYOUT_MULTI_WINDOWS);
 }
 
 // On a window too narrow for one row the loggers' and the application's bars go to a second one.

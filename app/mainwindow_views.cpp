@@ -136,6 +136,7 @@ void MainWindow::setNGraphs()
     }
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
         mTembrin->addWidgetByIndex(graphGridL, VIEW_GRAPH, i);
+    areCellsHidden = false;
     activePlotChanged(-1);
 }
 

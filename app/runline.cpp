@@ -32,7 +32,7 @@ RunLine::RunLine(const ClassRun* run, std::function<QString(int)> groupName, QWi
 
 void RunLine::refresh()
 {
-    const bool isRunning = run->isAnyRunning();
+    const bool isRunning = run->isAnyRunning() || run->isSimulation();
     if (isRunning && !timer.isActive())
         timer.start();
     else if (!isRunning)
@@ -42,13 +42,15 @@ void RunLine::refresh()
 
 QString RunLine::text() const
 {
-    if (run->samples() == 0 && !run->isAnyRunning() && run->elapsed() == 0)
+    if (run->samples() == 0 && !run->isAnyRunning() && !run->isSimulation() && run->elapsed() == 0)
         return {};
     // A run that the loggers store brings none before it is fetched.
     const QString samples = run->samples() > 0 ? tr(", %n samples", nullptr, run->samples()) : QString();
     QStringList parts;
     if (run->isAnyRunning())
         parts.append(tr("Running %1%2").arg(clockText(run->elapsed()), samples));
+    else if (run->isSimulation())
+        parts.append(tr("Simulation %1%2").arg(clockText(run->elapsed()), samples));
     else if (isStopped)
         parts.append(tr("Stopped after %1%2").arg(clockText(run->elapsed()), samples));
     else

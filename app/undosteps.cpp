@@ -268,8 +268,10 @@ bool UndoSteps::move(QVector<Step>* from, QVector<Step>* to, bool isBack)
         return false;
     }
     const bool isOfPast = step.isOfSamples && !step.isDerivative();
-    if (isOfPast && manager->isAnyRunning()) {
-        Q_EMIT told(tr("%1: that goes when no logger is running.").arg(nameOf(step)));
+    if (isOfPast && manager->isMeasuring()) {
+        Q_EMIT told(manager->isAnyRunning()
+                        ? tr("%1: that goes when no logger is running.").arg(nameOf(step))
+                        : tr("%1: that goes when the simulation has been restarted.").arg(nameOf(step)));
         return false;
     }
     from->removeLast();

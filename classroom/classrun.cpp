@@ -84,6 +84,8 @@ QDateTime ClassRun::lostSince(int slot) const
 
 qint64 ClassRun::elapsed() const
 {
+    if (isPlayed) // its own time, which pauses
+        return qRound64(data(0)->getMaxX() * 1000);
     return isOn ? clock.elapsed() - begunAt : duration;
 }
 
@@ -102,6 +104,7 @@ void ClassRun::setPhase(int slot, Phase phase)
 
 void ClassRun::beginRun()
 {
+    endSimulation();
     isOn = true;
     begunAt = clock.elapsed();
     taken = 0;
@@ -121,6 +124,8 @@ void ClassRun::forget()
     storedRuns = gaps = 0;
     duration = 0;
     taken = 0;
+    if (std::exchange(isPlayed, false))
+        Q_EMIT simulationEnded();
 }
 
 void ClassRun::order(quint8 which)
@@ -323,7 +328,8 @@ SensorList ClassRun::planned(int slot) const
 void ClassRun::showPlanned(int slot)
 {
     ExpData* own = data(slot);
-    if (!own || own->getXSize() > 0 || slot >= manager->nDefTembrins() || places[slot].phase != Phase::Idle)
+    if (!own || own->getXSize() > 0 || slot >= manager->nDefTembrins() || places[slot].phase != Phase::Idle ||
+        (isPlayed && slot == 0))
         return;
     const SensorList channels = planned(slot);
     const SensorList& shown = own->getSensors();

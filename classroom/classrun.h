@@ -63,6 +63,19 @@ public:
     void showPlanned(int slot);
     /// The sets hold something else than its run: whoever is heard of next begins another.
     void forget();
+
+    // A run that the program plays itself, in the set of the first logger, in classrun_simulation.cpp
+
+    /// It begins in place of what that set and the class hold; nobody else may be running. `name` stands
+    /// where a group's does.
+    void beginSimulation(const SensorList& channels, double period, const QString& name);
+    /// The next row of it, at `time` seconds.
+    void takeSimulated(double time, const QVector<double>& values);
+    /// What there is of it stays. A run of loggers ends it before it begins.
+    void endSimulation();
+    /// It has begun and not ended; maybe it pauses.
+    bool isSimulation() const { return isPlayed; }
+
     ClassSet& classSet() { return set; }
     const ClassSet& classSet() const { return set; }
 
@@ -95,6 +108,8 @@ Q_SIGNALS:
     void ended();
     /// These ended a run that they stored and did not stream, a bit each.
     void storedRunsEnded(quint8 which);
+    /// No more rows of it are taken.
+    void simulationEnded();
     /// The run is over, and of what these streamed in it samples are missing that their memories have; a bit
     /// each.
     void gapsLeft(quint8 which);
@@ -150,6 +165,7 @@ private:
     Place places[mostLoggers];
     bool isOn = false;
     bool isStopped = false; ///< by a person
+    bool isPlayed = false;
     quint8 storedRuns = 0;
     quint8 gaps = 0;
     QElapsedTimer clock;

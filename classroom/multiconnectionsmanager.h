@@ -111,6 +111,8 @@ public:
     bool isRunning(int i) const;
     /// A connected logger in use does.
     bool isAnyRunning() const;
+    /// The same, or the program plays a simulation: the sets grow.
+    bool isMeasuring() const;
     /// Starts all loggers in use; false if there is none to start.
     bool startRun();
 

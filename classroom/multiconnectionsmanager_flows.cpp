@@ -117,6 +117,11 @@ bool multiConnectionsManager::isAnyRunning() const
     return classRun->isAnyRunning();
 }
 
+bool multiConnectionsManager::isMeasuring() const
+{
+    return isAnyRunning() || classRun->isSimulation();
+}
+
 bool multiConnectionsManager::startRun()
 {
     quint8 which = 0;

@@ -1,0 +1,104 @@
+#include "app/mainwindow.h"
+
+#include "app/runline.h"
+#include "app/simulationpanel.h"
+#include "classroom/classrun.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "classroom/views.h"
+#include "graph/plot.h"
+#include "instruments/statusline.h"
+
+#include <QGridLayout>
+#include <QMenu>
+#include <QSplitter>
+#include <QToolButton>
+
+namespace {
+constexpr int firstSimulation = 2; // its place in the menu
+constexpr int panelPart = 28;      // per cent of the window
+constexpr int leastPanel = 400;    // pixels
+} // namespace
+
+void MainWindow::doSimul(QAction* theAct)
+{
+    theAct->setChecked(true);
+    const int simulation = theAct->data().toInt() - firstSimulation;
+    if (simulation < 0) {
+        closeSimulation();
+        return;
+    }
+    if (!simW)
+        createSimulationPanel();
+    if (graphW->isHidden())
+        updateLayout(LAYOUT_MULTI_WINDOWS);
+    hint->hide(); // no logger is needed
+    const bool isNew = simW->isHidden();
+    simW->choose(simulation);
+    if (isNew || !simW->isPage()) {
+        const int width = qMax(leastPanel, mainW->width() * panelPart / 100);
+        QList<int> sizes = mainW->sizes();
+        sizes[mainW->indexOf(simW)] = width;
+        sizes[mainW->indexOf(graphW)] = qMax(1, mainW->width() - width);
+        mainW->setSizes(sizes);
+    }
+}
+
+/// When it is first wanted: most lessons do without.
+void MainWindow::createSimulationPanel()
+{
+    simW = new SimulationPanel(mTembrin, graphW);
+    simW->hide();
+    mainW->addWidget(simW);
+    mainW->setStretchFactor(mainW->indexOf(graphW), 6);
+    mainW->setStretchFactor(mainW->indexOf(simW), 2);
+    connect(simW, &SimulationPanel::told, statusLine, &StatusLine::setAdvice);
+    connect(simW, &SimulationPanel::begun, this, &MainWindow::showSimulation);
+    connect(&mTembrin->run(), &ClassRun::begun, this, [this] { showCells(false); });
+}
+
+/// An experiment has the graph of the first group, and that all the room.
+void MainWindow::showSimulation(const QString& name)
+{
+    if (mTembrin->nDefTembrins() == 0)
+        setDisplayForNLoggers(1);
+    namedByLesson |= 1; // the title is that of the set
+    for (Plot* plot : mTembrin->viewsOf(0))
+        plot->updateTitle(name);
+    runLine->refresh();
+    showCells(true);
+}
+
+/// What is to be seen on a graph is, even where a page had its place.
+void MainWindow::closePage()
+{
+    if (simW && simW->isPage())
+        closeSimulation();
+}
+
+void MainWindow::closeSimulation()
+{
+    if (simW && !simW->isHidden())
+        simW->closeSimulation();
+    showCells(false);
+    updateHint();
+    auto* button = findChild<QToolButton*>(QStringLiteral("simulationButton"));
+    if (button)
+        button->menu()->actions().constFirst()->setChecked(true);
+}
+
+/// Those of the other groups say nothing to what the first one's shows.
+void MainWindow::showCells(bool isFirstAlone)
+{
+    if (isFirstAlone == areCellsHidden)
+        return;
+    areCellsHidden = isFirstAlone;
+    const int columns = mTembrin->gridColumns();
+    for (int i = 1; i < mTembrin->nDefTembrins(); ++i) {
+        const bool isBar = mTembrin->viewShownBy(i) == VIEW_BAR;
+        (isBar ? mTembrin->barAt(i) : mTembrin->plotAt(i))->setVisible(!isFirstAlone);
+        if (i < columns)
+            graphGridL->setColumnStretch(i, isFirstAlone ? 0 : 1);
+        if (i % columns == 0)
+            graphGridL->setRowStretch(i / columns, isFirstAlone ? 0 : 1);
+    }
+}

@@ -1,0 +1,10 @@
+#include "simulation/simtexts.h"
+
+#include <QLocale>
+
+QJsonObject SimTexts::ofPage(int /*index*/)
+{
+    QJsonObject texts;
+    texts.insert(QStringLiteral("decimal"), QString(QLocale().decimalPoint()));
+    return texts;
+}
