@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "data/fftdata.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 
@@ -44,7 +45,8 @@ constexpr FirstChannels firstChannels[] = {
 } // namespace
 
 ExpData::ExpData(const Units& units)
-    : units(units)
+    : fftData(std::make_unique<FFTData>())
+    , units(units)
 {
     // GCC 12 warns of uninitialised memory, wrongly, when a list of temporaries is assigned at -O3.
     sensors.append(ownChannel(SENSOR_VOLTAGE));
@@ -53,8 +55,11 @@ ExpData::ExpData(const Units& units)
     setSelectedSensor(0);
 }
 
+ExpData::~ExpData() = default;
+
 ExpData::ExpData(TembrinProtocol* tembrin)
-    : cardWidth(tembrin->photoObjW)
+    : fftData(std::make_unique<FFTData>())
+    , cardWidth(tembrin->photoObjW)
     , units(tembrin->units)
 {
     TembrinData* logger = tembrin->tembrinData;

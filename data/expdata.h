@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVector>
 
+#include <memory>
+
 #include <qwt_series_data.h>
 
 #include "data/derivedcurve.h"
@@ -14,6 +16,7 @@
 #include "sensors/sensor.h"
 #include "sensors/units.h"
 
+class FFTData;
 class TembrinProtocol;
 class TimeAxis;
 
@@ -46,6 +49,7 @@ public:
     /// The data set of a logger, with the two channels that its model shows first; those become the
     /// logger's active sensors. The logger is looked at this once.
     explicit ExpData(TembrinProtocol* tembrin);
+    ~ExpData() override;
 
     // --- filling (expdata.cpp) ---
 
@@ -299,6 +303,12 @@ public:
                     double* deltaT) const;
     /// Statistics of the selected channel, with the population standard deviation; 0 on no samples.
     void calcStat(double* min, double* max, double* avg, double* stdv) const;
+    /// The spectrum of a channel between two times, of the whole channel if they are equal, into `fftData`:
+    /// of the middle of the stretch, as long as the greatest power of two samples. Gaps are bridged. False,
+    /// with nothing changed, without times or samples and where more is missing than there is.
+    bool fft(int iSens, double x1, double x2, const QString& window = QString());
+
+    const std::unique_ptr<FFTData> fftData;
 
     double dt = 1.0;            ///< seconds between samples; 0 or less: manual sampling, no time base
     QVector<double> minY;       ///< extremes of each channel, base unit
