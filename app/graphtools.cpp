@@ -6,6 +6,7 @@
 
 #include <QEvent>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -52,7 +53,7 @@ QList<Plot*> GraphTools::shownPlots() const
 {
     QList<Plot*> shown;
     for (int i = -1; i < manager->nMaxTembrins(); ++i) {
-        for (Plot* plot : manager->viewsOf(i)) {
+        for (Plot* plot : manager->graphsOf(i)) {
             if (plot->isVisibleTo(plot->window()))
                 shown.append(plot);
         }
@@ -60,9 +61,20 @@ QList<Plot*> GraphTools::shownPlots() const
     return shown;
 }
 
+bool GraphTools::isSpectrum(const Plot* plot) const
+{
+    return plot == manager->spectrumAt(plot->getIndex());
+}
+
 Plot* GraphTools::seen() const
 {
-    const QList<Plot*> shown = shownPlots();
+    QList<Plot*> shown = shownPlots();
+    // A spectrum is meant when it was pressed in; else what stands above it.
+    if (lastPressed && shown.contains(lastPressed) && isSpectrum(lastPressed))
+        return lastPressed;
+    shown.erase(
+        std::remove_if(shown.begin(), shown.end(), [this](const Plot* plot) { return isSpectrum(plot); }),
+        shown.end());
     if (shown.size() == 1)
         return shown.first();
     for (Plot* plot : shown) {
@@ -103,7 +115,7 @@ ExpData* GraphTools::targetData()
 void GraphTools::forEachPlot(const std::function<void(Plot*)>& visit) const
 {
     for (int i = -1; i < manager->nMaxTembrins(); ++i) {
-        for (Plot* plot : manager->viewsOf(i))
+        for (Plot* plot : manager->graphsOf(i))
             visit(plot);
     }
 }

@@ -69,6 +69,7 @@ private:
     void forEachPlot(const std::function<void(Plot*)>& visit) const;
     QList<Plot*> shownPlots() const;
     Plot* seen() const;
+    bool isSpectrum(const Plot* plot) const;
     ExpData* dataOf(const Plot* plot) const;
     bool turn(Plot* plot, Mode mode, bool tf);
 

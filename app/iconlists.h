@@ -14,6 +14,7 @@ enum regressionCode
     REG_SLOPE = 1,
     REG_LIN = 2,
     REG_QUAD = 3,
+    REG_FFT = 4,
     REG_SMOOTH = 5,
     REG_DERIVATIVE = 6,
     REG_INTEGRAL = 7,

@@ -34,6 +34,7 @@ class RefreshClock;
 class RunLine;
 class RunRecorder;
 class RunRecovery;
+class SideViews;
 class SimulationPanel;
 class StatusLine;
 class TembrinProtocol;
@@ -270,6 +271,7 @@ private Q_SLOTS:
 private:
     void createTools();
     void showStatistics();
+    void toggleSpectrum();
     QString rateName(double dt) const;
     void showMode();
     void showEdited(int index);
@@ -278,6 +280,7 @@ private:
     void showUndo();
 
     GraphTools* tools = nullptr;
+    SideViews* sideViews = nullptr; ///< spectra and the like
     UndoSteps* steps = nullptr;
 
     // Simulations, in mainwindow_simulation.cpp

@@ -4,6 +4,7 @@
 
 #include "app/graphtools.h"
 #include "app/iconlists.h"
+#include "app/sideviews.h"
 #include "app/statistics.h"
 #include "app/undosteps.h"
 #include "classroom/multiconnectionsmanager.h"
@@ -35,6 +36,13 @@ void MainWindow::createTools()
     connect(steps, &UndoSteps::told, statusLine, &StatusLine::setAdvice);
     connect(steps, &UndoSteps::edited, this, &MainWindow::showEdited);
     connect(steps, &UndoSteps::changed, this, &MainWindow::showUndo);
+    sideViews = new SideViews(mTembrin, this);
+    connect(sideViews, &SideViews::told, statusLine, &StatusLine::setAdvice);
+    connect(sideViews, &SideViews::graphMade, this, [this](Plot* plot) {
+        plot->setUserPrompt(prompt);
+        tools->watch(plot);
+        steps->watch(plot);
+    });
     if (!isPanel)
         addUndoMenu();
     showUndo();
@@ -183,7 +191,16 @@ void MainWindow::doFunctions(int select)
     case REG_STATISTICS:
         showStatistics();
         break;
+    case REG_FFT:
+        toggleSpectrum();
+        break;
     }
+}
+
+void MainWindow::toggleSpectrum()
+{
+    if (Plot* const plot = tools->target())
+        sideViews->toggleSpectrum(plot);
 }
 
 /// As the setup names it.

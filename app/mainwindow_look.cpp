@@ -50,7 +50,7 @@ void MainWindow::useMainDesignValues()
 void MainWindow::useGraphDesignValues()
 {
     for (int i = -1; i < mTembrin->nMaxTembrins(); ++i) {
-        for (Plot* plot : mTembrin->viewsOf(i))
+        for (Plot* plot : mTembrin->graphsOf(i))
             plot->doUseDesignValues();
     }
 }

@@ -135,7 +135,7 @@ void MainWindow::showEndOfRun()
         recorder->noteSaved();
     recovery->look(); // for the one that this took the place of
     hideBusyTitle();
-    refreshClock->mark(graph);
+    markViews(-1);
     if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinAt(0)->Vorta_drawOnline)
         updateAll();
     updateActions();
@@ -285,5 +285,5 @@ void MainWindow::onlineUpdateSafe()
             markViews(i);
     }
     if (!isOnlyStaticClassMode)
-        refreshClock->mark(graph);
+        markViews(-1);
 }

@@ -94,8 +94,7 @@ void MainWindow::showCells(bool isFirstAlone)
     areCellsHidden = isFirstAlone;
     const int columns = mTembrin->gridColumns();
     for (int i = 1; i < mTembrin->nDefTembrins(); ++i) {
-        const bool isBar = mTembrin->viewShownBy(i) == VIEW_BAR;
-        (isBar ? mTembrin->barAt(i) : mTembrin->plotAt(i))->setVisible(!isFirstAlone);
+        mTembrin->setCellVisible(i, !isFirstAlone);
         if (i < columns)
             graphGridL->setColumnStretch(i, isFirstAlone ? 0 : 1);
         if (i % columns == 0)

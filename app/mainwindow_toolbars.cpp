@@ -42,6 +42,7 @@ constexpr ListItem regressionItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Derivative"), ":/icons/2018P2/Derivative.png", REG_DERIVATIVE},
     {QT_TRANSLATE_NOOP("MainWindow", "Integral"), ":/icons/2018P2/Integral.png", REG_INTEGRAL},
     {QT_TRANSLATE_NOOP("MainWindow", "Statistics"), ":/icons/2018P2/ViewBar.png", REG_STATISTICS},
+    {QT_TRANSLATE_NOOP("MainWindow", "Spectrum"), ":/icons/2018P2/Spectrum.png", REG_FFT},
 };
 
 constexpr ListItem layoutItems[] = {

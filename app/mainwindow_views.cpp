@@ -2,6 +2,7 @@
 
 #include "app/graphtools.h"
 #include "app/refreshclock.h"
+#include "app/sideviews.h"
 #include "app/undosteps.h"
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
@@ -124,8 +125,7 @@ void MainWindow::setDisplayForNLoggers(int N)
 void MainWindow::setNGraphs()
 {
     for (int i = 0; i < mTembrin->nMaxTembrins(); ++i) {
-        for (Plot* plot : mTembrin->viewsOf(i))
-            plot->hide();
+        mTembrin->hideCell(i);
     }
     const int columns = mTembrin->gridColumns();
     const int rows = columns == 0 ? 0 : (mTembrin->nDefTembrins() + columns - 1) / columns;
@@ -156,7 +156,10 @@ void MainWindow::updateLayout(int view)
     if (layout == LAYOUT_MULTI_COMBO && !isHeightShared) {
         // By their size hints the class would get a strip. From here on the user's own choice holds.
         const int height = graphW->height();
-        graphW->setSizes({0, 0, height * 2 / 5, height * 3 / 5});
+        QList<int> sizes = graphW->sizes();
+        sizes[graphW->indexOf(graph)] = height * 2 / 5;
+        sizes[graphW->indexOf(graphGridW)] = height * 3 / 5;
+        graphW->setSizes(sizes);
         isHeightShared = true;
     }
     tools->follow();
@@ -208,6 +211,7 @@ void MainWindow::updateAll(int index)
         plot->setData();
         plot->updateSens(plot->getActiveSens());
     }
+    sideViews->renew(index);
     if (index < 0)
         showLeftOut();
 }
@@ -223,6 +227,7 @@ void MainWindow::markViews(int index)
 {
     for (Plot* plot : mTembrin->viewsOf(index))
         refreshClock->mark(plot);
+    sideViews->mark(index);
 }
 
 void MainWindow::updateSens(int index, int iSens)
@@ -274,6 +279,7 @@ void MainWindow::setSelected(int index, int iSens)
         set->makeUniformScales();
     for (Plot* plot : mTembrin->viewsOf(index))
         plot->updateSens(iSens);
+    sideViews->renew(index);
 }
 
 void MainWindow::setSensSelect()

@@ -94,7 +94,7 @@ UndoSteps::State UndoSteps::stateOf(int index) const
 {
     const ExpData* const set = setOf(index);
     State state;
-    for (Plot* plot : manager->viewsOf(index))
+    for (Plot* plot : manager->graphsOf(index))
         state.views.append({plot, plot->state()});
     state.ranges = rangesOf(*set);
     return state;

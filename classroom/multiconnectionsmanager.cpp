@@ -10,6 +10,10 @@
 #include "protocol/tembrinprotocol.h"
 
 #include <QGridLayout>
+#include <QSplitter>
+
+#include <algorithm>
+#include <iterator>
 
 multiConnectionsManager::multiConnectionsManager(QObject* parent)
     : QObject(parent)
@@ -114,21 +118,73 @@ QVector<Plot*> multiConnectionsManager::viewsOf(int i) const
     return built;
 }
 
+QVector<Plot*> multiConnectionsManager::graphsOf(int i) const
+{
+    QVector<Plot*> graphs = viewsOf(i);
+    if (Plot* const spectrum = spectrumAt(i))
+        graphs.append(spectrum);
+    return graphs;
+}
+
+void multiConnectionsManager::createCell(Logger* logger, QWidget* parent)
+{
+    logger->cell = new QSplitter(Qt::Horizontal, parent);
+    logger->cell->setObjectName(QStringLiteral("cell"));
+    logger->cell->setChildrenCollapsible(false);
+    logger->graphs = new QSplitter(Qt::Vertical, logger->cell);
+    logger->graphs->setChildrenCollapsible(false);
+}
+
+void multiConnectionsManager::showPart(Logger* logger, QWidget* Logger::*part, int view, bool tf)
+{
+    if (tf && !(logger->*part) && makePart) {
+        logger->*part = makePart(view, int(logger - loggers));
+        logger->cell->addWidget(logger->*part);
+    }
+    if (logger->*part)
+        (logger->*part)->setVisible(tf);
+}
+
+void multiConnectionsManager::setCellVisible(int i, bool tf)
+{
+    if (loggers[i].cell)
+        loggers[i].cell->setVisible(tf);
+}
+
+void multiConnectionsManager::hideCell(int i)
+{
+    setCellVisible(i, false);
+    for (Plot* plot : viewsOf(i))
+        plot->hide();
+}
+
 void multiConnectionsManager::addWidgetByIndex(QGridLayout* layout, int view, int i)
 {
-    loggers[i].currentView = view;
-    if (view != VIEW_GRAPH && view != VIEW_BAR)
+    constexpr int cellViews[] = {VIEW_GRAPH, VIEW_BAR, VIEW_TABLE, VIEW_TABLE_GRAPH, VIEW_THERMO};
+    Logger& logger = loggers[i];
+    logger.currentView = view;
+    if (std::find(std::begin(cellViews), std::end(cellViews), view) == std::end(cellViews))
         return;
-    Plot* const chosen = viewAt(i, view);
-    if (!chosen)
+    const bool hasGraph = view == VIEW_GRAPH || view == VIEW_BAR || view == VIEW_TABLE_GRAPH;
+    Plot* const chosen = hasGraph ? viewAt(i, view) : nullptr;
+    if (hasGraph && !chosen)
         return;
+    if (!logger.cell)
+        createCell(&logger, layout->parentWidget());
     for (Plot* other : viewsOf(i)) {
         if (other != chosen)
             other->hide();
     }
+    if (chosen && chosen->parentWidget() != logger.graphs)
+        logger.graphs->addWidget(chosen);
+    if (chosen)
+        chosen->show();
+    logger.graphs->setVisible(hasGraph);
+    showPart(&logger, &Logger::table, VIEW_TABLE, view == VIEW_TABLE || view == VIEW_TABLE_GRAPH);
+    showPart(&logger, &Logger::thermometer, VIEW_THERMO, view == VIEW_THERMO);
     const int columns = gridColumns();
-    layout->addWidget(chosen, i / columns, i % columns);
-    chosen->show();
+    layout->addWidget(logger.cell, i / columns, i % columns);
+    logger.cell->show();
 }
 
 void multiConnectionsManager::addWidget(QGridLayout* layout, int view)

@@ -16,6 +16,8 @@ class ExpData;
 class LoggerConnector;
 class Plot;
 class QGridLayout;
+class QSplitter;
+class QWidget;
 class TembrinData;
 class TembrinProtocol;
 
@@ -70,6 +72,13 @@ public:
     void setBarAt(int i, Plot* bar) { loggers[i].bar = bar; }
     /// The graphs of logger i that have been built so far; for -1 that of the class.
     QVector<Plot*> viewsOf(int i) const;
+    /// The same, and the spectrum where one was asked for.
+    QVector<Plot*> graphsOf(int i) const;
+    void setSpectrumAt(int i, Plot* spectrum) { spectra[i + 1] = spectrum; }
+    Plot* spectrumAt(int i) const { return spectra[i + 1]; }
+    /// Builds what else a cell can show of a logger: for VIEW_TABLE or VIEW_THERMO.
+    using PartMaker = std::function<QWidget*(int view, int i)>;
+    void setPartMaker(const PartMaker& maker) { makePart = maker; }
     Plot* plotC() const { return classPlot; }
     void setPlotC(Plot* plot) { classPlot = plot; }
 
@@ -89,6 +98,10 @@ public:
     void addWidgetByIndex(QGridLayout* layout, int view, int i);
     /// The same for the active logger; with none, nothing.
     void addWidget(QGridLayout* layout, int view);
+    /// Of a logger that has one.
+    void setCellVisible(int i, bool tf);
+    /// Takes the cell of logger i away, which addWidgetByIndex() brings back.
+    void hideCell(int i);
     /// Columns of the grid for the loggers in use.
     int gridColumns() const { return nDef < 4 ? nDef : (nDef + 1) / 2; }
 
@@ -144,6 +157,10 @@ private:
         ExpData* data = nullptr;
         Plot* plot = nullptr;
         Plot* bar = nullptr;
+        QSplitter* cell = nullptr;   ///< graphs beside what else is shown of it
+        QSplitter* graphs = nullptr; ///< one below the other
+        QWidget* table = nullptr;
+        QWidget* thermometer = nullptr;
         int currentView = VIEW_GRAPH;
     };
 
@@ -151,9 +168,13 @@ private:
     void createFlows();
     void catchUp(int i);
     Plot* viewAt(int i, int view);
+    void createCell(Logger* logger, QWidget* parent);
+    void showPart(Logger* logger, QWidget* Logger::*part, int view, bool tf);
 
     Logger loggers[mostLoggers];
     ViewMaker makeView;
+    PartMaker makePart;
+    Plot* spectra[mostLoggers + 1] = {}; ///< that of the class first
     int nDef = 0;
     ExpData* classData = nullptr;
     Plot* classPlot = nullptr;

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What a logger's cell shows. Only the first two act on a cell so far; the others are values that a stored
-/// file may name.
+/// What a logger's cell shows. Those that stand in no list of views act on no cell; they are values that a
+/// stored file may name.
 enum views
 {
     VIEW_GRAPH,
@@ -12,5 +12,6 @@ enum views
     VIEW_MAP,
     VIEW_NEW_METER,
     VIEW_METER_GRAPH,
-    VIEW_SIMULATION
+    VIEW_SIMULATION,
+    VIEW_THERMO
 };

@@ -91,12 +91,27 @@ QString MarkerTexts::of(const myPlotMarker& marker, double apart) const
     return QString();
 }
 
+QString MarkerTexts::frequency(double hertz, double apart)
+{
+    constexpr int mostDecimals = 6;
+    const int decimals =
+        apart > 0 ? std::clamp(int(std::ceil(-std::log10(apart))), 1, mostDecimals) : mostDecimals;
+    return QStringLiteral("%1 %2").arg(Common::myToString(hertz, 'f', decimals), tr("Hz"));
+}
+
+QString MarkerTexts::level(double value)
+{
+    return Common::toSignificant(value);
+}
+
 QString MarkerTexts::ofCross(const myPlotMarker& cross, double apart) const
 {
     const int iSens = cross.iSens;
     const double x = cross.xValue();
     if (form == MarkerForm::Frequency)
-        return tr("Frequency = %5 %6").arg(Common::myToString(x, 'f', 1), tr("Hz"));
+        return QStringLiteral("%1\n%2 = %3 %4")
+            .arg(tr("Frequency = %1").arg(frequency(x, data.dt)), nameOf(iSens), level(cross.yValue()),
+                 unitOf(iSens));
     const QString value = valueText(iSens, cross.yValue());
     const QString twoLines = QStringLiteral("%1 = %2 %3\n%4 = %5 %6");
     if (data.isXYPlot()) {

@@ -40,6 +40,10 @@ public:
     QString distance(const myPlotMarker& first, const myPlotMarker& second) const;
     /// The same and the slope, in lines to stand between the two.
     QString span(const myPlotMarker& first, const myPlotMarker& second) const;
+    /// With as many decimals as tell it from another `apart` Hz away.
+    static QString frequency(double hertz, double apart);
+    /// A line of a spectrum.
+    static QString level(double value);
     static QString speed(const Gate& gate);
     static QString acceleration(const Gate& gate);
 

@@ -115,7 +115,7 @@ void Plot::createKind(graphtype type)
         break;
     }
     case GRAPH_FFT:
-        kind = std::make_unique<SpectrumKind>(*parts);
+        kind = std::make_unique<SpectrumKind>(*parts, *layer);
         break;
     }
 }
@@ -178,12 +178,14 @@ void Plot::connectMouse()
     });
     connect(from, &GraphMouse::titlePressedRight, this, [this] {
         if (traits.hidesByTitle)
-            hide();
+            Q_EMIT putAway();
     });
     connect(from, &GraphMouse::rangeAsked, this,
             [this] { dialogs->askForRange(getActiveSens(), kind->range()); });
     connect(from, &GraphMouse::xAsked, dialogs.get(), &GraphDialogs::askForX);
     connect(from, &GraphMouse::colorAsked, this, [this](const QPointF& pos) {
+        if (traits.markers == MarkerForm::Frequency)
+            Q_EMIT choiceAsked(canvas()->mapToGlobal(pos.toPoint()));
         const int i = kind->sensorAt(pos);
         if (getCurve(i))
             dialogs->askForColor(i, getCurvePen(i).color());
@@ -491,6 +493,10 @@ int Plot::markerIndex(const QString& name, bool translate)
 
 void Plot::doCrop()
 {
+    if (traits.markers == MarkerForm::Frequency) {
+        refuseAnalysis();
+        return;
+    }
     editor->askToCrop();
 }
 

@@ -138,7 +138,7 @@ public:
 
     // Curves and scales
 
-    /// Rebuilds the curves or the bars from the data set; a spectrum has none. A curve whose place has the
+    /// Rebuilds the curves or the bars from the data set. A curve whose place has the
     /// same channel as before (sensor and group) keeps its mode and colour, unless a file says another.
     void setData();
     /// Brings axes and scales up to the data and repaints; what the live path calls.
@@ -230,6 +230,9 @@ Q_SIGNALS:
     void colorChanged(int iSens, const QColor& color);
     /// The user wants to see the sensor of a legend entry on the graphs of all groups.
     void shownForAll(int sensorID);
+    /// A spectrum: a right press on the title, and one on the canvas.
+    void putAway();
+    void choiceAsked(const QPoint& globalPos);
     /// The distance of the two crosses, as a text; empty when there are no longer two.
     void twoMarkersUpdated(const QString& statusText);
     /// Why the graph does not do what was asked of it.

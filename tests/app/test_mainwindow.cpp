@@ -110,8 +110,9 @@ private Q_SLOTS:
             QCOMPARE(classPlot->isVisible(), expected[i][1]);
         }
         // Five loggers: two rows of three.
-        QTRY_COMPARE(bench.manager->plotAt(3)->x(), bench.manager->plotAt(0)->x());
-        QVERIFY(bench.manager->plotAt(4)->y() > bench.manager->plotAt(2)->y());
+        const auto place = [&](int i) { return bench.manager->plotAt(i)->mapTo(grid, QPoint()); };
+        QTRY_COMPARE(place(3).x(), place(0).x());
+        QVERIFY(place(4).y() > place(2).y());
         QVERIFY(bench.manager->plotAt(5)->isHidden());
     }
 

@@ -1,0 +1,182 @@
+#include <QAction>
+#include <QComboBox>
+#include <QLabel>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QTest>
+
+#include <cmath>
+
+#include <qwt_scale_div.h>
+#include <qwt_text.h>
+#include <qwt_text_label.h>
+
+#include "graph/myplotmarker.h"
+#include "instruments/spectrumpane.h"
+#include "instruments/statusline.h"
+#include "tests/app/classbench.h"
+
+namespace {
+
+constexpr short samples = 70;
+
+/// 8 waves in 64 samples.
+void wave(ClassBench& bench, int logger, int from = 0, int to = samples)
+{
+    for (int i = from; i < to; ++i)
+        bench.sample(logger, short(i), 20 + 10 * std::sin(2 * M_PI * i / 8));
+    QCoreApplication::processEvents();
+}
+
+SpectrumPane* pane(const ClassBench& bench, int index)
+{
+    for (auto* each : bench.window->findChildren<SpectrumPane*>()) {
+        if (each->plot()->getIndex() == index)
+            return each;
+    }
+    return nullptr;
+}
+
+double peak(const Plot* plot)
+{
+    return plot->axisScaleDiv(QwtPlot::yLeft).upperBound() / 1.05;
+}
+
+} // namespace
+
+class TestSideViews : public GuardedTest
+{
+    Q_OBJECT
+
+private:
+    static void askForSpectrum(const ClassBench& bench)
+    {
+        auto* const list = bench.window->findChild<QComboBox*>(QStringLiteral("regression"));
+        Q_EMIT list->activated(list->count() - 1);
+    }
+    static void chooseIn(SpectrumPane* spectrum, const QString& text)
+    {
+        for (QAction* action : spectrum->findChild<QMenu*>()->actions()) {
+            if (action->text() == text)
+                return action->trigger();
+        }
+        QFAIL(qPrintable(text));
+    }
+
+private Q_SLOTS:
+    void aSpectrumStandsUnderTheGraphInUse_data()
+    {
+        columns<int, QByteArray>({"index", "layout"});
+        row("of a group", 1, QByteArray("layoutAct1"));
+        row("of the class", -1, QByteArray("layoutAct2"));
+    }
+
+    void aSpectrumStandsUnderTheGraphInUse()
+    {
+        const auto [index, layout] = fetched<int, QByteArray>({"index", "layout"});
+        ClassBench bench(2);
+        auto* const line = bench.window->findChild<StatusLine*>();
+        bench.action(layout.constData())->trigger();
+        Plot* const graph = index < 0 ? bench.manager->plotC() : bench.manager->plotAt(index);
+        if (index >= 0)
+            QTest::mouseClick(graph->titleLabel(), Qt::LeftButton);
+        wave(bench, 1, 0, 7);
+        askForSpectrum(bench);
+        QVERIFY(!pane(bench, index));
+        QVERIFY2(line->outcome().startsWith("A spectrum needs"), qPrintable(line->outcome()));
+
+        wave(bench, 1, 7);
+        if (index < 0)
+            Q_EMIT graph->changedActiveCurve(-1, 1);
+        askForSpectrum(bench);
+        SpectrumPane* const under = pane(bench, index);
+        QVERIFY(under && under->isVisible());
+        QVERIFY(under->mapTo(bench.window.data(), QPoint()).y() >
+                graph->mapTo(bench.window.data(), QPoint()).y());
+        QVERIFY(std::fabs(peak(under->plot()) - 10) < 0.1);
+        QVERIFY(
+            under->plot()->title().text().contains(graph->getCurve(graph->getActiveSens())->title().text()));
+
+        // A run goes on: more samples, finer lines, without anybody's doing.
+        const QString before = under->findChild<QLabel*>("spectrumNote")->text();
+        QVERIFY(before.startsWith("64 "));
+        wave(bench, 1, samples, 130);
+        QTRY_VERIFY(under->findChild<QLabel*>("spectrumNote")->text().startsWith("128 "));
+
+        // The stretch between two crosses, also while they are moved; their channel and not the active one.
+        graph->newMarker(graph->getActiveSens(), -1, 10, 1);
+        graph->newMarker(graph->getActiveSens(), -1, 26, 2);
+        Q_EMIT graph->changed(QString());
+        QVERIFY(under->findChild<QLabel*>("spectrumNote")->text().startsWith("16 "));
+
+        // It goes with its graph, and for good by its button or the same command.
+        bench.action(index < 0 ? "layoutAct1" : "layoutAct2")->trigger();
+        QVERIFY(!under->isVisible());
+        bench.action("layoutAct3")->trigger();
+        QVERIFY(under->isVisible());
+        under->findChild<QPushButton*>("closeSpectrum")->click();
+        QVERIFY(!under->isVisible());
+        bench.action(layout.constData())->trigger();
+        QVERIFY(!under->isVisible());
+        askForSpectrum(bench);
+        QVERIFY(under->isVisible());
+        askForSpectrum(bench);
+        QVERIFY(!under->isVisible());
+    }
+
+    void theSpectrumHasTheToolsOfAGraph()
+    {
+        ClassBench bench(1);
+        wave(bench, 0);
+        Plot* const graph = bench.manager->plotAt(0);
+        askForSpectrum(bench);
+        Plot* const plot = pane(bench, 0)->plot();
+        chooseIn(pane(bench, 0), QStringLiteral("Cosine part"));
+        QVERIFY(std::fabs(peak(plot) - 5 * std::sqrt(0.5)) < 0.1); // the stretch begins after 3 of 8 samples
+        chooseIn(pane(bench, 0), QStringLiteral("Power in dB"));
+        QCOMPARE(qRound(plot->axisScaleDiv(QwtPlot::yLeft).upperBound()), 20 + 5);
+        chooseIn(pane(bench, 0), QStringLiteral("Amplitude"));
+        chooseIn(pane(bench, 0), QStringLiteral("Hann window"));
+        QVERIFY(std::fabs(peak(plot) - 10) < 0.2); // whatever the window takes away
+
+        // A cross on the peak, at 8 waves in 64 s; then it is taken back.
+        bench.action("markerAct")->trigger();
+        const QPoint top(int(plot->transform(QwtPlot::xBottom, 0.125)),
+                         int(plot->transform(QwtPlot::yLeft, peak(plot))));
+        QTest::mouseClick(plot->canvas(), Qt::LeftButton, {}, top);
+        QCOMPARE(plot->markers.size(), 2);
+        QVERIFY2(plot->markers[1]->label().text().startsWith("Frequency = 0.12"),
+                 qPrintable(plot->markers[1]->label().text()));
+        QVERIFY(graph->markers.isEmpty());
+        bench.action("undoAct")->trigger();
+        QVERIFY(plot->markers.isEmpty());
+
+        // Zoom stays while a run renews it, and is ended.
+        bench.action("zoomAct")->trigger();
+        const auto right = [&] { return plot->axisScaleDiv(QwtPlot::xBottom).upperBound(); };
+        const double whole = right();
+        QTest::mousePress(plot->canvas(), Qt::LeftButton, {}, {20, 20});
+        QMouseEvent move(QEvent::MouseMove, QPoint(120, 90), Qt::NoButton, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(plot->canvas(), &move);
+        QTest::mouseRelease(plot->canvas(), Qt::LeftButton, {}, {120, 90});
+        QVERIFY(right() < whole);
+        pane(bench, 0)->renew();
+        QVERIFY(right() < whole);
+        QTest::mouseClick(plot->canvas(), Qt::RightButton);
+        QCOMPARE(right(), whole);
+
+        // What is told of a curve over time is not told of this; and a new experiment has other samples.
+        auto* const line = bench.window->findChild<StatusLine*>();
+        line->setOutcome(QString());
+        auto* const list = bench.window->findChild<QComboBox*>(QStringLiteral("regression"));
+        Q_EMIT list->activated(1);
+        QVERIFY(!line->outcome().isEmpty());
+        bench.data(0)->setDataNewEmpty(bench.data(0)->getSensors(), 1);
+        pane(bench, 0)->renew();
+        QVERIFY(pane(bench, 0)->findChild<QLabel*>("spectrumNote")->text().startsWith("A spectrum needs"));
+    }
+};
+
+QTEST_MAIN(TestSideViews)
+#include "test_sideviews.moc"
