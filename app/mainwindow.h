@@ -24,6 +24,7 @@ class ClassNotices;
 class ExpData;
 class GraphTools;
 class Indicator;
+class MetersPanel;
 class QGridLayout;
 class QLabel;
 class QMenu;
@@ -52,7 +53,8 @@ enum layouts
 {
     LAYOUT_MULTI_WINDOWS,
     LAYOUT_MULTI_TOGETHER,
-    LAYOUT_MULTI_COMBO
+    LAYOUT_MULTI_COMBO,
+    LAYOUT_METERS
 };
 
 /// What opening an experiment file does.
@@ -391,6 +393,8 @@ private:
 
     void setupViews();
     void createHint();
+    void createMeters();
+    void openFirstView(const QString& word);
     Plot* createPlot(ExpData* set, graphtype type, int index);
     Plot* createCell(int view, int index);
     QString titleOf(int index) const;
@@ -437,6 +441,7 @@ private:
     IconList* layouts = nullptr;
     IconList* views = nullptr;
     QSplitter* mainW = nullptr;
+    MetersPanel* newMetersW = nullptr; ///< null until it is first shown
     QSplitter* graphW = nullptr;
     bool isHeightShared = false; ///< class and cells have been given their first heights
     QWidget* graphGridW = nullptr;

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/meterspanel.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "graph/plot.h"
 #include "instruments/indicator.h"
@@ -43,6 +44,8 @@ void MainWindow::getDesignSettings()
 void MainWindow::useMainDesignValues()
 {
     setBackground();
+    if (newMetersW)
+        newMetersW->useDesignValues();
     // A new sheet takes the canvases back to the colours that they had under the first one.
     useGraphDesignValues();
 }

@@ -149,8 +149,6 @@ void MainWindow::showNewExperiment(int index)
     endLessonName(index);
     data->setXYIndex(-1);
     set->setXYIndex(-1);
-    if (graph->isHidden() && layouts && layouts->isEnabled())
-        updateLayout(LAYOUT_MULTI_WINDOWS);
     mTembrin->plotAt(index)->setMarkers();
     updateAll(index);
     setSelected(index, qMax(0, set->getSelectedSensor()));

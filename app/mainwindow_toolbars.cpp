@@ -51,6 +51,7 @@ constexpr ListItem layoutItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Combined view"), ":/icons/2018P2/ViewColabClass.png",
      LAYOUT_MULTI_TOGETHER},
     {QT_TRANSLATE_NOOP("MainWindow", "View all"), ":/icons/2018P2/ViewColabCombo.png", LAYOUT_MULTI_COMBO},
+    {QT_TRANSLATE_NOOP("MainWindow", "Meters"), ":/icons/ViewMeters.png", LAYOUT_METERS},
 };
 
 constexpr ListItem viewItems[] = {

@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/graphtools.h"
+#include "app/meterspanel.h"
 #include "app/refreshclock.h"
 #include "app/sideviews.h"
 #include "app/undosteps.h"
@@ -11,6 +12,7 @@
 #include "graph/plot.h"
 #include "instruments/indicator.h"
 #include "protocol/tembrinprotocol.h"
+#include "setup/setuplogger.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -49,13 +51,33 @@ void MainWindow::setupViews()
     graphW->addWidget(graphGridW);
     graphW->setChildrenCollapsible(false);
 
-    updateLayout(LAYOUT_MULTI_WINDOWS);
     setCentralWidget(mainW);
     // Else the first list of the toolbars has it, and the keys of a person who only looks change the layout.
     mainW->setFocusPolicy(Qt::StrongFocus);
     mainW->setFocus();
     setDisplayForNLoggers(
         Settings::mainStore().value(QLatin1String(Settings::numDefined), defaultLoggers).toInt());
+    openFirstView(isPanel ? QStringLiteral("meters") : qEnvironmentVariable("PELLANDRA_VIEW"));
+}
+
+/// What the window opens on; a word that is none means the graphs.
+void MainWindow::openFirstView(const QString& word)
+{
+    const std::pair<const char*, int> words[] = {{"meters", LAYOUT_METERS}};
+    int layout = LAYOUT_MULTI_WINDOWS;
+    for (const auto& [name, its] : words) {
+        if (word == QLatin1String(name))
+            layout = its;
+    }
+    updateLayout(layout);
+}
+
+void MainWindow::createMeters()
+{
+    newMetersW = new MetersPanel(mTembrin, iconDim, [this] { return !advancedSetupDlg; });
+    newMetersW->follow(mTembrin->activeGraph());
+    connect(newMetersW, &MetersPanel::groupChosen, this, &MainWindow::activePlotChanged);
+    mainW->insertWidget(0, newMetersW);
 }
 
 /// A graph of a logger, when it is first shown or asked for: it then catches up with what the others know.
@@ -143,14 +165,22 @@ void MainWindow::setNGraphs()
 // Files name views that are no layout; those show the class.
 void MainWindow::updateLayout(int view)
 {
-    const int layout = view >= 0 && view <= LAYOUT_MULTI_COMBO ? view : int(LAYOUT_MULTI_TOGETHER);
+    const int layout = view >= 0 && view <= LAYOUT_METERS ? view : int(LAYOUT_MULTI_TOGETHER);
     if (layouts) {
         const QSignalBlocker blocker(layouts);
         layouts->setCurrentIndex(layout);
     }
     const QRect before = geometry();
-    graphGridW->setVisible(layout != LAYOUT_MULTI_TOGETHER);
-    graph->setVisible(layout != LAYOUT_MULTI_WINDOWS);
+    const bool areGraphs = layout <= LAYOUT_MULTI_COMBO;
+    if (layout == LAYOUT_METERS && !newMetersW)
+        createMeters();
+    if (newMetersW)
+        newMetersW->setVisible(layout == LAYOUT_METERS);
+    graphW->setVisible(areGraphs);
+    if (areGraphs) {
+        graphGridW->setVisible(layout != LAYOUT_MULTI_TOGETHER);
+        graph->setVisible(layout != LAYOUT_MULTI_WINDOWS);
+    }
     if (layout == LAYOUT_MULTI_TOGETHER)
         activePlotChanged(-1);
     if (layout == LAYOUT_MULTI_COMBO && !isHeightShared) {
@@ -188,6 +218,8 @@ void MainWindow::activePlotChanged(int index)
     }
     mTembrin->setActivePlot(index);
     tools->follow();
+    if (newMetersW)
+        newMetersW->follow(index);
     if (!views)
         return;
     views->setCurrentIndex(mTembrin->getCurrentView());

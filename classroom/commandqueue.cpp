@@ -13,6 +13,10 @@ using Task = ClassJob::Task;
 using Progress = ClassJob::Progress;
 using Reason = ClassJob::Reason;
 
+namespace {
+constexpr int msForValues = 2000; // after which an answer about the values is not awaited any more
+}
+
 CommandQueue::CommandQueue(const ClassLoggers& loggers, QObject* parent)
     : QObject(parent)
     , loggers(loggers)
@@ -27,6 +31,8 @@ CommandQueue::CommandQueue(const ClassLoggers& loggers, QObject* parent)
     for (int slot = 0; slot < mostLoggers; ++slot) {
         connect(loggers[slot]->tembrinData, &TembrinData::communicationEstablished, this,
                 &CommandQueue::noteKnown);
+        connect(loggers[slot]->tembrinData, &TembrinData::newSnapReceived, this,
+                [this, slot] { asked[slot].invalidate(); });
     }
 }
 
@@ -102,6 +108,19 @@ bool CommandQueue::addDownload(int slot, int number)
     step.slot = slot;
     step.experiment = number;
     enqueue({Task::Download, {step}});
+    return true;
+}
+
+bool CommandQueue::askValues(int slot)
+{
+    const TembrinProtocol* logger = loggers[slot];
+    const TembrinData* state = logger->tembrinData;
+    const bool isKnown = state->isLoggerRecognized() || state->isVorta();
+    if (slot >= inUse || !logger->isConnect || !isKnown || !state->isIdle() || !isIdle() ||
+        (asked[slot].isValid() && asked[slot].elapsed() < msForValues))
+        return false;
+    asked[slot].start();
+    loggers[slot]->sendCommand(CMD_GET_ALL_SENSORS_VALUES);
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 #include <QVector>
@@ -31,6 +32,10 @@ public:
     bool add(ClassJob::Task task, quint8 which);
     /// One stored experiment of one logger, `number` from 1. False if it is not connected.
     bool addDownload(int slot, int number);
+    /// Asks logger `slot` what it measures right now: at once or not at all, so that no job waits for it.
+    /// Only an idle logger is asked, while nothing is at work or waits, and not again while the answer is
+    /// under way. True if it was; TembrinData::newSnapReceived() is the answer.
+    bool askValues(int slot);
     /// What is open of a task, at work or waiting, ends as cancelled.
     void cancel(ClassJob::Task task);
 
@@ -71,4 +76,5 @@ private:
     JobRunner work;
     JobRunner stop;
     QTimer goOnTimer;
+    QElapsedTimer asked[mostLoggers]; ///< invalid unless an answer is awaited
 };

@@ -111,6 +111,11 @@ public:
     const SensorList& getSensors() const { return sensors; }
     /// Place in the list, -1 when absent.
     int getIndexByID(int id) const;
+    /// A sensor of the list, or a child of a composite in it as a new object; both sockets for temperature
+    /// are one, and a composite's own ID means its first child. Null when absent.
+    SensorPtr channel(int id) const;
+    /// All of them, in order.
+    SensorList channels() const;
     /// Until a logger has told what it records: the sensors whose ID occurs in `list`.
     void setActiveSensors(const SensorList& list);
     /// Place in the list of socket 0 or 1, -1 if the logger has none.

@@ -53,6 +53,29 @@ void TembrinData::setActiveSensors(const SensorList& list)
     }
 }
 
+SensorList TembrinData::channels() const
+{
+    SensorList all;
+    for (int i = 0; i < sensors.size(); ++i) {
+        if (!sensors.at(i)->hasVirtual)
+            all.append(sensors.at(i));
+        for (int child = 0; child < sensors.at(i)->virtualSensorIDs.size(); ++child)
+            all.append(SensorPtr::create(sensors.at(i)->virtualSensorIDs.at(child), units, i, child));
+    }
+    return all;
+}
+
+SensorPtr TembrinData::channel(int id) const
+{
+    for (const SensorPtr& channel : channels()) {
+        const bool isFirstChild = channel->isVirtual && channel->virtualIndex == 0;
+        if (channel->ID == id || (isExternalTemperature(channel->ID) && isExternalTemperature(id)) ||
+            (isFirstChild && sensors.at(channel->inLoggerIndex)->ID == id))
+            return channel;
+    }
+    return {};
+}
+
 int TembrinData::getIndexByID(int id) const
 {
     const auto found = std::find_if(sensors.begin(), sensors.end(),
