@@ -66,6 +66,7 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     connectFlows();
     createRecovery();
     unpackActivities();
+    createOnline();
     setupViews();
     setAcceptDrops(true);
     installEventFilter(this);

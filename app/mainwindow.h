@@ -22,8 +22,10 @@
 
 class ClassNotices;
 class ExpData;
+class GlobalLabUpload;
 class GraphTools;
 class Indicator;
+class MapPane;
 class MetersPanel;
 class QGridLayout;
 class QLabel;
@@ -40,6 +42,7 @@ class SimulationPanel;
 class StatusLine;
 class TembrinProtocol;
 class UndoSteps;
+class globalLab;
 class loggerBasicSetup;
 class multiConnectionsManager;
 class setupLogger;
@@ -54,7 +57,8 @@ enum layouts
     LAYOUT_MULTI_WINDOWS,
     LAYOUT_MULTI_TOGETHER,
     LAYOUT_MULTI_COMBO,
-    LAYOUT_METERS
+    LAYOUT_METERS,
+    LAYOUT_MAP
 };
 
 /// What opening an experiment file does.
@@ -340,6 +344,16 @@ private:
     void showFileName();
     void warnNotWritten(const QString& reason);
 
+    // Other computers, in mainwindow_online.cpp
+
+    void createOnline();
+    void doGlobalLab();
+    void showGlobalLabError(const QString& msg);
+    void GlobalLabSuccess();
+
+    GlobalLabUpload* upload = nullptr; ///< made for the first
+    QPointer<globalLab> uploadDialog;
+
     // Activities, in mainwindow_activities.cpp
 
     void addActivityChoice();
@@ -403,6 +417,7 @@ private:
     void setNGraphs();
     void setDisplayForNLoggers(int N);
 
+    void showPane(int layout);
     void updateAll();
     void updateAll(int index);
     /// The graphs of a logger have new data.
@@ -443,6 +458,7 @@ private:
     QSplitter* mainW = nullptr;
     MetersPanel* newMetersW = nullptr; ///< null until it is first shown
     QSplitter* graphW = nullptr;
+    MapPane* mapPane = nullptr;  ///< made when it is first shown
     bool isHeightShared = false; ///< class and cells have been given their first heights
     QWidget* graphGridW = nullptr;
     QGridLayout* graphGridL = nullptr;

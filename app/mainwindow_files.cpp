@@ -399,6 +399,9 @@ void MainWindow::doExport(int select)
     case EXPORT_IMAGE:
         doExportImg();
         break;
+    case EXPORT_GLOBALLAB:
+        doGlobalLab();
+        break;
     }
 }
 

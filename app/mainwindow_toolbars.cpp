@@ -6,12 +6,14 @@
 #include "app/lazyicon.h"
 #include "classroom/views.h"
 #include "common/common.h"
+#include "common/settings.h"
 
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
 #include <QMenu>
 #include <QScreen>
+#include <QStandardItemModel>
 #include <QToolBar>
 #include <QToolButton>
 
@@ -52,6 +54,7 @@ constexpr ListItem layoutItems[] = {
      LAYOUT_MULTI_TOGETHER},
     {QT_TRANSLATE_NOOP("MainWindow", "View all"), ":/icons/2018P2/ViewColabCombo.png", LAYOUT_MULTI_COMBO},
     {QT_TRANSLATE_NOOP("MainWindow", "Meters"), ":/icons/ViewMeters.png", LAYOUT_METERS},
+    {QT_TRANSLATE_NOOP("MainWindow", "Map"), ":/icons/2018P2/ViewMap.png", LAYOUT_MAP},
 };
 
 constexpr ListItem viewItems[] = {
@@ -202,6 +205,10 @@ void MainWindow::fillIconLists()
         if (item.code != EXPORT_GLOBALLAB || Common::isRussian())
             addItem(exports, item);
     }
+    const int globalLab = exports->findData(EXPORT_GLOBALLAB);
+    const bool hasServer = !Settings::mainStore().value(QStringLiteral("GlobalLab/url")).toString().isEmpty();
+    if (globalLab >= 0)
+        qobject_cast<QStandardItemModel*>(exports->model())->item(globalLab)->setEnabled(hasServer);
     for (const ListItem& item : regressionItems)
         addItem(regression, item);
     for (const ListItem& item : layoutItems)
@@ -209,7 +216,8 @@ void MainWindow::fillIconLists()
     for (const ListItem& item : viewItems)
         addItem(views, item);
     views->setEnabled(false);
-    connect(layouts, qOverload<int>(&QComboBox::currentIndexChanged), this, &MainWindow::updateLayout);
+    connect(layouts, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            [this](int i) { updateLayout(layouts->itemData(i).toInt()); });
     connect(layouts, qOverload<int>(&QComboBox::activated), this, &MainWindow::closePage);
     connect(exports, qOverload<int>(&QComboBox::activated), this, &MainWindow::doExport);
     connect(regression, qOverload<int>(&QComboBox::activated), this, &MainWindow::doFunctions);
@@ -222,7 +230,7 @@ void MainWindow::fillIconLists()
             if (!layouts->isEnabled())
                 return;
             closePage();
-            updateLayout(i);
+            updateLayout(layouts->itemData(i).toInt());
         });
         addAction(choose);
     }

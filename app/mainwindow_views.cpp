@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/graphtools.h"
+#include "app/mappane.h"
 #include "app/meterspanel.h"
 #include "app/refreshclock.h"
 #include "app/sideviews.h"
@@ -165,19 +166,14 @@ void MainWindow::setNGraphs()
 // Files name views that are no layout; those show the class.
 void MainWindow::updateLayout(int view)
 {
-    const int layout = view >= 0 && view <= LAYOUT_METERS ? view : int(LAYOUT_MULTI_TOGETHER);
+    const int layout = view >= 0 && view <= LAYOUT_MAP ? view : int(LAYOUT_MULTI_TOGETHER);
     if (layouts) {
         const QSignalBlocker blocker(layouts);
-        layouts->setCurrentIndex(layout);
+        layouts->setCurrentIndex(layouts->findData(layout));
     }
     const QRect before = geometry();
-    const bool areGraphs = layout <= LAYOUT_MULTI_COMBO;
-    if (layout == LAYOUT_METERS && !newMetersW)
-        createMeters();
-    if (newMetersW)
-        newMetersW->setVisible(layout == LAYOUT_METERS);
-    graphW->setVisible(areGraphs);
-    if (areGraphs) {
+    showPane(layout);
+    if (layout <= LAYOUT_MULTI_COMBO) {
         graphGridW->setVisible(layout != LAYOUT_MULTI_TOGETHER);
         graph->setVisible(layout != LAYOUT_MULTI_WINDOWS);
     }
@@ -199,6 +195,23 @@ void MainWindow::updateLayout(int view)
         setGeometry(before);
 }
 
+/// The graphs, or what stands in their place. It is made when it is first shown.
+void MainWindow::showPane(int layout)
+{
+    if (layout == LAYOUT_METERS && !newMetersW)
+        createMeters();
+    if (layout == LAYOUT_MAP && !mapPane) {
+        mapPane = new MapPane(mTembrin, prompt);
+        mapPane->showGroup(mTembrin->activeGraph());
+        mainW->addWidget(mapPane);
+    }
+    if (newMetersW)
+        newMetersW->setVisible(layout == LAYOUT_METERS);
+    if (mapPane)
+        mapPane->setVisible(layout == LAYOUT_MAP);
+    graphW->setVisible(layout <= LAYOUT_MULTI_COMBO);
+}
+
 void MainWindow::updateView(int view)
 {
     if (!mTembrin->isActiveGraphSet())
@@ -217,6 +230,8 @@ void MainWindow::activePlotChanged(int index)
         }
     }
     mTembrin->setActivePlot(index);
+    if (mapPane)
+        mapPane->showGroup(index);
     tools->follow();
     if (newMetersW)
         newMetersW->follow(index);
@@ -246,6 +261,8 @@ void MainWindow::updateAll(int index)
     sideViews->renew(index);
     if (index < 0)
         showLeftOut();
+    else if (mapPane)
+        mapPane->setStale();
 }
 
 void MainWindow::updateAll()
