@@ -64,7 +64,7 @@ void MainWindow::setupViews()
 /// What the window opens on; a word that is none means the graphs.
 void MainWindow::openFirstView(const QString& word)
 {
-    const std::pair<const char*, int> words[] = {{"meters", LAYOUT_METERS}};
+    const std::pair<const char*, int> words[] = {{"meters", LAYOUT_METERS}, {"map", LAYOUT_MAP}};
     int layout = LAYOUT_MULTI_WINDOWS;
     for (const auto& [name, its] : words) {
         if (word == QLatin1String(name))

@@ -68,7 +68,7 @@
       const world = tile * Math.pow(2, map.getZoom());
       const centre = map.project(map.getCenter());
       const origin = { x: centre.x - width / 2, y: centre.y - height / 2 };
-      this.draw(pen, { width, height, world, origin, ratio, window: size.y });
+      this.draw(pen, { width, height, world, origin, ratio, window: size.y, windowWidth: size.x });
     },
   });
 
@@ -191,6 +191,25 @@
     pen.stroke();
   }
 
+  let takenPlaces = []; // of the names of this picture, and the rings
+
+  /* Right of the mark, or left of it where somebody stands at the right or the window ends there. */
+  function placeFor(pen, view, track, at, radius, size) {
+    pen.font = `bold ${size}px "DejaVu Sans", sans-serif`;
+    const width = Math.max(pen.measureText(track.name).width, 0.5 * size * track.note.length);
+    const gap = 2.6 * radius;
+    const boxAt = (left) => ({ left, right: left + width, top: at.y - size, bottom: at.y + 1.4 * size });
+    const meets = (a, b) => a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
+    const right = boxAt(at.x + gap);
+    const left = boxAt(at.x - gap - width);
+    const rightEnd = (view.width + view.windowWidth) / 2;
+    const isFree = (box) => !takenPlaces.some((other) => meets(box, other));
+    const box = isFree(right) && right.right < rightEnd ? right
+      : isFree(left) && left.left > rightEnd - view.windowWidth ? left : right;
+    takenPlaces.push(box);
+    return box === right ? { x: right.left, align: 'left' } : { x: left.right, align: 'right' };
+  }
+
   /* The newest mark with a ring, and the group's name beside it. */
   function drawNewest(pen, view, track, radius) {
     const i = track.x.length - 1;
@@ -207,14 +226,16 @@
     ring(6, '#fff');
     ring(3, '#1d2b3a');
     const size = Math.max(15, Math.round(view.window / 40));
+    const place = placeFor(pen, view, track, { x, y }, radius, size);
+    pen.textAlign = place.align;
     pen.lineWidth = 5;
     pen.lineJoin = 'round';
     pen.strokeStyle = '#fff';
     pen.fillStyle = '#1d2b3a';
     const write = (text, font, down) => {
       pen.font = `${font}px "DejaVu Sans", sans-serif`;
-      pen.strokeText(text, x + 2.6 * radius, y + down);
-      pen.fillText(text, x + 2.6 * radius, y + down);
+      pen.strokeText(text, place.x, y + down);
+      pen.fillText(text, place.x, y + down);
     };
     write(track.name, `bold ${size}`, 0.2 * size);
     write(track.note, `${Math.round(0.75 * size)}`, 1.15 * size);
@@ -226,6 +247,11 @@
     drawn = [];
     tracks.filter((track) => track.isRoute).forEach((track) => drawRoute(pen, view, track, 0.7 * radius));
     tracks.filter((track) => !track.isRoute).forEach((track) => drawMarks(pen, view, track, radius));
+    takenPlaces = tracks.filter((track) => track.x.length).map((track) => {
+      const x = track.x[track.x.length - 1] * view.world - view.origin.x;
+      const y = track.y[track.y.length - 1] * view.world - view.origin.y;
+      return { left: x - 2 * radius, right: x + 2 * radius, top: y - 2 * radius, bottom: y + 2 * radius };
+    });
     tracks.forEach((track) => drawNewest(pen, view, track, radius));
     lastDrawn = performance.now() - begun;
   }, 'overlayPane');
