@@ -251,7 +251,6 @@ QWidget* MainWindow::createSimulationButton()
         QAction* action = name ? menu->addAction(tr(name)) : menu->addSeparator();
         action->setData(number);
         action->setCheckable(name != nullptr);
-        action->setEnabled(number < 4);
         action->setChecked(number == 0);
         if (name)
             choice->addAction(action);

@@ -159,6 +159,7 @@ bool PageView::makeSurface()
     }
     surface = engine->create(this, this);
     pile->addWidget(surface->widget());
+    setFocusProxy(surface->widget());
     return true;
 }
 

@@ -32,8 +32,11 @@ void simWebView::loadHtml(const QString& htmlFile)
     delete page;
     page = new PageView(QStringLiteral("html/Sim/%1.html").arg(htmlFile), this);
     setFocusProxy(page);
-    connect(page, &PageView::pageLoaded, this,
-            [this] { page->call(QStringLiteral("setTexts"), {SimTexts::ofPage(indexOfPage)}); });
+    connect(page, &PageView::pageLoaded, this, [this] {
+        page->call(QStringLiteral("setTexts"), {SimTexts::ofPage(indexOfPage)});
+        if (isVisible())
+            setFocus(); // its keys work at once
+    });
     layout()->addWidget(page);
 }
 
