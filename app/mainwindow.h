@@ -292,6 +292,7 @@ private:
     // Simulations, in mainwindow_simulation.cpp
 
     void doSimul(QAction* theAct);
+    void openSimulation(const QString& word);
     void createSimulationPanel();
     void showSimulation(const QString& name);
     void closeSimulation();

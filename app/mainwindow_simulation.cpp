@@ -4,7 +4,6 @@
 #include "app/simulationpanel.h"
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
-#include "classroom/views.h"
 #include "graph/plot.h"
 #include "instruments/statusline.h"
 
@@ -18,6 +17,19 @@ constexpr int firstSimulation = 2; // its place in the menu
 constexpr int panelPart = 28;      // per cent of the window
 constexpr int leastPanel = 400;    // pixels
 } // namespace
+
+/// The one that a word names, if it does, when the program opens.
+void MainWindow::openSimulation(const QString& word)
+{
+    static const QStringList words{QStringLiteral("simulation"), QStringLiteral("pendulum"),
+                                   QStringLiteral("gas"),        QStringLiteral("vessels"),
+                                   QStringLiteral("liquid"),     QStringLiteral("diffusion"),
+                                   QStringLiteral("water")};
+    const auto* button = findChild<QToolButton*>(QStringLiteral("simulationButton"));
+    const int simulation = words.indexOf(word);
+    if (button && simulation >= 0)
+        doSimul(button->menu()->actions().at(simulation + firstSimulation));
+}
 
 void MainWindow::doSimul(QAction* theAct)
 {
@@ -81,6 +93,7 @@ void MainWindow::closeSimulation()
         simW->closeSimulation();
     showCells(false);
     updateHint();
+    updateLayout(layouts ? layouts->currentData().toInt() : int(LAYOUT_MULTI_WINDOWS));
     auto* button = findChild<QToolButton*>(QStringLiteral("simulationButton"));
     if (button)
         button->menu()->actions().constFirst()->setChecked(true);
@@ -94,7 +107,10 @@ void MainWindow::showCells(bool isFirstAlone)
     areCellsHidden = isFirstAlone;
     const int columns = mTembrin->gridColumns();
     for (int i = 1; i < mTembrin->nDefTembrins(); ++i) {
-        mTembrin->setCellVisible(i, !isFirstAlone);
+        if (isFirstAlone)
+            mTembrin->hideCell(i);
+        else
+            mTembrin->addWidgetByIndex(graphGridL, mTembrin->viewShownBy(i), i);
         if (i < columns)
             graphGridL->setColumnStretch(i, isFirstAlone ? 0 : 1);
         if (i % columns == 0)

@@ -71,6 +71,7 @@ void MainWindow::openFirstView(const QString& word)
             layout = its;
     }
     updateLayout(layout);
+    openSimulation(word);
 }
 
 void MainWindow::createMeters()

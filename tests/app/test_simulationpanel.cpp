@@ -16,7 +16,8 @@ enum Entry // of the menu
 {
     None = 0,
     FreeFall = 2,
-    Pendulum = 3
+    Pendulum = 3,
+    Diffusion = 7
 };
 
 /// The window with loggers, and a person at the simulations.
@@ -138,6 +139,32 @@ private Q_SLOTS:
         QVERIFY(bench.data(0)->getYNoConvAt(0, 0) < sharp);
         bench.action("undoAct")->trigger();
         QCOMPARE(bench.data(0)->getYNoConvAt(0, 0), sharp);
+    }
+
+    // In a page's place the graphs come back when they are wanted.
+    void aPageMakesRoomForWhatIsToBeSeen_data()
+    {
+        columns<QByteArray, QByteArray>({"action", "seen"});
+        row("another layout", QByteArray("layoutAct2"), QByteArray("Class Curve graph"));
+        row("a run", QByteArray("runAct"), QByteArray("graphGridW"));
+        row("the map", QByteArray("layoutAct5"), QByteArray("mapW"));
+    }
+
+    void aPageMakesRoomForWhatIsToBeSeen()
+    {
+        QFETCH(QByteArray, action);
+        QFETCH(QByteArray, seen);
+        SimulationBench bench;
+        bench.meet(0);
+        bench.start(FreeFall);
+        bench.choose(Diffusion);
+        QVERIFY(!bench.run().isSimulation() && !bench.part<QWidget>("graphW")->isVisible());
+        QVERIFY(bench.part<QWidget>("Diffusion")->isVisible() &&
+                !bench.part<QWidget>("simulSetup")->isVisible());
+        bench.action(action.constData())->trigger();
+        QVERIFY(!bench.part<QWidget>("simW")->isVisible() &&
+                bench.part<QWidget>(seen.constData())->isVisible());
+        QCOMPARE(bench.part<QWidget>("graphW")->isVisible(), action != "layoutAct5");
     }
 
     void thePanelComesWithTheFirstAndGoesWithNone()
