@@ -391,8 +391,11 @@ private:
 private Q_SLOTS:
     /// Numbers that are no layout show the class.
     void updateLayout(int view);
-    void updateView(int view);
+    /// A row of the list of views.
+    void updateView(int row);
     void activePlotChanged(int index);
+    /// Of what stands in a cell in place of its graph.
+    void tableTitleClicked(int index);
     void choosePlot(int index);
 
 private:

@@ -38,6 +38,9 @@ void MainWindow::createTools()
     connect(steps, &UndoSteps::changed, this, &MainWindow::showUndo);
     sideViews = new SideViews(mTembrin, this);
     connect(sideViews, &SideViews::told, statusLine, &StatusLine::setAdvice);
+    connect(sideViews, &SideViews::edited, this, &MainWindow::showEdited);
+    connect(sideViews, &SideViews::sensorChosen, this, &MainWindow::updateSens);
+    connect(sideViews, &SideViews::titleClicked, this, &MainWindow::tableTitleClicked);
     connect(sideViews, &SideViews::graphMade, this, [this](Plot* plot) {
         plot->setUserPrompt(prompt);
         tools->watch(plot);

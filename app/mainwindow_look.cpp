@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/meterspanel.h"
+#include "app/sideviews.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "graph/plot.h"
 #include "instruments/indicator.h"
@@ -56,6 +57,7 @@ void MainWindow::useGraphDesignValues()
         for (Plot* plot : mTembrin->graphsOf(i))
             plot->doUseDesignValues();
     }
+    sideViews->setDesign();
 }
 
 void MainWindow::setBackground()

@@ -5,6 +5,7 @@
 #include "app/runline.h"
 #include "app/runrecorder.h"
 #include "app/runrecovery.h"
+#include "app/sideviews.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/jobtexts.h"
@@ -203,6 +204,7 @@ void MainWindow::showTitle(int index)
 {
     for (Plot* plot : mTembrin->viewsOf(index))
         plot->updateTitle(titleOf(index));
+    sideViews->setTitle(index, titleOf(index));
 }
 
 void MainWindow::showPhase(int index)

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/sideviews.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "setup/loggerbasicsetup.h"
 #include "setup/setuplogger.h"
@@ -37,5 +38,6 @@ void MainWindow::doSetup()
 void MainWindow::connectSetupDialog(setupLogger* dialog)
 {
     connect(dialog, &setupLogger::useGraphDesignValues, this, &MainWindow::useGraphDesignValues);
+    connect(dialog, &setupLogger::useTableDesignValues, sideViews, &SideViews::setDesign);
     connect(dialog, &setupLogger::useMainDesignValues, this, &MainWindow::useMainDesignValues);
 }

@@ -60,6 +60,10 @@ constexpr ListItem layoutItems[] = {
 constexpr ListItem viewItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Graph view"), ":/icons/2018P2/ViewGraph.png", VIEW_GRAPH},
     {QT_TRANSLATE_NOOP("MainWindow", "Bar view"), ":/icons/2018P2/ViewBar.png", VIEW_BAR},
+    {QT_TRANSLATE_NOOP("MainWindow", "Table view"), ":/icons/2018P2/ViewTable.png", VIEW_TABLE},
+    {QT_TRANSLATE_NOOP("MainWindow", "Table and graph"), ":/icons/2018P2/ViewTableGraph.png",
+     VIEW_TABLE_GRAPH},
+    {QT_TRANSLATE_NOOP("MainWindow", "Thermometer"), ":/icons/2018P2/ViewThermometer.png", VIEW_THERMO},
 };
 
 // The place in the menu is an action's number; the second place is the separator.

@@ -38,6 +38,7 @@ void MainWindow::setupViews()
     graphGridL->setContentsMargins(0, 0, 0, 0);
 
     mTembrin->setViewMaker([this](int view, int index) { return createCell(view, index); });
+    mTembrin->setPartMaker([this](int view, int index) { return sideViews->make(view, index); });
     graph = createPlot(mTembrin->dataC(), GRAPH_LINE, -1);
     mTembrin->setPlotC(graph);
     createHint();
@@ -72,6 +73,12 @@ void MainWindow::openFirstView(const QString& word)
     }
     updateLayout(layout);
     openSimulation(word);
+    const std::pair<const char*, int> cellWords[] = {
+        {"table", VIEW_TABLE}, {"table-graph", VIEW_TABLE_GRAPH}, {"thermometer", VIEW_THERMO}};
+    for (const auto& [name, its] : cellWords) {
+        for (int i = 0; i < mTembrin->nDefTembrins() && word == QLatin1String(name); ++i)
+            mTembrin->addWidgetByIndex(graphGridL, its, i);
+    }
 }
 
 void MainWindow::createMeters()
@@ -213,10 +220,11 @@ void MainWindow::showPane(int layout)
     graphW->setVisible(layout <= LAYOUT_MULTI_COMBO);
 }
 
-void MainWindow::updateView(int view)
+void MainWindow::updateView(int row)
 {
     if (!mTembrin->isActiveGraphSet())
         return;
+    const int view = views->itemData(row).toInt();
     mTembrin->addWidget(graphGridL, view);
     if (view == VIEW_BAR)
         mTembrin->getActiveBar()->doActivePlotIndicator();
@@ -233,13 +241,19 @@ void MainWindow::activePlotChanged(int index)
     mTembrin->setActivePlot(index);
     if (mapPane)
         mapPane->showGroup(index);
+    sideViews->setActive(index);
     tools->follow();
     if (newMetersW)
         newMetersW->follow(index);
     if (!views)
         return;
-    views->setCurrentIndex(mTembrin->getCurrentView());
+    views->setCurrentIndex(views->findData(mTembrin->getCurrentView()));
     views->setEnabled(mTembrin->isActiveGraphSet());
+}
+
+void MainWindow::tableTitleClicked(int index)
+{
+    activePlotChanged(mTembrin->isActive(index) ? -1 : index);
 }
 
 /// A press in a canvas chooses its graph.

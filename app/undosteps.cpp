@@ -222,6 +222,8 @@ QString UndoSteps::nameOf(SampleStep::Kind kind)
         return tr("Smooth");
     case SampleStep::Kind::Derivative:
         return tr("Derivative");
+    case SampleStep::Kind::Edit:
+        return tr("Value");
     case SampleStep::Kind::Crop:
         break;
     }
@@ -302,6 +304,8 @@ bool UndoSteps::applySamples(const Step& step, bool isBack)
     set->setContent((isBack ? step.before : step.after).content);
     if (step.index < 0)
         joinAgain(others);
+    else if (step.what.kind == SampleStep::Kind::Edit)
+        joinAgain({step.index});
     return true;
 }
 
@@ -352,6 +356,8 @@ bool UndoSteps::apply(const Step& step, bool isBack)
         setRanges(*set, present.ranges, wanted.ranges);
     if (step.isOfSamples || !(present.ranges == wanted.ranges))
         Q_EMIT edited(step.index);
+    if (step.isOfSamples && step.what.kind == SampleStep::Kind::Edit && step.index >= 0)
+        Q_EMIT edited(-1); // the class has its values
     for (const auto& [plot, state] : wanted.views) {
         for (const auto& [other, was] : present.views) {
             if (plot && plot == other)

@@ -11,6 +11,7 @@
 
 #include <QGridLayout>
 #include <QSplitter>
+#include <QVector>
 
 #include <algorithm>
 #include <iterator>
@@ -140,6 +141,7 @@ void multiConnectionsManager::showPart(Logger* logger, QWidget* Logger::*part, i
     if (tf && !(logger->*part) && makePart) {
         logger->*part = makePart(view, int(logger - loggers));
         logger->cell->addWidget(logger->*part);
+        logger->cell->setSizes(QVector<int>(logger->cell->count(), 1000).toList());
     }
     if (logger->*part)
         (logger->*part)->setVisible(tf);
@@ -177,8 +179,10 @@ void multiConnectionsManager::addWidgetByIndex(QGridLayout* layout, int view, in
     }
     if (chosen && chosen->parentWidget() != logger.graphs)
         logger.graphs->addWidget(chosen);
-    if (chosen)
+    if (chosen) {
+        chosen->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding); // its hint is no minimum
         chosen->show();
+    }
     logger.graphs->setVisible(hasGraph);
     showPart(&logger, &Logger::table, VIEW_TABLE, view == VIEW_TABLE || view == VIEW_TABLE_GRAPH);
     showPart(&logger, &Logger::thermometer, VIEW_THERMO, view == VIEW_THERMO);

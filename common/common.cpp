@@ -109,6 +109,13 @@ QString Common::toSignificant(double val, int digits)
                                          superscript(exponent));
 }
 
+double Common::typedNumber(const QString& text, bool* ok)
+{
+    const double number = QString(text).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(ok);
+    *ok = *ok && std::isfinite(number);
+    return *ok ? number : 0;
+}
+
 QString Common::unitPer(const QString& unit, const QString& per, int power)
 {
     QString bare = unit;

@@ -27,6 +27,9 @@ public:
     /// Very large and very small ones as "1.234·10⁻⁷".
     static QString toSignificant(double val, int digits = 4);
 
+    /// The number that a person typed, with a point or a comma; nothing finite gives false in `ok`.
+    static double typedNumber(const QString& text, bool* ok);
+
     /// The unit of a change per `per` ("°C/s", with a power of 2 "°C/s²"; "1/s" without a unit), of power 0
     /// `unit` itself. Brackets that some units stand in fall away.
     static QString unitPer(const QString& unit, const QString& per, int power);

@@ -235,6 +235,10 @@ void ExpData::replaceYVal(int iSens, int iSamp, double value)
     if (iSens < 0 || iSens >= y.size() || iSamp < 0 || iSamp >= y.at(iSens).size())
         return;
     y[iSens][iSamp] = value;
+    minY[iSens] = maxY[iSens] = 0.0;
+    findMinMax(y.at(iSens), minY[iSens], maxY[iSens]);
+    updateMapRange(iSens);
+    followOrigins(iSamp, iSamp);
     needSave = true;
 }
 

@@ -325,6 +325,7 @@ private:
     // Channels
     bool hasSlot(int i) const { return i >= 0 && i < sensors.size(); }
     int deliveredRows(int channel) const;
+    int editedSince(const Content& before) const;
     void takeFilled(const QVector<double>& times, const QVector<QVector<double>>& columns);
     void resizeChannels(int n);
     void emptyChannels(int n);

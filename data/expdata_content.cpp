@@ -1,6 +1,7 @@
 #include "data/expdata.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -91,6 +92,22 @@ QVector<int> ExpData::channelsUnlike(const Content& kept) const
     return unlike;
 }
 
+/// The channel in which a value was typed: unlike one that was smoothed it keeps its name. -1 for none.
+int ExpData::editedSince(const Content& before) const
+{
+    if (!isLike(before) || x.size() != before.x.size())
+        return -1;
+    for (const int channel : channelsUnlike(before)) {
+        const SensorPtr& sensor = sensors.at(channel);
+        if (sensor && sensor->specialType == 0)
+            return isSameChannel(sensor, before.sensors.at(channel)) &&
+                           y.at(channel).size() == before.y.at(channel).size()
+                       ? channel
+                       : -1;
+    }
+    return -1;
+}
+
 SampleStep ExpData::stepSince(const Content& before, int channel) const
 {
     SampleStep step;
@@ -98,6 +115,13 @@ SampleStep ExpData::stepSince(const Content& before, int channel) const
     if (nSens > before.sensors.size()) {
         step.kind = SampleStep::Kind::Derivative;
         step.window = derivWindow;
+    } else if (const int edited = editedSince(before); edited >= 0) {
+        const QVector<double>& was = before.y.at(edited);
+        step.kind = SampleStep::Kind::Edit;
+        step.channel = edited;
+        while (step.first < was.size() - 1 && isSame({was.at(step.first)}, {y.at(edited).at(step.first)}))
+            ++step.first;
+        step.value = y.at(edited).at(step.first);
     } else if (x.size() == before.x.size()) {
         step.window = smoothKernel;
     } else {
@@ -115,6 +139,12 @@ bool ExpData::make(const SampleStep& step)
             return false;
         const int end = step.first + step.rows;
         doCrop(x.at(step.first), end < x.size() ? x.at(end) : std::numeric_limits<double>::infinity());
+        return true;
+    }
+    if (step.kind == SampleStep::Kind::Edit) {
+        if (step.first < 0 || step.first >= getYSize(step.channel) || !std::isfinite(step.value))
+            return false;
+        replaceYVal(step.channel, step.first, step.value);
         return true;
     }
     constexpr int mostWindow = 1000;

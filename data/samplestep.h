@@ -7,12 +7,14 @@ struct SampleStep
     {
         Smooth,
         Derivative,
-        Crop
+        Crop,
+        Edit ///< a value that a person typed
     };
 
     Kind kind = Kind::Smooth;
     int channel = 0; ///< of all but a crop
     int window = 0;  ///< the samples that a value was made of
-    int first = 0;   ///< of a crop: the rows that it left
+    int first = 0;   ///< of a crop: the rows that it left; of an edit: its row
     int rows = 0;
+    double value = 0; ///< of an edit, base unit
 };

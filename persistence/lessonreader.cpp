@@ -284,6 +284,10 @@ void Assembly::takeSteps(const QJsonArray& steps, Lesson::Part* part)
         step.window = told[QLatin1String("window")].toInt();
         step.first = told[QLatin1String("first")].toInt();
         step.rows = told[QLatin1String("rows")].toInt();
+        if (step.kind == SampleStep::Kind::Edit) {
+            step.first = told[QLatin1String("row")].toInt();
+            step.value = told[QLatin1String("value")].toDouble();
+        }
         part->steps.append(step);
     }
 }

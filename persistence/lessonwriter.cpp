@@ -94,6 +94,10 @@ QJsonObject described(const SampleStep& step)
     if (step.kind == SampleStep::Kind::Crop) {
         object["first"] = step.first;
         object["rows"] = step.rows;
+    } else if (step.kind == SampleStep::Kind::Edit) {
+        object["channel"] = step.channel;
+        object["row"] = step.first;
+        object["value"] = step.value;
     } else {
         object["channel"] = step.channel;
         object["window"] = step.window;

@@ -97,7 +97,7 @@ void CalibrationPage::showSelfTest(bool isOn)
 void CalibrationPage::takeTemperature()
 {
     bool isNumber = false;
-    double celsius = DialogTools::typedNumber(currentTemperatureLineEdit->text(), &isNumber);
+    double celsius = Common::typedNumber(currentTemperatureLineEdit->text(), &isNumber);
     if (!isCelsius)
         celsius = (celsius - 32) * 5 / 9;
     const double tenths = celsius * 10 + 0.5;

@@ -133,10 +133,3 @@ void DialogTools::fitToScreen(QDialog* dialog, const QSize& usual, const QVector
     const QSize whole = dialog->sizeHint() + QSize(0, hidden);
     dialog->resize(usual.expandedTo(whole).boundedTo(most));
 }
-
-double DialogTools::typedNumber(const QString& text, bool* ok)
-{
-    const double number = QString(text).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(ok);
-    *ok = *ok && std::isfinite(number);
-    return *ok ? number : 0;
-}

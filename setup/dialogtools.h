@@ -57,7 +57,4 @@ void keepFromWheel(QWidget* parent);
 /// At least `usual`, as much as shows the contents of `areas` whole, at most the screen.
 void fitToScreen(QDialog* dialog, const QSize& usual, const QVector<QScrollArea*>& areas = {});
 
-/// The number that a person typed, with a point or a comma; nothing finite gives false in `ok`.
-double typedNumber(const QString& text, bool* ok);
-
 } // namespace DialogTools

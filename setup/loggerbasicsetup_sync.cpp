@@ -10,6 +10,7 @@
 
 #include "classroom/multiconnectionsmanager.h"
 #include "classroom/ratechoice.h"
+#include "common/common.h"
 #include "common/userprompt.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
@@ -241,7 +242,7 @@ void loggerBasicSetup::photoGateChanged()
 void loggerBasicSetup::takePhotogate()
 {
     bool isGood = false;
-    const double width = DialogTools::typedNumber(cardWidthLineEdit->text(), &isGood);
+    const double width = Common::typedNumber(cardWidthLineEdit->text(), &isGood);
     isGood = isGood && width > 0;
     const bool isGate = !photogateGroupBox->isCheckable() || photogateGroupBox->isChecked();
     for (int i = 0; i < qMax(1, mTembrin->nDefTembrins()); ++i) {

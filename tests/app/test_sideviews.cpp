@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QTest>
+#include <QToolButton>
 
 #include <cmath>
 
@@ -13,8 +14,11 @@
 #include <qwt_text_label.h>
 
 #include "graph/myplotmarker.h"
+#include "instruments/juniorsensorpallete.h"
 #include "instruments/spectrumpane.h"
 #include "instruments/statusline.h"
+#include "instruments/table.h"
+#include "instruments/thermometer.h"
 #include "tests/app/classbench.h"
 
 namespace {
@@ -175,6 +179,76 @@ private Q_SLOTS:
         bench.data(0)->setDataNewEmpty(bench.data(0)->getSensors(), 1);
         pane(bench, 0)->renew();
         QVERIFY(pane(bench, 0)->findChild<QLabel*>("spectrumNote")->text().startsWith("A spectrum needs"));
+    }
+    // A typed value: in the set, on the graph, in the class, to save, and back again.
+    void aValueIsTypedOver()
+    {
+        ClassBench bench(1);
+        auto* const line = bench.window->findChild<StatusLine*>();
+        wave(bench, 0, 0, 20);
+        Table* const table = showInCell<Table>(bench, VIEW_TABLE_GRAPH);
+        QVERIFY(table && table->isVisible() && bench.manager->plotAt(0)->isVisible());
+        const auto type = [&](const QString& text) {
+            table->model()->setData(table->model()->index(4, 1), text);
+        };
+        const auto values = [&] {
+            return QVector<double>{bench.data(0)->getYAt(0, 4), bench.data(-1)->getYAt(0, 4)};
+        };
+        const QVector<double> before = values();
+        type(QStringLiteral("77"));
+        QCOMPARE(values(), before);
+        QVERIFY2(line->outcome().contains("when no logger is running"), qPrintable(line->outcome()));
+        bench.tellEnd(0);
+        bench.data(0)->setNeedSave(false);
+        type(QStringLiteral("abc"));
+        QCOMPARE(values(), before);
+        QVERIFY(line->outcome().contains("abc") && !bench.data(0)->isNeedSave());
+        type(QStringLiteral("77,5"));
+        QCOMPARE(values(), (QVector<double>{77.5, 77.5}));
+        QVERIFY(bench.data(0)->isNeedSave());
+        QCOMPARE(bench.data(0)->maxY[0], 77.5);
+        QCOMPARE(table->model()->index(4, 1).data().toString(), QStringLiteral("77.5"));
+        bench.action("undoAct")->trigger();
+        QCOMPARE(values(), before);
+        QVERIFY(!table->model()->index(4, 1).data().toString().startsWith("77"));
+        bench.action("redoAct")->trigger();
+        QCOMPARE(values(), (QVector<double>{77.5, 77.5}));
+        QVERIFY(!bench.action("redoAct")->isEnabled());
+
+        // The row under a cross, and the title that chooses the group.
+        bench.manager->plotAt(0)->newMarker(0, -1, 12, 1);
+        Q_EMIT bench.manager->plotAt(0)->changed(QString());
+        const auto ground = [&](int row) { return table->model()->index(row, 1).data(Qt::BackgroundRole); };
+        QVERIFY(ground(12) != ground(13));
+        auto* const title = table->getTitle();
+        QVERIFY(title->text().endsWith(" *"));
+        QTest::mouseClick(title, Qt::LeftButton);
+        QVERIFY(!title->text().endsWith(" *") && !bench.manager->isActiveGraphSet());
+    }
+
+    void aThermometerFollowsTheChosenSensor()
+    {
+        ClassBench bench(2);
+        wave(bench, 0, 0, 8);
+        auto* const meter = showInCell<ThermoMeter>(bench, VIEW_THERMO);
+        QVERIFY(meter && meter->isVisible() && !bench.manager->plotAt(0)->isVisible());
+        bench.sample(0, 8, 42);
+        QTRY_VERIFY2(meter->valueText().startsWith("42"), qPrintable(meter->valueText()));
+        Q_EMIT meter->customContextMenuRequested({});
+        auto* const palette = meter->findChild<JuniorSensorPallete*>();
+        QVERIFY(palette);
+        palette->findChildren<QToolButton*>().at(1)->click();
+        QCOMPARE(bench.data(0)->getSelectedSensor(), 1);
+        QVERIFY(meter->valueText().endsWith(bench.data(0)->getSens(1)->unitName));
+    }
+
+private:
+    template<class View> static View* showInCell(const ClassBench& bench, int view)
+    {
+        QTest::mouseClick(bench.manager->plotAt(0)->titleLabel(), Qt::LeftButton);
+        auto* const views = bench.window->findChild<QComboBox*>(QStringLiteral("views"));
+        Q_EMIT views->activated(views->findData(view));
+        return bench.window->findChild<View*>();
     }
 };
 
