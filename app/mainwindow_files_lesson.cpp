@@ -18,6 +18,7 @@
 #include <QStatusBar>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -29,6 +30,29 @@ int layoutNumber(const QString& name)
 {
     const auto* found = std::find(std::begin(layoutNames), std::end(layoutNames), name);
     return found == std::end(layoutNames) ? int(LAYOUT_MULTI_COMBO) : int(found - std::begin(layoutNames));
+}
+
+constexpr std::pair<const char*, int> viewWords[] = {{"bars", VIEW_BAR},
+                                                     {"table", VIEW_TABLE},
+                                                     {"table-graph", VIEW_TABLE_GRAPH},
+                                                     {"thermometer", VIEW_THERMO}};
+
+QString viewWord(int view)
+{
+    for (const auto& [word, its] : viewWords) {
+        if (its == view)
+            return QLatin1String(word);
+    }
+    return {};
+}
+
+int viewOf(const QString& told)
+{
+    for (const auto& [word, its] : viewWords) {
+        if (told == QLatin1String(word))
+            return its;
+    }
+    return VIEW_GRAPH;
 }
 
 /// The samples that they began with; ranges are those of what they led to.
@@ -93,7 +117,7 @@ Lesson MainWindow::takeLesson() const
         part.group = i < 0 ? QString() : set.getGroupName();
         if (i >= 0 && (set.getXSize() == 0 || part.group.isEmpty()))
             part.group = titleName(i);
-        part.isBars = i >= 0 && mTembrin->viewShownBy(i) == VIEW_BAR;
+        part.view = i < 0 ? QString() : viewWord(mTembrin->viewShownBy(i));
         part.isInClass = i >= 0 && mTembrin->run().classSet().isMember(i);
         part.isStored = set.getNSens() > 0 && (i < 0 || set.getXSize() > 0 || !plot->markers.isEmpty());
         if (part.isStored) {
@@ -272,7 +296,7 @@ void MainWindow::showGroupPart(int slot, const Lesson::Part& part)
     updateAll(slot);
     setSelected(slot, active);
     mTembrin->plotAt(slot)->forceDefaultSetScale();
-    mTembrin->addWidgetByIndex(graphGridL, part.isBars ? VIEW_BAR : VIEW_GRAPH, slot);
+    mTembrin->addWidgetByIndex(graphGridL, viewOf(part.view), slot);
 }
 
 void MainWindow::showClassPart(const Lesson::Part& part)

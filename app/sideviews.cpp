@@ -11,6 +11,7 @@
 #include "instruments/thermometer.h"
 
 #include <QElapsedTimer>
+#include <QGridLayout>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -72,16 +73,31 @@ SpectrumPane* SideViews::paneUnder(Plot* graph)
         plot->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     const int at = column->indexOf(graph);
     column->insertWidget(at + 1, pane);
-    // The two share what the graph had.
-    connect(pane, &SpectrumPane::appeared, this, [this, column, graph, pane] {
-        QList<int> sizes = column->sizes();
-        const int i = column->indexOf(graph);
-        const int both = sizes.at(i) + sizes.at(i + 1);
+    connect(pane, &SpectrumPane::appeared, this, [graph](bool tf) { makeRoom(graph, tf); });
+    return pane;
+}
+
+/// The graph and its spectrum share what the graph had, and their row of cells gets more of the window.
+void SideViews::makeRoom(Plot* graph, bool isOpen)
+{
+    auto* const column = qobject_cast<QSplitter*>(graph->parentWidget());
+    QList<int> sizes = column->sizes();
+    const int i = column->indexOf(graph);
+    if (isOpen && sizes.at(i + 1) == 0) {
+        const int both = sizes.at(i);
         sizes[i] = sizes[i + 1] = both / 2;
         column->setSizes(sizes);
-        disconnect(pane, &SpectrumPane::appeared, this, nullptr);
-    });
-    return pane;
+    }
+    QWidget* const cell = column->parentWidget();
+    auto* const grid = qobject_cast<QGridLayout*>(cell->parentWidget()->layout());
+    const int place = grid ? grid->indexOf(cell) : -1;
+    if (place < 0)
+        return;
+    int row = 0;
+    int other = 0;
+    grid->getItemPosition(place, &row, &other, &other, &other);
+    if (grid->rowStretch(row) > 0)
+        grid->setRowStretch(row, isOpen ? 2 : 1);
 }
 
 // --- Tables and thermometers ---

@@ -54,6 +54,7 @@ Q_SIGNALS:
 
 private:
     SpectrumPane* paneUnder(Plot* graph);
+    static void makeRoom(Plot* graph, bool isOpen);
     QWidget* titled(ClickableLabel* title, QWidget* view);
     QWidget* makeTable(int index);
     QWidget* makeThermometer(int index);

@@ -131,7 +131,14 @@ void SpectrumPane::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
     renew();
-    Q_EMIT appeared();
+    Q_EMIT appeared(true);
+}
+
+void SpectrumPane::hideEvent(QHideEvent* event)
+{
+    QWidget::hideEvent(event);
+    if (isHidden()) // and not the window
+        Q_EMIT appeared(false);
 }
 
 std::optional<SpectrumPane::Stretch> SpectrumPane::stretch() const

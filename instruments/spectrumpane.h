@@ -34,12 +34,13 @@ public:
     bool isOpen() const { return isWanted; }
 
 Q_SIGNALS:
-    /// It came into sight.
-    void appeared();
+    /// It came into sight, or went.
+    void appeared(bool tf);
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     struct Stretch

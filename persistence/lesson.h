@@ -17,7 +17,7 @@ struct Lesson
         int slot = -1; ///< of a group
         QString group;
         bool isInClass = false; ///< the group's chosen channel is one of the class
-        bool isBars = false;    ///< the group's graph shows bars
+        QString view;           ///< what the group's cell shows, a word; empty for its graph
         bool isStored = false;  ///< there is an experiment; a group in use may have none
         StoredExperiment experiment;
         QVector<SampleStep> steps; ///< that made it

@@ -237,7 +237,7 @@ void Assembly::takeMember(const QJsonObject& member)
     Lesson::Part part;
     part.isClass = member[QLatin1String("role")].toString() == QLatin1String("class");
     part.slot = part.isClass ? -1 : member[QLatin1String("slot")].toInt(-1);
-    part.isBars = member[QLatin1String("view")].toString() == QLatin1String("bars");
+    part.view = member[QLatin1String("view")].toString();
     part.group = member[QLatin1String("group")].toString();
     part.isInClass = member[QLatin1String("inClass")].toBool();
     const bool isPlace = part.isClass || (part.slot >= 0 && part.slot < mostLoggers);

@@ -126,8 +126,8 @@ QJsonObject described(const Lesson::Part& part, const QHash<QString, QString>& c
         member["slot"] = part.slot;
         member["group"] = part.group;
         member["inClass"] = part.isInClass;
-        if (part.isBars)
-            member["view"] = "bars";
+        if (!part.view.isEmpty())
+            member["view"] = part.view;
     }
     if (!part.isStored)
         return member;

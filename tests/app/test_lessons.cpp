@@ -154,8 +154,11 @@ private:
         show(-1);
         mark(bench->manager->plotC(), bench->data(-1), 0, dt);
         Q_EMIT bench->manager->plotAt(1)->changedActivePlot(1);
-        Q_EMIT bench->window->findChild<QComboBox*>(QStringLiteral("views"))->activated(VIEW_BAR);
-        Q_EMIT bench->manager->plotAt(1)->changedActivePlot(-1);
+        auto* const views = bench->window->findChild<QComboBox*>(QStringLiteral("views"));
+        Q_EMIT views->activated(views->findData(VIEW_BAR));
+        Q_EMIT bench->manager->plotAt(0)->changedActivePlot(0);
+        Q_EMIT views->activated(views->findData(VIEW_TABLE_GRAPH));
+        Q_EMIT bench->manager->plotAt(0)->changedActivePlot(-1);
         bench->manager->plotC()->updateTitle(QString::fromUtf8("Опыт <1>"));
         QCoreApplication::processEvents(); // the axes are known
         for (int i : {-1, 0, 1})

@@ -1,9 +1,11 @@
 #include <QAction>
 #include <QComboBox>
+#include <QFile>
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
 
@@ -169,6 +171,14 @@ private Q_SLOTS:
         QVERIFY(right() < whole);
         QTest::mouseClick(plot->canvas(), Qt::RightButton);
         QCOMPARE(right(), whole);
+
+        // What was pressed in last is what is exported.
+        QTemporaryDir folder;
+        bench.prompt.file = folder.filePath("spectrum.svg");
+        auto* const exports = bench.window->findChild<QComboBox*>(QStringLiteral("exports"));
+        Q_EMIT exports->activated(exports->count() - 1);
+        QFile picture(bench.prompt.file);
+        QVERIFY(picture.open(QIODevice::ReadOnly) && picture.readAll().contains("Frequency [Hz]"));
 
         // What is told of a curve over time is not told of this; and a new experiment has other samples.
         auto* const line = bench.window->findChild<StatusLine*>();

@@ -18,6 +18,7 @@
 #include "app/undosteps.h"
 #include "graph/scalemanager.h"
 #include "instruments/statusline.h"
+#include "instruments/table.h"
 #include "persistence/lesson.h"
 #include "persistence/readwrite.h"
 #include "tests/app/classbench.h"
@@ -382,6 +383,38 @@ private Q_SLOTS:
         QVERIFY(set->getSens(0)->name != first);
         QCOMPARE(set->getYNoConv(0), bench->data(0)->getYNoConv(1));
         QCOMPARE(set->getYNoConv(1), bench->data(1)->getYNoConv(0));
+    }
+
+    /// The class has what the group has, before and after.
+    void aLessonKeepsAValueThatWasTyped()
+    {
+        stop();
+        choose(0);
+        const auto values = [this] {
+            return QVector<double>{bench->data(0)->getYNoConvAt(0, 7), bench->data(-1)->getYNoConvAt(0, 7)};
+        };
+        const QVector<double> measured = values();
+        auto* const views = bench->window->findChild<QComboBox*>(QStringLiteral("views"));
+        Q_EMIT views->activated(views->findData(VIEW_TABLE));
+        QAbstractItemModel* const rows = bench->window->findChild<Table*>()->model();
+        rows->setData(rows->index(7, 1), QStringLiteral("3.25"));
+        QCOMPARE(values(), (QVector<double>{3.25, 3.25}));
+        bench->prompt.file = folder.filePath(QStringLiteral("typed.lesson"));
+        bench->prompt.filter = QStringLiteral("(*.lesson)");
+        bench->action("saveAct")->trigger();
+        const QString file = bench->prompt.file;
+        finish();
+        begin();
+        stop();
+        bench->prompt.answer = UserPrompt::Answer::No;
+        bench->prompt.file = file;
+        bench->action("openAct")->trigger();
+        QTRY_COMPARE(count(), 1);
+        QCOMPARE(values(), (QVector<double>{3.25, 3.25}));
+        steps->undo();
+        QCOMPARE(values(), measured);
+        steps->redo();
+        QCOMPARE(values(), (QVector<double>{3.25, 3.25}));
     }
 
     /// What was done before a lesson was saved is taken back after it was opened, also in another window.
