@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/simulationpanel.h"
 #include "classroom/classrun.h"
 #include "classroom/loggerconnector.h"
 #include "classroom/multiconnectionsmanager.h"
@@ -173,5 +174,6 @@ void MainWindow::updateHint()
         const QString port = store.value(Settings::loggerKey(i), noPort).toString();
         hasPort = hasPort || (!port.isEmpty() && port != noPort);
     }
-    hint->setVisible(!hasPort);
+    const bool isWithout = simW && !simW->isHidden(); // a simulation needs no logger
+    hint->setVisible(!hasPort && !isWithout);
 }

@@ -41,11 +41,13 @@ void MainWindow::doSimul(QAction* theAct)
     }
     if (!simW)
         createSimulationPanel();
+    if (mTembrin->nDefTembrins() == 0) // its samples need a place
+        setDisplayForNLoggers(1);
     if (graphW->isHidden())
         updateLayout(LAYOUT_MULTI_WINDOWS);
-    hint->hide(); // no logger is needed
     const bool isNew = simW->isHidden();
     simW->choose(simulation);
+    updateHint();
     if (isNew || !simW->isPage()) {
         const int width = qMax(leastPanel, mainW->width() * panelPart / 100);
         QList<int> sizes = mainW->sizes();
@@ -71,8 +73,6 @@ void MainWindow::createSimulationPanel()
 /// An experiment has the graph of the first group, and that all the room.
 void MainWindow::showSimulation(const QString& name)
 {
-    if (mTembrin->nDefTembrins() == 0)
-        setDisplayForNLoggers(1);
     namedByLesson |= 1; // the title is that of the set
     for (Plot* plot : mTembrin->viewsOf(0))
         plot->updateTitle(name);

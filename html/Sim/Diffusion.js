@@ -54,8 +54,7 @@
         context.fillText('5 mm', end - 5 * scale - 2.4 * em, below);
     }
 
-    function draw(picture, [profile, law]) {
-        drawVessel(picture);
+    function drawGraphs([profile, law]) {
         const strip = size.width / bins;
         const bars = [];
         walkers.profile(bins).forEach((part, i) => bars.push([i * strip, part], [(i + 1) * strip, part]));
@@ -117,6 +116,7 @@
         ],
         reset,
         step,
-        draw,
+        draw: drawVessel,
+        drawGraphs,
     });
 })();

@@ -37,21 +37,6 @@
         record.add(water.time / pace, mean);
     }
 
-    function ball(context, x, y, radius, color) {
-        const light = context.createRadialGradient(x - radius / 3, y - radius / 3, radius / 8, x, y, radius);
-        light.addColorStop(0, '#ffffff');
-        light.addColorStop(0.35, color);
-        light.addColorStop(1, color);
-        context.fillStyle = light;
-        context.beginPath();
-        context.arc(x, y, radius, 0, 2 * Math.PI);
-        context.fill();
-        context.strokeStyle = 'rgba(0, 0, 0, 0.35)';
-        context.lineWidth = 1;
-        context.setLineDash([]);
-        context.stroke();
-    }
-
     function drawWater({ context, width, height, em }) {
         const scale = Math.min(width / (size.width + 4), height / (size.height + 4));
         const toX = (x) => width / 2 + (x - size.width / 2) * scale;
@@ -67,11 +52,12 @@
             context.lineTo(...site(to, 0));
             context.stroke();
         }
-        for (let i = 0; i < count; i++) {
-            ball(context, ...site(i, 0), 0.75 * scale, '#d8352a');
-            ball(context, ...site(i, 1), 0.45 * scale, '#dfe6ee');
-            ball(context, ...site(i, 2), 0.45 * scale, '#dfe6ee');
-        }
+        const all = Array.from(water.x, (_, i) => i);
+        const hydrogens = [...all.map((i) => site(i, 1)), ...all.map((i) => site(i, 2))];
+        Sim.disks(context, all.map((i) => site(i, 0)), 0.75 * scale, '#d8352a', '#e8776f');
+        Sim.disks(context, hydrogens, 0.5 * scale, '#8a9aab'); // the rim of the next
+        Sim.disks(context, hydrogens, 0.45 * scale, '#e3e9f0', '#ffffff');
+        context.setLineDash([]);
         context.fillStyle = '#ffffff';
         context.textAlign = 'center';
         context.font = `bold ${0.75 * scale}px "DejaVu Sans", sans-serif`;
@@ -79,8 +65,7 @@
             context.fillText('O', site(i, 0)[0], site(i, 0)[1] + 0.27 * scale);
     }
 
-    function draw(picture, [graph]) {
-        drawWater(picture);
+    function drawGraphs([graph]) {
         const end = Math.max(shownTime, water.time / pace);
         Sim.graph(graph, {
             x: { min: end - shownTime, max: end, label: 't [s]' },
@@ -119,6 +104,7 @@
         ],
         reset,
         step,
-        draw,
+        draw: drawWater,
+        drawGraphs,
     });
 })();

@@ -9,7 +9,7 @@
     const trail = [];
     const bath = { text: 'bath', isOn: true, pressed: (isOn) => (liquid.hasBath = isOn) };
     let liquid = null;
-    let wanted = 54;
+    let wanted = 48;
     let owed = 0;
     let records = null;
 
@@ -36,17 +36,6 @@
             trail.shift();
     }
 
-    function drawMolecule(context, x, y, radius, color) {
-        context.fillStyle = color;
-        context.beginPath();
-        context.arc(x, y, radius, 0, 2 * Math.PI);
-        context.fill();
-        context.fillStyle = 'rgba(255, 255, 255, 0.45)';
-        context.beginPath();
-        context.arc(x - radius * 0.3, y - radius * 0.3, radius * 0.35, 0, 2 * Math.PI);
-        context.fill();
-    }
-
     function drawVessel({ context, width, height, em }) {
         const scale = Math.min((width - 2 * em) / (size.width + 1), (height - 2 * em) / (size.height + 1));
         const left = (width - scale * size.width) / 2;
@@ -59,18 +48,18 @@
         context.lineWidth = 0.4 * em;
         context.fillRect(left - edge, toY(size.height) - edge, size.width * scale + 2 * edge, size.height * scale + 2 * edge);
         context.strokeRect(left - edge, toY(size.height) - edge, size.width * scale + 2 * edge, size.height * scale + 2 * edge);
-        for (let i = 0; i < count - 1; i++)
-            drawMolecule(context, toX(liquid.x[i]), toY(liquid.y[i]), 0.5 * scale, '#2f86d6');
+        const places = Array.from(liquid.x, (x, i) => [toX(x), toY(liquid.y[i])]);
+        const shine = 'rgba(255, 255, 255, 0.45)';
+        Sim.disks(context, places.slice(0, -1), 0.5 * scale, '#2f86d6', shine);
         context.strokeStyle = '#d4470f';
         context.lineWidth = 0.12 * em;
         context.beginPath();
         trail.forEach(([x, y], i) => context[i ? 'lineTo' : 'moveTo'](toX(x), toY(y)));
         context.stroke();
-        drawMolecule(context, toX(liquid.x[count - 1]), toY(liquid.y[count - 1]), 0.5 * scale, '#d4470f');
+        Sim.disks(context, places.slice(-1), 0.5 * scale, '#d4470f', shine);
     }
 
-    function draw(picture, [graph]) {
-        drawVessel(picture);
+    function drawGraphs([graph]) {
         const end = Math.max(shownTime, liquid.time / pace);
         Sim.graph(graph, {
             x: { min: end - shownTime, max: end, label: 't [s]' },
@@ -121,6 +110,7 @@
         ],
         reset,
         step,
-        draw,
+        draw: drawVessel,
+        drawGraphs,
     });
 })();

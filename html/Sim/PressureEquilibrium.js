@@ -41,9 +41,12 @@
         context.fillStyle = '#eef5fc';
         context.fillRect(left, top, vessels.end * scale, tall);
         const size = Math.max(2, em * 0.16);
-        for (let i = 0; i < count; i += count / drawn) {
-            context.fillStyle = colors[vessels.x[i] < vessels.wall ? 0 : 1];
-            context.fillRect(left + vessels.x[i] * scale - size / 2, top + vessels.y[i] * tall - size / 2, size, size);
+        for (const isFirst of [true, false]) {
+            context.fillStyle = colors[isFirst ? 0 : 1];
+            for (let i = 0; i < count; i += count / drawn) {
+                if (vessels.x[i] < vessels.wall === isFirst)
+                    context.fillRect(left + vessels.x[i] * scale - size / 2, top + vessels.y[i] * tall - size / 2, size, size);
+            }
         }
         context.fillStyle = '#5c6b7a';
         context.fillRect(left - thick, top - thick, vessels.end * scale + 2 * thick, thick);
@@ -65,8 +68,7 @@
         });
     }
 
-    function draw(picture, [graph]) {
-        drawVessels(picture);
+    function drawGraphs([graph]) {
         const end = Math.max(shownTime, vessels.time);
         const final = vessels.finalPressure();
         Sim.graph(graph, {
@@ -97,6 +99,7 @@
         ],
         reset,
         step,
-        draw,
+        draw: drawVessels,
+        drawGraphs,
     });
 })();

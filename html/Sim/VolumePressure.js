@@ -49,19 +49,14 @@
         context.fillStyle = metal;
         context.fillRect(piston, inner.top, 1.3 * em, inner.height);
         context.fillRect(piston + 1.3 * em, inner.top + inner.height * 0.44, width - piston, inner.height * 0.12);
-        context.fillStyle = colorOf(temperature);
         const radius = Math.max(2, em * 0.17);
-        for (let i = 0; i < gas.count; i++) {
-            context.beginPath();
-            context.arc(
-                inner.left + radius + (gas.x[i] / gas.length()) * (gas.length() * scale - 2 * radius),
-                inner.top + radius + gas.y[i] * (inner.height - 2 * radius),
-                radius,
-                0,
-                2 * Math.PI
-            );
-            context.fill();
-        }
+        const wide = gas.length() * scale - 2 * radius;
+        const tall = inner.height - 2 * radius;
+        const places = Array.from(gas.x, (x, i) => [
+            inner.left + radius + (x / gas.length()) * wide,
+            inner.top + radius + gas.y[i] * tall,
+        ]);
+        Sim.disks(context, places, radius, colorOf(temperature));
         context.fillStyle = '#1b2733';
         context.textAlign = 'center';
         for (let v = 0; v <= volumes.max; v += 20) {
@@ -73,8 +68,7 @@
         context.fillText('V [cm³]', width - 0.5 * em, inner.top + inner.height + wall + 1.7 * em);
     }
 
-    function draw(picture, [graph]) {
-        drawCylinder(picture);
+    function drawGraphs([graph]) {
         const curve = [];
         for (let v = volumes.min; v <= volumes.max; v++)
             curve.push([v, gas.lawPressure(v, temperature)]);
@@ -138,6 +132,7 @@
         ],
         reset,
         step,
-        draw,
+        draw: drawCylinder,
+        drawGraphs,
     });
 })();

@@ -7,7 +7,7 @@
 class Liquid {
     constructor(chance, count, width, height) {
         this.reach = 2.5;
-        this.pull = 0.03; // gravity
+        this.pull = 0.05; // gravity
         this.dt = 0.006;
         this.wanted = 0.45; // temperature of the bath
         this.hasBath = true;
@@ -71,7 +71,7 @@ class Liquid {
 
     // Forces and potential of where all are.
     feel() {
-        const { x, y, fx, fy } = this;
+        const { y, fx, fy } = this;
         this.potential = 0;
         for (let i = 0; i < this.count; i++) {
             fx[i] = 0;

@@ -7,7 +7,7 @@
      controls  [{ text, unit, digits, min, max, step, value, changed(value) }] for sliders,
                [{ text, isOn, pressed(isOn) }] for switches
      graphs    how many canvases stand beside the picture
-     reset()   begins anew; step(seconds); draw(picture, graphs)
+     reset()   begins anew; step(seconds); draw(picture); drawGraphs(graphs)
    The picture and the graphs are given as { context, width, height, em }, in pixels of the page. */
 const Sim = (() => {
     const common = {
@@ -18,12 +18,13 @@ const Sim = (() => {
         decimal: '.',
     };
     const longestStep = 0.05; // seconds: after a sleep the picture goes on and does not jump
-    const textInterval = 0.2; // seconds between two readings, which nobody could follow faster
+    const leastFrame = 0.03; // seconds; a school's computer draws without a graphics card, and has more to do
+    const textInterval = 0.2; // seconds between two readings, which nobody could follow faster, and two graphs
     let plan = null;
     let words = { ...common };
     let isPaused = false;
     let last = null;
-    let sinceText = Infinity;
+    let sinceText = Infinity; // so that they are renewed with the next frame
     const parts = { readouts: [], controls: [], graphs: [] };
 
     function word(name) {
@@ -73,6 +74,7 @@ const Sim = (() => {
             control.isOn = !control.isOn;
             show();
             control.pressed(control.isOn);
+            sinceText = Infinity;
         });
         parts.controls.push({ control, label, show });
     }
@@ -114,6 +116,7 @@ const Sim = (() => {
 
     function setPaused(isOn) {
         isPaused = isOn;
+        sinceText = Infinity;
         parts.pause.textContent = word(isOn ? 'go' : 'pause');
     }
 
@@ -142,18 +145,41 @@ const Sim = (() => {
     }
 
     function frame(now) {
-        const seconds = last === null ? 0 : Math.min((now - last) / 1000, longestStep);
+        requestAnimationFrame(frame);
+        const passed = last === null ? Infinity : (now - last) / 1000;
+        if (passed < leastFrame)
+            return;
         last = now;
-        if (!isPaused && seconds > 0)
+        const seconds = Math.min(passed, longestStep);
+        if (!isPaused)
             plan.step(seconds);
-        plan.draw(surface(parts.picture), parts.graphs.map(surface));
         sinceText += seconds;
+        if (isPaused && sinceText !== Infinity)
+            return; // it is all there
+        plan.draw(surface(parts.picture));
         if (sinceText > textInterval) {
             sinceText = 0;
+            plan.drawGraphs(parts.graphs.map(surface));
             for (const { readout, value } of parts.readouts)
                 value.textContent = withUnit(readout.value(), readout.digits, readout.unit);
         }
-        requestAnimationFrame(frame);
+    }
+
+    // Disks of one colour at [x, y], as one shape, which costs a fraction of as many; `light` shines on them from the
+    // left and above.
+    function disks(context, places, radius, color, light) {
+        const fill = (shift, size, style) => {
+            context.fillStyle = style;
+            context.beginPath();
+            for (const [x, y] of places) {
+                context.moveTo(x + shift + size, y + shift);
+                context.arc(x + shift, y + shift, size, 0, 2 * Math.PI);
+            }
+            context.fill();
+        };
+        fill(0, radius, color);
+        if (light)
+            fill(-0.3 * radius, 0.33 * radius, light);
     }
 
     function pressed(event) {
@@ -178,6 +204,9 @@ const Sim = (() => {
         showWords();
         plan.reset();
         document.addEventListener('keydown', pressed);
+        window.addEventListener('resize', () => {
+            sinceText = Infinity;
+        });
         requestAnimationFrame(frame);
     }
 
@@ -218,14 +247,8 @@ const Sim = (() => {
             context.stroke();
         }
         context.setLineDash([]);
-        for (const { points, color, size } of dots) {
-            context.fillStyle = color;
-            for (const [px, py] of points) {
-                context.beginPath();
-                context.arc(toX(px), toY(py), size * em, 0, 2 * Math.PI);
-                context.fill();
-            }
-        }
+        for (const { points, color, size } of dots)
+            disks(context, points.map(([px, py]) => [toX(px), toY(py)]), size * em, color);
         context.restore();
         context.textAlign = 'right';
         notes.forEach(({ text, color }, i) => {
@@ -283,7 +306,7 @@ const Sim = (() => {
         }
     }
 
-    return { play, setTexts, graph, number, word, Record };
+    return { play, setTexts, graph, disks, number, word, Record };
 })();
 
 // eslint-disable-next-line no-unused-vars
