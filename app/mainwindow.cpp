@@ -164,8 +164,11 @@ void MainWindow::createStatusBar()
 
 bool MainWindow::eventFilter(QObject* object, QEvent* event)
 {
-    if (object == this && event->type() == QEvent::Resize)
+    if (object == this && event->type() == QEvent::Resize) {
         fitToolBars();
+        // When what is in the window has its new size.
+        QMetaObject::invokeMethod(this, &MainWindow::shareWithSimulation, Qt::QueuedConnection);
+    }
     return QMainWindow::eventFilter(object, event);
 }
 

@@ -295,12 +295,14 @@ private:
     void openSimulation(const QString& word);
     void createSimulationPanel();
     void showSimulation(const QString& name);
+    void shareWithSimulation();
     void closeSimulation();
     void closePage();
     void showCells(bool isFirstAlone);
 
     SimulationPanel* simW = nullptr; ///< null until one is chosen
     bool areCellsHidden = false;     ///< of all groups but the first
+    bool isShareOwn = false;         ///< a person has moved the edge between them
 
     // Files, in mainwindow_files.cpp
 

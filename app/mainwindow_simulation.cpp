@@ -45,16 +45,21 @@ void MainWindow::doSimul(QAction* theAct)
         setDisplayForNLoggers(1);
     if (graphW->isHidden())
         updateLayout(LAYOUT_MULTI_WINDOWS);
-    const bool isNew = simW->isHidden();
     simW->choose(simulation);
     updateHint();
-    if (isNew || !simW->isPage()) {
-        const int width = qMax(leastPanel, mainW->width() * panelPart / 100);
-        QList<int> sizes = mainW->sizes();
-        sizes[mainW->indexOf(simW)] = width;
-        sizes[mainW->indexOf(graphW)] = qMax(1, mainW->width() - width);
-        mainW->setSizes(sizes);
-    }
+    shareWithSimulation();
+}
+
+/// The panel has its part of the window until a person gives it another.
+void MainWindow::shareWithSimulation()
+{
+    if (!simW || simW->isHidden() || simW->isPage() || isShareOwn)
+        return;
+    const int width = qMax(leastPanel, mainW->width() * panelPart / 100);
+    QList<int> sizes = mainW->sizes();
+    sizes[mainW->indexOf(simW)] = width;
+    sizes[mainW->indexOf(graphW)] = qMax(1, mainW->width() - width);
+    mainW->setSizes(sizes);
 }
 
 /// When it is first wanted: most lessons do without.
@@ -63,8 +68,7 @@ void MainWindow::createSimulationPanel()
     simW = new SimulationPanel(mTembrin, graphW);
     simW->hide();
     mainW->addWidget(simW);
-    mainW->setStretchFactor(mainW->indexOf(graphW), 6);
-    mainW->setStretchFactor(mainW->indexOf(simW), 2);
+    connect(mainW, &QSplitter::splitterMoved, this, [this] { isShareOwn = true; });
     connect(simW, &SimulationPanel::told, statusLine, &StatusLine::setAdvice);
     connect(simW, &SimulationPanel::begun, this, &MainWindow::showSimulation);
     connect(&mTembrin->run(), &ClassRun::begun, this, [this] { showCells(false); });
