@@ -111,8 +111,8 @@ private Q_SLOTS:
         QTRY_VERIFY(under->findChild<QLabel*>("spectrumNote")->text().startsWith("128 "));
 
         // The stretch between two crosses, also while they are moved; their channel and not the active one.
-        graph->newMarker(graph->getActiveSens(), -1, 10, 1);
         graph->newMarker(graph->getActiveSens(), -1, 26, 2);
+        graph->newMarker(graph->getActiveSens(), -1, 10, 1);
         Q_EMIT graph->changed(QString());
         QVERIFY(under->findChild<QLabel*>("spectrumNote")->text().startsWith("16 "));
 
@@ -123,6 +123,7 @@ private Q_SLOTS:
         QVERIFY(under->isVisible());
         under->findChild<QPushButton*>("closeSpectrum")->click();
         QVERIFY(!under->isVisible());
+        bench.action("layoutAct1")->trigger();
         bench.action(layout.constData())->trigger();
         QVERIFY(!under->isVisible());
         askForSpectrum(bench);

@@ -117,6 +117,8 @@ private Q_SLOTS:
         QCOMPARE(speed->unitName, QStringLiteral("m/s"));
         QCOMPARE(speed->max, 1.0);
         QCOMPARE(speed->maxView, 4.0);
+        data.replaceYVal(0, 0, 3); // typed over
+        QCOMPARE(data.getYNoConvAt(1, 1), -3.0);
     }
 
     void derivedCurvesFollowTheUnit()
