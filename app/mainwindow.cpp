@@ -17,6 +17,7 @@
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "instruments/indicator.h"
+#include "instruments/pageview.h"
 #include "instruments/statusline.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
@@ -30,6 +31,7 @@
 #include <QStatusBar>
 #include <QThreadPool>
 
+#include <cstdio>
 #include <cstdlib>
 
 Q_LOGGING_CATEGORY(appLog, "pellandra.app", QtInfoMsg)
@@ -282,8 +284,10 @@ void MainWindow::leave()
     disconnectAll();
     isQuiet = mTembrin->connector().waitForAttempts(msForThreads) && isQuiet;
     isQuiet = QThreadPool::globalInstance()->waitForDone(msForThreads) && isQuiet;
-    if (!isQuiet) { // exit() would take away what a thread still uses
+    qDeleteAll(findChildren<PageView*>());        // their processes end well
+    if (!isQuiet || PageView::isEngineLoaded()) { // exit() would take away what a thread still uses
         Settings::mainStore().sync();
+        std::fflush(nullptr);
         std::_Exit(0);
     }
     std::exit(0);

@@ -36,6 +36,8 @@ MetersPanel::MetersPanel(multiConnectionsManager* manager, int iconDim, std::fun
     addWidget(newMeters);
     addWidget(createToolBar(iconDim));
     setStretchFactor(0, 1);
+    values->setObjectName(QStringLiteral("newestValues"));
+    fetchTimer.setObjectName(QStringLiteral("fetchTimer"));
     fetchTimer.setInterval(msBetweenFetches);
     connect(&fetchTimer, &QTimer::timeout, this, &MetersPanel::doFetch);
     valuesTimer.setSingleShot(true);

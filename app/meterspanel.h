@@ -55,6 +55,6 @@ private:
     QButtonGroup* numbers = nullptr;
     int slot = 0;
     bool areGroups = false;
-    QTimer fetchTimer;
+    QTimer fetchTimer{this};
     QTimer valuesTimer;
 };

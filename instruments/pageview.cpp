@@ -32,10 +32,11 @@ void passOn(QtMsgType type, const QMessageLogContext& context, const QString& me
         restOfMessages(type, context, message);
 }
 
-/// Null, with the reason in the log, where there is none. Loaded once, and never unloaded.
+PageEngine* engine = nullptr; // loaded once, and never unloaded
+
+/// Null, with the reason in the log, where there is none.
 PageEngine* pageEngine()
 {
-    static PageEngine* engine = nullptr;
     if (engine)
         return engine;
     const QDir programs(QCoreApplication::applicationDirPath());
@@ -95,6 +96,11 @@ QString PageView::fileOf(const QString& page)
 void PageView::setEngineFile(const QString& file)
 {
     engineFile = file;
+}
+
+bool PageView::isEngineLoaded()
+{
+    return engine;
 }
 
 void PageView::open()

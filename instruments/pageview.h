@@ -36,6 +36,9 @@ public:
     /// Where the engine is looked for instead of beside the program, until it is loaded.
     static void setEngineFile(const QString& file);
 
+    /// The engine is at work and can't be taken down: a program that holds it ends by std::_Exit() alone.
+    static bool isEngineLoaded();
+
     /// Loads the page unless it is loading or loaded.
     void open();
     bool isLoaded() const { return state == State::Loaded; }
