@@ -1,6 +1,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QSplitter>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
 
@@ -82,6 +83,33 @@ private Q_SLOTS:
         bench.window->close();
         QCOMPARE(bench.prompt.asked.size(), 1);
         QVERIFY(bench.window->isVisible());
+    }
+
+    void aLessonGivesASimulationBack()
+    {
+        QTemporaryDir folder;
+        const QString lesson = folder.filePath(QStringLiteral("fall.lesson"));
+        SimulationBench bench;
+        bench.start(Pendulum);
+        bench.go(60);
+        bench.scene()->setRunning(false);
+        const QVector<QVector<double>> measured = bench.data(0)->getData();
+        bench.prompt.file = lesson;
+        bench.action("saveAct")->trigger();
+        QTRY_VERIFY(!bench.data(0)->isNeedSave());
+        bench.start(FreeFall); // it goes on while the lesson is opened
+        bench.go(5);
+        bench.prompt.answer = UserPrompt::Answer::No;
+        bench.action("openAct")->trigger();
+        QTRY_COMPARE(bench.data(0)->getXSize(), 60);
+        QVERIFY(!bench.run().isSimulation() && !bench.scene()->isRunning());
+        for (int i = 0; i < 60; ++i) {
+            QVERIFY(std::abs(bench.data(0)->getYNoConvAt(0, i) - measured.at(0).at(i)) < 1e-9);
+            QVERIFY(std::abs(bench.data(0)->getYNoConvAt(1, i) - measured.at(1).at(i)) < 1e-9);
+        }
+        QCOMPARE(bench.data(0)->dt, 0.04);
+        QCOMPARE(bench.manager->plotAt(0)->title().text(), QStringLiteral("Pendulum"));
+        QVERIFY(bench.manager->plotAt(1)->isVisible());
     }
 
     void whoeverMeasuresComesBeforeASimulation_data()
