@@ -62,6 +62,17 @@ private Q_SLOTS:
             QVERIFY2(keys.contains(QKeySequence(QLatin1String(key))), key);
     }
 
+    // What has no room on its bar is in the menu that the bar's end opens.
+    void aNarrowWindowLosesNoTool()
+    {
+        ClassBench bench(1);
+        bench.window->resize(620, 600);
+        QTRY_COMPARE(bench.window->width(), 620);
+        QCOMPARE(faultOfToolBars(bench), QString());
+        for (const QToolBar* bar : bench.window->findChildren<QToolBar*>())
+            QVERIFY(bench.window->rect().contains(bar->geometry()));
+    }
+
     void nothingOverlapsOrIsCut_data()
     {
         columns<QSize, int>({"size", "fontFactor"});
