@@ -35,7 +35,7 @@ constexpr QRgb colorBlindPalette[ColorScale::colorBlindColors] = {
 bool isForColorBlind = false;
 
 constexpr int barWidth = 28; // pixels
-constexpr int margin = 12;
+constexpr int barMargin = 12;
 constexpr double fontGrowth = 1.4; // of the window's font
 constexpr int leastHeight = 100;
 
@@ -137,7 +137,7 @@ QSize ColorScale::sizeHint() const
 /// As wide as the bar and its numbers.
 QSize ColorScale::minimumSizeHint() const
 {
-    return QSize(axisWidget(QwtPlot::yRight)->minimumSizeHint().width() + margin, leastHeight);
+    return QSize(axisWidget(QwtPlot::yRight)->minimumSizeHint().width() + barMargin, leastHeight);
 }
 
 bool ColorScale::eventFilter(QObject* watched, QEvent* event)

@@ -118,7 +118,8 @@ QJsonArray SteelMeter::description(const QVector<Meter>& all)
 {
     QJsonArray list;
     for (const Meter& meter : all) {
-        for (const QJsonValue& value : descriptionOf(meter))
+        const QJsonArray one = descriptionOf(meter);
+        for (const auto& value : one)
             list.append(value);
     }
     return list;
