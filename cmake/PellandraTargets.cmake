@@ -64,10 +64,11 @@ function(pellandra_moc_tests name)
     endforeach()
 endfunction()
 
-# pellandra_test(<name> SOURCES <files...> LINKS <targets...> [LABELS <labels...>] [XVFB] [TIMEOUT <s>])
-# One Qt Test executable and its ctest entry. Every test runs with settings of its own.
+# pellandra_test(<name> SOURCES <files...> LINKS <targets...> [LABELS <labels...>] [XVFB] [PAGES] [TIMEOUT <s>])
+# One Qt Test executable and its ctest entry. Every test runs with settings of its own. PAGES: it shows web pages; their
+# engine refuses its own protection to root, and its threads end the search for leaks.
 function(pellandra_test name)
-    cmake_parse_arguments(ARG "XVFB" "TIMEOUT" "SOURCES;LINKS;LABELS;ARGS" ${ARGN})
+    cmake_parse_arguments(ARG "XVFB;PAGES" "TIMEOUT" "SOURCES;LINKS;LABELS;ARGS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests" UNITY_BUILD OFF)
     target_link_libraries(${name} PRIVATE ${ARG_LINKS} Qt5::Test)
@@ -98,4 +99,9 @@ function(pellandra_test name)
     file(MAKE_DIRECTORY "${home}")
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT}
         ENVIRONMENT "${platform};XDG_CONFIG_HOME=${home};XDG_STATE_HOME=${home}/state;HOME=${home};XDG_RUNTIME_DIR=${home};LC_ALL=C.UTF-8;DBUS_SYSTEM_BUS_ADDRESS=unix:path=${home}/no-bus;${PELLANDRA_SANITIZER_OPTIONS}")
+    if(ARG_PAGES)
+        add_dependencies(${name} pellandra-web)
+        set_property(TEST ${name} APPEND PROPERTY ENVIRONMENT
+            "QTWEBENGINE_DISABLE_SANDBOX=1" "ASAN_OPTIONS=detect_leaks=0")
+    endif()
 endfunction()
