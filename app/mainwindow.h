@@ -143,7 +143,7 @@ private Q_SLOTS:
     void commEstablished(int index);
     void handleDisconnection(int index);
     void showSeeking(int index, bool isOn);
-    void bootloadReady(bool isVorta, int ver);
+    void bootloadReady(int index, bool isVorta, int ver);
     void deleteFromLogger(int index, bool all);
 
 private:
@@ -163,6 +163,7 @@ private Q_SLOTS:
     void doSetup();
 
 private:
+    void openSetup(int firmwareOf);
     void connectSetupDialog(setupLogger* dialog);
 
     QPointer<loggerBasicSetup> basicSetupDlg; ///< null unless it is open

@@ -12,11 +12,14 @@
 #include "link/portlistener.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
+#include "setup/setuplogger.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFileInfo>
 #include <QLabel>
 #include <QStatusBar>
+#include <QTimer>
 
 #include <utility>
 
@@ -88,7 +91,8 @@ void MainWindow::showConnected(int index)
     indicator->setToolTipsMsg(index, tr("%1 (Bluetooth)").arg(name));
     indicator->setLoggerDetails(index, name, group);
     if (const PortListener* listener = mTembrin->tembrinAt(index)->listener)
-        connect(listener, &PortListener::bootloadReady, this, &MainWindow::bootloadReady);
+        connect(listener, &PortListener::bootloadReady, this,
+                [this, index](bool isVorta, int ver) { bootloadReady(index, isVorta, ver); });
     showTitle(index);
 }
 
@@ -150,15 +154,25 @@ void MainWindow::showSeeking(int index, bool isOn)
                                           : tr("Not connected"));
 }
 
-void MainWindow::bootloadReady(bool isVorta, int ver)
+/// Nobody asked for it where no dialog is open: a logger whose firmware is not whole says so when it is
+/// there.
+void MainWindow::bootloadReady(int index, bool isVorta, int ver)
 {
-    if (tembrin->ignoreOneBootLoaderReady) {
-        tembrin->ignoreOneBootLoaderReady = false;
+    TembrinProtocol* const logger = mTembrin->tembrinAt(index);
+    if (logger->ignoreOneBootLoaderReady) {
+        logger->ignoreOneBootLoaderReady = false;
         return;
     }
-    tembrin->isBootLoader = true;
-    tembrin->blVersion = ver;
-    qCInfo(appLog, "a firmware loader answers, %s, version %d", isVorta ? "Vorta" : "Tembrin", ver);
+    logger->isBootLoader = true;
+    logger->blVersion = ver;
+    qCInfo(appLog, "a firmware loader answers on logger %d, %s, version %d", index,
+           isVorta ? "Vorta" : "Tembrin", ver);
+    if (advancedSetupDlg)
+        return;
+    statusLine->setOutcome(tr("%1: the logger waits for its firmware").arg(mTembrin->groupName(index)));
+    const bool isAdvanced = Settings::mainStore().value(QLatin1String(Settings::advanced), false).toBool();
+    if (isAdvanced && !mTembrin->isAnyRunning() && !QApplication::activeModalWidget())
+        QTimer::singleShot(0, this, [this, index] { openSetup(index); });
 }
 
 void MainWindow::deleteFromLogger(int index, bool all)

@@ -22,6 +22,12 @@ void MainWindow::doBasicSetup()
 
 void MainWindow::doSetup()
 {
+    openSetup(-1);
+}
+
+/// On the firmware of a logger, or with -1 on the first page.
+void MainWindow::openSetup(int firmwareOf)
+{
     if (advancedSetupDlg)
         return;
     mTembrin->sendCommand(0, CMD_GET_TEMBRIN_STATUS);
@@ -29,6 +35,8 @@ void MainWindow::doSetup()
     advancedSetupDlg = dialog;
     dialog->createAll(mTembrin);
     connectSetupDialog(dialog);
+    if (firmwareOf >= 0)
+        dialog->showBootLoader(firmwareOf);
     dialog->exec();
     advancedSetupDlg = nullptr;
     if (dialog)

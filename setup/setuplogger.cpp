@@ -13,6 +13,7 @@
 #include "data/expdata.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
+#include "setup/bootloader.h"
 #include "setup/calibrationpage.h"
 #include "setup/classlink.h"
 #include "setup/configpage.h"
@@ -95,6 +96,10 @@ void setupLogger::createAll(multiConnectionsManager* manager)
     mTembrin = manager;
     link = new ClassLink(manager, this);
     calibration->setFahrenheit(link->leader()->units.fahrenheit);
+    if (Settings::mainStore().value(QLatin1String(Settings::advanced), false).toBool()) {
+        firmware = new bootLoader(manager, prompt);
+        addPage("tabBootLoader", tr("Firmware"), firmware);
+    }
     modifyAll();
     connectPages();
     connectLogger();
@@ -275,8 +280,23 @@ void setupLogger::reject()
     on_Exit_clicked();
 }
 
+bool setupLogger::showBootLoader(int slot)
+{
+    if (!firmware)
+        return false;
+    firmware->choose(slot);
+    tabs->setCurrentWidget(findChild<QScrollArea*>(QStringLiteral("tabBootLoader")));
+    return true;
+}
+
 void setupLogger::on_Exit_clicked()
 {
+    if (firmware && firmware->isBusy()) {
+        if (!prompt->confirm(this, tr("Firmware is being written"),
+                             tr("The logger can't be used until its firmware is whole. Stop all the same?")))
+            return;
+        firmware->cancel();
+    }
     if (needSocketsAtAll)
         link->sendSetupToAll(ClassPlan::SocketPart);
     if (needToUpdateAll)

@@ -17,6 +17,7 @@ class QLabel;
 class QPushButton;
 class QScrollArea;
 class QTabWidget;
+class bootLoader;
 class TriggerPage;
 class UserPrompt;
 class multiConnectionsManager;
@@ -40,6 +41,9 @@ public:
     /// The configuration in the controls becomes that of all loggers; the first one gets it now, the others
     /// when the dialog closes.
     void sendConf();
+
+    /// Opens on the firmware of a logger; false without the setting "advanced".
+    bool showBootLoader(int slot);
 
     /// Closing the window in whatever way is the same as Exit.
     void reject() override;
@@ -90,6 +94,7 @@ private:
     DebugPage* debug = nullptr;
     DesignPage* design = nullptr;
     CalibrationPage* calibration = nullptr;
+    bootLoader* firmware = nullptr; ///< null without the setting "advanced"
     QVector<QScrollArea*> advancedPages;
     QTabWidget* tabs = nullptr;
     QLabel* labelVersions = nullptr;

@@ -7,7 +7,7 @@ ORDER = ["common", "sensors", "link", "protocol", "data", "graph", "persistence"
          "online", "firmware", "classroom", "simulation", "setup", "app", "web"]
 # Rooms on one level do not know each other.
 LEVELS = {"common": 0, "sensors": 1, "link": 1, "protocol": 2, "data": 3, "graph": 4, "persistence": 5,
-          "resources": 5, "instruments": 5, "online": 5, "firmware": 6, "classroom": 6, "simulation": 6, "setup": 7, "app": 8, "web": 6}
+          "resources": 5, "instruments": 5, "online": 5, "firmware": 3, "classroom": 6, "simulation": 6, "setup": 7, "app": 8, "web": 6}
 # A plug-in, which has no code of another room in it: only the header that both sides know.
 WEB_MAY_USE = "instruments/pageengine.h"
 VIRTUAL_MAY_USE = {"virtual", "common", "sensors"}
