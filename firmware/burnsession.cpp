@@ -131,6 +131,12 @@ void BurnSession::verify(const FirmwareImage& what)
     if (isBusy() || !what.fileOK || !what.hexFormat)
         return;
     begin(what, false);
+    beginReading();
+}
+
+void BurnSession::beginReading()
+{
+    lastTransmitted = 0;
     present = image.flashPackets.isEmpty() ? State::ReadingEeprom : State::ReadingFlash;
     readPage();
 }
@@ -253,8 +259,10 @@ void BurnSession::writingDone()
     } else if (hasSums()) {
         enter(State::Checking, msSums);
         tembrin->sendBLCommand(CMD_BL_REQUEST_CS);
+    } else if (readBack && !image.brevikFile) { // whose pages are longer than what can be read
+        beginReading();
     } else {
-        autoSuccess();
+        autoSuccess(tr("burn successful"));
     }
 }
 
@@ -265,19 +273,20 @@ void BurnSession::verifyCS(int eepromCS, int flashCS)
     qCInfo(lcFirmware, "sums of the logger %x %x, of the file %x %x", unsigned(flashCS), unsigned(eepromCS),
            unsigned(image.flashCS), unsigned(image.eepromCS));
     if (eepromCS == image.eepromCS && flashCS == image.flashCS)
-        autoSuccess();
+        autoSuccess(tr("burn successful"));
     else
         finish(false,
                tr("The logger's memory is not what the file says: press Burn again; the logger stays in its "
                   "boot loader"));
 }
 
-void BurnSession::autoSuccess()
+/// The logger starts its new software.
+void BurnSession::autoSuccess(const QString& words)
 {
     tembrin->ignoreOneBootLoaderReady = true;
     tembrin->sendBLCommand(CMD_BL_CONFIRM);
     tembrin->isBootLoader = false;
-    finish(true, tr("burn successful"));
+    finish(true, words);
 }
 
 void BurnSession::badPacketSent()
@@ -331,7 +340,10 @@ void BurnSession::verifyNextPacket(int address, const QByteArray& bytes)
         if (!isFlash || image.eepromPackets.isEmpty()) {
             verifyOK = true;
             Q_EMIT verifyLabel(tr("OK"));
-            finish(true, tr("verified"));
+            if (autoBurn)
+                autoSuccess(tr("burn successful"));
+            else
+                finish(true, tr("verified"));
             return;
         }
         present = State::ReadingEeprom;
@@ -403,7 +415,10 @@ void BurnSession::silence()
         break;
     case State::ReadingFlash:
     case State::ReadingEeprom:
-        finish(false, tr("No answer at %1: verify again").arg(place()));
+        if (autoBurn && page() == 1) // it can't do that
+            autoSuccess(tr("burn finished; this logger does not let its pages be compared"));
+        else
+            finish(false, tr("No answer at %1: verify again").arg(place()));
         break;
     case State::SendingStrings:
         finish(false, tr("No answer to line %1: press Burn to begin anew").arg(lastTransmitted));
@@ -450,7 +465,11 @@ int BurnSession::percent() const
         return writeOK || verifyOK ? whole : 0;
     const bool isReading = present == State::ReadingFlash || present == State::ReadingEeprom;
     const int done = pages() == 0 ? 0 : whole * (page() - 1) / pages();
-    return present == State::Checking ? whole : isReading ? whole / 2 + done / 2 : done;
+    if (present == State::Checking)
+        return whole;
+    if (isReading)
+        return whole / 2 + done / 2;
+    return autoBurn && readBack && !hasSums() && !image.brevikFile ? done / 2 : done;
 }
 
 int BurnSession::secondsLeft() const

@@ -58,8 +58,10 @@ public:
     int percent() const;
     /// By the pace so far; −1 while it is not known.
     int secondsLeft() const;
-    /// The sums of this logger's boot loader are not known: pages can be verified instead.
+    /// The boot loader tells the sums of its memory. One of version 1, and that of a Vorta, does not.
     bool hasSums() const;
+    /// Whether a burn reads all pages back where there are no sums; on at the start.
+    void setReadBack(bool isOn) { readBack = isOn; }
     bool isWritten() const { return writeOK; }
     bool isVerified() const { return verifyOK; }
     int loaderVersion() const { return blVersion; }
@@ -92,8 +94,9 @@ private:
     void sendPage();
     void nextPage();
     void writingDone();
+    void beginReading();
     void readPage();
-    void autoSuccess();
+    void autoSuccess(const QString& words);
     void enter(State next, int ms);
     void finish(bool isGood, const QString& words);
     QString place() const;
@@ -104,6 +107,7 @@ private:
     FirmwareImage image;
     State present = State::Idle;
     bool autoBurn = false;
+    bool readBack = true;
     bool writeOK = false;
     bool verifyOK = false;
     bool isVorta = false;
