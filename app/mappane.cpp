@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int msBetweenLooks = 500;
+constexpr int msBetweenMaps = 500;
 constexpr double barFont = 1.3; // of the window's font
 
 struct Place
@@ -76,7 +76,7 @@ MapPane::MapPane(multiConnectionsManager* manager, UserPrompt* prompt, QWidget* 
     connect(scale, &ColorScale::scaleNeedsSensorMenu, this, &MapPane::doScaleSensorMenu);
     connect(gmap, &PageView::pageLoaded, this, &MapPane::tellPage);
     connect(gmap, &GMap::picturePlaced, this, &MapPane::usePlace);
-    timer.setInterval(msBetweenLooks);
+    timer.setInterval(msBetweenMaps);
     connect(&timer, &QTimer::timeout, this, &MapPane::refresh);
 }
 
