@@ -5,6 +5,8 @@ namespace {
 constexpr double nsPerMs = 1e6;
 constexpr int mostGarbage = 40;
 constexpr int longestPause = 60; // ms
+constexpr double mostPages = 10000;
+constexpr double lastByte = 0x2FFFF;
 
 struct FaultName
 {
@@ -14,10 +16,18 @@ struct FaultName
 };
 
 constexpr FaultName faultNames[] = {
-    {"late", &LineFaults::late, 60000},     {"silent", &LineFaults::silent, 100},
-    {"garbage", &LineFaults::garbage, 100}, {"badsum", &LineFaults::badsum, 100},
-    {"lose", &LineFaults::lose, 100},       {"cut", &LineFaults::cut, 100},
+    {"late", &LineFaults::late, 60000},
+    {"silent", &LineFaults::silent, 100},
+    {"garbage", &LineFaults::garbage, 100},
+    {"badsum", &LineFaults::badsum, 100},
+    {"lose", &LineFaults::lose, 100},
+    {"cut", &LineFaults::cut, 100},
     {"burst", &LineFaults::burst, 60000},
+    {"loader", &LineFaults::loader, 255},
+    {"badpage", &LineFaults::badpage, mostPages},
+    {"silentpage", &LineFaults::silentpage, mostPages},
+    {"restartpage", &LineFaults::restartpage, mostPages},
+    {"badbyte", &LineFaults::badbyte, lastByte},
 };
 
 } // namespace

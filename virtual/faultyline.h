@@ -8,8 +8,9 @@
 #include <deque>
 #include <random>
 
-/// What is wrong with a line; all 0 for a sound one. Shares are percent of the packets.
-struct LineFaults
+/// What is wrong with a line and the boot loader behind it; all 0 for sound ones. Shares are percent of the
+/// packets.
+struct LineFaults : LoaderFaults
 {
     double late = 0;    ///< ms that each answer takes
     double silent = 0;  ///< share of answers that are never given

@@ -77,6 +77,7 @@ bool VirtualClass::open(QString* error)
 void VirtualClass::act(int index, const std::function<LoggerPackets(VirtualLogger&, qint64)>& action)
 {
     const qint64 time = now();
+    places[size_t(index)]->logger->setLoaderFaults(faults(index));
     send(index, action(*places[size_t(index)]->logger, time), time);
     setTimer();
 }

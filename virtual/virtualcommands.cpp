@@ -5,6 +5,8 @@
 #include "virtual/rates.h"
 #include "virtual/virtualclass.h"
 
+#include <QFile>
+
 namespace {
 
 struct CommandRow
@@ -28,6 +30,7 @@ constexpr CommandRow commands[] = {
     {"rate", 1, "rate N NAME", "choose a rate on the logger"},
     {"samples", 1, "samples N COUNT", "choose the number of samples on the logger"},
     {"fault", 1, "fault N NAME=VALUE ...", "set faults of the line; \"fault N off\" clears them"},
+    {"dump", 1, "dump N FILE", "write program memory and EEPROM of one logger as Intel HEX"},
     {"status", 0, "status [N]", "what the loggers are doing"},
     {"help", -1, "help", "this list"},
     {"quit", -1, "quit", "end the program"},
@@ -74,6 +77,8 @@ QString VirtualCommands::execute(const QString& line)
         return QStringLiteral("error: usage: %1, N from 1 to %2 or all")
             .arg(QLatin1String(row->usage))
             .arg(loggers.count());
+    if (words.constFirst() == QLatin1String("dump") && chosen.size() > 1)
+        return QStringLiteral("error: dump takes one logger at a time");
     words.removeAt(1);
     return onEach(chosen, words);
 }
@@ -144,6 +149,8 @@ QString VirtualCommands::onOne(int index, const Words& words)
         return setSamples(index, value);
     else if (is("fault"))
         return setFaults(index, words.mid(1));
+    else if (is("dump"))
+        return dump(index, words.mid(1).join(QLatin1Char(' ')));
     else if (is("status"))
         return QStringLiteral("%1 %2%3 %4")
             .arg(index + 1)
@@ -183,6 +190,16 @@ QString VirtualCommands::setFaults(int index, const Words& words)
             return QStringLiteral("error: ") + error;
     }
     return {};
+}
+
+QString VirtualCommands::dump(int index, const QString& path)
+{
+    loggers.act(index, [](VirtualLogger&, qint64) { return LoggerPackets(); }); // it learns of its faults
+    const QByteArray text = loggers.logger(index).bootLoader().hex();
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush())
+        return {};
+    return QStringLiteral("error: %1 can't be written: %2").arg(path, file.errorString());
 }
 
 QString VirtualCommands::setRate(int index, const QString& name)

@@ -28,6 +28,7 @@ private:
     QString onOne(int index, const Words& words);
     QString plug(int index, const QString& socket, int sensorId);
     QString setFaults(int index, const Words& words);
+    QString dump(int index, const QString& path);
     QString setRate(int index, const QString& name);
     QString setSamples(int index, const QString& text);
     bool choose(const QString& word, QVector<int>* chosen) const;

@@ -9,12 +9,23 @@ namespace {
 
 constexpr quint8 flagBluetooth = 1 << 2;
 constexpr quint8 flagGps = 1 << 3;
-constexpr qint64 clockTick = 1000000; // ns; the logger's clock counts milliseconds
+constexpr qint64 clockTick = 1000000;   // ns; the logger's clock counts milliseconds
+constexpr qint64 longPause = 500000000; // ns; what has not come whole by then does not go on
+constexpr int longHead = 3;
+constexpr int longSum = 2;
+
+VirtualLoader::Kind loaderOf(const LoggerModel& model)
+{
+    return model.code == LoggerModel::Vorta    ? VirtualLoader::Vorta
+           : model.code == LoggerModel::Sorrel ? VirtualLoader::Brevik
+                                               : VirtualLoader::Tembrin;
+}
 
 } // namespace
 
 VirtualLogger::VirtualLogger(const LoggerIdentity& identity, qint64 now, const QDateTime& utc)
     : self(identity)
+    , loader(loaderOf(*identity.model), identity.seed)
     , switchedOn(now)
     // The clock of a logger that nobody has set for a while.
     , clockBase(utc.addSecs(-120 - int(identity.seed % 600)))
@@ -25,28 +36,53 @@ VirtualLogger::VirtualLogger(const LoggerIdentity& identity, qint64 now, const Q
 {
     writer.setForce(SENSOR_VORTA_FORCE50, forceOffset50, forceGain * 0.1F);
     writer.setForce(SENSOR_VORTA_FORCE5, forceOffset5, forceGain);
+    cutter.setPageFrame(loader.pageFrame());
     storeInitialExperiments(now);
 }
 
 LoggerPackets VirtualLogger::receive(const QByteArray& bytes, qint64 now)
 {
     LoggerPackets out = advance(now);
+    if (now - lastHeard > longPause)
+        cutter.clear();
+    lastHeard = now;
     cutter.add(bytes);
     QByteArray frame;
     Wire::CommandCutter::Kind kind;
     while (cutter.next(&frame, &kind)) {
         if (heard)
             heard(frame);
-        if (kind == Wire::CommandCutter::Command)
+        if (loader.isOn())
+            obeyLoader(frame, kind == Wire::CommandCutter::Command, out);
+        else if (kind == Wire::CommandCutter::Command)
             obey(frame, now, out);
     }
     return out;
 }
 
-/// The questions of both families go out to everybody; each answers its own. Commands of the firmware loader
-/// (47 16, 57 16, 67 26) are cut and logged, and will find their answers here.
+void VirtualLogger::obeyLoader(const QByteArray& frame, bool isWhole, LoggerPackets& out)
+{
+    const QByteArray answer = isWhole ? loader.obey(frame) : loader.hearJunk(frame);
+    if (!answer.isEmpty())
+        out.append(LoggerPacket{answer});
+}
+
+/// The logger starts anew, so whatever it was doing is over.
+void VirtualLogger::enterLoader(LoggerPackets& out)
+{
+    run.isOn = false;
+    download.isOn = false;
+    tableNext = 0;
+    out.append(LoggerPacket{loader.enter()});
+}
+
+/// The questions of both families go out to everybody; each answers its own.
 void VirtualLogger::obey(const QByteArray& frame, qint64 now, LoggerPackets& out)
 {
+    if (Wire::isLoaderEntry(frame, isVorta())) {
+        enterLoader(out);
+        return;
+    }
     if (isVorta()) {
         obeyVorta(frame, now, out);
         return;
@@ -109,8 +145,10 @@ void VirtualLogger::obey(const QByteArray& frame, qint64 now, LoggerPackets& out
         tableNext = experiments.isEmpty() ? 0 : 1; // the program expects its table anew
         tableDue = now;
         break;
-    case Wire::GetStatus:
     case Wire::LongCommand:
+        longStrings.append(frame.mid(longHead, frame.size() - longHead - longSum));
+        break;
+    case Wire::GetStatus:
         break;
     case Wire::UserChange:
     case Wire::NoBattery:
@@ -322,6 +360,8 @@ LoggerPackets VirtualLogger::plug(int socket, int sensorId)
         return {};
     self.plugged[socket] = sensorId;
     typedCodes[socket] = 0;
+    if (loader.isOn())
+        return {};
     return {externalEvent()};
 }
 
@@ -345,7 +385,7 @@ LoggerPackets VirtualLogger::setMemoryFull(bool isFull, qint64 now)
 
 LoggerPackets VirtualLogger::setRate(int rate, qint64 now)
 {
-    if (run.isOn)
+    if (run.isOn || loader.isOn())
         return {};
     self.rate = rate;
     return {status(Wire::UserChange, now)};
@@ -353,7 +393,7 @@ LoggerPackets VirtualLogger::setRate(int rate, qint64 now)
 
 LoggerPackets VirtualLogger::setSamplesIndex(int index, qint64 now)
 {
-    if (run.isOn)
+    if (run.isOn || loader.isOn())
         return {};
     self.samplesIndex = index;
     return {status(Wire::UserChange, now)};
@@ -362,7 +402,8 @@ LoggerPackets VirtualLogger::setSamplesIndex(int index, qint64 now)
 QString VirtualLogger::summary() const
 {
     const QString doing =
-        !run.isOn ? QStringLiteral("idle")
+        loader.isOn() ? QStringLiteral("in its boot loader")
+        : !run.isOn   ? QStringLiteral("idle")
         : run.isArmed
             ? QStringLiteral("waits for the trigger")
             : QStringLiteral("run %1, sample %2 of %3").arg(run.number).arg(run.taken).arg(run.limit);

@@ -2,6 +2,7 @@
 
 #include "virtual/lessonsignals.h"
 #include "virtual/samplewriter.h"
+#include "virtual/virtualloader.h"
 #include "virtual/wire.h"
 
 #include <QByteArray>
@@ -76,7 +77,12 @@ public:
     LoggerPackets setRate(int rate, qint64 now);
     LoggerPackets setSamplesIndex(int index, qint64 now);
 
+    void setLoaderFaults(const LoaderFaults& faults) { loader.faults = faults; }
+
     const LoggerIdentity& identity() const { return self; }
+    const VirtualLoader& bootLoader() const { return loader; }
+    /// The long strings that were sent to the running device.
+    const QVector<QByteArray>& strings() const { return longStrings; }
     bool hasSocket(int socket) const;
     bool isRunning() const { return run.isOn; }
     /// The sensors that a sample of the present run, or else the last one, holds, in order.
@@ -136,6 +142,10 @@ private:
     int rateCode(int rate) const;
     QDateTime clock(qint64 now) const;
 
+    // The boot loader
+    void enterLoader(LoggerPackets& out);
+    void obeyLoader(const QByteArray& frame, bool isWhole, LoggerPackets& out);
+
     // Runs
     void start(qint64 now, LoggerPackets& out);
     quint8 whyNoRun() const;
@@ -170,6 +180,9 @@ private:
 
     LoggerIdentity self;
     Wire::CommandCutter cutter;
+    VirtualLoader loader;
+    QVector<QByteArray> longStrings;
+    qint64 lastHeard = 0;
     std::function<void(const QByteArray&)> heard;
     mutable SampleWriter writer;
 

@@ -86,7 +86,8 @@ void VirtualLogger::finish(quint8 event, qint64 now, LoggerPackets& out)
 LoggerPackets VirtualLogger::pressStart(qint64 now)
 {
     LoggerPackets out = advance(now);
-    start(now, out);
+    if (!loader.isOn())
+        start(now, out);
     return out;
 }
 

@@ -110,7 +110,9 @@ void addOptions(QCommandLineParser& parser)
     addFlag("memory-full", "The loggers refuse to run for their memories.");
     add("fault",
         "A fault of the line, of all loggers or of one: late=MS, silent=PERCENT of answers, garbage=PERCENT, "
-        "badsum=PERCENT, lose=PERCENT, cut=PERCENT of packets, burst=MS.",
+        "badsum=PERCENT, lose=PERCENT, cut=PERCENT of packets, burst=MS; or of the boot loader: "
+        "loader=VERSION, "
+        "badpage=N, silentpage=N, restartpage=N, badbyte=ADDRESS.",
         "[LOGGER:]NAME=VALUE");
     add("resend-mode",
         "What a late request for the next packet gets: the same packet once more, or the next.", "same|next",

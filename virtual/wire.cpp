@@ -6,12 +6,15 @@ namespace Wire {
 
 namespace {
 
+constexpr int bySum = 0;   // only the sum tells the end
+constexpr int byPage = -1; // the device knows
+
 struct CommandFrame
 {
     quint8 start;
     quint8 family;
     quint8 code;
-    int length; ///< whole frame, 0 where only the sum tells the end
+    int length; ///< whole frame, or bySum, byPage
     const char* meaning;
 };
 
@@ -35,14 +38,16 @@ constexpr CommandFrame commandFrames[] = {
     {0x47, 0x14, Calibrate,        6, "calibrate temperature"},
     {0x47, 0x14, Reserved,         4, "reserved"},
     {0x47, 0x14, SelfTest,         4, "self test"},
-    {0x47, 0x14, LongCommand,      0, "long command"},
+    {0x47, 0x14, LongCommand,      bySum, "long command"},
     {0x47, 0x16, 0x09,             4, "enter firmware loader"},
-    {0x57, 0x16, 0x10,             4, "loader: reply"},
-    {0x57, 0x16, 0x13,             8, "loader: read page"},
-    {0x57, 0x16, 0x18,             6, "loader: read EEPROM"},
-    {0x57, 0x16, 0x19,             4, "loader: erase"},
-    {0x57, 0x16, 0x21,             4, "loader: confirm"},
-    {0x57, 0x16, 0x27,             4, "loader: checksums"},
+    {0x57, 0x16, LoaderReply,       4, "loader: reply"},
+    {0x57, 0x16, LoaderWrite,       byPage, "loader: write page"},
+    {0x57, 0x16, LoaderRead,        8, "loader: read page"},
+    {0x57, 0x16, LoaderWriteEeprom, 22, "loader: write EEPROM"},
+    {0x57, 0x16, LoaderReadEeprom,  6, "loader: read EEPROM"},
+    {0x57, 0x16, LoaderErase,       4, "loader: erase"},
+    {0x57, 0x16, LoaderConfirm,     4, "loader: confirm"},
+    {0x57, 0x16, LoaderSums,        4, "loader: checksums"},
     {0x67, 0x24, 0x10,             4, "Vorta: get status"},
     {0x67, 0x24, 0x22,             7, "Vorta: start"},
     {0x67, 0x24, 0x33,             4, "Vorta: stop"},
@@ -69,6 +74,17 @@ constexpr Meaning events[] = {
     {Configure, "configuration taken"},            {Calibrate, "calibrated"},
     {Calibrate + 1, "already calibrated"},         {Calibrate + 2, "calibration too far off"},
     {Calibrate + 3, "calibration out of range"},   {Calibrate + 4, "no calibration during a run"},
+};
+
+constexpr Meaning loaderAnswers[] = {
+    {LoaderReady, "loader: ready"},
+    {LoaderReadyVorta, "loader: ready"},
+    {LoaderOk, "loader: done"},
+    {LoaderBad, "loader: refused"},
+    {LoaderErased, "loader: erased"},
+    {LoaderPage, "loader: page"},
+    {LoaderEepromPage, "loader: EEPROM page"},
+    {LoaderSumsPacket, "loader: checksums"},
 };
 // clang-format on
 
@@ -118,6 +134,16 @@ QByteArray withSum(const QByteArray& startBytes, quint8 type, const QByteArray& 
     return frame;
 }
 
+bool isPageGood(const QByteArray& frame)
+{
+    if (frame.size() != longPageFrame)
+        return frame.size() == shortPageFrame && isSumGood(frame);
+    quint16 sum = 0;
+    for (int i = 0; i + 2 < frame.size(); ++i)
+        sum = quint16(sum + quint8(frame[i]));
+    return quint16(-sum) == read16(frame, frame.size() - 2);
+}
+
 QString describeEvent(quint8 code)
 {
     for (const Meaning& event : events) {
@@ -125,6 +151,15 @@ QString describeEvent(quint8 code)
             return QStringLiteral("status: ") + QLatin1String(event.text);
     }
     return QStringLiteral("status");
+}
+
+QString describeFromLoader(quint8 code)
+{
+    for (const Meaning& answer : loaderAnswers) {
+        if (answer.code == code)
+            return QLatin1String(answer.text);
+    }
+    return QStringLiteral("unknown");
 }
 
 QString describeFromVorta(const QByteArray& frame)
@@ -176,6 +211,16 @@ QByteArray vortaPacket(VortaPacket type, const QByteArray& body)
     return withSum("\x3E\x79", type, body);
 }
 
+QByteArray loaderPacket(LoaderPacket type, const QByteArray& body)
+{
+    return withSum("\x4C\x79", type, body);
+}
+
+bool isLoaderEntry(const QByteArray& frame, bool isVorta)
+{
+    return frame.startsWith(isVorta ? "\x67\x26\x09" : "\x47\x16\x09");
+}
+
 bool isSumGood(const QByteArray& frame)
 {
     quint8 sum = 0;
@@ -193,6 +238,11 @@ void append16(QByteArray& bytes, int value)
 quint16 read16(const QByteArray& bytes, int at)
 {
     return qFromBigEndian<quint16>(bytes.constData() + at);
+}
+
+quint32 read32(const QByteArray& bytes, int at)
+{
+    return qFromBigEndian<quint32>(bytes.constData() + at);
 }
 
 quint8 toBcd(int value)
@@ -234,13 +284,19 @@ QString describe(const QByteArray& frame, bool isFromLogger)
 {
     if (isFromLogger) {
         const bool isVorta = frame.startsWith("\x3E\x79");
-        if (frame.size() < 5 || !(isVorta || frame.startsWith("\x2E\x69")))
+        const bool isLoader = frame.startsWith("\x4C\x79");
+        if (frame.size() < (isLoader ? 4 : 5) || !(isVorta || isLoader || frame.startsWith("\x2E\x69")))
             return QStringLiteral("no whole packet");
-        return (isVorta ? describeFromVorta(frame) : describeFromLogger(frame)) +
+        return (isLoader  ? describeFromLoader(quint8(frame[2]))
+                : isVorta ? describeFromVorta(frame)
+                          : describeFromLogger(frame)) +
                (isSumGood(frame) ? QString() : QStringLiteral(", in part, in a burst or with a wrong sum"));
     }
     const CommandFrame* row = commandFrame(frame);
-    const bool isWhole = row && (row->length == 0 || (frame.size() == row->length && isSumGood(frame)));
+    const bool isWhole =
+        row &&
+        (row->length == bySum ||
+         (row->length == byPage ? isPageGood(frame) : frame.size() == row->length && isSumGood(frame)));
     return isWhole ? QString::fromLatin1(row->meaning) : QStringLiteral("junk");
 }
 
@@ -254,10 +310,15 @@ bool CommandCutter::next(QByteArray* frame, Kind* kind)
         const CommandFrame* row = commandFrame(buffer);
         if (!row)
             return false;
-        length = row->length > 0 ? row->length : longCommandLength(buffer);
+        length = row->length == bySum    ? longCommandLength(buffer)
+                 : row->length == byPage ? pageFrame
+                                         : row->length;
         if (length == 0 ? buffer.size() < longestCommand : buffer.size() < length)
             return false;
-        if (length > 0 && (row->length == 0 || isSumGood(buffer.left(length)))) {
+        const QByteArray head = buffer.left(length);
+        const bool isGood =
+            row->length == bySum || (row->length == byPage ? isPageGood(head) : isSumGood(head));
+        if (length > 0 && isGood) {
             *frame = buffer.left(length);
             *kind = Command;
             buffer.remove(0, length);

@@ -70,13 +70,41 @@ enum VortaPacket : quint8
     VortaBlock50 = 0xF3,
 };
 
+/// The same of the boot loaders.
+enum LoaderCode : quint8
+{
+    LoaderReply = 0x10,
+    LoaderWrite = 0x12,
+    LoaderRead = 0x13,
+    LoaderWriteEeprom = 0x17,
+    LoaderReadEeprom = 0x18,
+    LoaderErase = 0x19,
+    LoaderConfirm = 0x21,
+    LoaderSums = 0x27,
+};
+enum LoaderPacket : quint8
+{
+    LoaderReady = 0x11,
+    LoaderReadyVorta = 0x12,
+    LoaderOk = 0x14,
+    LoaderBad = 0x15,
+    LoaderErased = 0x20,
+    LoaderPage = 0x23,
+    LoaderEepromPage = 0x24,
+    LoaderSumsPacket = 0x27,
+};
+
 /// The packet of the ordinary loggers: start bytes, type, `body`, checksum.
 QByteArray packet(Packet type, const QByteArray& body);
 QByteArray vortaPacket(VortaPacket type, const QByteArray& body);
+QByteArray loaderPacket(LoaderPacket type, const QByteArray& body = {});
+/// The commands that start the boot loader.
+bool isLoaderEntry(const QByteArray& frame, bool isVorta);
 bool isSumGood(const QByteArray& frame);
 
 void append16(QByteArray& bytes, int value);
 quint16 read16(const QByteArray& bytes, int at);
+quint32 read32(const QByteArray& bytes, int at);
 quint8 toBcd(int value);
 int fromBcd(quint8 byte);
 /// Day, month, year since 2000, hour, minute, second.
@@ -87,6 +115,9 @@ QDateTime fromBcdDate(const QByteArray& bytes);
 /// A number that was sent as x / 256 and x % 256 with the sign of x in both. -1 to -255 can't be told from
 /// 1 to 255 then and count as positive.
 int readSplit(const QByteArray& bytes, int at);
+
+constexpr int shortPageFrame = 136; ///< of most loaders
+constexpr int longPageFrame = 265;  ///< of a Brevik; its sum has 16 bits
 
 /// What a frame of either direction says, for the log.
 QString describe(const QByteArray& frame, bool isFromLogger);
@@ -101,12 +132,17 @@ public:
         Junk     ///< bytes that are no frame
     };
 
+    /// The length of a frame that writes a page of program memory, which the device knows.
+    void setPageFrame(int length) { pageFrame = length; }
     void add(const QByteArray& bytes) { buffer += bytes; }
+    /// What waits for more is given up: nothing has come for long.
+    void clear() { buffer.clear(); }
     /// The next frame or run of junk; false when more bytes are needed.
     bool next(QByteArray* frame, Kind* kind);
 
 private:
     QByteArray buffer;
+    int pageFrame = shortPageFrame;
 };
 
 } // namespace Wire

@@ -262,6 +262,89 @@ private Q_SLOTS:
         QCOMPARE(quint8(joined(bench.tell("672422010000"))[3]), quint8(0x23));
     }
 
+    void theBootLoaderSpeaksForItself_data()
+    {
+        // said: commands without their sums; answers: what they begin with
+        columns<QString, int, QString, QString>({"model", "version", "said", "answers"});
+        const auto add = [](const char* name, const char* model, int version, const char* said,
+                            const char* answers) {
+            row(name, QString(model), version, QString(said), QString(answers));
+        };
+        add("in and out", "BIRCH", 0, "471609 471410 471422 571610 571621 571610 471410",
+            "4c791102 - - 4c791102 4c791102 - 2e698310");
+        add("erases and sums", "BIRCH", 2, "571619 471609 571619 571627",
+            "- 4c791102 4c7920 4c79270001ee1000");
+        add("version 1 does neither", "BIRCH", 1, "471609 571619 571627", "4c791101 4c7915 4c7915");
+        add("Vorta", "VORTA", 0, "471609 672609 571619 571621 672410", "- 4c791200 4c7915 4c791200 3e798410");
+        add("pages that are not there", "BIRCH", 0, "471609 5716130001ff81 57161300020000 57161803f1",
+            "4c791102 4c7915 4c7915 4c7915");
+        add("erased pages", "BIRCH", 0, "471609 571619 57161300001080 57161803f0",
+            "4c791102 4c7920 4c792300001080ff 4c792403f0ff");
+    }
+
+    void theBootLoaderSpeaksForItself()
+    {
+        const auto [model, version, said, answers] =
+            fetched<QString, int, QString, QString>({"model", "version", "said", "answers"});
+        Bench bench(identityOf(qPrintable(model)));
+        LoaderFaults faults;
+        faults.loader = version;
+        bench.logger.setLoaderFaults(faults);
+        const QStringList wanted = answers.split(' ');
+        const QStringList commands = said.split(' ');
+        QCOMPARE(commands.size(), wanted.size());
+        for (int i = 0; i < wanted.size(); ++i) {
+            const QByteArray answer = joined(bench.tell(commands[i].toLatin1())).toHex();
+            QVERIFY2(wanted[i] == "-" ? answer.isEmpty() : answer.startsWith(wanted[i].toLatin1()), answer);
+        }
+    }
+
+    void theBootLoaderHoldsWhatIsWritten()
+    {
+        Bench bench(identityOf("BIRCH"));
+        const QByteArray ok = "4c791427";
+        const QByteArray bad = "4c791526";
+        const QByteArray page(256, '5'); // as digits
+        const QByteArray line(32, '7');
+        const auto read = [&bench] { return joined(bench.tell("57161300001000")).mid(7, 128).toHex(); };
+        bench.tell("471609");
+        bench.tell("571619");
+        QCOMPARE(joined(bench.tell("57161200001000" + page)).toHex(), ok);
+        QCOMPARE(joined(bench.tell("57161200000f80" + page)).toHex(), bad);
+        QCOMPARE(joined(bench.logger.receive(command("57161200001080" + page).replace(9, 1, "!"), 0)).toHex(),
+                 bad);
+        bench.wait(1000);
+        QCOMPARE(joined(bench.tell("5716170010" + line)).toHex(), ok);
+        QCOMPARE(read(), page);
+        bench.tell("57161200001000" + QByteArray(256, 'f')); // writing clears bits, no more
+        QCOMPARE(read(), page);
+        QCOMPARE(joined(bench.tell("5716180010")).mid(5, 16).toHex(), line);
+        const QByteArray hex = bench.logger.bootLoader().hex();
+        QVERIFY(hex.startsWith(":020000040000FA\n:10100000" + page.left(32)));
+        QVERIFY(hex.contains("\n:0200000400F00A\n:10001000" + line) && hex.endsWith(":00000001FF\n"));
+        bench.tell("571621");
+        bench.tell("471609");
+        QCOMPARE(read(), page);
+    }
+
+    void aBreviksPagesAreLongAndCountWords()
+    {
+        Bench bench(identityOf("SORREL_BASIC"));
+        bench.tell("471609");
+        bench.tell("571619");
+        QByteArray frame = QByteArray::fromHex("57161200001080") + QByteArray(256, '\x5A');
+        quint16 sum = 0;
+        for (const char byte : qAsConst(frame))
+            sum += quint8(byte);
+        frame += QByteArray::fromHex(QByteArray::number(0x10000 - sum, 16));
+        LoggerPackets answers;
+        for (const char byte : qAsConst(frame))
+            answers += bench.logger.receive(QByteArray(1, byte), 0);
+        QCOMPARE(joined(answers).toHex(), QByteArray("4c791427"));
+        QCOMPARE(bench.logger.bootLoader().programMemory().mid(0x20FF, 258),
+                 '\xFF' + QByteArray(256, '\x5A') + '\xFF');
+    }
+
     void framesAreCutFromAnyStream()
     {
         const QByteArray status = command("471410");

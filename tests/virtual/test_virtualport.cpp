@@ -104,7 +104,9 @@ private Q_SLOTS:
         row("rate 1 1/Sec", "", "2e698300");
         row("samples 1 100", "", "2e698300");
         row("fault 1 late=5 cut=1", "", "");
+        row("fault all loader=1 badpage=3 badbyte=4096", "", "");
         row("fault all off", "", "");
+        row("dump 1 /no/such/folder", "error: /no/such/folder can't be written", "");
         row("status 1", "Tembrin Heath (type 136)", "");
         row("help", "press-start N", "");
         row("plug 1 3 112", "error: sockets", "");
