@@ -10,12 +10,12 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcFirmware, "pellandra.firmware", QtInfoMsg)
 
-constexpr int msForLoader = 10000; // the logger starts anew
 constexpr int msQuiet = 300;
-constexpr int msSecondReady = 1000; // it was asked for twice
 constexpr int msString = 50;
-constexpr int msForString = 2000;
 constexpr int mostTries = 3;
+constexpr int triesOfLoader = 5;
+constexpr int triesOfErase = 2;
+constexpr int triesOfSums = 2;
 constexpr int firstWithErase = 2; // version of the boot loader that erases and knows sums
 constexpr int whole = 100;        // percent
 
@@ -30,7 +30,6 @@ BurnSession::BurnSession(TembrinProtocol* tembrin, QObject* parent)
     connect(&answer, &QTimer::timeout, this, &BurnSession::silence);
     connect(&quiet, &QTimer::timeout, this, &BurnSession::nextPage);
     const TembrinData* const data = tembrin->tembrinData;
-    isVorta = data->isVorta();
     connect(data, &TembrinData::gotBootloaderMem, this, &BurnSession::verifyNextPacket);
     connect(data, &TembrinData::gotBootloaderCS, this, &BurnSession::verifyCS);
     connect(data, &TembrinData::gotBrevikString, this, &BurnSession::writeNextBrevikString);
@@ -39,11 +38,12 @@ BurnSession::BurnSession(TembrinProtocol* tembrin, QObject* parent)
     listen();
 }
 
-void BurnSession::setPatience(int page, int erase, int sums)
+void BurnSession::setPatience(int page, int erase, int sums, int loader)
 {
     msPage = page;
     msErase = erase;
     msSums = sums;
+    msLoader = loader;
 }
 
 /// To the line of this logger only, and once; each connection has another.
@@ -65,44 +65,66 @@ void BurnSession::listen()
 
 // --- What a person asks for ---
 
-void BurnSession::begin(const FirmwareImage& what, bool isWhole)
+/// False, and it has ended in words, if there is nothing to begin.
+bool BurnSession::begin(const FirmwareImage& what, bool isWhole)
 {
     listen();
     image = what;
     autoBurn = isWhole;
     writeOK = verifyOK = false;
     lastTransmitted = 0;
+    tries = 0;
+    isTwice = false;
     sinceBegin.start();
+    const QString reason = whyNot();
+    if (!reason.isEmpty())
+        finish(false, reason);
+    return reason.isEmpty();
+}
+
+QString BurnSession::whyNot() const
+{
+    if (!image.fileOK)
+        return tr("There is no firmware to burn: open a file first.");
+    if (pages() == 0)
+        return tr("The file has nothing for this logger's memory.");
+    if (!image.hexFormat && !autoBurn)
+        return tr("A data file is sent as a whole: press Burn.");
+    if (!tembrin->isConnect)
+        return tr("The logger is not connected: connect it and press Burn.");
+    return {};
 }
 
 void BurnSession::burn(const FirmwareImage& what)
 {
-    if (isBusy() || !what.fileOK)
+    if (isBusy() || !begin(what, true))
         return;
-    begin(what, true);
-    if (!tembrin->isConnect) {
-        finish(false, tr("The logger is not connected: connect it and press Burn."));
-        return;
-    }
     if (!image.hexFormat) {
-        enter(State::SendingStrings, msForString);
+        enter(State::SendingStrings, msPage);
         tembrin->sendCommand(CMD_BREVIK_WRITE_STRINGS, image.brevikLongData.constFirst());
-        return;
-    }
-    if (image.flashPackets.isEmpty() && image.eepromPackets.isEmpty()) {
-        finish(false, tr("The file has nothing for this logger's memory."));
+        Q_EMIT progressed();
         return;
     }
     Q_EMIT burnLabel(tr("starting the boot loader.."));
-    enter(State::Entering, msForLoader);
-    if (tembrin->isBootLoader)
+    startFor(false);
+}
+
+/// A logger whose link was lost may be in its boot loader without anybody's knowing, so a silent one is asked
+/// for both.
+void BurnSession::startFor(bool isAgain)
+{
+    ++tries;
+    enter(State::Entering, msLoader / triesOfLoader);
+    if (tembrin->isBootLoader || isAgain)
         tembrin->sendBLCommand(CMD_BL_ASK_REPLY);
     startLoader();
+    Q_EMIT progressed();
 }
 
 void BurnSession::startLoader()
 {
-    if (tembrin->tembrinData->isVorta() && isVorta)
+    listen();
+    if (tembrin->tembrinData->isVorta())
         tembrin->sendVortaCommand(CMD_VORTA_BL_RUN);
     else
         tembrin->sendBLCommand(CMD_BL_RUN);
@@ -115,30 +137,24 @@ void BurnSession::runSoftware()
 
 void BurnSession::askReply()
 {
+    listen();
     tembrin->sendBLCommand(CMD_BL_ASK_REPLY);
 }
 
 void BurnSession::write(const FirmwareImage& what)
 {
-    if (isBusy() || !what.fileOK || !what.hexFormat)
-        return;
-    begin(what, false);
-    beginWriting();
+    if (!isBusy() && begin(what, false))
+        beginWriting();
 }
 
 void BurnSession::verify(const FirmwareImage& what)
 {
-    if (isBusy() || !what.fileOK || !what.hexFormat)
+    if (isBusy() || !begin(what, false))
         return;
-    begin(what, false);
-    beginReading();
-}
-
-void BurnSession::beginReading()
-{
-    lastTransmitted = 0;
-    present = image.flashPackets.isEmpty() ? State::ReadingEeprom : State::ReadingFlash;
-    readPage();
+    if (image.brevikFile)
+        finish(false, tr("The pages of this device can't be read back."));
+    else
+        beginReading();
 }
 
 void BurnSession::cancel()
@@ -151,19 +167,20 @@ void BurnSession::cancel()
 
 // --- What the logger says ---
 
+/// Who was asked twice answers twice: only behind the first page is a ready report one of a restart.
 void BurnSession::bootloaderReady(bool isVortaLoader, int version)
 {
-    const bool isSecond = sinceReady.isValid() && sinceReady.elapsed() < msSecondReady;
+    const bool isFirstPage = isWriting() && page() == 1;
     if (present == State::Idle || present == State::Entering) {
         blVersion = version;
         isVorta = isVortaLoader;
-        sinceReady.start();
+        tembrin->tembrinData->setVorta(isVorta);
         Q_EMIT ready();
     }
     if (present == State::Entering) {
         Q_EMIT burnLabel(tr("burning firmware.."));
         beginWriting();
-    } else if (isBusy() && present != State::Erasing && !isSecond) {
+    } else if (isBusy() && present != State::Erasing && !isFirstPage) {
         finish(false,
                tr("The logger has started anew at %1: press Burn to begin anew; the logger stays in its boot "
                   "loader")
@@ -174,26 +191,34 @@ void BurnSession::bootloaderReady(bool isVortaLoader, int version)
 void BurnSession::beginWriting()
 {
     sinceBegin.start();
-    lastTransmitted = 0;
     tries = 0;
-    isTwice = false;
-    if (image.brevikFile || blVersion >= firstWithErase) {
-        enter(State::Erasing, msErase);
-        tembrin->sendBLCommand(image.brevikFile ? CMD_BL_SORREL_ERASE : CMD_BL_ERASE);
-        return;
-    }
-    bootloaderEraseOK();
+    if (image.brevikFile || blVersion >= firstWithErase)
+        sendErase();
+    else
+        beginPages();
 }
 
+void BurnSession::sendErase()
+{
+    ++tries;
+    enter(State::Erasing, msErase);
+    tembrin->sendBLCommand(image.brevikFile ? CMD_BL_SORREL_ERASE : CMD_BL_ERASE);
+    Q_EMIT progressed();
+}
+
+/// Behind a burn that was given up, an answer says nothing.
 void BurnSession::bootloaderEraseOK()
 {
-    if (present != State::Erasing && present != State::Entering && present != State::Idle)
-        return;
-    if (present == State::Idle && autoBurn) // an answer to what was given up
-        return;
+    if (present == State::Erasing)
+        beginPages();
+}
+
+void BurnSession::beginPages()
+{
     present = image.flashPackets.isEmpty() ? State::WritingEeprom : State::WritingFlash;
     lastTransmitted = 0;
     tries = 0;
+    isTwice = false;
     sendPage();
 }
 
@@ -212,19 +237,20 @@ void BurnSession::sendPage()
     tembrin->sendBLCommand(present == State::WritingEeprom ? CMD_BL_WRITE_EEPROM_PAGE
                                                            : CMD_BL_WRITE_PROG_MEM_PAGE,
                            packet.start, packet.data);
+    Q_EMIT progressed();
 }
 
 /// A page was taken. If it was sent twice the answer to the other may follow, and is not one to the next
 /// page.
 void BurnSession::writeNextPacket()
 {
-    if ((present != State::WritingFlash && present != State::WritingEeprom) || quiet.isActive())
+    if (!isWriting() || quiet.isActive())
         return;
     answer.stop();
     const QString words = present == State::WritingFlash ? tr("PROG MEM 0x%1") : tr("EEPROM MEM 0x%1");
     Q_EMIT writeLabel(words.arg(list().at(lastTransmitted).start, 0, 16));
     if (isTwice)
-        quiet.start(msQuiet);
+        quiet.start(qMin(msQuiet, msPage));
     else
         nextPage();
 }
@@ -241,13 +267,18 @@ void BurnSession::nextPage()
         }
         present = State::WritingEeprom;
     }
-    Q_EMIT progressed();
     sendPage();
 }
 
 bool BurnSession::hasSums() const
 {
     return blVersion >= firstWithErase && !isVorta && !image.brevikFile;
+}
+
+/// The pages of a Brevik are longer than what can be read back.
+bool BurnSession::willReadBack() const
+{
+    return autoBurn && readBack && !hasSums() && !image.brevikFile;
 }
 
 void BurnSession::writingDone()
@@ -257,13 +288,21 @@ void BurnSession::writingDone()
     if (!autoBurn) {
         finish(true, tr("written"));
     } else if (hasSums()) {
-        enter(State::Checking, msSums);
-        tembrin->sendBLCommand(CMD_BL_REQUEST_CS);
-    } else if (readBack && !image.brevikFile) { // whose pages are longer than what can be read
+        tries = 0;
+        askSums();
+    } else if (willReadBack()) {
         beginReading();
     } else {
         autoSuccess(tr("burn successful"));
     }
+}
+
+void BurnSession::askSums()
+{
+    ++tries;
+    enter(State::Checking, msSums / triesOfSums);
+    tembrin->sendBLCommand(CMD_BL_REQUEST_CS);
+    Q_EMIT progressed();
 }
 
 void BurnSession::verifyCS(int eepromCS, int flashCS)
@@ -272,8 +311,11 @@ void BurnSession::verifyCS(int eepromCS, int flashCS)
         return;
     qCInfo(lcFirmware, "sums of the logger %x %x, of the file %x %x", unsigned(flashCS), unsigned(eepromCS),
            unsigned(image.flashCS), unsigned(image.eepromCS));
+    // The answer itself may have been damaged on its way.
     if (eepromCS == image.eepromCS && flashCS == image.flashCS)
         autoSuccess(tr("burn successful"));
+    else if (tries < triesOfSums)
+        askSums();
     else
         finish(false,
                tr("The logger's memory is not what the file says: press Burn again; the logger stays in its "
@@ -291,12 +333,12 @@ void BurnSession::autoSuccess(const QString& words)
 
 void BurnSession::badPacketSent()
 {
-    if (present == State::WritingFlash || present == State::WritingEeprom) {
+    if (isWriting()) {
         Q_EMIT writeLabel(tr("write command failed"));
         finish(false,
                tr("write command failed at %1: press Burn to begin anew; the logger stays in its boot loader")
                    .arg(place()));
-    } else if (present == State::ReadingFlash || present == State::ReadingEeprom) {
+    } else if (isReading()) {
         Q_EMIT verifyLabel(tr("verify command failed"));
         finish(false, tr("verify command failed at %1").arg(place()));
     } else if (isBusy()) {
@@ -306,17 +348,36 @@ void BurnSession::badPacketSent()
 
 // --- Reading the pages back ---
 
+void BurnSession::beginReading()
+{
+    present = image.flashPackets.isEmpty() ? State::ReadingEeprom : State::ReadingFlash;
+    lastTransmitted = 0;
+    tries = 0;
+    readPage();
+}
+
 void BurnSession::readPage()
 {
     const bool isFlash = present == State::ReadingFlash;
+    ++tries;
     enter(present, msPage);
     tembrin->sendBLCommand(isFlash ? CMD_BL_READ_PROG_MEM_PAGE : CMD_BL_READ_EEPROM_PAGE,
                            list().at(lastTransmitted).start);
+    Q_EMIT progressed();
+}
+
+/// Within a burn, an answer that is lost or damaged is asked for again.
+bool BurnSession::tryAgain(int most)
+{
+    if (!autoBurn || tries >= most)
+        return false;
+    readPage();
+    return true;
 }
 
 void BurnSession::verifyNextPacket(int address, const QByteArray& bytes)
 {
-    if (present != State::ReadingFlash && present != State::ReadingEeprom)
+    if (!isReading() || (address < 0 && tryAgain(mostTries)))
         return;
     if (address < 0) {
         Q_EMIT verifyLabel(tr("got bad CS"));
@@ -325,8 +386,9 @@ void BurnSession::verifyNextPacket(int address, const QByteArray& bytes)
     }
     const dataPacket& packet = list().at(lastTransmitted);
     const bool isFlash = present == State::ReadingFlash;
-    if (address != packet.start && lastTransmitted > 0 && address == list().at(lastTransmitted - 1).start)
-        return; // the page before was asked for twice
+    const bool isEarlier = lastTransmitted > 0 && address == list().at(lastTransmitted - 1).start;
+    if (address != packet.start && (isEarlier || bytes.size() != packet.data.size()))
+        return; // the page before was asked for twice; it may be one of the other memory
     tembrin->stopBLTimer();
     const QString words = (isFlash ? tr("PROG MEM 0x%1") : tr("EEPROM MEM 0x%1")).arg(packet.start, 0, 16);
     if (packet.compare(address, bytes) != 0) {
@@ -338,18 +400,23 @@ void BurnSession::verifyNextPacket(int address, const QByteArray& bytes)
     if (++lastTransmitted >= list().size()) {
         lastTransmitted = 0;
         if (!isFlash || image.eepromPackets.isEmpty()) {
-            verifyOK = true;
-            Q_EMIT verifyLabel(tr("OK"));
-            if (autoBurn)
-                autoSuccess(tr("burn successful"));
-            else
-                finish(true, tr("verified"));
+            readingDone();
             return;
         }
         present = State::ReadingEeprom;
     }
-    Q_EMIT progressed();
+    tries = 0;
     readPage();
+}
+
+void BurnSession::readingDone()
+{
+    verifyOK = true;
+    Q_EMIT verifyLabel(tr("OK"));
+    if (autoBurn)
+        autoSuccess(tr("burn successful"));
+    else
+        finish(true, tr("verified"));
 }
 
 // --- Strings for a running Brevik ---
@@ -364,10 +431,10 @@ void BurnSession::writeNextBrevikString()
         finish(true, tr("Done! %1 lines sent").arg(lastTransmitted));
         return;
     }
-    Q_EMIT progressed();
-    enter(State::SendingStrings, msForString);
+    enter(State::SendingStrings, msPage);
     tembrin->sendCommandWithTimeout(CMD_BREVIK_WRITE_STRINGS, image.brevikLongData.at(lastTransmitted),
                                     msString);
+    Q_EMIT progressed();
 }
 
 // --- How it ends ---
@@ -376,7 +443,6 @@ void BurnSession::enter(State next, int ms)
 {
     present = next;
     answer.start(ms);
-    Q_EMIT progressed();
 }
 
 void BurnSession::lost()
@@ -392,13 +458,17 @@ void BurnSession::silence()
 {
     switch (present) {
     case State::Entering:
-        finish(false, tr("The boot loader does not answer: connect again and press Burn."));
+        if (tries < triesOfLoader)
+            startFor(true);
+        else
+            finish(false, tr("The boot loader does not answer: connect again and press Burn."));
         break;
     case State::Erasing:
-        finish(
-            false,
-            tr("The logger does not say that its memory is erased: press Burn to begin anew; it stays in its "
-               "boot loader"));
+        if (tries < triesOfErase)
+            sendErase();
+        else
+            finish(false, tr("The logger does not say that its memory is erased: press Burn to begin anew; "
+                             "it stays in its boot loader"));
         break;
     case State::WritingFlash:
     case State::WritingEeprom:
@@ -409,12 +479,18 @@ void BurnSession::silence()
                               .arg(place()));
         break;
     case State::Checking:
-        finish(false,
-               tr("The logger does not tell what its memory holds: press Burn again; it stays in its boot "
-                  "loader"));
+        if (tries < triesOfSums)
+            askSums();
+        else
+            finish(
+                false,
+                tr("The logger does not tell what its memory holds: press Burn again; it stays in its boot "
+                   "loader"));
         break;
     case State::ReadingFlash:
     case State::ReadingEeprom:
+        if (tryAgain(mostTries))
+            break;
         if (autoBurn && page() == 1) // it can't do that
             autoSuccess(tr("burn finished; this logger does not let its pages be compared"));
         else
@@ -463,13 +539,10 @@ int BurnSession::percent() const
 {
     if (present == State::Idle)
         return writeOK || verifyOK ? whole : 0;
-    const bool isReading = present == State::ReadingFlash || present == State::ReadingEeprom;
     const int done = pages() == 0 ? 0 : whole * (page() - 1) / pages();
     if (present == State::Checking)
         return whole;
-    if (isReading)
-        return whole / 2 + done / 2;
-    return autoBurn && readBack && !hasSums() && !image.brevikFile ? done / 2 : done;
+    return isReading() ? whole / 2 + done / 2 : willReadBack() ? done / 2 : done;
 }
 
 int BurnSession::secondsLeft() const

@@ -37,8 +37,8 @@ public:
 
     explicit BurnSession(TembrinProtocol* tembrin, QObject* parent = nullptr);
 
-    /// All of it. A data file goes to the running device instead, string by string. Nothing if one is under
-    /// way.
+    /// All of it. A data file goes to the running device instead, string by string. Nothing if something is
+    /// under way, as with write() and verify().
     void burn(const FirmwareImage& image);
     /// Single steps, for the manual face. Writing and verifying need a logger in its boot loader.
     void startLoader();
@@ -65,8 +65,9 @@ public:
     bool isWritten() const { return writeOK; }
     bool isVerified() const { return verifyOK; }
     int loaderVersion() const { return blVersion; }
-    /// What a page may take; for tests.
-    void setPatience(int msPage, int msErase, int msSums);
+    /// How long an answer to a page or string, to erasing, to the question for the sums or to that for the
+    /// boot loader may take; for tests.
+    void setPatience(int page, int erase, int sums, int loader);
 
 Q_SIGNALS:
     void ready(); ///< the boot loader has answered
@@ -89,14 +90,24 @@ private:
     void lost();
     void silence();
 
-    void begin(const FirmwareImage& what, bool isWhole);
+    bool begin(const FirmwareImage& what, bool isWhole);
+    QString whyNot() const;
+    void startFor(bool isAgain);
     void beginWriting();
+    void sendErase();
+    void beginPages();
+    void beginReading();
     void sendPage();
     void nextPage();
     void writingDone();
-    void beginReading();
     void readPage();
+    void readingDone();
+    bool tryAgain(int most);
+    void askSums();
     void autoSuccess(const QString& words);
+    bool willReadBack() const;
+    bool isReading() const { return present == State::ReadingFlash || present == State::ReadingEeprom; }
+    bool isWriting() const { return present == State::WritingFlash || present == State::WritingEeprom; }
     void enter(State next, int ms);
     void finish(bool isGood, const QString& words);
     QString place() const;
@@ -113,13 +124,13 @@ private:
     bool isVorta = false;
     int blVersion = 0;
     int lastTransmitted = 0; ///< place in the list of the page in flight
-    int tries = 0;           ///< of it
+    int tries = 0;           ///< of it, or of what is asked for
     bool isTwice = false;    ///< an answer to the first try may still come
     QTimer answer;           ///< until it is given up to wait for one
     QTimer quiet;            ///< for the answer to a page that was sent twice
     QElapsedTimer sinceBegin;
-    QElapsedTimer sinceReady;
     int msPage = 2000;
     int msErase = 10000;
     int msSums = 5000;
+    int msLoader = 10000; ///< the logger starts anew
 };

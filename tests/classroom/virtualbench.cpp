@@ -283,7 +283,9 @@ void VirtualBench::deliver(int i)
             continue;
         if (said.packet.run > 0)
             keep(said, &place.arrived[said.packet.run]);
-        line->feed(said.packet.bytes);
+        const QByteArray bytes = place.damage ? place.damage(said.packet.bytes) : said.packet.bytes;
+        if (!bytes.isEmpty())
+            line->feed(bytes);
     }
 }
 

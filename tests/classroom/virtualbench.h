@@ -65,6 +65,8 @@ public:
     bool isDead(int i) const { return places[size_t(i)]->isDead; }
     /// The next `number` answers of the logger are lost; it has heard the questions. Samples are not counted.
     void dropAnswers(int i, int number);
+    /// What the logger says arrives as this makes it.
+    void damage(int i, std::function<QByteArray(const QByteArray&)> how) { places[size_t(i)]->damage = how; }
     /// Everything that the logger says takes this long from now on.
     void delay(int i, int ms);
     /// Samples with these numbers are lost, in each run.
@@ -121,6 +123,7 @@ private:
         QMap<int, Rows> arrived; ///< by run
         QMap<int, Rows> taken;
         int runs = 0;
+        std::function<QByteArray(const QByteArray&)> damage;
         int answersToDrop = 0;
         qint64 delay = 0; ///< ns
         int lostFrom = -1;
