@@ -11,8 +11,8 @@
 struct MapTrack
 {
     int group = 0; ///< a group that is there already grows
-    QString name; ///< beside its newest mark
-    QString note; ///< under the name
+    QString name;  ///< beside its newest mark
+    QString note;  ///< under the name
     bool isRoute = false;
     QColor color;              ///< of a route
     QVector<double> latitudes; ///< degrees

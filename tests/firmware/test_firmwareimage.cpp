@@ -72,15 +72,17 @@ private Q_SLOTS:
             QStringList lines;
             const auto add = [&lines](const char* kind, const QVector<dataPacket>& packets) {
                 for (const dataPacket& packet : packets)
-                    lines.append(QStringLiteral("%1 %2 %3").arg(
-                        QLatin1String(kind), QString::number(packet.start, 16), QString(packet.data.toHex())));
+                    lines.append(QStringLiteral("%1 %2 %3")
+                                     .arg(QLatin1String(kind), QString::number(packet.start, 16),
+                                          QString(packet.data.toHex())));
             };
             add("E", image.eepromPackets);
             add("F", image.flashPackets);
             lines.append(QStringLiteral("S %1 %2").arg(image.flashCS).arg(image.eepromCS));
             QFile told(base + QStringLiteral(".pages"));
             QVERIFY(told.open(QIODevice::ReadOnly));
-            QStringList expected = QString::fromLatin1(told.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+            QStringList expected =
+                QString::fromLatin1(told.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
             expected.sort();
             lines.sort();
             QVERIFY2(lines == expected, qPrintable(name));
@@ -97,7 +99,8 @@ private Q_SLOTS:
                 const QString file = found.next();
                 const int result = image.open(file, true);
                 QVERIFY2(image.fileOK == (result == 0) && !image.label.isEmpty(), qPrintable(file));
-                QVERIFY2(image.fileOK || image.label.contains(QLatin1Char('0')), qPrintable(file + image.label));
+                QVERIFY2(image.fileOK || image.label.contains(QLatin1Char('0')),
+                         qPrintable(file + image.label));
                 QVERIFY2(image.fileOK || image.flashPackets.isEmpty(), qPrintable(file));
             }
         }
@@ -123,10 +126,12 @@ private Q_SLOTS:
         row("half a byte", QByteArray(":021000000505E\n") + endRecord, QStringLiteral("half"));
         row("no digit", QByteArray(":02100000050G4E\n") + endRecord, QStringLiteral("no digit"));
         row("boot loader", record(0x0FFF, 0, two) + endRecord, QStringLiteral("0x0fff belongs"));
-        row("behind the flash", offsetRecord(1) + record(0xFFFF, 0, two) + endRecord, QStringLiteral("behind"));
-        row("behind the EEPROM", offsetRecord(0xF0) + record(0x3F1, 0, two) + endRecord, QStringLiteral("behind"));
-        row("over the end of the EEPROM", offsetRecord(0xF0) + record(0x3F0, 0, QByteArray(17, 1)) + endRecord,
+        row("behind the flash", offsetRecord(1) + record(0xFFFF, 0, two) + endRecord,
             QStringLiteral("behind"));
+        row("behind the EEPROM", offsetRecord(0xF0) + record(0x3F1, 0, two) + endRecord,
+            QStringLiteral("behind"));
+        row("over the end of the EEPROM",
+            offsetRecord(0xF0) + record(0x3F0, 0, QByteArray(17, 1)) + endRecord, QStringLiteral("behind"));
         row("two bytes for one place", good + record(0x1001, 0, QByteArray(1, 6)) + endRecord,
             QStringLiteral("Line 1 writes other bytes"));
     }
@@ -151,10 +156,11 @@ private Q_SLOTS:
         QCOMPARE(image.flashCS, 0x1EE1000);
         QCOMPARE(image.eepromCS, 0);
         const QByteArray across(16, 0x11);
-        QCOMPARE(image.open(write(record(0x2078, 0, across) + record(0x1000, 0, "a") + record(0x1000, 0, "a") +
-                                  offsetRecord(0x31) + record(0, 0, "zz") + endRecord),
-                            true),
-                 0);
+        QCOMPARE(
+            image.open(write(record(0x2078, 0, across) + record(0x1000, 0, "a") + record(0x1000, 0, "a") +
+                             offsetRecord(0x31) + record(0, 0, "zz") + endRecord),
+                       true),
+            0);
         QCOMPARE(image.flashPackets.size(), 3);
         QCOMPARE(image.flashPackets[0].start, 0x2000);
         QCOMPARE(image.flashPackets[0].data, QByteArray(120, char(0xFF)) + across.left(8));
@@ -166,8 +172,8 @@ private Q_SLOTS:
     void anImageOfABrevikLeavesOutWhatIsNotItsOwn()
     {
         const QString path =
-            write(record(0x3000, 0, "early") + offsetRecord(0) + record(0x1FFF, 0, "ab") + record(0x2000, 0, "cd") +
-                      offsetRecord(2) + record(0xA701, 0, "ef") + endRecord,
+            write(record(0x3000, 0, "early") + offsetRecord(0) + record(0x1FFF, 0, "ab") +
+                      record(0x2000, 0, "cd") + offsetRecord(2) + record(0xA701, 0, "ef") + endRecord,
                   QStringLiteral("my BREVIK 2.hex"));
         QCOMPARE(image.open(path, true), 0);
         QVERIFY(image.brevikFile);
@@ -180,8 +186,8 @@ private Q_SLOTS:
 
     void aDataFileBecomesLongStrings()
     {
-        const QString path = write("a comment\n" + dataLine(0x102, 2) + dataLine(0x100, 0) + dataLine(0x104, 4) +
-                                       ": 1 2 3\n" + dataLine(0xFFFF, 7),
+        const QString path = write("a comment\n" + dataLine(0x102, 2) + dataLine(0x100, 0) +
+                                       dataLine(0x104, 4) + ": 1 2 3\n" + dataLine(0xFFFF, 7),
                                    QStringLiteral("colours.txt"));
         QCOMPARE(image.open(path, false), 0);
         QCOMPARE(image.brevikData.size(), 4);
