@@ -3,7 +3,9 @@
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
 #include "protocol/tembrinprotocol.h"
+#include "sensors/sensorids.h"
 #include "simulation/mygraphicsview.h"
 #include "simulation/simulations.h"
 #include "simulation/simulsetup.h"
@@ -67,7 +69,10 @@ bool SimulationPanel::mayStart()
     const bool isBusy = manager->isAnyRunning() || !manager->queue().isIdle();
     if (isBusy)
         Q_EMIT told(tr("A simulation can be started when no logger is busy."));
-    return !isBusy;
+    // One experiment after the other is no loss: it can be played again.
+    const SensorPtr& first = manager->dataAt(0)->get1stSensor();
+    const bool isPlayed = first && first->ID >= SENSOR_SIM_DISTANCE && first->ID <= SENSOR_SIM_ANGLE;
+    return !isBusy && (isPlayed || !mayReplace || mayReplace());
 }
 
 void SimulationPanel::choose(int simulation)

@@ -3,6 +3,8 @@
 #include <QPointer>
 #include <QSplitter>
 
+#include <functional>
+
 class multiConnectionsManager;
 class simulSetup;
 class simulations;
@@ -22,6 +24,8 @@ public:
     void choose(int simulation);
     /// Ends what runs and hides; the graphs are back.
     void closeSimulation();
+    /// Who is asked before an experiment takes the place of the first group's samples; false to leave those.
+    void setAsk(const std::function<bool()>& question) { mayReplace = question; }
     /// A page has the place of the graphs.
     bool isPage() const { return !isHidden() && current >= firstPage; }
 
@@ -47,6 +51,7 @@ private:
     QString nameOfExperiment() const;
 
     multiConnectionsManager* manager;
+    std::function<bool()> mayReplace;
     simulations* scene;
     QSplitter* column = nullptr;
     QPointer<simulSetup> setup;

@@ -95,7 +95,7 @@ QString MarkerTexts::frequency(double hertz, double apart)
 {
     constexpr int mostDecimals = 6;
     const int decimals =
-        apart > 0 ? std::clamp(int(std::ceil(-std::log10(apart))), 1, mostDecimals) : mostDecimals;
+        apart > 0 ? std::clamp(int(std::ceil(-std::log10(apart))) + 1, 1, mostDecimals) : mostDecimals;
     return QStringLiteral("%1 %2").arg(Common::myToString(hertz, 'f', decimals), tr("Hz"));
 }
 

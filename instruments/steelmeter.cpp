@@ -242,6 +242,7 @@ void SteelMeter::ask(int i, const QPoint& at)
     dialog->setRangeInForce(meter.range.first, meter.range.second);
     connect(dialog, &QDialog::accepted, this,
             [this, chosen = dialog.data()] { areGroups ? takeForGroups(*chosen) : take(*chosen); });
+    connect(this, &PageView::failed, dialog, &QDialog::reject); // it would stand over the words
     dialog->move(at);
     dialog->open();
 }

@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QScrollBar>
 
 #include <algorithm>
 
@@ -45,12 +46,22 @@ Table::Table(ExpData* data, int index, QWidget* parent)
     setData();
 }
 
+/// Other values of as many samples are read where the person was.
 void Table::setData()
 {
     isDue = false;
+    const bool isAlike = known == rows->samples();
+    const QModelIndex at = currentIndex();
+    const QPoint seen(horizontalScrollBar()->value(), verticalScrollBar()->value());
     known = rows->samples();
     rows->reset();
     fitColumns();
+    if (isAlike) {
+        updateGeometries();
+        setCurrentIndex(rows->index(at.row(), at.column()));
+        horizontalScrollBar()->setValue(seen.x());
+        verticalScrollBar()->setValue(seen.y());
+    }
     rows->setMarked(rowsOf(marks));
 }
 

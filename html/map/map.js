@@ -395,6 +395,14 @@
   document.getElementById('placingEnd').addEventListener('click', endPlacing);
   document.addEventListener('keydown', (event) => { if (event.key === 'Escape' && steps) endPlacing(); });
 
+  // --- A view of everything stays one when the window changes, until somebody moves it ---
+
+  let isFitted = false;
+  map.on('dragstart', () => { isFitted = false; });
+  map.getContainer().addEventListener('wheel', () => { isFitted = false; });
+  document.querySelector('.leaflet-control-zoom').addEventListener('click', () => { isFitted = false; });
+  map.on('resize', () => { if (isFitted) window.setBounds(); });
+
   // --- What the program calls ---
 
   const bounds = () => {
@@ -416,6 +424,7 @@
     },
     setBounds() {
       const box = bounds();
+      isFitted = true;
       if (box.isValid()) map.fitBounds(box, { padding: [60, 60], maxZoom: 21, animate: false });
     },
     cleanPoints() {

@@ -283,6 +283,7 @@
         if (meter.value.textContent !== text) {
             meter.value.textContent = text;
         }
+        meter.cell.classList.toggle("unknown", meter.reading === null);
         meter.move(meter.reading === null ? 0 : partOf(meter, meter.reading));
     }
 

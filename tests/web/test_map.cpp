@@ -138,6 +138,10 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitFor([&] { return look().value(QLatin1String("lat")).toDouble() > school + 0.01; },
                                 5000));
         QCOMPARE(pane->findChild<ColorScale*>()->getInterval().maxValue(), 90.0);
+        // All of it stays in view in a smaller window.
+        const double zoom = look().value(QLatin1String("zoom")).toDouble();
+        pane->resize(500, 300);
+        QVERIFY(QTest::qWaitFor([&] { return look().value(QLatin1String("zoom")).toDouble() < zoom; }, 5000));
         QCOMPARE(map->errors(), 0);
     }
 
