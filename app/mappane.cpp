@@ -317,7 +317,7 @@ void MapPane::updateScale(const QVector<int>& groups)
 /// The way and how fast it was.
 QString MapPane::wayText(const GpsTrack& track) const
 {
-    const QString way = distanceText(track.metres());
+    QString way = distanceText(track.metres());
     if (track.seconds() <= 0)
         return way;
     return tr("%1, mean %2 km/h").arg(way, QLocale().toString(track.meanSpeed() * 3.6, 'f', 1));

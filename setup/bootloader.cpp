@@ -25,6 +25,7 @@ using DialogTools::named;
 namespace {
 
 constexpr int msBlink = 500;
+constexpr double burnFont = 1.3; // of the window's font
 constexpr int msAfterWrong = 1000;
 constexpr const char* folderKey = "firmware/defpath";
 
@@ -183,6 +184,10 @@ QWidget* bootLoader::createMainPage()
     progress = named(new QProgressBar, "progress");
     progressText = plainLabel("progressText");
     burnText = plainLabel("burnLabel");
+    QFont strong = font();
+    strong.setBold(true);
+    strong.setPointSizeF(strong.pointSizeF() * burnFont);
+    burnText->setFont(strong);
     auto* const row = new QHBoxLayout;
     row->addWidget(burnButton);
     row->addWidget(stopButton);

@@ -309,7 +309,6 @@ const Sim = (() => {
     return { play, setTexts, graph, disks, number, word, Record };
 })();
 
-// eslint-disable-next-line no-unused-vars
 function setTexts(texts) {
     Sim.setTexts(texts);
 }
