@@ -49,6 +49,10 @@ void MainWindow::doGlobalLab()
         statusLine->setOutcome(tr("There is nothing to send yet."));
         return;
     }
+    if (upload && upload->isBusy()) { // its answer would be taken for that of another
+        statusLine->setOutcome(tr("The experiment before is still being sent."));
+        return;
+    }
     const QJsonObject experiment = GlobalLabUpload::experimentOf(*set, plot->title().text());
     QSettings store = Settings::mainStore();
     store.remove(QStringLiteral("GlobalLab/pass")); // a password is not kept

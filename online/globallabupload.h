@@ -20,6 +20,8 @@ public:
     /// The samples of a set in the units on display; a gap is null. `title` is that of the graph.
     static QJsonObject experimentOf(const ExpData& set, const QString& title);
 
+    /// One is on its way.
+    bool isBusy() const { return isSending; }
     /// Sends in the background; one of the two signals follows. A second one while one is on its way is
     /// ignored.
     void send(const QUrl& url, const QString& user, const QString& password, const QJsonObject& experiment);
