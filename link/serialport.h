@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 
+#include "link/portfailure.h"
+
 /// The port the link knows: a serial line, its modem lines, and how it tells of bytes and of its end. Signals
 /// may come from another thread than the port's own; receivers connect queued (the default does that).
 class SerialPort : public QObject
@@ -80,7 +82,10 @@ public:
     /// The modem lines that are up, bits of Line. A port without modem lines counts as all lines up; a closed
     /// one has none up.
     virtual unsigned lineStatus() const = 0;
+    /// What the system said of the last failure, for the log; the person is told failure().
     virtual QString errorString() const = 0;
+    /// Why open() failed or the link ended, None while it is open. Safe from any thread.
+    virtual PortFailure failure() const { return isOpen() ? PortFailure::None : PortFailure::Other; }
 
 Q_SIGNALS:
     /// Bytes wait. Sent once until they are read, not once per byte.
