@@ -27,6 +27,16 @@ bool PortSession::start(const QString& name, const PortSettings& settings)
     return stage == Stage::Open;
 }
 
+void PortSession::cancel()
+{
+    const std::lock_guard lock(mutex);
+    if (stage != Stage::Opening)
+        return;
+    stage = Stage::Over;
+    error = QStringLiteral("cancelled");
+    changed.notify_all();
+}
+
 void PortSession::finish(bool flush)
 {
     std::thread leaving;

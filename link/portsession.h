@@ -34,6 +34,8 @@ public:
 
     /// Starts the thread and waits until the device is open (true), has failed, or takes too long.
     bool start(const QString& name, const PortSettings& settings);
+    /// Ends the wait of start(), which gives false; the device may still be busy. Nothing once that is over.
+    void cancel();
     /// Ends the session: after writing out what goes at once, with `flush`. Waits for the thread a moment at
     /// most. Must be called before the owner lets go.
     void finish(bool flush);

@@ -51,6 +51,12 @@ bool QtSerialPortAdapter::open(OpenMode)
     return false;
 }
 
+void QtSerialPortAdapter::cancelOpening()
+{
+    if (const auto line = current())
+        line->cancel();
+}
+
 void QtSerialPortAdapter::close()
 {
     end(true);

@@ -26,6 +26,7 @@ public:
     QueryMode queryMode() const override;
     /// Gives up after a while on a device that does not answer; close() from another thread ends the wait.
     bool open(OpenMode mode) override;
+    void cancelOpening() override;
     void close() override;
     void closeWithoutFlush() override;
     bool isOpen() const override;

@@ -60,6 +60,9 @@ public:
     /// Opens the line; blocks until it is open or has failed, so it is called off the GUI thread. False on
     /// failure, with the reason in errorString().
     virtual bool open(OpenMode mode) = 0;
+    /// Ends an open() that is under way on another thread, without waiting for it; it fails as Cancelled.
+    /// Safe from any thread. Nothing on a port that is open.
+    virtual void cancelOpening() {}
     /// Writes out what is pending, as far as that does not block, and closes. Emits aboutToClose().
     virtual void close() = 0;
     /// Closes without writing out: for a line that has already gone.
