@@ -4,6 +4,9 @@
 
 #include "link/pairedregistry.h"
 #include "link/registrytree.h"
+#include "link/serialworker.h"
+#include "link/sessionport.h"
+#include "link/systemports.h"
 
 PortDiscovery systemPortDiscovery()
 {
@@ -13,4 +16,11 @@ PortDiscovery systemPortDiscovery()
                                   hasDeviceKeys ? PairedNames::DeviceKeys : PairedNames::LocalServices);
     };
     return {pairedDevices, readSerialPorts};
+}
+
+SerialPortFactory systemPortFactory()
+{
+    return [](const QString& name, SerialPort::QueryMode mode) -> std::unique_ptr<SerialPort> {
+        return std::make_unique<SessionPort>(name, mode, SerialWorker::kind(name));
+    };
 }

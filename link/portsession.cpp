@@ -5,9 +5,9 @@
 #include <QEventLoop>
 
 #include <chrono>
+#include <utility>
 
 namespace {
-constexpr std::chrono::seconds openPatience(15);        // a Bluetooth port may take several
 constexpr std::chrono::milliseconds closePatience(300); // whoever closes is the GUI thread
 constexpr int compactAt = 64 * 1024;
 } // namespace
@@ -18,23 +18,22 @@ PortSession::PortSession(SerialPort* owner, bool signalBytes)
 {
 }
 
-bool PortSession::start(const QString& name, const PortSettings& settings)
+bool PortSession::start(const PortKind& kind, const PortSettings& settings)
 {
     std::unique_lock lock(mutex);
-    thread = std::thread([self = shared_from_this(), name, settings] { self->run(name, settings); });
-    if (!changed.wait_for(lock, openPatience, [this] { return stage != Stage::Opening; }))
-        error = QStringLiteral("the device did not answer in time");
+    if (stage == Stage::Opening) {
+        thread = std::thread([self = shared_from_this(), kind, settings] { self->run(kind, settings); });
+        if (!changed.wait_for(lock, kind.openPatience, [this] { return stage != Stage::Opening; }))
+            endWith(PortFailure::Other, QStringLiteral("the device did not answer in time"));
+    }
     return stage == Stage::Open;
 }
 
 void PortSession::cancel()
 {
     const std::lock_guard lock(mutex);
-    if (stage != Stage::Opening)
-        return;
-    stage = Stage::Over;
-    error = QStringLiteral("cancelled");
-    changed.notify_all();
+    if (stage == Stage::Opening)
+        endWith(PortFailure::Cancelled, QStringLiteral("cancelled"));
 }
 
 void PortSession::finish(bool flush)
@@ -43,9 +42,14 @@ void PortSession::finish(bool flush)
     bool gone = false;
     {
         std::unique_lock lock(mutex);
+        if (stage == Stage::Opening)
+            endWith(PortFailure::Cancelled, QStringLiteral("cancelled"));
         stage = Stage::Over;
         changed.notify_all();
-        onWorker([flush](PortWorker* device) { device->close(flush); });
+        onWorker([this, flush](PortWorker* device) {
+            device->close(flush);
+            loop->quit();
+        });
         leaving.swap(thread);
         if (leaving.joinable())
             gone = changed.wait_for(lock, closePatience, [this] { return ended; });
@@ -54,30 +58,57 @@ void PortSession::finish(bool flush)
         gone ? leaving.join() : leaving.detach();
 }
 
-void PortSession::run(const QString& name, const PortSettings& settings)
+void PortSession::run(const PortKind& kind, const PortSettings& settings)
 {
-    QEventLoop loop; // first: it gives this thread the dispatcher that the device asks for
-    PortWorker device(this, &loop);
-    const bool isOpen = device.open(name, settings);
+    QEventLoop ownLoop; // first: it gives this thread the dispatcher that the device asks for
+    loop = &ownLoop;
+    const std::unique_ptr<PortWorker> device = kind.makeWorker(this);
     {
         const std::lock_guard lock(mutex);
         if (stage == Stage::Opening)
-            stage = isOpen ? Stage::Open : Stage::Over;
-        if (!isOpen)
-            error = device.errorString();
-        if (stage == Stage::Open)
-            worker = &device;
-        changed.notify_all();
+            worker = device.get();
     }
-    if (worker)
-        loop.exec();
+    if (worker) {
+        // From the loop, so that an opening that fails at once still finds a loop to leave.
+        QMetaObject::invokeMethod(
+            worker, [&] { device->open(settings); }, Qt::QueuedConnection);
+        ownLoop.exec();
+    }
     {
         const std::lock_guard lock(mutex);
         worker = nullptr;
     }
-    device.close(false);
+    device->close(false);
     const std::lock_guard lock(mutex);
     ended = true;
+    changed.notify_all();
+}
+
+void PortSession::opened(unsigned linesUp)
+{
+    const std::lock_guard lock(mutex);
+    if (stage != Stage::Opening)
+        return; // given up meanwhile, the order to end is on its way
+    lines = linesUp;
+    stage = Stage::Open;
+    changed.notify_all();
+}
+
+bool PortSession::end(PortFailure why, const QString& text)
+{
+    loop->quit();
+    const std::lock_guard lock(mutex);
+    if (stage == Stage::Over)
+        return false;
+    endWith(why, text);
+    return true;
+}
+
+void PortSession::endWith(PortFailure why, const QString& text)
+{
+    stage = Stage::Over;
+    reason = why;
+    error = text;
     changed.notify_all();
 }
 
@@ -119,11 +150,22 @@ void PortSession::addReceived(const QByteArray& bytes)
     tellOwner([](SerialPort* port) { Q_EMIT port->readyRead(); });
 }
 
-/// Bytes may have come before anybody listened.
 void PortSession::tellAgain()
 {
     if (signalBytes && bytesAvailable() > 0)
         tellOwner([](SerialPort* port) { Q_EMIT port->readyRead(); });
+}
+
+QByteArray PortSession::takeToWrite()
+{
+    const std::lock_guard lock(mutex);
+    return std::exchange(toWrite, {});
+}
+
+void PortSession::setLines(unsigned linesUp)
+{
+    const std::lock_guard lock(mutex);
+    lines = linesUp;
 }
 
 void PortSession::apply(const PortSettings& settings)
@@ -178,4 +220,10 @@ QString PortSession::errorString() const
 {
     const std::lock_guard lock(mutex);
     return error;
+}
+
+PortFailure PortSession::failure() const
+{
+    const std::lock_guard lock(mutex);
+    return reason;
 }

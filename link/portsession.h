@@ -6,13 +6,16 @@
 #include <QSerialPort>
 #include <QString>
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
 
+class PortSession;
 class PortWorker;
+class QEventLoop;
 
 struct PortSettings
 {
@@ -23,21 +26,30 @@ struct PortSettings
     QSerialPort::FlowControl flow = QSerialPort::NoFlowControl;
 };
 
+/// What a port opens: how its device is made, on the thread of the session that it is handed, and how long an
+/// opening may take.
+struct PortKind
+{
+    std::function<std::unique_ptr<PortWorker>(PortSession* session)> makeWorker;
+    std::chrono::milliseconds openPatience;
+};
+
 /// One open line and its thread, from open to close; a port that is opened again gets a new one. Owned
 /// together by port and thread, so that a thread stuck in the system can be left behind and ends by itself.
-/// Everything public may be called from any thread but the session's own.
 class PortSession : public std::enable_shared_from_this<PortSession>
 {
 public:
     /// The signals of `owner` are sent from the session's thread, readyRead() only with `signalBytes`.
     PortSession(SerialPort* owner, bool signalBytes);
 
-    /// Starts the thread and waits until the device is open (true), has failed, or takes too long.
-    bool start(const QString& name, const PortSettings& settings);
+    // The port's side, from any thread but the session's own.
+    /// Starts the thread and waits until the device is open (true), has failed, takes too long, or the
+    /// opening is cancelled.
+    bool start(const PortKind& kind, const PortSettings& settings);
     /// Ends the wait of start(), which gives false; the device may still be busy. Nothing once that is over.
     void cancel();
-    /// Ends the session: after writing out what goes at once, with `flush`. Waits for the thread a moment at
-    /// most. Must be called before the owner lets go.
+    /// Ends the session, at any stage: after writing out what goes at once, with `flush`. Waits for the
+    /// thread a moment at most. Must be called before the owner lets go.
     void finish(bool flush);
     /// No signal is sent for the owner after this.
     void forgetOwner();
@@ -49,10 +61,22 @@ public:
     unsigned lineStatus() const;
     bool isOpen() const;
     QString errorString() const;
+    PortFailure failure() const;
+
+    // The worker's side, on the session's thread.
+    /// The device is open, with these lines up.
+    void opened(unsigned lines);
+    /// The device could not be opened, or its link has ended: the session is over and its thread leaves.
+    /// False if it was over before.
+    bool end(PortFailure why, const QString& text);
+    void setLines(unsigned lines);
+    void addReceived(const QByteArray& bytes);
+    /// Bytes may have come before anybody listened.
+    void tellAgain();
+    QByteArray takeToWrite();
+    void tellOwner(const std::function<void(SerialPort*)>& tell);
 
 private:
-    friend class PortWorker;
-
     enum class Stage
     {
         Opening,
@@ -60,11 +84,9 @@ private:
         Over
     };
 
-    void run(const QString& name, const PortSettings& settings);
+    void run(const PortKind& kind, const PortSettings& settings);
     void onWorker(const std::function<void(PortWorker*)>& call); // with `mutex` held
-    void tellOwner(const std::function<void(SerialPort*)>& tell);
-    void addReceived(const QByteArray& bytes);
-    void tellAgain();
+    void endWith(PortFailure why, const QString& text);          // with `mutex` held
 
     mutable std::mutex mutex; // guards what follows, up to the owner
     std::condition_variable changed;
@@ -77,9 +99,11 @@ private:
     bool told = false; // readyRead() was sent and nothing read since
     QByteArray toWrite;
     unsigned lines = 0;
+    PortFailure reason = PortFailure::None;
     QString error;
 
-    std::mutex ownerMutex; // held while a signal is sent
+    QEventLoop* loop = nullptr; // of the session's thread, and used there only
+    std::mutex ownerMutex;      // held while a signal is sent
     SerialPort* owner;
     const bool signalBytes;
 };

@@ -1,42 +1,30 @@
 #pragma once
 
-#include "link/portsession.h"
-
-#include <QEventLoop>
 #include <QObject>
-#include <QSerialPort>
-#include <QTimer>
 
-/// The device itself, on the thread of its session.
+class PortSession;
+struct PortSettings;
+
+/// The device of one session, made, used and deleted on the session's thread, whose event loop runs from
+/// open() until the session ends. What happens to it is told to the session by opened() and end().
 class PortWorker : public QObject
 {
 public:
-    PortWorker(PortSession* session, QEventLoop* loop);
+    explicit PortWorker(PortSession* session)
+        : session(session)
+    {
+    }
 
-    /// False with the reason in errorString().
-    bool open(const QString& name, const PortSettings& settings);
-    void apply(const PortSettings& settings);
-    void writePending();
-    /// Closes the device and ends the loop.
-    void close(bool flush);
-    QString errorString() const { return port.errorString(); }
+    /// Begins to open the device; sooner or later the session's opened() or end() is called, unless close()
+    /// comes before.
+    virtual void open(const PortSettings& settings) = 0;
+    virtual void apply(const PortSettings& settings) = 0;
+    /// Takes what the session has to write.
+    virtual void writePending() = 0;
+    /// Closes the device, at any stage, without waiting for anything; with `flush` what it takes at once is
+    /// written out first. Nothing is told to the session any more. May be called again.
+    virtual void close(bool flush) = 0;
 
-private:
-    void takeReceived();
-    void onError(QSerialPort::SerialPortError error);
-    void hangUp();
-    void pollLines();
-    bool readLines();
-    void publishLines();
-    void tellDsr(bool up);
-
-    PortSession* session;
-    QEventLoop* loop;
-    QSerialPort port;
-    QTimer linePoll;
-    unsigned lines = 0;
-    bool hasLines = true;
-    bool readingLines = false;
-    bool lost = false;
-    bool endTold = false; // dsrChanged(false) was the last word
+protected:
+    PortSession* const session;
 };

@@ -3,8 +3,8 @@
 #include "common/settings.h"
 #include "link/myporttalker.h"
 #include "link/portlistener.h"
-#include "link/qtserialportadapter.h"
 #include "link/serialmonitorthread.h" // the monitor is ended here
+#include "link/systemports.h"
 #include "protocol/packets.h"
 #include "protocol/tembrindata.h"
 

@@ -2,8 +2,8 @@
 #include <QTest>
 
 #include "common/waits.h"
-#include "link/qtserialportadapter.h"
 #include "link/serialmonitorthread.h"
+#include "link/systemports.h"
 #include "tests/common/testsupport.h"
 #include "tests/link/ptypair.h"
 

@@ -1,4 +1,4 @@
-#include "link/portworker.h"
+#include "link/serialworker.h"
 
 #include "link/linklog.h"
 
@@ -18,30 +18,36 @@ unsigned linesOf(QSerialPort::PinoutSignals pins)
 
 } // namespace
 
-PortWorker::PortWorker(PortSession* session, QEventLoop* loop)
-    : session(session)
-    , loop(loop)
+PortKind SerialWorker::kind(const QString& name)
 {
-    connect(&port, &QSerialPort::readyRead, this, &PortWorker::takeReceived);
-    connect(&port, &QSerialPort::errorOccurred, this, &PortWorker::onError);
-    connect(&linePoll, &QTimer::timeout, this, &PortWorker::pollLines);
+    return {[name](PortSession* session) { return std::make_unique<SerialWorker>(session, name); },
+            std::chrono::seconds(15)}; // a terminal of a radio link may take several
 }
 
-bool PortWorker::open(const QString& name, const PortSettings& settings)
+SerialWorker::SerialWorker(PortSession* session, const QString& name)
+    : PortWorker(session)
 {
     port.setPortName(name);
+    connect(&port, &QSerialPort::readyRead, this, &SerialWorker::takeReceived);
+    connect(&port, &QSerialPort::errorOccurred, this, &SerialWorker::onError);
+    connect(&linePoll, &QTimer::timeout, this, &SerialWorker::pollLines);
+}
+
+void SerialWorker::open(const PortSettings& settings)
+{
     apply(settings);
-    if (!port.open(QIODevice::ReadWrite))
-        return false;
+    if (!port.open(QIODevice::ReadWrite)) {
+        session->end(PortFailure::Other, port.errorString());
+        return;
+    }
     hasLines = readLines();
     if (!hasLines)
         lines = allLines;
-    publishLines();
+    session->opened(lines);
     linePoll.start(linePollInterval);
-    return true;
 }
 
-void PortWorker::apply(const PortSettings& settings)
+void SerialWorker::apply(const PortSettings& settings)
 {
     port.setBaudRate(settings.baud);
     port.setDataBits(settings.dataBits);
@@ -50,29 +56,25 @@ void PortWorker::apply(const PortSettings& settings)
     port.setFlowControl(settings.flow);
 }
 
-void PortWorker::writePending()
+void SerialWorker::writePending()
 {
-    QByteArray bytes;
-    {
-        const std::lock_guard lock(session->mutex);
-        bytes.swap(session->toWrite);
-    }
+    const QByteArray bytes = session->takeToWrite();
     if (!lost && !bytes.isEmpty())
         port.write(bytes);
 }
 
-void PortWorker::close(bool flush)
+void SerialWorker::close(bool flush)
 {
     if (flush && !lost) {
         writePending();
         port.flush(); // what the device takes without waiting
     }
     lost = true;
+    linePoll.stop();
     port.close();
-    loop->quit();
 }
 
-void PortWorker::takeReceived()
+void SerialWorker::takeReceived()
 {
     if (port.isOpen())
         session->addReceived(port.readAll());
@@ -80,7 +82,7 @@ void PortWorker::takeReceived()
 
 /// A dead line reports its error again and again until it is closed, and closing must wait until the notifier
 /// that reports has returned.
-void PortWorker::onError(QSerialPort::SerialPortError error)
+void SerialWorker::onError(QSerialPort::SerialPortError error)
 {
     if (lost || readingLines)
         return;
@@ -92,24 +94,16 @@ void PortWorker::onError(QSerialPort::SerialPortError error)
     }
 }
 
-void PortWorker::hangUp()
+void SerialWorker::hangUp()
 {
     linePoll.stop();
     takeReceived();
     port.close();
-    {
-        const std::lock_guard lock(session->mutex);
-        if (session->stage == PortSession::Stage::Over)
-            return; // closed meanwhile, the order to end is on its way
-        session->stage = PortSession::Stage::Over;
-        session->error = QStringLiteral("the line was lost");
-    }
-    if (!endTold)
+    if (session->end(PortFailure::Lost, QStringLiteral("the line was lost")) && !endTold)
         tellDsr(false);
-    loop->quit();
 }
 
-void PortWorker::pollLines()
+void SerialWorker::pollLines()
 {
     session->tellAgain();
     if (!hasLines || lost)
@@ -120,12 +114,12 @@ void PortWorker::pollLines()
         session->tellOwner([](SerialPort* owner) { Q_EMIT owner->test(2); });
         return;
     }
-    publishLines();
+    session->setLines(lines);
     if ((before ^ lines) & SerialPort::LineDsr)
         tellDsr(lines & SerialPort::LineDsr);
 }
 
-bool PortWorker::readLines()
+bool SerialWorker::readLines()
 {
     readingLines = true;
     port.clearError();
@@ -137,13 +131,7 @@ bool PortWorker::readLines()
     return true;
 }
 
-void PortWorker::publishLines()
-{
-    const std::lock_guard lock(session->mutex);
-    session->lines = lines;
-}
-
-void PortWorker::tellDsr(bool up)
+void SerialWorker::tellDsr(bool up)
 {
     endTold = !up;
     session->tellOwner([up](SerialPort* owner) { Q_EMIT owner->dsrChanged(up); });

@@ -1,26 +1,23 @@
 #pragma once
 
+#include "link/portsession.h"
 #include "link/serialport.h"
 
 #include <memory>
 #include <mutex>
 
-class PortSession;
-struct PortSettings;
-
-/// A serial port of the system. The device lives on a thread of its own from open() to close(), so that
-/// bytes are taken off the line however busy the reader is, and a stalled line holds up nobody. Any name
-/// under /dev or an absolute path is a port, a pseudo terminal or a link to one as well.
+/// A port of the system, of any kind. The device lives on a thread of its own from open() to close(), so that
+/// bytes are taken off the line however busy the reader is, and a stalled line holds up nobody.
 ///
 /// The object belongs to the application's thread whichever thread makes it. A line can die before anybody
 /// has connected to dsrChanged(), so look at isOpen() once after connecting.
-class QtSerialPortAdapter : public SerialPort
+class SessionPort : public SerialPort
 {
     Q_OBJECT
 
 public:
-    QtSerialPortAdapter(const QString& portName, QueryMode mode);
-    ~QtSerialPortAdapter() override;
+    SessionPort(const QString& portName, QueryMode mode, PortKind kind);
+    ~SessionPort() override;
 
     QString portName() const override;
     QueryMode queryMode() const override;
@@ -40,6 +37,7 @@ public:
     qint64 write(const QByteArray& bytes) override;
     unsigned lineStatus() const override;
     QString errorString() const override;
+    PortFailure failure() const override;
 
 private:
     std::shared_ptr<PortSession> current() const;
@@ -48,10 +46,8 @@ private:
 
     const QString name;
     const QueryMode mode;
-    std::unique_ptr<PortSettings> settings;
+    const PortKind kind;
+    PortSettings settings;
     mutable std::mutex mutex; // guards the settings and the session
     std::shared_ptr<PortSession> session;
 };
-
-/// Makes ports of the system.
-SerialPortFactory systemPortFactory();

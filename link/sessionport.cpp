@@ -1,20 +1,20 @@
-#include "link/qtserialportadapter.h"
-
-#include "link/portsession.h"
+#include "link/sessionport.h"
 
 #include <QCoreApplication>
 
-QtSerialPortAdapter::QtSerialPortAdapter(const QString& portName, QueryMode mode)
+#include <utility>
+
+SessionPort::SessionPort(const QString& portName, QueryMode mode, PortKind portKind)
     : name(portName)
     , mode(mode)
-    , settings(std::make_unique<PortSettings>())
+    , kind(std::move(portKind))
 {
     // Made on a thread that ends after the opening; deleteLater() needs one that runs on.
     if (QCoreApplication::instance())
         moveToThread(QCoreApplication::instance()->thread());
 }
 
-QtSerialPortAdapter::~QtSerialPortAdapter()
+SessionPort::~SessionPort()
 {
     if (const auto old = current()) {
         old->forgetOwner();
@@ -22,18 +22,18 @@ QtSerialPortAdapter::~QtSerialPortAdapter()
     }
 }
 
-QString QtSerialPortAdapter::portName() const
+QString SessionPort::portName() const
 {
     return name;
 }
 
-SerialPort::QueryMode QtSerialPortAdapter::queryMode() const
+SerialPort::QueryMode SessionPort::queryMode() const
 {
     return mode;
 }
 
 /// Both open modes are the same here: bytes leave as soon as the line takes them.
-bool QtSerialPortAdapter::open(OpenMode)
+bool SessionPort::open(OpenMode)
 {
     if (isOpen())
         return false;
@@ -43,31 +43,31 @@ bool QtSerialPortAdapter::open(OpenMode)
     {
         const std::lock_guard lock(mutex);
         session = fresh;
-        atStart = *settings;
+        atStart = settings;
     }
-    if (fresh->start(name, atStart))
+    if (fresh->start(kind, atStart))
         return true;
     fresh->finish(false);
     return false;
 }
 
-void QtSerialPortAdapter::cancelOpening()
+void SessionPort::cancelOpening()
 {
     if (const auto line = current())
         line->cancel();
 }
 
-void QtSerialPortAdapter::close()
+void SessionPort::close()
 {
     end(true);
 }
 
-void QtSerialPortAdapter::closeWithoutFlush()
+void SessionPort::closeWithoutFlush()
 {
     end(false);
 }
 
-void QtSerialPortAdapter::end(bool flush)
+void SessionPort::end(bool flush)
 {
     const auto old = current();
     if (!old)
@@ -78,31 +78,31 @@ void QtSerialPortAdapter::end(bool flush)
     old->read(old->bytesAvailable());
 }
 
-bool QtSerialPortAdapter::isOpen() const
+bool SessionPort::isOpen() const
 {
     const auto line = current();
     return line && line->isOpen();
 }
 
-template<typename Change> void QtSerialPortAdapter::changeSettings(Change change)
+template<typename Change> void SessionPort::changeSettings(Change change)
 {
     const std::lock_guard lock(mutex);
-    change(*settings);
+    change(settings);
     if (session)
-        session->apply(*settings);
+        session->apply(settings);
 }
 
-void QtSerialPortAdapter::setBaudRate(int baud)
+void SessionPort::setBaudRate(int baud)
 {
     changeSettings([baud](PortSettings& s) { s.baud = baud; });
 }
 
-void QtSerialPortAdapter::setDataBits(int bits)
+void SessionPort::setDataBits(int bits)
 {
     changeSettings([bits](PortSettings& s) { s.dataBits = static_cast<QSerialPort::DataBits>(bits); });
 }
 
-void QtSerialPortAdapter::setParity(Parity parity)
+void SessionPort::setParity(Parity parity)
 {
     changeSettings([parity](PortSettings& s) {
         switch (parity) {
@@ -119,59 +119,58 @@ void QtSerialPortAdapter::setParity(Parity parity)
     });
 }
 
-void QtSerialPortAdapter::setStopBits(StopBits bits)
+void SessionPort::setStopBits(StopBits bits)
 {
     changeSettings([bits](PortSettings& s) {
         s.stopBits = bits == StopBits::One ? QSerialPort::OneStop : QSerialPort::TwoStop;
     });
 }
 
-void QtSerialPortAdapter::setFlowControl(FlowControl flow)
+void SessionPort::setFlowControl(FlowControl flow)
 {
     changeSettings([flow](PortSettings& s) {
         s.flow = flow == FlowControl::None ? QSerialPort::NoFlowControl : QSerialPort::HardwareControl;
     });
 }
 
-qint64 QtSerialPortAdapter::bytesAvailable() const
+qint64 SessionPort::bytesAvailable() const
 {
     const auto line = current();
     return line ? line->bytesAvailable() : 0;
 }
 
-QByteArray QtSerialPortAdapter::read(qint64 maxSize)
+QByteArray SessionPort::read(qint64 maxSize)
 {
     const auto line = current();
     return line ? line->read(maxSize) : QByteArray();
 }
 
-qint64 QtSerialPortAdapter::write(const QByteArray& bytes)
+qint64 SessionPort::write(const QByteArray& bytes)
 {
     const auto line = current();
     return line ? line->write(bytes) : -1;
 }
 
-unsigned QtSerialPortAdapter::lineStatus() const
+unsigned SessionPort::lineStatus() const
 {
     const auto line = current();
     return line ? line->lineStatus() : 0;
 }
 
-QString QtSerialPortAdapter::errorString() const
+QString SessionPort::errorString() const
 {
     const auto line = current();
     return line ? line->errorString() : QString();
 }
 
-std::shared_ptr<PortSession> QtSerialPortAdapter::current() const
+PortFailure SessionPort::failure() const
+{
+    const auto line = current();
+    return line ? line->failure() : PortFailure::None;
+}
+
+std::shared_ptr<PortSession> SessionPort::current() const
 {
     const std::lock_guard lock(mutex);
     return session;
-}
-
-SerialPortFactory systemPortFactory()
-{
-    return [](const QString& name, SerialPort::QueryMode mode) -> std::unique_ptr<SerialPort> {
-        return std::make_unique<QtSerialPortAdapter>(name, mode);
-    };
 }
