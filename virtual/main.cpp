@@ -1,3 +1,4 @@
+#include "virtual/fakeradio.h"
 #include "virtual/virtualclass.h"
 #include "virtual/virtualcommands.h"
 #include "virtual/virtualoptions.h"
@@ -11,6 +12,7 @@
 #include <csignal>
 #include <cstdio>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -84,13 +86,31 @@ void watchInput(QCoreApplication& application, VirtualCommands& commands)
     });
 }
 
-/// Links of a run that was killed; their terminals may belong to somebody else by now.
-void removeStaleLinks(const QDir& directory)
+/// Links and sockets of a run that was killed; terminals may belong to somebody else by now.
+void removeStalePorts(const QDir& directory)
 {
     for (const QFileInfo& entry : directory.entryInfoList(QDir::Files | QDir::System)) {
-        if (entry.isSymLink() && entry.symLinkTarget().startsWith(QLatin1String("/dev/pts/")))
+        struct stat state = {};
+        const bool isKnown = ::lstat(QFile::encodeName(entry.filePath()).constData(), &state) == 0;
+        if (entry.isSymLink() ? entry.symLinkTarget().startsWith(QLatin1String("/dev/pts/"))
+                              : isKnown && S_ISSOCK(state.st_mode))
             QFile::remove(entry.filePath());
     }
+}
+
+/// A line for each port and what is in it.
+void tellPorts(VirtualClass& loggers, const FakeRadio* radio)
+{
+    if (radio)
+        say(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS=") + radio->busAddress());
+    for (int i = 0; i < loggers.count(); ++i) {
+        const VirtualLogger& logger = loggers.logger(i);
+        say(QStringLiteral("%1 %2 %3")
+                .arg(i + 1)
+                .arg(radio ? FakeRadio::addressOf(logger.identity()) : loggers.port(i).place(),
+                     logger.summary()));
+    }
+    say(QStringLiteral("ready"));
 }
 
 } // namespace
@@ -119,12 +139,16 @@ int main(int argc, char** argv)
         complain(QStringLiteral("%1 is in use by another run or can't be written").arg(options.directory));
         return ExitFailed;
     }
-    removeStaleLinks(directory);
+    removeStalePorts(directory);
 
-    VirtualClass loggers(options.loggers, directory.absolutePath());
+    std::unique_ptr<FakeRadio> radio;
+    if (options.adapters > 0)
+        radio = std::make_unique<FakeRadio>(options.loggers, options.adapters, directory.absolutePath());
+    VirtualClass loggers(options.loggers, directory.absolutePath(),
+                         radio ? VirtualClass::PortKind::Socket : VirtualClass::PortKind::Terminal);
     if ((!options.logFile.isEmpty() && !loggers.log().openLog(options.logFile, &error)) ||
         (!options.recordFile.isEmpty() && !loggers.log().openRecord(options.recordFile, &error)) ||
-        !loggers.open(&error)) {
+        !loggers.open(&error) || (radio && !radio->start(&error))) {
         complain(error);
         return ExitFailed;
     }
@@ -134,13 +158,9 @@ int main(int argc, char** argv)
                 loggers.faults(i).set(fault.name, fault.value, &error);
         }
     }
-    for (int i = 0; i < loggers.count(); ++i)
-        say(QStringLiteral("%1 %2 %3")
-                .arg(i + 1)
-                .arg(loggers.port(i).linkPath(), loggers.logger(i).summary()));
-    say(QStringLiteral("ready"));
+    tellPorts(loggers, radio.get());
 
-    VirtualCommands commands(loggers);
+    VirtualCommands commands(loggers, radio.get());
     for (const auto& [seconds, command] : options.script)
         QTimer::singleShot(qRound(seconds * 1000), &application,
                            [&, line = command] { execute(commands, line); });

@@ -1,5 +1,8 @@
 #include "virtual/virtualclass.h"
 
+#include "virtual/socketport.h"
+#include "virtual/terminalport.h"
+
 #include <QDir>
 #include <QSocketNotifier>
 
@@ -22,12 +25,17 @@ qint64 VirtualClass::now()
     return time.tv_sec * nsPerSecond + time.tv_nsec;
 }
 
-VirtualClass::VirtualClass(const QVector<LoggerIdentity>& identities, const QString& directory,
+VirtualClass::VirtualClass(const QVector<LoggerIdentity>& identities, const QString& directory, PortKind kind,
                            QObject* parent)
     : QObject(parent)
 {
-    for (const LoggerIdentity& identity : identities)
-        addPlace(identity, directory);
+    for (const LoggerIdentity& identity : identities) {
+        const QString place = QDir(directory).filePath(identity.name);
+        if (kind == PortKind::Socket)
+            addPlace(identity, std::make_unique<SocketPort>(place));
+        else
+            addPlace(identity, std::make_unique<TerminalPort>(place));
+    }
 }
 
 VirtualClass::~VirtualClass()
@@ -38,12 +46,12 @@ VirtualClass::~VirtualClass()
         ::close(timer);
 }
 
-void VirtualClass::addPlace(const LoggerIdentity& identity, const QString& directory)
+void VirtualClass::addPlace(const LoggerIdentity& identity, std::unique_ptr<VirtualPort> port)
 {
     const int index = count();
     auto place = std::make_unique<Place>();
     place->logger = std::make_unique<VirtualLogger>(identity, now(), QDateTime::currentDateTimeUtc());
-    place->port = std::make_unique<VirtualPort>(QDir(directory).filePath(identity.name));
+    place->port = std::move(port);
     place->line = FaultyLine(identity.seed);
     place->logger->setListener([this, index](const QByteArray& frame) {
         frameLog.note(index, logger(index).identity().name, frame, false, FrameLog::Sent);

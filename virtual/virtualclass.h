@@ -18,8 +18,14 @@ class VirtualClass : public QObject
     Q_OBJECT
 
 public:
+    enum class PortKind
+    {
+        Terminal,
+        Socket ///< for links by the fake Bluetooth service
+    };
+
     explicit VirtualClass(const QVector<LoggerIdentity>& identities, const QString& directory,
-                          QObject* parent = nullptr);
+                          PortKind kind = PortKind::Terminal, QObject* parent = nullptr);
     ~VirtualClass() override;
 
     /// Opens all ports. False, with the reason in `error`, if one can't be.
@@ -47,7 +53,7 @@ private:
         FaultyLine line;
     };
 
-    void addPlace(const LoggerIdentity& identity, const QString& directory);
+    void addPlace(const LoggerIdentity& identity, std::unique_ptr<VirtualPort> port);
     void send(int index, const LoggerPackets& packets, qint64 time);
     void write(int index, qint64 time);
     void work();

@@ -1,6 +1,7 @@
 #include "virtual/virtualcommands.h"
 
 #include "sensors/sensorids.h"
+#include "virtual/fakeradio.h"
 #include "virtual/models.h"
 #include "virtual/rates.h"
 #include "virtual/virtualclass.h"
@@ -18,8 +19,8 @@ struct CommandRow
 };
 
 constexpr CommandRow commands[] = {
-    {"pull", 0, "pull N", "pull the cable: the port is hung up, its link goes"},
-    {"put", 0, "put N", "put the cable back: a new port under the old link"},
+    {"pull", 0, "pull N", "pull the cable, or walk out of reach: the port is hung up, its link goes"},
+    {"put", 0, "put N", "put the cable back: a new port under the old link; or come back"},
     {"plug", 2, "plug N SOCKET ID", "plug sensor ID (101 to 114) into socket 1 or 2"},
     {"unplug", 1, "unplug N SOCKET", "take the sensor out"},
     {"press-start", 0, "press-start N", "start a run with the logger's own key"},
@@ -32,6 +33,7 @@ constexpr CommandRow commands[] = {
     {"fault", 1, "fault N NAME=VALUE ...", "set faults of the line; \"fault N off\" clears them"},
     {"dump", 1, "dump N FILE", "write program memory and EEPROM of one logger as Intel HEX"},
     {"status", 0, "status [N]", "what the loggers are doing"},
+    {"service", -1, "service die|start", "the fake Bluetooth service crashes, and is there again"},
     {"help", -1, "help", "this list"},
     {"quit", -1, "quit", "end the program"},
 };
@@ -70,6 +72,8 @@ QString VirtualCommands::execute(const QString& line)
         hasQuit = true;
         return {};
     }
+    if (words.constFirst() == QLatin1String("service"))
+        return switchService(words.value(1));
     if (words.size() == 1 && words.constFirst() == QLatin1String("status"))
         words.append(QStringLiteral("all"));
     QVector<int> chosen;
@@ -158,6 +162,20 @@ QString VirtualCommands::onOne(int index, const Words& words)
                  loggers.port(index).isOpen() ? QString() : QStringLiteral(", cable pulled"),
                  loggers.faults(index).text())
             .trimmed();
+    return {};
+}
+
+QString VirtualCommands::switchService(const QString& word)
+{
+    QString error;
+    if (!radio)
+        return QStringLiteral("error: there is no service without --bluetooth");
+    if (word == QLatin1String("die"))
+        radio->killService();
+    else if (word != QLatin1String("start"))
+        return QStringLiteral("error: service takes die or start");
+    else if (!radio->startService(&error))
+        return QStringLiteral("error: ") + error;
     return {};
 }
 

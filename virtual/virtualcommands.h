@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <QVector>
 
+class FakeRadio;
 class VirtualClass;
 
 /// The control language: one line says what happens to one logger or to all, as a person with the devices in
@@ -11,8 +12,10 @@ class VirtualClass;
 class VirtualCommands
 {
 public:
-    explicit VirtualCommands(VirtualClass& loggers)
+    /// `radio` is null where the ports are terminals.
+    explicit VirtualCommands(VirtualClass& loggers, FakeRadio* radio = nullptr)
         : loggers(loggers)
+        , radio(radio)
     {
     }
 
@@ -26,6 +29,7 @@ private:
 
     QString onEach(const QVector<int>& chosen, const Words& words);
     QString onOne(int index, const Words& words);
+    QString switchService(const QString& word);
     QString plug(int index, const QString& socket, int sensorId);
     QString setFaults(int index, const Words& words);
     QString dump(int index, const QString& path);
@@ -34,5 +38,6 @@ private:
     bool choose(const QString& word, QVector<int>* chosen) const;
 
     VirtualClass& loggers;
+    FakeRadio* radio;
     bool hasQuit = false;
 };

@@ -88,6 +88,10 @@ void addOptions(QCommandLineParser& parser)
     add("count", "How many loggers, 1 to 8.", "N", QStringLiteral("4"));
     add("directory", "Where the links to the ports appear; made if it is not there.", "DIR",
         defaultDirectory());
+    addFlag("bluetooth",
+            "Links of a fake Bluetooth service on a bus of its own, instead of pseudo terminals.");
+    add("adapters", "Bluetooth adapters, among which the loggers are spread, 1 or 2.", "N",
+        QStringLiteral("2"));
     add("model",
         "Model: a name such as Birch, a constant such as GROVE_INT_2, or a type code. Several, by commas "
         "or repeated, are dealt out in turn. Default: a mix.",
@@ -282,8 +286,10 @@ bool VirtualOptions::read(const QStringList& arguments, QString* error)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "Virtual Tembrin loggers on pseudo terminals: a class without hardware.\n\n"
-        "Prints the link of each logger, then \"ready\". Reads commands from standard input (\"help\" lists\n"
+        "Virtual Tembrin loggers on pseudo terminals, or on a fake of the Bluetooth service: a class "
+        "without\n"
+        "hardware.\n\n"
+        "Prints the port of each logger, then \"ready\". Reads commands from standard input (\"help\" lists\n"
         "them) and runs until \"quit\", SIGINT or SIGTERM. Loggers count from 1.\n"
         "Ends with 0, with 1 if a port or file can't be had, with 2 if the command line is wrong."));
     const QCommandLineOption help = parser.addHelpOption();
@@ -328,6 +334,8 @@ bool VirtualOptions::read(const QStringList& arguments, QString* error)
     faults = readFaults(reader, parser.values(QStringLiteral("fault")), count);
     script = readScript(reader, parser.values(QStringLiteral("at")));
     directory = parser.value(QStringLiteral("directory"));
+    const int wantedAdapters = int(reader.number(QStringLiteral("adapters"), 1, 2));
+    adapters = parser.isSet(QStringLiteral("bluetooth")) ? wantedAdapters : 0;
     logFile = parser.value(QStringLiteral("log"));
     recordFile = parser.value(QStringLiteral("record"));
     *error = reader.error();

@@ -22,6 +22,7 @@ struct VirtualOptions
     QVector<LoggerIdentity> loggers;
     QVector<LoggerFault> faults;
     QString directory;
+    int adapters = 0; ///< of the fake Bluetooth service; 0: the ports are terminals
     QString logFile;
     QString recordFile;
     QVector<QPair<double, QString>> script; ///< seconds after the start, command
