@@ -151,6 +151,7 @@ private:
     QString nameOf(int index) const;
     QString awayText() const;
     void showConnected(int index);
+    void showConnecting(int index);
     void showNotConnected(int index);
     void updateHint();
 

@@ -2,6 +2,7 @@
 
 #include "app/simulationpanel.h"
 #include "classroom/classrun.h"
+#include "classroom/failuretexts.h"
 #include "classroom/loggerconnector.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/settings.h"
@@ -25,16 +26,14 @@
 
 namespace {
 constexpr int msConnected = 10000; // once all are there, that is no news for long
+constexpr int msBeforeCancel = 1000;
 const QString noPort = QStringLiteral("COMxx");
 } // namespace
 
 void MainWindow::connectConnector()
 {
     LoggerConnector* connector = &mTembrin->connector();
-    connect(connector, &LoggerConnector::opening, this, [this] {
-        advancedSetupAct->setEnabled(false);
-        statusBar()->showMessage(tr("Trying to connect to Tembrin, please wait.."));
-    });
+    connect(connector, &LoggerConnector::opening, this, &MainWindow::showConnecting);
     connect(connector, &LoggerConnector::opened, this, &MainWindow::showConnected);
     connect(connector, &LoggerConnector::failed, this, &MainWindow::showNotConnected);
     connect(connector, &LoggerConnector::seeking, this, &MainWindow::showSeeking);
@@ -51,7 +50,11 @@ void MainWindow::tryConnectAll()
 
 void MainWindow::tryConnect(int index)
 {
-    mTembrin->connector().connectLogger(index);
+    // A radio calls for many seconds, and the person may know better; a double click is none of that.
+    if (mTembrin->connector().msOpening(index) >= msBeforeCancel)
+        mTembrin->connector().cancel(index);
+    else
+        mTembrin->connector().connectLogger(index);
 }
 
 void MainWindow::disconnectAll()
@@ -66,16 +69,51 @@ QString MainWindow::nameOf(int index) const
     return name.isEmpty() ? QFileInfo(mTembrin->tembrinAt(index)->portName).fileName() : name;
 }
 
-/// Which groups nobody talks to at present; empty if there is none.
+/// Which groups nobody talks to at present, and why; empty if there is none.
 QString MainWindow::awayText() const
 {
-    QStringList groups;
+    QStringList called;
+    QVector<PortFailure> failures;
+    QVector<QStringList> groups; // of each failure
+    QString port;
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i) {
         const LoggerConnector::State state = mTembrin->connector().state(i);
-        if (state == LoggerConnector::State::Idle || state == LoggerConnector::State::Waiting)
-            groups.append(mTembrin->groupName(i));
+        if (state == LoggerConnector::State::Opening)
+            called.append(mTembrin->groupName(i));
+        if (state != LoggerConnector::State::Idle && state != LoggerConnector::State::Waiting)
+            continue;
+        const TembrinProtocol* const logger = mTembrin->tembrinAt(i);
+        int place = failures.indexOf(logger->failure);
+        if (place < 0) {
+            place = failures.size();
+            failures.append(logger->failure);
+            groups.append(QStringList());
+            port = logger->portName;
+        }
+        groups[place].append(mTembrin->groupName(i));
     }
-    return groups.isEmpty() ? QString() : tr("Not connected: %1").arg(groups.join(QStringLiteral(", ")));
+    QStringList parts;
+    for (int i = 0; i < failures.size(); ++i) {
+        const QString why = FailureTexts::reason(failures[i], port);
+        const QString names = groups[i].join(QStringLiteral(", "));
+        parts.append(why.isEmpty() ? names : tr("%1 (%2)").arg(names, why));
+    }
+    QString text =
+        parts.isEmpty() ? QString() : tr("Not connected: %1").arg(parts.join(QStringLiteral(", ")));
+    if (failures.size() == 1 && FailureTexts::isOfComputer(failures[0]))
+        text += QStringLiteral(". ") + FailureTexts::cure(failures[0], port);
+    if (!called.isEmpty())
+        text = (tr("Connecting: %1").arg(called.join(QStringLiteral(", "))) + QStringLiteral("  ") + text)
+                   .trimmed();
+    return text;
+}
+
+void MainWindow::showConnecting(int index)
+{
+    advancedSetupAct->setEnabled(false);
+    statusBar()->showMessage(tr("Trying to connect to Tembrin, please wait.."));
+    indicator->setConnecting(index);
+    indicator->setToolTipsMsg(index, tr("Connecting. Click to give up."));
 }
 
 void MainWindow::showConnected(int index)
@@ -124,8 +162,10 @@ void MainWindow::showNotConnected(int index)
 {
     advancedSetupAct->setEnabled(true);
     statusBar()->showMessage(awayText());
+    const TembrinProtocol* const logger = mTembrin->tembrinAt(index);
+    const QString tip = tr("Not connected (tried BT port %1)").arg(logger->portName);
     indicator->setToolTipsMsg(
-        index, tr("Not connected (tried BT port %1)").arg(mTembrin->tembrinAt(index)->portName));
+        index, (tip + QLatin1Char('\n') + FailureTexts::text(logger->failure, logger->portName)).trimmed());
     indicator->setBT(index, false);
 }
 

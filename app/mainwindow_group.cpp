@@ -3,14 +3,20 @@
 #include "classroom/multiconnectionsmanager.h"
 #include "classroom/selectmanyloggers.h"
 #include "common/settings.h"
+#include "instruments/pairingtool.h"
 #include "protocol/tembrinprotocol.h"
 
 #include <QPointer>
 
 void MainWindow::doSelectMLog()
 {
-    const QVector<possibleDevice> devices = tembrin->getPairedDevices() + tembrin->getUSBDevices();
-    const QPointer<selectManyLoggers> dialog = new selectManyLoggers(mTembrin, devices, this);
+    const auto devices = [this] { return tembrin->getPairedDevices() + tembrin->getUSBDevices(); };
+    const QPointer<selectManyLoggers> dialog = new selectManyLoggers(mTembrin, devices(), this);
+    connect(dialog, &selectManyLoggers::pairingWanted, dialog, [dialog] {
+        if (!PairingTool::open())
+            dialog->tellNoPairing();
+    });
+    tembrin->watchPorts(dialog, [dialog, devices] { dialog->takeDevices(devices()); });
     dialog->exec();
     if (!dialog)
         return;

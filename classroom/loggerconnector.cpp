@@ -6,6 +6,7 @@
 #include "protocol/tembrinprotocol.h"
 
 #include <climits>
+#include <utility>
 
 namespace {
 constexpr int msBetweenAttempts = 100;
@@ -13,7 +14,43 @@ constexpr int furtherAttempts = 10;
 constexpr int msBetweenLooks = 1000; // for one that was not back within a series
 constexpr int looks = 60;
 constexpr int msBetweenLateLooks = 5000;
+constexpr int msForRadio = 300;
 constexpr int msForAnswer = 5000; // both kinds of question have gone out several times by then
+
+/// Trying again within a second changes nothing.
+bool isHopeless(PortFailure failure)
+{
+    return failure == PortFailure::NoRight || failure == PortFailure::NotPaired ||
+           failure == PortFailure::Refused || failure == PortFailure::NoAdapter ||
+           failure == PortFailure::AdapterOff || failure == PortFailure::NoService;
+}
+
+/// Whether what hindered a logger was of the radio, and has gone: somebody paired a device, switched the
+/// radio on, or started its service.
+bool isCleared(const TembrinProtocol& logger, const BluetoothState& radio)
+{
+    switch (logger.failure) {
+    case PortFailure::NotPaired:
+        return radio.adaptersOf.contains(QString(logger.portName).remove(QLatin1Char(':')));
+    case PortFailure::NoAdapter:
+    case PortFailure::AdapterOff:
+    case PortFailure::NoService:
+        return radio.hindrance == PortFailure::None;
+    case PortFailure::None:
+    case PortFailure::NoPort:
+    case PortFailure::NoRight:
+    case PortFailure::Held:
+    case PortFailure::OutOfReach:
+    case PortFailure::Refused:
+    case PortFailure::AdapterFull:
+    case PortFailure::Cancelled:
+    case PortFailure::Lost:
+    case PortFailure::Other:
+        return false;
+    }
+    return false;
+}
+
 } // namespace
 
 LoggerConnector::LoggerConnector(const ClassLoggers& loggers, QObject* parent)
@@ -23,6 +60,9 @@ LoggerConnector::LoggerConnector(const ClassLoggers& loggers, QObject* parent)
     seriesTimer.setSingleShot(true);
     seriesTimer.setTimerType(Qt::PreciseTimer);
     connect(&seriesTimer, &QTimer::timeout, this, &LoggerConnector::connectNext);
+    radioTimer.setSingleShot(true);
+    radioTimer.setInterval(msForRadio);
+    connect(&radioTimer, &QTimer::timeout, this, &LoggerConnector::takeRadio);
     for (int slot = 0; slot < mostLoggers; ++slot) {
         Slot& place = places[slot];
         for (QTimer* timer : {&place.retry, &place.answer})
@@ -48,6 +88,8 @@ LoggerConnector::~LoggerConnector()
 
 bool LoggerConnector::waitForAttempts(unsigned long ms)
 {
+    for (int slot = 0; slot < mostLoggers; ++slot)
+        cancel(slot);
     bool isDone = true;
     for (ConnectThread* thread : findChildren<ConnectThread*>())
         isDone = thread->wait(ms) && isDone;
@@ -59,7 +101,7 @@ void LoggerConnector::setInUse(int count)
     inUse = count;
     for (int slot = count; slot < mostLoggers; ++slot) {
         seek(slot, false);
-        places[slot].retry.stop();
+        cancel(slot);
     }
 }
 
@@ -105,8 +147,40 @@ void LoggerConnector::connectNext()
 
 void LoggerConnector::connectLogger(int slot)
 {
-    places[slot].tries = 0;
+    Slot& place = places[slot];
+    place.tries = 0;
+    place.isWanted = true;
+    place.isNext = place.isOpening && place.isCancelled;
     attempt(slot);
+}
+
+void LoggerConnector::cancel(int slot)
+{
+    Slot& place = places[slot];
+    place.isWanted = false;
+    place.isNext = false;
+    if (place.isOpening && !place.isCancelled) {
+        place.isCancelled = true;
+        loggers[slot]->cancelOpening();
+    } else if (place.retry.isActive()) {
+        place.retry.stop();
+        place.tries = 0;
+        Q_EMIT failed(slot, true);
+    }
+}
+
+qint64 LoggerConnector::msOpening(int slot) const
+{
+    return places[slot].isOpening ? places[slot].begun.elapsed() : -1;
+}
+
+void LoggerConnector::takeRadio()
+{
+    const BluetoothState radio = loggers[0]->bluetooth();
+    for (int slot = 0; slot < inUse; ++slot) {
+        if (places[slot].isWanted && state(slot) == State::Idle && isCleared(*loggers[slot], radio))
+            connectLogger(slot);
+    }
 }
 
 void LoggerConnector::attempt(int slot)
@@ -116,8 +190,12 @@ void LoggerConnector::attempt(int slot)
     place.retry.stop();
     if (slot >= inUse || place.isOpening)
         return;
+    if (!std::exchange(isWatching, true))
+        loggers[0]->watchPorts(this, [this] { radioTimer.start(); });
     place.isOpening = true;
+    place.isCancelled = false;
     place.isSilent = false;
+    place.begun.start();
     TembrinProtocol* logger = loggers[slot];
     if (logger->isConnect) {
         logger->isConnect = false;
@@ -132,6 +210,10 @@ void LoggerConnector::takeResult(int slot)
 {
     Slot& place = places[slot];
     place.isOpening = false;
+    if (std::exchange(place.isNext, false)) {
+        attempt(slot);
+        return;
+    }
     if (loggers[slot]->isConnect && slot >= inUse) {
         loggers[slot]->release(); // the class has become smaller meanwhile
         return;
@@ -149,7 +231,8 @@ void LoggerConnector::takeResult(int slot)
         ++place.tries;
         return;
     }
-    const bool isLast = place.tries >= furtherAttempts || slot >= inUse;
+    const bool isLast = place.tries >= furtherAttempts || slot >= inUse || place.isCancelled ||
+                        isHopeless(loggers[slot]->failure);
     if (isLast)
         place.tries = 0;
     else
@@ -208,7 +291,7 @@ void LoggerConnector::disconnectAll()
     seriesTimer.stop();
     for (int slot = 0; slot < mostLoggers; ++slot) {
         seek(slot, false);
-        places[slot].retry.stop();
+        cancel(slot);
         TembrinProtocol* logger = loggers[slot];
         if (!logger->isConnect)
             continue;

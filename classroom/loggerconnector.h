@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -34,14 +35,20 @@ public:
     bool isAnyOpening() const;
     /// A new series on every logger in use that is not connected, the first attempts 100 ms apart.
     void connectAll();
-    /// A new series on one; a connection that stands is closed first. Nothing while an attempt is under way.
+    /// A new series on one; a connection that stands is closed first. Nothing while an attempt is under way
+    /// that nobody has cancelled.
     void connectLogger(int slot);
+    /// Gives up the series on one; failed() follows. Nothing where none is under way.
+    void cancel(int slot);
+    /// How long the attempt under way has lasted, ms; -1 without one.
+    qint64 msOpening(int slot) const;
     /// Tries one whose connection broke again and again, quietly, until it is there or `isOn` is false.
     void seek(int slot, bool isOn);
     bool isSought(int slot) const { return places[slot].isSought; }
+    /// Closes all connections and cancels the attempts under way.
     void disconnectAll();
-    /// Until no attempt is under way any more, `ms` at most for each: what a thread still uses must not go.
-    /// False if one still is.
+    /// Cancels the attempts and waits until no attempt is under way any more, `ms` at most for each: what a
+    /// thread still uses must not go. False if one still is.
     bool waitForAttempts(unsigned long ms);
 
 Q_SIGNALS:
@@ -61,6 +68,7 @@ private:
     void greet(int slot);
     void takeAnswer(int slot);
     void takeLoss(int slot);
+    void takeRadio();
     void connectNext();
 
     struct Slot
@@ -68,7 +76,11 @@ private:
         bool isOpening = false;
         bool isSilent = false;
         bool isSought = false;
+        bool isCancelled = false; ///< the attempt under way
+        bool isWanted = false;    ///< nobody gave it up, so it is tried again when what hindered it has gone
+        bool isNext = false;      ///< a new series follows the cancelled attempt
         int tries = 0;
+        QElapsedTimer begun; ///< of the attempt under way
         QTimer retry;
         QTimer answer; ///< until a connected logger counts as silent
     };
@@ -78,4 +90,6 @@ private:
     int inUse = 0;
     int nextInSeries = 0;
     QTimer seriesTimer;
+    QTimer radioTimer;       ///< what the radio tells comes in bursts
+    bool isWatching = false; ///< from the first attempt on
 };

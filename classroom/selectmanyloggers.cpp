@@ -8,9 +8,11 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QSet>
 
 #include <algorithm>
 
+#include "classroom/failuretexts.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "common/settings.h"
 #include "protocol/tembrinprotocol.h"
@@ -24,6 +26,7 @@ constexpr double textSizes[] = {1.2, 1.0}; // to the usual one, best first: it i
 constexpr int listChars = 34;              // a group name and a device name in one line
 constexpr int leastChars = 18;             // on a small screen
 constexpr int leastRows = 4;
+constexpr int linksPerAdapter = 7;
 constexpr int itemPadding = 4; // pixels above and below a text
 constexpr int hintLines = 3;   // of the longest one
 
@@ -53,20 +56,20 @@ QString groupNameIn(QString line)
     return line.remove(brackets).remove(device).trimmed();
 }
 
-QString toolTipOf(const possibleDevice& device)
+bool isSame(const possibleDevice& one, const possibleDevice& other)
 {
-    if (!device.portName.isEmpty())
-        return selectManyLoggers::tr("Port: %1").arg(device.portName);
-    QString address = device.address;
-    for (int i = address.size() - 2; i > 0; i -= 2)
-        address.insert(i, QLatin1Char(':'));
-    return selectManyLoggers::tr("Paired, but no serial port is bound to it, so it can't be opened.\n"
-                                 "An administrator binds one with: rfcomm bind rfcomm0 %1")
-        .arg(address);
+    return one.address.isEmpty() || other.address.isEmpty() ? one.portName == other.portName
+                                                            : one.address == other.address;
 }
 
-void showIn(QListWidgetItem* item, const possibleDevice& device, const QString& text, int rowHeight,
-            bool isEditable)
+bool holds(const QVector<possibleDevice>& devices, const possibleDevice& device)
+{
+    return std::any_of(devices.cbegin(), devices.cend(),
+                       [&](const possibleDevice& other) { return isSame(device, other); });
+}
+
+void showIn(QListWidgetItem* item, const possibleDevice& device, const QString& text, const QString& tip,
+            int rowHeight, bool isEditable)
 {
     Qt::ItemFlags flags = Qt::ItemNeverHasChildren;
     if (!device.portName.isEmpty())
@@ -76,8 +79,8 @@ void showIn(QListWidgetItem* item, const possibleDevice& device, const QString& 
     item->setFlags(flags);
     item->setText(text);
     item->setSizeHint(QSize(0, rowHeight));
-    item->setToolTip(toolTipOf(device));
-    item->setData(Qt::AccessibleDescriptionRole, toolTipOf(device));
+    item->setToolTip(tip);
+    item->setData(Qt::AccessibleDescriptionRole, tip);
 }
 
 /// As many rows as there are devices. The rows that stay are kept, and with them an editor on one of them.
@@ -101,6 +104,8 @@ selectManyLoggers::selectManyLoggers(multiConnectionsManager* mTembrin,
           createButton(QStringLiteral("pushAdd"), tr("--> Add -->"), &selectManyLoggers::on_pushAdd_clicked))
     , pushRemove(createButton(QStringLiteral("pushRemove"), tr("<-- remove <--"),
                               &selectManyLoggers::on_pushRemove_clicked))
+    , pushPair(
+          createButton(QStringLiteral("pushPair"), tr("Pair a logger..."), &selectManyLoggers::pairingWanted))
     , pushButton_Save(createButton(QStringLiteral("pushButton_Save"), tr("Save"),
                                    &selectManyLoggers::on_pushButton_Save_clicked))
     , pushButton_Connect(createButton(QStringLiteral("pushButton_Connect"), tr("Connect"),
@@ -126,7 +131,10 @@ selectManyLoggers::selectManyLoggers(multiConnectionsManager* mTembrin,
             &selectManyLoggers::ListWidgetEditEnd);
     for (QListWidget* list : {listPaired, listUsed})
         connect(list, &QListWidget::itemSelectionChanged, this, &selectManyLoggers::updateButtons);
+    radio = mTembrin->tembrinAt(0)->bluetooth();
+    present = devList;
     sortOut(devList);
+    keepUnreadable();
     refresh();
     listPaired->setFocus();
 }
@@ -175,6 +183,7 @@ void selectManyLoggers::createLayout()
     between->addStretch();
 
     auto* below = new QHBoxLayout;
+    below->addWidget(pushPair);
     below->addStretch();
     for (QPushButton* button : {pushButton_Connect, pushButton_Save, pushButton})
         below->addWidget(button);
@@ -195,7 +204,7 @@ void selectManyLoggers::createLayout()
     all->addLayout(below, 3, 0, 1, 3);
     all->setRowStretch(1, 1);
 
-    QWidget* order[] = {listPaired,         pushAdd,         pushRemove, listUsed,
+    QWidget* order[] = {listPaired,         pushAdd,         pushRemove, listUsed, pushPair,
                         pushButton_Connect, pushButton_Save, pushButton};
     for (int i = 1; i < int(std::size(order)); ++i)
         setTabOrder(order[i - 1], order[i]);
@@ -240,16 +249,26 @@ void selectManyLoggers::takeFont(const QFont& font)
     layout()->invalidate();
 }
 
+/// The slot whose settings choose the device, -1 if none does.
+int selectManyLoggers::slotOf(const possibleDevice& device) const
+{
+    const QSettings store = Settings::mainStore();
+    for (int slot = 0; slot < mTembrin->nMaxTembrins(); ++slot) {
+        const TembrinProtocol* const logger = mTembrin->tembrinAt(slot);
+        const possibleDevice chosen{store.value(logger->loggerKey, noPort).toString(),
+                                    logger->storedAddress(), QString(), QString(), QString()};
+        if (isSame(device, chosen) && !(device.portName.isEmpty() && device.address.isEmpty()))
+            return slot;
+    }
+    return -1;
+}
+
 void selectManyLoggers::sortOut(const QVector<possibleDevice>& devList)
 {
     const QSettings store = Settings::mainStore();
-    const int slots = mTembrin->nMaxTembrins();
     for (possibleDevice device : devList) {
-        int slot = 0;
-        while (slot < slots &&
-               store.value(mTembrin->tembrinAt(slot)->loggerKey, noPort).toString() != device.portName)
-            ++slot;
-        if (slot == slots || device.portName.isEmpty() || used.size() == slots) {
+        const int slot = slotOf(device);
+        if (slot < 0 || device.portName.isEmpty() || used.size() == mTembrin->nMaxTembrins()) {
             unused.append(device);
             continue;
         }
@@ -258,17 +277,95 @@ void selectManyLoggers::sortOut(const QVector<possibleDevice>& devList)
     }
 }
 
+/// While the radio tells nothing, its loggers in use are not gone: saving must not take them out of the
+/// class.
+void selectManyLoggers::keepUnreadable()
+{
+    if (radio.hindrance == PortFailure::None)
+        return;
+    const QSettings store = Settings::mainStore();
+    for (int slot = 0; slot < mTembrin->nMaxTembrins() && used.size() < mTembrin->nMaxTembrins(); ++slot) {
+        const TembrinProtocol* const logger = mTembrin->tembrinAt(slot);
+        possibleDevice device;
+        device.address = logger->storedAddress();
+        if (device.address.isEmpty() || holds(used, device))
+            continue;
+        device.portName = store.value(logger->loggerKey, noPort).toString();
+        device.name = FailureTexts::addressText(device.address);
+        device.groupName = store.value(logger->groupKey).toString();
+        used.append(device);
+    }
+}
+
+void selectManyLoggers::takeDevices(const QVector<possibleDevice>& devList)
+{
+    radio = mTembrin->tembrinAt(0)->bluetooth();
+    QVector<possibleDevice> left;
+    for (possibleDevice device : devList) {
+        const auto same = [&](const possibleDevice& other) { return isSame(device, other); };
+        const auto chosen = std::find_if(used.begin(), used.end(), same);
+        if (chosen != used.end()) {
+            chosen->name = device.name;
+            continue;
+        }
+        const auto known = std::find_if(unused.cbegin(), unused.cend(), same);
+        if (known != unused.cend())
+            device.groupName = known->groupName;
+        left.append(device);
+    }
+    present = devList;
+    unused = left;
+    refresh();
+}
+
+void selectManyLoggers::tellNoPairing()
+{
+    hasNoPairing = true;
+    updateHint();
+}
+
+/// Why the device can't be reached, as far as that is known without trying, or from the last time it was.
+QString selectManyLoggers::reasonOf(const possibleDevice& device) const
+{
+    if (device.portName.isEmpty())
+        return tr("Paired, but this computer has no port for it, so it can't be opened.");
+    const bool isRadio = device.portName.contains(QLatin1Char(':')) && !device.address.isEmpty();
+    if (isRadio && radio.hindrance != PortFailure::None)
+        return FailureTexts::text(radio.hindrance, device.portName);
+    if (isRadio && !radio.adaptersOf.contains(device.address))
+        return FailureTexts::text(holds(present, device) ? PortFailure::AdapterOff : PortFailure::NotPaired,
+                                  device.portName);
+    const int slot = slotOf(device);
+    if (slot < 0 || mTembrin->isTembrinConnect(slot))
+        return {};
+    return FailureTexts::text(mTembrin->tembrinAt(slot)->failure, device.portName);
+}
+
+QString selectManyLoggers::tipOf(const possibleDevice& device) const
+{
+    QStringList lines;
+    if (!device.address.isEmpty())
+        lines += tr("Bluetooth address: %1").arg(FailureTexts::addressText(device.address));
+    if (!device.portName.isEmpty() && !device.portName.contains(QLatin1Char(':')))
+        lines += tr("Port: %1").arg(device.portName);
+    const QStringList adapters = radio.adaptersOf.value(device.address);
+    if (!adapters.isEmpty())
+        lines += tr("Adapter: %1").arg(adapters.join(QStringLiteral(", ")));
+    lines += reasonOf(device);
+    lines.removeAll(QString());
+    return lines.join(QLatin1Char('\n'));
+}
+
 void selectManyLoggers::refresh()
 {
     nameGroups();
     setRows(listPaired, unused.size());
     for (int i = 0; i < unused.size(); ++i)
-        showIn(listPaired->item(i), unused[i], unused[i].name, rowSize().height(), false);
+        showIn(listPaired->item(i), unused[i], unused[i].name, tipOf(unused[i]), rowSize().height(), false);
     setRows(listUsed, used.size());
     for (int i = 0; i < used.size(); ++i)
-        showIn(listUsed->item(i), used[i], displayText(used[i]), rowSize().height(), true);
+        showIn(listUsed->item(i), used[i], displayText(used[i]), tipOf(used[i]), rowSize().height(), true);
     nTembrins = used.size();
-    hint->setText(hintText());
     updateButtons();
 }
 
@@ -286,13 +383,55 @@ void selectManyLoggers::updateButtons()
     const bool isRoom = used.size() < mTembrin->nMaxTembrins();
     pushAdd->setEnabled(isRoom && !listPaired->selectedItems().isEmpty());
     pushRemove->setEnabled(!listUsed->selectedItems().isEmpty());
+    updateHint();
+}
+
+void selectManyLoggers::updateHint()
+{
+    hint->setText(hintText());
+}
+
+/// An adapter carries seven links, and a class has eight loggers at most.
+bool selectManyLoggers::isOneAdapterForAll() const
+{
+    QSet<QString> adapters;
+    for (const possibleDevice& device : used) {
+        const QStringList own = radio.adaptersOf.value(device.address);
+        if (own.isEmpty())
+            return false;
+        adapters.unite(QSet<QString>(own.cbegin(), own.cend()));
+    }
+    return used.size() > linksPerAdapter && adapters.size() == 1;
 }
 
 QString selectManyLoggers::hintText() const
 {
+    if (hasNoPairing)
+        return tr(
+            "No Bluetooth settings were found here. Pair the loggers with the tool of your system, such as "
+            "bluetoothctl; they appear here by themselves.");
+    const QList<QListWidgetItem*> chosen = listUsed->selectedItems() + listPaired->selectedItems();
+    if (chosen.size() == 1) {
+        const QListWidget* const list = chosen[0]->listWidget();
+        const int row = list->row(chosen[0]);
+        const QString reason = reasonOf(list == listUsed ? used.value(row) : unused.value(row));
+        if (!reason.isEmpty())
+            return tr("%1: %2").arg(chosen[0]->text(), reason);
+    }
+    if (isOneAdapterForAll())
+        return tr("Eight loggers need two Bluetooth adapters, since one carries seven. Plug in a second one "
+                  "and pair "
+                  "some of the loggers with it, or remove one.");
+    const bool hasRadio = std::any_of(used.cbegin(), used.cend(),
+                                      [](const possibleDevice& device) { return !device.address.isEmpty(); });
+    if (radio.hindrance != PortFailure::None && (hasRadio || used.isEmpty())) {
+        const QString reason = FailureTexts::text(radio.hindrance, QString());
+        return tr("No Bluetooth logger can be reached: %1").arg(reason);
+    }
     if (unused.isEmpty() && used.isEmpty())
-        return tr("No paired logger was found. Pair one in the Bluetooth settings of this computer and open "
-                  "this window again, or start the program virtual-loggers to rehearse without one.");
+        return tr(
+            "No paired logger was found. Pair one: it appears here by itself. To rehearse without one, start "
+            "the program virtual-loggers.");
     if (used.size() == mTembrin->nMaxTembrins())
         return tr("%1 loggers are in use, the most that a class can have. Remove one to add another.")
             .arg(used.size());
@@ -300,7 +439,7 @@ QString selectManyLoggers::hintText() const
         return device.portName.isEmpty();
     });
     if (hasPortless)
-        return tr("A grey logger has no serial port yet. Point at it to see what to do.");
+        return tr("A grey logger has no port on this computer.");
     if (used.isEmpty())
         return tr("Choose the loggers of your class on the left and add them.");
     return tr("Double-click a used logger, or press F2, to name its group.");
@@ -353,6 +492,10 @@ void selectManyLoggers::on_pushButton_Save_clicked()
         const TembrinProtocol* logger = mTembrin->tembrinAt(i);
         const bool isUsed = i < used.size();
         store.setValue(logger->loggerKey, isUsed ? used[i].portName : noPort);
+        if (isUsed && !used[i].address.isEmpty())
+            store.setValue(Settings::addressKey(i), used[i].address);
+        else
+            store.remove(Settings::addressKey(i));
         store.setValue(logger->groupKey, isUsed ? used[i].groupName : QString());
     }
     store.sync();

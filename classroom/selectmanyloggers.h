@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QVector>
 
+#include "link/portdiscovery.h"
 #include "link/possibledevice.h"
 
 class QLabel;
@@ -23,8 +24,17 @@ public:
                       QWidget* parent = nullptr);
     ~selectManyLoggers() override;
 
+    /// What is paired at present: unused devices come and go, the used ones stay.
+    void takeDevices(const QVector<possibleDevice>& devList);
+    /// No program for pairing was found.
+    void tellNoPairing();
+
     bool saved = false; ///< the person pressed Connect
     int nTembrins = 0;  ///< loggers in use, 8 at most
+
+Q_SIGNALS:
+    /// The person wants the desktop's own panel for pairing.
+    void pairingWanted();
 
 private Q_SLOTS:
     void on_pushAdd_clicked();
@@ -42,6 +52,12 @@ private:
     void fitToScreen();
     void takeFont(const QFont& font);
     void sortOut(const QVector<possibleDevice>& devList);
+    int slotOf(const possibleDevice& device) const;
+    void keepUnreadable();
+    QString tipOf(const possibleDevice& device) const;
+    QString reasonOf(const possibleDevice& device) const;
+    bool isOneAdapterForAll() const;
+    void updateHint();
     void refresh();
     void nameGroups();
     void updateButtons();
@@ -50,12 +66,16 @@ private:
               QVector<possibleDevice>& to, int most);
 
     multiConnectionsManager* mTembrin;
+    BluetoothState radio;
+    bool hasNoPairing = false;
+    QVector<possibleDevice> present; ///< all that are paired
     QVector<possibleDevice> unused;
     QVector<possibleDevice> used; ///< in the order of slots
     QListWidget* listPaired;
     QListWidget* listUsed;
     QPushButton* pushAdd;
     QPushButton* pushRemove;
+    QPushButton* pushPair;
     QPushButton* pushButton_Save;
     QPushButton* pushButton_Connect;
     QPushButton* pushButton; ///< Cancel

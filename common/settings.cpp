@@ -17,6 +17,11 @@ QString loggerKey(int index)
     return QStringLiteral("BT/logger%1").arg(index + 1);
 }
 
+QString addressKey(int index)
+{
+    return QStringLiteral("BT/address%1").arg(index + 1);
+}
+
 QString groupKey(int index)
 {
     return QStringLiteral("BT/name%1").arg(index + 1);

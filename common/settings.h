@@ -33,6 +33,9 @@ constexpr const char* imageFolder = "paths/images";      // string, the program'
 
 /// "BT/logger1" to "BT/logger8": the serial port of logger `index`, 0 to 7.
 QString loggerKey(int index);
+/// "BT/address1" to "BT/address8": the address of the Bluetooth device that is logger `index`, 12 hexadecimal digits;
+/// empty for what is no such device. It stays when the system counts its ports anew.
+QString addressKey(int index);
 /// "BT/name1" to "BT/name8": the group name of logger `index`, 0 to 7.
 QString groupKey(int index);
 

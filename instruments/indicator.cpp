@@ -108,8 +108,10 @@ void Indicator::setState(int index, State state)
         slot.icon->setAccessibleDescription(tr("not connected"));
         break;
     case State::Seeking:
+    case State::Connecting:
         slot.icon->setPixmap(BTOff);
-        slot.icon->setAccessibleDescription(tr("lost, being looked for"));
+        slot.icon->setAccessibleDescription(state == State::Seeking ? tr("lost, being looked for")
+                                                                    : tr("connecting"));
         if (!blink.isActive())
             blink.start();
         break;
@@ -129,7 +131,7 @@ void Indicator::showBlink()
     isLit = !isLit;
     bool isAny = false;
     for (const Slot& slot : slots_) {
-        if (slot.state != State::Seeking)
+        if (slot.state != State::Seeking && slot.state != State::Connecting)
             continue;
         slot.icon->setPixmap(isLit ? BTOff : BTEmpty);
         isAny = true;

@@ -25,8 +25,9 @@ public:
         Empty,   ///< the slot is not in use
         Off,     ///< in use, not connected
         Seeking, ///< lost, and looked for
-        On,      ///< connected
-        Comm     ///< connected and holding the current command
+        Connecting,
+        On,  ///< connected
+        Comm ///< connected and holding the current command
     };
 
     /// `prompt` asks before something is deleted; not owned, outlives this widget.
@@ -42,6 +43,7 @@ public:
     void setBT(int index, bool tf);
     void setBTComm(int index, bool tf);
     void setSeeking(int index) { setState(index, State::Seeking); }
+    void setConnecting(int index) { setState(index, State::Connecting); }
     void setToolTipsMsg(int index, const QString& msg);
     /// The names that the warning before a deletion tells.
     void setLoggerDetails(int index, const QString& loggerName, const QString& groupName);
@@ -81,7 +83,7 @@ private:
 
     UserPrompt* prompt;
     Slot slots_[nBT];
-    QTimer blink; ///< of those that are looked for
+    QTimer blink; ///< of those that are looked for or called
     bool isLit = false;
     QLabel* pair = nullptr;
     QPixmap BTOn;

@@ -29,6 +29,9 @@ struct PortDiscovery
     std::function<QVector<SerialPortRecord>()> serialPorts;
     /// Null where the system has no service to ask.
     std::function<BluetoothState()> bluetooth = {};
+    /// The address to which the system has bound a port, as 12 digits, whatever links lead to the port; empty
+    /// if it is bound to none. Null where the system binds none.
+    std::function<QString(const QString& portName)> boundAddress = {};
     /// Calls `changed` on the thread of `context`, until that goes, each time pairedDevices() or bluetooth()
     /// may have come to another answer. Null where the system does not tell.
     std::function<void(QObject* context, const std::function<void()>& changed)> watch = {};

@@ -12,6 +12,7 @@
 
 #include "link/commandtype.h"
 #include "link/connectthread.h"
+#include "link/openingport.h"
 #include "link/portdiscovery.h"
 #include "link/possibledevice.h"
 #include "link/serialport.h"
@@ -49,7 +50,8 @@ public:
     int portMode = EventDriven;
     bool isConnect = false; ///< the port is open and its lines are up
     bool isBT = false;
-    QString loggerKey; ///< settings keys of this slot
+    PortFailure failure = PortFailure::None; ///< why the last open() failed, or how the connection ended
+    QString loggerKey;                       ///< settings keys of this slot
     QString groupKey;
     QString groupName;                ///< shown to the user, read by open()
     QVector<possibleDevice> devices;  ///< paired loggers, as the last discovery found them
@@ -77,14 +79,28 @@ public:
     /// The loggers on USB converters that are not among `devices`, each named after its port.
     QVector<possibleDevice> getUSBDevices();
 
-    /// Opens the port that the settings name for this slot. Blocks, so it runs on a ConnectThread; whatever
-    /// it found is taken over on this object's thread, where openDone() follows in every case.
+    /// What is known of the radio as a whole; nothing hinders where there is no service to ask.
+    BluetoothState bluetooth() const
+    {
+        return discovery.bluetooth ? discovery.bluetooth() : BluetoothState();
+    }
+    /// Calls `changed` on the thread of `context` each time the two above may have come to another answer.
+    void watchPorts(QObject* context, const std::function<void()>& changed) const;
+
+    /// Opens the port that the settings name for this slot, or the one that leads to the device whose address
+    /// they hold. Blocks, so it runs on a ConnectThread; whatever it found is taken over on this object's
+    /// thread, where openDone() follows in every case.
     int open() override;
+    /// Ends the open() that is under way on its thread, which then fails as Cancelled; openDone() follows.
+    void cancelOpening() { opening.cancel(); }
     /// Wires a freshly opened port to the listener, the talker and `tembrinData`. 0 in every case.
     int init();
     /// Closes the port and lets go of it. Always ends in loggerDisconnected().
     void release();
 
+    /// The address of the Bluetooth device that the settings choose for this slot, also where they name a
+    /// port that the system has bound to it; empty for any other.
+    QString storedAddress() const;
     /// The name of the paired device whose port is this slot's, empty if there is none.
     QString loggerName() const;
     QString getGroupName() const { return groupName; }
@@ -161,14 +177,18 @@ private:
     struct Opened
     {
         QVector<possibleDevice> devices;
-        QString portName;
+        QString storedPort; ///< as the settings name it
+        QString portName;   ///< where it is at present
         QString groupName;
+        PortFailure failure = PortFailure::None;
         std::unique_ptr<SerialPort> port; ///< null unless its lines are up
     };
 
-    Opened openPort() const;
+    Opened openPort();
     void takeOpened(Opened* opened);
     QString storedPort() const;
+    QString presentPort(const QString& stored, const QVector<possibleDevice>& paired) const;
+    void rememberAddress();
     UsbScan scanUSB();
     void connectPort();
     void watchPort();
@@ -193,6 +213,7 @@ private:
     PortDiscovery discovery;
     std::unique_ptr<QTimer> usbTimer;             ///< asks for checkUSB() while it is there; not made so far
     std::unique_ptr<SerialMonitorThread> monitor; ///< polling mode only, made at first need
+    OpeningPort opening;
     int connection = 0; ///< counts the ports, so that what an old one still has to say is known as such
     QTimer sendIDTimer;
     QTimer statusTimer; ///< from the question for the type until it is known

@@ -45,6 +45,12 @@ QVector<possibleDevice> TembrinProtocol::getUSBDevices()
     return found;
 }
 
+void TembrinProtocol::watchPorts(QObject* context, const std::function<void()>& changed) const
+{
+    if (discovery.watch)
+        discovery.watch(context, changed);
+}
+
 QString TembrinProtocol::loggerName() const
 {
     for (const possibleDevice& device : devices) {

@@ -61,27 +61,52 @@ QString TembrinProtocol::storedPort() const
     return Settings::mainStore().value(loggerKey, QStringLiteral("COMxx")).toString();
 }
 
-TembrinProtocol::Opened TembrinProtocol::openPort() const
+QString TembrinProtocol::storedAddress() const
+{
+    const QString address = Settings::mainStore().value(Settings::addressKey(index)).toString();
+    return address.isEmpty() && discovery.boundAddress ? discovery.boundAddress(storedPort()) : address;
+}
+
+/// The system may have counted its ports anew, and a Bluetooth device needs none at all: what stays is its
+/// address.
+QString TembrinProtocol::presentPort(const QString& stored, const QVector<possibleDevice>& paired) const
+{
+    const QString address = storedAddress();
+    for (const possibleDevice& device : paired) {
+        if (!address.isEmpty() && device.address == address && !device.portName.isEmpty())
+            return device.portName;
+    }
+    return stored;
+}
+
+TembrinProtocol::Opened TembrinProtocol::openPort()
 {
     Opened opened;
     opened.devices = discovery.pairedDevices();
-    opened.portName = storedPort();
+    opened.storedPort = storedPort();
+    opened.portName = presentPort(opened.storedPort, opened.devices);
     opened.groupName = Settings::mainStore().value(groupKey, tr("Group %1").arg(index)).toString();
 
     const bool polling = portMode == Polling;
     opened.port = portFactory(systemName(opened.portName),
                               polling ? SerialPort::QueryMode::Polling : SerialPort::QueryMode::EventDriven);
     SerialPort* port = opened.port.get();
-    if (!port)
+    if (!port) {
+        opened.failure = PortFailure::NoPort;
         return opened;
-    if (!port->open(polling ? SerialPort::OpenMode::ReadWriteUnbuffered : SerialPort::OpenMode::ReadWrite)) {
+    }
+    if (!opening.open(port, polling ? SerialPort::OpenMode::ReadWriteUnbuffered
+                                    : SerialPort::OpenMode::ReadWrite)) {
         qCInfo(lcProtocol).noquote() << "logger" << index << opened.portName
                                      << "open failed. reason=" << port->errorString();
     }
     applySettings(port);
+    opened.failure = opening.isCancelled() ? PortFailure::Cancelled : port->failure();
     // The lines are the sole sign of the link; a port without one that is up goes at once, so that the next
     // attempt finds the device free.
-    if (port->lineStatus() == 0)
+    if (opened.failure == PortFailure::None && port->lineStatus() == 0)
+        opened.failure = PortFailure::OutOfReach;
+    if (opened.failure != PortFailure::None)
         opened.port.reset();
     else if (port->thread() == QThread::currentThread())
         port->moveToThread(thread());
@@ -91,8 +116,12 @@ TembrinProtocol::Opened TembrinProtocol::openPort() const
 void TembrinProtocol::takeOpened(Opened* opened)
 {
     // The slot was given another port while this one was being opened: then it is no connection.
-    if (opened->port && opened->portName != storedPort())
+    if (opening.isCancelled() || (opened->port && opened->storedPort != storedPort())) {
         opened->port.reset();
+        opened->failure = PortFailure::Cancelled;
+    }
+    opening.allow();
+    failure = opened->failure;
     devices = opened->devices;
     portName = opened->portName;
     groupName = opened->groupName;
@@ -105,8 +134,22 @@ void TembrinProtocol::takeOpened(Opened* opened)
         qCInfo(lcProtocol).noquote() << "logger" << index << "connected on" << portName;
         isBootLoader = false;
         usbTimer.reset();
+        rememberAddress();
     }
     Q_EMIT openDone(index);
+}
+
+/// Of a device that was chosen by a port, so that it is found again by what it is.
+void TembrinProtocol::rememberAddress()
+{
+    QSettings store = Settings::mainStore();
+    const QString key = Settings::addressKey(index);
+    if (!store.value(key).toString().isEmpty())
+        return;
+    for (const possibleDevice& device : devices) {
+        if (device.portName == portName && !device.address.isEmpty())
+            store.setValue(key, device.address);
+    }
 }
 
 int TembrinProtocol::init()
@@ -181,6 +224,7 @@ void TembrinProtocol::connectListener()
 void TembrinProtocol::release()
 {
     endConnection(true);
+    failure = PortFailure::None;
     Q_EMIT loggerDisconnected(index);
 }
 
@@ -213,6 +257,7 @@ void TembrinProtocol::endConnection(bool flush)
 void TembrinProtocol::loseConnection()
 {
     endConnection(false);
+    failure = PortFailure::Lost;
     Q_EMIT loggerDisconnected(index);
 }
 

@@ -204,6 +204,65 @@ private Q_SLOTS:
         bench.open(0); // and the sessions go while it is under way
     }
 
+    void whatHindersTheRadioIsWaitedFor()
+    {
+        guard->expect(QStringLiteral("open failed"));
+        ManagerBench bench(loggers(2));
+        PortFailure hindrance = PortFailure::NoService;
+        std::function<void()> changed;
+        PortDiscovery discovery;
+        discovery.pairedDevices = [] { return QVector<possibleDevice>(); };
+        discovery.bluetooth = [&] { return BluetoothState{hindrance, {}}; };
+        discovery.watch = [&](QObject*, const std::function<void()>& tell) { changed = tell; };
+        const SerialPortFactory working = bench.factory();
+        const auto broken = [&](const QString& name, SerialPort::QueryMode mode) {
+            auto port = working(name, mode);
+            static_cast<FakePort*>(port.get())->failOpen(QStringLiteral("no"), PortFailure::NoService);
+            return port;
+        };
+        for (int i = 0; i < 2; ++i) {
+            bench.session(i)->setPortDiscovery(discovery);
+            bench.session(i)->setPortFactory(broken);
+        }
+        LoggerConnector& connector = bench.manager.connector();
+        QSignalSpy failed(&connector, &LoggerConnector::failed);
+        connector.connectAll();
+        QTRY_COMPARE(failed, (QList<QVariantList>{{0, true}, {1, true}})); // one attempt each
+        connector.cancel(1);
+        changed(); // nothing that helps
+        QVERIFY(!failed.wait(500));
+        hindrance = PortFailure::None;
+        for (int i = 0; i < 2; ++i)
+            bench.session(i)->setPortFactory(working);
+        for (int i = 0; i < 3; ++i)
+            changed();
+        QTRY_VERIFY(bench.isReady(0));
+        QCOMPARE(connector.state(1), LoggerConnector::State::Idle); // given up by hand
+    }
+
+    void aCallInVainIsCancelled()
+    {
+        guard->expect(QStringLiteral("open failed"));
+        ManagerBench bench(loggers(1));
+        const SerialPortFactory working = bench.factory();
+        bench.session(0)->setPortFactory([&](const QString& name, SerialPort::QueryMode mode) {
+            auto port = working(name, mode);
+            static_cast<FakePort*>(port.get())->callInVain();
+            return port;
+        });
+        LoggerConnector& connector = bench.manager.connector();
+        QSignalSpy failed(&connector, &LoggerConnector::failed);
+        bench.open(0);
+        connector.cancel(0);
+        QTRY_COMPARE(failed, (QList<QVariantList>{{0, true}}));
+        QCOMPARE(bench.session(0)->failure, PortFailure::Cancelled);
+        bench.open(0);
+        connector.disconnectAll(); // another choice of loggers, and at once the next series
+        bench.session(0)->setPortFactory(working);
+        bench.open(0);
+        QTRY_VERIFY(bench.isReady(0));
+    }
+
     void whatWasMissedIsCaughtUp()
     {
         ManagerBench bench(loggers(2));

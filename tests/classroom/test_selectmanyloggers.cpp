@@ -1,6 +1,7 @@
 #include "classroom/multiconnectionsmanager.h"
 #include "classroom/selectmanyloggers.h"
 #include "common/settings.h"
+#include "protocol/tembrinprotocol.h"
 #include "tests/classroom/dialoghand.h"
 #include "tests/common/testsupport.h"
 #include <QLabel>
@@ -93,13 +94,81 @@ private Q_SLOTS:
     void whatCannotBeOpenedSaysSo()
     {
         DialogBench bench({{"", "0012F3A1B2C3", "", "Tembrin_1", ""}, {"COM5", "", "", "Tembrin_2", ""}});
-        QVERIFY(bench.list("listPaired")->item(0)->toolTip().contains("rfcomm0 00:12:F3:A1:B2:C3"));
+        QVERIFY(bench.list("listPaired")->item(0)->toolTip().contains("00:12:F3:A1:B2:C3\nPaired, but"));
         bench.choose("listPaired", {0, 1});
         bench.press("pushAdd");
         QCOMPARE(bench.lines("listUsed"), QStringList("Group A (Tembrin_2)"));
 
         DialogBench empty({});
         QVERIFY(empty.hint().contains("Pair one") && empty.hint().contains("virtual-loggers"));
+    }
+
+    void theListFollowsWhatIsPaired()
+    {
+        DialogBench bench(paired(2));
+        bench.choose("listPaired", {0});
+        bench.press("pushAdd");
+        bench.rename("listUsed", 0, "Ants");
+        bench.dialog.takeDevices(paired(3).mid(1)); // the used one is away for a moment
+        QCOMPARE(bench.lines("listUsed"), QStringList("Ants (Tembrin_0001)"));
+        QCOMPARE(bench.lines("listPaired"), QStringList({"Tembrin_0002", "Tembrin_0003"}));
+        bench.dialog.takeDevices(paired(1));
+        QCOMPARE(bench.lines("listPaired"), QStringList());
+        QCOMPARE(bench.lines("listUsed"), QStringList("Ants (Tembrin_0001)"));
+    }
+
+    void aGroupStaysWithItsDevice()
+    {
+        // Its port has another number now; the port of the other was its own yesterday.
+        Settings::mainStore().setValue(Settings::loggerKey(0), "COM2");
+        Settings::mainStore().setValue(Settings::addressKey(0), "0012F3A1B2C3");
+        Settings::mainStore().setValue(Settings::groupKey(0), "Ants");
+        Settings::mainStore().setValue(Settings::loggerKey(1), "USB0");
+        DialogBench bench({{"COM9", "0012F3A1B2C3", "", "Tembrin_1", ""},
+                           {"COM2", "0012F3A1B2C4", "", "Tembrin_2", ""},
+                           {"USB0", "", "", "USB0", ""}});
+        QCOMPARE(bench.lines("listUsed"), QStringList({"Ants (Tembrin_1)", "Group A (USB0)"}));
+        bench.press("pushButton_Save");
+        QCOMPARE(Settings::mainStore().value(Settings::loggerKey(0)).toString(), QStringLiteral("COM9"));
+        QCOMPARE(Settings::mainStore().value(Settings::addressKey(0)).toString(),
+                 QStringLiteral("0012F3A1B2C3"));
+        QVERIFY(!Settings::mainStore().contains(Settings::addressKey(1)));
+    }
+
+    void theRadioSaysWhatHindersIt()
+    {
+        multiConnectionsManager manager;
+        BluetoothState state;
+        PortDiscovery discovery;
+        discovery.bluetooth = [&state] { return state; };
+        manager.tembrinAt(0)->setPortDiscovery(discovery);
+        QVector<possibleDevice> devices;
+        for (int i = 1; i <= 8; ++i) {
+            const QString end = QString::number(i);
+            devices.append({"00:12:F3:A1:B2:0" + end, "0012F3A1B20" + end, "", "Tembrin_" + end, ""});
+            state.adaptersOf.insert(devices.last().address, {"hci0"});
+        }
+        const auto hintFor = [&](selectManyLoggers& dialog) {
+            dialog.takeDevices(devices);
+            return dialog.findChild<QLabel*>("hint")->text();
+        };
+        for (int i = 0; i < 8; ++i) {
+            Settings::mainStore().setValue(Settings::loggerKey(i), devices[i].portName);
+            Settings::mainStore().setValue(Settings::addressKey(i), devices[i].address);
+        }
+        selectManyLoggers dialog(&manager, devices);
+        QVERIFY(hintFor(dialog).contains("two Bluetooth adapters"));
+        state.adaptersOf[devices[7].address] = QStringList{"hci0", "hci1"};
+        QVERIFY(!hintFor(dialog).contains("adapters"));
+
+        // What can't be read is not thrown out of the class.
+        state = {PortFailure::NoService, {}};
+        devices.clear();
+        selectManyLoggers blind(&manager, devices);
+        QCOMPARE(blind.nTembrins, 8);
+        QVERIFY(hintFor(blind).contains("systemctl"));
+        state = {PortFailure::AdapterOff, {}};
+        QVERIFY(hintFor(blind).contains("switched off"));
     }
 };
 

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QMutexLocker>
+#include <QThread>
 
 FakePort::FakePort(const QString& name, QueryMode mode)
     : name(name)
@@ -53,10 +54,11 @@ void FakePort::hangUp()
     Q_EMIT dsrChanged(false);
 }
 
-void FakePort::failOpen(const QString& reason)
+void FakePort::failOpen(const QString& reason, PortFailure kind)
 {
     const QMutexLocker lock(&mutex);
     openFailure = reason;
+    kindOfFailure = kind;
 }
 
 QByteArray FakePort::written() const
@@ -69,8 +71,10 @@ QByteArray FakePort::written() const
 
 bool FakePort::open(OpenMode)
 {
+    while (calling && !cancelled)
+        QThread::msleep(5);
     const QMutexLocker lock(&mutex);
-    opened = openFailure.isEmpty();
+    opened = openFailure.isEmpty() && !calling;
     return opened;
 }
 

@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QVector>
 
+#include <atomic>
+
 /// A port without a line: tests feed it, stall it, make it fail, hang it up, and look at what was written.
 /// It may be opened on a ConnectThread; everything else belongs on the test's thread.
 class FakePort : public SerialPort
@@ -33,7 +35,9 @@ public:
     /// The other end is gone: closed, and dsrChanged(false) if it was open.
     void hangUp();
     /// open() fails with this reason until an empty one is given.
-    void failOpen(const QString& reason);
+    void failOpen(const QString& reason, PortFailure kind = PortFailure::Other);
+    /// open() calls and calls, as a radio does, until it is cancelled.
+    void callInVain() { calling = true; }
 
     /// Every write() in order, and the bytes of all of them.
     QVector<Write> writes;
@@ -46,6 +50,8 @@ public:
     QString portName() const override { return name; }
     QueryMode queryMode() const override { return mode; }
     bool open(OpenMode mode) override;
+    void cancelOpening() override { cancelled = true; }
+    PortFailure failure() const override { return isOpen() ? PortFailure::None : kindOfFailure; }
     void close() override;
     void closeWithoutFlush() override { close(); }
     bool isOpen() const override;
@@ -68,6 +74,9 @@ private:
     bool stalled = false;
     unsigned lines = LineCts | LineDsr;
     QString openFailure;
+    PortFailure kindOfFailure = PortFailure::Other;
+    std::atomic_bool calling{false};
+    std::atomic_bool cancelled{false};
     QByteArray incoming;
     QElapsedTimer clock;
 };

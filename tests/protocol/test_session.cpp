@@ -315,6 +315,44 @@ private Q_SLOTS:
         QCOMPARE(bench->protocol.loggerName(), QStringLiteral("Tembrin_2"));
     }
 
+    void aDeviceIsFoundByItsAddress_data()
+    {
+        columns<QString, QString, QString, QString, bool>(
+            {"port", "address", "bound", "opened", "remembered"});
+        row("other number now", "COM3", "0012F3A1B2C3", "", "COM7", true);
+        row("bound by hand", "rfcomm0", "", "0012F3A1B2C3", "COM7", true);
+        row("bound to another", "rfcomm0", "", "00000000AAAA", "rfcomm0", false);
+        row("not paired now", "COM3", "0012F3A1FFFF", "", "COM3", true);
+        row("chosen by its port", "COM7", "", "", "COM7", true);
+        row("no such device", "other", "", "", "other", false);
+    }
+
+    void aDeviceIsFoundByItsAddress()
+    {
+        QFETCH(QString, port);
+        QFETCH(QString, address);
+        QFETCH(QString, bound);
+        QFETCH(bool, remembered);
+        bench->protocol.release();
+        PortDiscovery discovery;
+        discovery.pairedDevices = [] {
+            return QVector<possibleDevice>{{"COM5", "0012F3A1B2C2", "", "Tembrin_2", ""},
+                                           {"COM7", "0012F3A1B2C3", "", "Tembrin_3", ""}};
+        };
+        discovery.boundAddress = [bound](const QString&) { return bound; };
+        bench->protocol.setPortDiscovery(discovery);
+        Settings::mainStore().setValue(Settings::loggerKey(3), port);
+        Settings::mainStore().setValue(Settings::addressKey(3), address);
+        bench->protocol.open();
+        QVERIFY(bench->protocol.isConnect);
+        QTEST(bench->protocol.portName, "opened");
+        const QString known = Settings::mainStore().value(Settings::addressKey(3)).toString();
+        QCOMPARE(known, !remembered         ? QString()
+                        : address.isEmpty() ? QStringLiteral("0012F3A1B2C3")
+                                            : address);
+        QCOMPARE(Settings::mainStore().value(Settings::loggerKey(3)).toString(), port);
+    }
+
     void aPairedLoggerIsTakenFromTheList()
     {
         QSignalSpy list(&bench->protocol, &TembrinProtocol::publishBTList);
