@@ -10,9 +10,21 @@
 #include <QWebEngineSettings>
 #include <QWebEngineView>
 
+#ifdef Q_OS_UNIX
 #include <unistd.h>
+#endif
 
 namespace {
+
+/// Before root the engine's own protection ends the program; other systems have no such user.
+bool endsBeforeThisUser()
+{
+#ifdef Q_OS_UNIX
+    return ::geteuid() == 0 && qEnvironmentVariableIsEmpty("QTWEBENGINE_DISABLE_SANDBOX");
+#else
+    return false;
+#endif
+}
 
 /// Keeps to the page it was given: a link or a script can't lead away from it.
 class KeptPage : public QWebEnginePage
@@ -86,8 +98,7 @@ WebPages::WebPages()
 
 QString WebPages::refusal() const
 {
-    // The engine would end the program.
-    if (geteuid() == 0 && qEnvironmentVariableIsEmpty("QTWEBENGINE_DISABLE_SANDBOX"))
+    if (endsBeforeThisUser())
         return QCoreApplication::translate("PageView", "It can't be shown to the administrator root.");
     return QString();
 }
