@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "link/bluezobjects.h"
 #include "link/loggernames.h"
 
 namespace {
@@ -55,19 +56,37 @@ QVector<LinkedPort> readLinkedPorts(const QVector<LinkPlace>& places)
     return links;
 }
 
-void addLinkedPorts(const QVector<LinkedPort>& links, QVector<possibleDevice>& devices)
+QString systemTerminals()
+{
+    return QStringLiteral("/sys/class/tty");
+}
+
+QString boundAddress(const QString& port, const QString& terminals)
+{
+    const QString path = QDir(QStringLiteral("/dev")).filePath(port);
+    const QString target = QFileInfo(path).canonicalFilePath(); // empty where nothing is
+    const QString terminal = QFileInfo(target.isEmpty() ? path : target).fileName();
+    QFile file(QDir(terminals).filePath(terminal + QStringLiteral("/address")));
+    const bool isRadio = terminal.startsWith(QLatin1String("rfcomm"));
+    return isRadio && file.open(QIODevice::ReadOnly) ? plainAddress(QString::fromLatin1(file.readAll()))
+                                                     : QString();
+}
+
+void addLinkedPorts(const QVector<LinkedPort>& links,
+                    const std::function<QString(const QString& terminal)>& addressOf,
+                    QVector<possibleDevice>& devices)
 {
     for (const LinkedPort& link : links) {
-        const auto same = std::find_if(devices.begin(), devices.end(), [&](const possibleDevice& device) {
-            return !device.portName.isEmpty() &&
-                   QDir(QStringLiteral("/dev")).filePath(device.portName) == link.terminal;
-        });
-        if (same != devices.end()) {
-            same->portName = link.path;
+        const QString address = addressOf(link.terminal);
+        const bool isKnown = !address.isEmpty() &&
+                             std::any_of(devices.cbegin(), devices.cend(), [&](const possibleDevice& device) {
+                                 return device.address == address;
+                             });
+        if (isKnown)
             continue;
-        }
         possibleDevice device;
         device.portName = link.path;
+        device.address = address;
         device.name = QFileInfo(link.path).fileName();
         devices.append(device);
     }

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QVector>
 
+#include <functional>
+
 #include "link/possibledevice.h"
 
 /// A directory that may hold links to terminals, each named after its logger.
@@ -27,6 +29,15 @@ QVector<LinkPlace> systemLinkPlaces();
 /// to one terminal.
 QVector<LinkedPort> readLinkedPorts(const QVector<LinkPlace>& places);
 
-/// Joins links to `devices`: a device whose port a link leads to goes by the link, whose name stays the same
-/// when the system counts its terminals anew; the others become devices named after their links.
-void addLinkedPorts(const QVector<LinkedPort>& links, QVector<possibleDevice>& devices);
+/// Where the kernel lists its terminals: a directory each.
+QString systemTerminals();
+
+/// The address, 12 hexadecimal digits, of the radio device that a terminal is bound to. `port` is a name
+/// under /dev or a path, which may be a link; `terminals` as systemTerminals(). Empty for all others.
+QString boundAddress(const QString& port, const QString& terminals);
+
+/// Joins links to `devices`: a link to a terminal that is bound to one of them is that device and no other;
+/// the others become devices named after their links. `addressOf` tells what a terminal is bound to.
+void addLinkedPorts(const QVector<LinkedPort>& links,
+                    const std::function<QString(const QString& terminal)>& addressOf,
+                    QVector<possibleDevice>& devices);

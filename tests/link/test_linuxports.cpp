@@ -1,65 +1,19 @@
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLocalServer>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include "link/bluezdevices.h"
+#include "link/bluezhub.h"
 #include "link/linkedports.h"
 #include "tests/common/testsupport.h"
+#include "tests/link/fakebluez.h"
 
 namespace {
 
 const QString address = "00:12:F3:A1:B2:C3";
 const QString second = "00:12:F3:A1:B2:C4";
-
-/// BlueZ as a mock on a bus of the test's own, which stands at a given place.
-class MockBluez
-{
-public:
-    explicit MockBluez(const QString& place)
-    {
-        bus.start("dbus-daemon", {"--session", "--nofork", "--address=" + place});
-        const auto isUp = [&] {
-            QDBusConnection::disconnectFromBus("mock");
-            return QDBusConnection::connectToBus(place, "mock").isConnected();
-        };
-        if (!QTest::qWaitFor(isUp))
-            return;
-        mock.start("/usr/bin/python3", {"-m", "dbusmock", "--system", "--template", "bluez5"});
-        isReady = QTest::qWaitFor([&] { return call("/", "AddAdapter", {"hci0", "class"}); }, 15000);
-    }
-    ~MockBluez()
-    {
-        QDBusConnection::disconnectFromBus("mock");
-        mock.kill();
-        bus.kill();
-        mock.waitForFinished();
-        bus.waitForFinished();
-    }
-
-    bool call(const QString& path, const QString& method, const QVariantList& arguments,
-              const QString& interface = "org.bluez.Mock")
-    {
-        QDBusMessage message = QDBusMessage::createMethodCall("org.bluez", path, interface, method);
-        message.setArguments(arguments);
-        return QDBusConnection("mock").call(message).type() == QDBusMessage::ReplyMessage;
-    }
-    bool pair(const QString& device, const QString& name)
-    {
-        return call("/", "AddDevice", {"hci0", device, name}) && call("/", "PairDevice", {"hci0", device, 0});
-    }
-
-    bool isReady = false;
-
-private:
-    QProcess bus;
-    QProcess mock;
-};
 
 QStringList texts(const QVector<possibleDevice>& devices)
 {
@@ -76,39 +30,56 @@ class TestLinuxPorts : public GuardedTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        // Read once by the library, so all tests have their bus at this place.
-        qputenv("DBUS_SYSTEM_BUS_ADDRESS", place().toLocal8Bit());
-    }
+    void initTestCase() { bluez.reset(new FakeBluez); }
+    void cleanupTestCase() { bluez.reset(); }
 
-    void withoutABusThereAreNone() { QVERIFY(pairedBluezDevices(terminals()).isEmpty()); }
+    void withoutABusThereAreNone()
+    {
+        QVERIFY(hub()->pairedDevices().isEmpty());
+        QCOMPARE(hub()->state().hindrance, PortFailure::NoService);
+    }
 
     void aBusThatDoesNotAnswerIsNotWaitedFor()
     {
         QLocalServer silent;
-        QVERIFY(silent.listen(folder.filePath("bus")));
+        QVERIFY(silent.listen(FakeBluez::place().section('=', -1)));
         QElapsedTimer clock;
         clock.start();
-        QVERIFY(pairedBluezDevices(terminals()).isEmpty());
+        QVERIFY(hub()->pairedDevices().isEmpty());
         QVERIFY2(clock.elapsed() >= 400 && clock.elapsed() < 800, QByteArray::number(clock.elapsed()));
     }
 
-    void pairedLoggersComeWithTheTerminalBoundToThem()
+    void pairedLoggersAreKnownByTheirAddress()
     {
-        QTRY_VERIFY(!QFile::exists(folder.filePath("bus")));
-        MockBluez bluez(place());
-        QVERIFY(bluez.isReady);
-        QVERIFY(bluez.pair(address, "Tembrin_0421") && bluez.pair(second, "Vorta_7"));
-        QVERIFY(bluez.pair("00:12:F3:A1:B2:C5", "Headphones"));
-        bind("rfcomm3", address);
-        bind("ttyS0", second); // not a terminal of the radio
-        const QString port = "Tembrin_0421 rfcomm3 0012F3A1B2C3";
-        QTRY_COMPARE(texts(pairedBluezDevices(terminals())), QStringList({port, "Vorta_7  0012F3A1B2C4"}));
-        QVERIFY(bluez.call("/org/bluez/hci0/dev_00_12_F3_A1_B2_C4", "UpdateProperties",
-                           {"org.bluez.Device1", QVariantMap{{"Name", "Phone_7"}}},
-                           "org.freedesktop.DBus.Mock"));
-        QCOMPARE(texts(pairedBluezDevices(terminals())), QStringList(port));
+        QVERIFY(bluez->startBus());
+        const auto hub = this->hub();
+        int known = -1;
+        QObject context;
+        hub->watch(&context, [&] { known = hub->pairedDevices().size(); });
+        QVERIFY(hub->pairedDevices().isEmpty());
+        QVERIFY(bluez->start());
+        QTRY_COMPARE(hub->state().hindrance, PortFailure::NoAdapter);
+        bluez->call("AddAdapter", {"hci0", false});
+        QTRY_COMPARE(hub->state().hindrance, PortFailure::AdapterOff);
+        bluez->call("AddAdapter", {"hci1", true});
+        bluez->call("AddDevice", {"hci0", address, "Tembrin_0421", true, ""});
+        bluez->call("AddDevice", {"hci1", address, "Tembrin_0421", true, ""});
+        bluez->call("AddDevice", {"hci1", second, "Vorta_7", false, ""});
+        bluez->call("AddDevice", {"hci1", "00:12:F3:A1:B2:C5", "Headphones", true, ""});
+        const QString port = "Tembrin_0421 00:12:F3:A1:B2:C3 0012F3A1B2C3";
+        QTRY_COMPARE(texts(hub->pairedDevices()), QStringList(port));
+        QTRY_COMPARE(known, 1);
+        bluez->call("SetPaired", {second, true});
+        QTRY_COMPARE(known, 2);
+        QCOMPARE(texts(hub->pairedDevices()), QStringList({port, "Vorta_7 00:12:F3:A1:B2:C4 0012F3A1B2C4"}));
+        QCOMPARE(hub->state().adaptersOf.value("0012F3A1B2C3"), QStringList("hci1"));
+        bluez->call("SetPowered", {"hci0", true});
+        QTRY_COMPARE(hub->state().adaptersOf.value("0012F3A1B2C3"), QStringList({"hci0", "hci1"}));
+        bluez->call("RemoveDevice", {second});
+        QTRY_COMPARE(texts(hub->pairedDevices()), QStringList(port));
+        bluez->end(SIGKILL);
+        QTRY_COMPARE(hub->state().hindrance, PortFailure::NoService);
+        QVERIFY(hub->pairedDevices().isEmpty());
     }
 
     void linksToTerminalsAreLoggers()
@@ -124,16 +95,39 @@ private Q_SLOTS:
         const QVector<LinkedPort> links =
             readLinkedPorts({{folder.filePath("dev"), false}, {folder.filePath("own"), true}, {"/no", true}});
 
-        QVector<possibleDevice> devices{{"null", "0012F3A1B2C3", "", "Sorrel_1", ""},
-                                        {"", "", "", "far", ""}};
-        addLinkedPorts(links, devices);
-        const QString path = folder.path();
-        QCOMPARE(texts(devices), QStringList({"Sorrel_1 " + path + "/dev/Sorrel_1 0012F3A1B2C3", "far  ",
-                                              "Ada " + path + "/own/Ada "}));
+        // The terminal that Ada leads to belongs to a device that is paired, the other one to a stranger.
+        const auto bound = [](const QString& terminal) {
+            return QString(terminal == "/dev/zero" ? "0012F3A1B2C3" : "0012F3A1B2C4");
+        };
+        QVector<possibleDevice> devices{{address, "0012F3A1B2C3", "", "Tembrin_1", ""}};
+        addLinkedPorts(links, bound, devices);
+        QCOMPARE(texts(devices), QStringList({"Tembrin_1 " + address + " 0012F3A1B2C3",
+                                              "Sorrel_1 " + folder.path() + "/dev/Sorrel_1 0012F3A1B2C4"}));
+    }
+
+    void aTerminalIsKnownByTheDeviceItIsBoundTo_data()
+    {
+        columns<QString, QString>({"port", "bound"});
+        row<QString, QString>("name", "rfcomm3", "0012F3A1B2C3");
+        row<QString, QString>("path", "/dev/rfcomm3", "0012F3A1B2C3");
+        row<QString, QString>("link", folder.filePath("link"), "0012F3A1B2C3");
+        row<QString, QString>("bound to nothing", "rfcomm4", "");
+        row<QString, QString>("not of the radio", "ttyS0", "");
+        row<QString, QString>("none", "", "");
+    }
+    void aTerminalIsKnownByTheDeviceItIsBoundTo()
+    {
+        QFETCH(QString, port);
+        bind("rfcomm3", address);
+        bind("ttyS0", second); // not a terminal of the radio
+        bind("rfcomm4", "none");
+        QFile::link(folder.filePath("rfcomm3"), folder.filePath("link"));
+        QFile(folder.filePath("rfcomm3")).open(QIODevice::WriteOnly);
+        QTEST(boundAddress(port, terminals()), "bound");
     }
 
 private:
-    QString place() const { return "unix:path=" + folder.filePath("bus"); }
+    static std::shared_ptr<BluezHub> hub() { return std::make_shared<BluezHub>(); }
     QString terminals() const { return folder.filePath("tty"); }
     void bind(const QString& terminal, const QString& device)
     {
@@ -144,6 +138,7 @@ private:
     }
 
     QTemporaryDir folder;
+    QScopedPointer<FakeBluez> bluez;
 };
 
 QTEST_GUILESS_MAIN(TestLinuxPorts)
