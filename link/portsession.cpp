@@ -24,7 +24,7 @@ bool PortSession::start(const PortKind& kind, const PortSettings& settings)
     if (stage == Stage::Opening) {
         thread = std::thread([self = shared_from_this(), kind, settings] { self->run(kind, settings); });
         if (!changed.wait_for(lock, kind.openPatience, [this] { return stage != Stage::Opening; }))
-            endWith(PortFailure::Other, QStringLiteral("the device did not answer in time"));
+            endWith(PortFailure::OutOfReach, QStringLiteral("the device did not answer in time"));
     }
     return stage == Stage::Open;
 }

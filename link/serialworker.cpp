@@ -1,10 +1,19 @@
 #include "link/serialworker.h"
 
 #include "link/linklog.h"
+#include "link/serialsystem.h"
+
+#include <QThread>
 
 namespace {
 
-constexpr int linePollInterval = 250; // ms; the system does not signal modem lines
+// The system does not signal modem lines.
+constexpr std::chrono::milliseconds awaitInterval(50);
+constexpr std::chrono::milliseconds pollInterval(250);
+/// For an opening that the system itself holds up.
+constexpr std::chrono::seconds systemPatience(2);
+/// What the last command of a session takes to leave, and less than who closes waits.
+constexpr std::chrono::milliseconds leavePatience(50);
 constexpr unsigned allLines =
     SerialPort::LineCts | SerialPort::LineDsr | SerialPort::LineDcd | SerialPort::LineRi;
 
@@ -18,33 +27,35 @@ unsigned linesOf(QSerialPort::PinoutSignals pins)
 
 } // namespace
 
-PortKind SerialWorker::kind(const QString& name)
+PortKind SerialWorker::kind(const QString& name, std::chrono::milliseconds linePatience)
 {
-    return {[name](PortSession* session) { return std::make_unique<SerialWorker>(session, name); },
-            std::chrono::seconds(15)}; // a terminal of a radio link may take several
+    return {[name, linePatience](PortSession* session) {
+                return std::make_unique<SerialWorker>(session, name, linePatience);
+            },
+            linePatience + systemPatience};
 }
 
-SerialWorker::SerialWorker(PortSession* session, const QString& name)
+SerialWorker::SerialWorker(PortSession* session, const QString& name, std::chrono::milliseconds linePatience)
     : PortWorker(session)
+    , linePatience(linePatience)
 {
     port.setPortName(name);
     connect(&port, &QSerialPort::readyRead, this, &SerialWorker::takeReceived);
     connect(&port, &QSerialPort::errorOccurred, this, &SerialWorker::onError);
-    connect(&linePoll, &QTimer::timeout, this, &SerialWorker::pollLines);
+    connect(&linePoll, &QTimer::timeout, this, &SerialWorker::lookAtLines);
 }
 
 void SerialWorker::open(const PortSettings& settings)
 {
     apply(settings);
     if (!port.open(QIODevice::ReadWrite)) {
-        session->end(PortFailure::Other, port.errorString());
+        session->end(openingFailure(port), port.errorString());
         return;
     }
-    hasLines = readLines();
-    if (!hasLines)
-        lines = allLines;
-    session->opened(lines);
-    linePoll.start(linePollInterval);
+    isAwaited = true;
+    lineDeadline.setRemainingTime(linePatience);
+    linePoll.start(awaitInterval);
+    lookAtLines();
 }
 
 void SerialWorker::apply(const PortSettings& settings)
@@ -68,10 +79,21 @@ void SerialWorker::close(bool flush)
     if (flush && !lost) {
         writePending();
         port.flush(); // what the device takes without waiting
+        letBytesLeave();
     }
     lost = true;
     linePoll.stop();
+    if (port.isOpen() && unsentBytes(port) > 0)
+        port.clear(QSerialPort::Output); // the system would wait half a minute for a line that stalls
     port.close();
+}
+
+/// What the device took is on its way, unless the line stalls.
+void SerialWorker::letBytesLeave()
+{
+    const QDeadlineTimer deadline(leavePatience);
+    while (port.bytesToWrite() == 0 && unsentBytes(port) > 0 && !deadline.hasExpired())
+        QThread::msleep(1);
 }
 
 void SerialWorker::takeReceived()
@@ -84,55 +106,95 @@ void SerialWorker::takeReceived()
 /// that reports has returned.
 void SerialWorker::onError(QSerialPort::SerialPortError error)
 {
-    if (lost || readingLines)
+    if (lost || readingLines || !port.isOpen())
         return;
-    if (error == QSerialPort::ReadError || error == QSerialPort::ResourceError) {
+    if (error == QSerialPort::ReadError || error == QSerialPort::WriteError ||
+        error == QSerialPort::ResourceError) {
         lost = true;
-        qCInfo(linkLog) << port.portName() << ": line lost, code" << error;
         QMetaObject::invokeMethod(
-            this, [this] { hangUp(); }, Qt::QueuedConnection);
+            this,
+            [this] {
+                if (end(QStringLiteral("the other end hung up")))
+                    tellDsr(false);
+            },
+            Qt::QueuedConnection);
     }
 }
 
-void SerialWorker::hangUp()
+/// True if the session did not know yet.
+bool SerialWorker::end(const QString& text)
 {
-    linePoll.stop();
     takeReceived();
-    port.close();
-    if (session->end(PortFailure::Lost, QStringLiteral("the line was lost")) && !endTold)
-        tellDsr(false);
+    close(false);
+    qCInfo(linkLog) << port.portName() << (isAwaited ? ": no line came up," : ": line lost,") << text;
+    return session->end(isAwaited ? PortFailure::OutOfReach : PortFailure::Lost, text);
+}
+
+void SerialWorker::lookAtLines()
+{
+    if (lost)
+        return;
+    if (isAwaited)
+        awaitLine();
+    else
+        pollLines();
+}
+
+void SerialWorker::awaitLine()
+{
+    const Lines found = readLines();
+    if (found == Lines::Failed) {
+        end(port.errorString());
+        return;
+    }
+    hasLines = found == Lines::Known;
+    if (!hasLines)
+        lines = allLines;
+    if (lines != 0) {
+        isAwaited = false;
+        linePoll.start(pollInterval);
+        session->opened(lines);
+    } else if (lineDeadline.hasExpired()) {
+        end(QStringLiteral("no line of the port is up"));
+    }
 }
 
 void SerialWorker::pollLines()
 {
     session->tellAgain();
-    if (!hasLines || lost)
+    if (!hasLines)
         return;
     const unsigned before = lines;
-    hasLines = readLines();
-    if (!hasLines) {
-        session->tellOwner([](SerialPort* owner) { Q_EMIT owner->test(2); });
+    if (readLines() != Lines::Known) {
+        if (end(port.errorString()))
+            session->tellOwner([](SerialPort* owner) { Q_EMIT owner->test(2); });
         return;
     }
     session->setLines(lines);
-    if ((before ^ lines) & SerialPort::LineDsr)
-        tellDsr(lines & SerialPort::LineDsr);
+    if (before & ~lines & SerialPort::LineDsr) {
+        // Whoever has not connected yet finds the port closed.
+        if (end(QStringLiteral("DSR fell")))
+            tellDsr(false);
+    } else if (lines & ~before & SerialPort::LineDsr) {
+        tellDsr(true);
+    }
 }
 
-bool SerialWorker::readLines()
+SerialWorker::Lines SerialWorker::readLines()
 {
     readingLines = true;
     port.clearError();
     const QSerialPort::PinoutSignals pins = port.pinoutSignals();
     readingLines = false;
+    if (port.error() == QSerialPort::UnsupportedOperationError)
+        return Lines::Unsupported;
     if (port.error() != QSerialPort::NoError)
-        return false;
+        return Lines::Failed;
     lines = linesOf(pins);
-    return true;
+    return Lines::Known;
 }
 
 void SerialWorker::tellDsr(bool up)
 {
-    endTold = !up;
     session->tellOwner([up](SerialPort* owner) { Q_EMIT owner->dsrChanged(up); });
 }
