@@ -81,11 +81,16 @@ private Q_SLOTS:
             QCOMPARE(linksOf(adapter), 4);
         for (const auto& port : ports) {
             QCOMPARE(port->lineStatus(), 0xFu);
-            const QByteArray bytes = port->portName().toLatin1();
+            const QByteArray bytes =
+                port->portName().toLatin1().repeated(30000); // more than the line takes at once
             port->write(bytes);
             QTRY_COMPARE(port->bytesAvailable(), qint64(bytes.size()));
-            QCOMPARE(port->read(100), bytes);
+            QCOMPARE(port->read(bytes.size()), bytes);
         }
+        ports[2]->close();
+        QTRY_COMPARE(linksOf("hci0") + linksOf("hci1"), 7);
+        QVERIFY2(ports[2]->open(SerialPort::OpenMode::ReadWrite), qPrintable(ports[2]->errorString()));
+        QCOMPARE(drops, 0);
         ports.clear();
         QTRY_COMPARE(linksOf("hci0") + linksOf("hci1"), 0);
         QTRY_VERIFY(state()["profiles"].toArray().isEmpty());
@@ -229,6 +234,23 @@ private Q_SLOTS:
         QVERIFY(port->open(SerialPort::OpenMode::ReadWrite));
     }
 
+    void aLinkThatTakesNothingHoldsUpNobody()
+    {
+        QTemporaryDir folder;
+        QVERIFY(elsewhere.listen(folder.filePath("logger")));
+        bluez->end(SIGKILL);
+        startService();
+        const auto port = makePort(1);
+        QVERIFY(port->open(SerialPort::OpenMode::ReadWrite));
+        port->write(QByteArray(1000000, 'x'));
+        QTRY_VERIFY(elsewhere.hasPendingConnections());
+        QElapsedTimer clock;
+        clock.start();
+        port->close();
+        QVERIFY2(clock.elapsed() < 200, qPrintable(QString::number(clock.elapsed())));
+        QTRY_COMPARE(linksOf("hci0"), 0);
+    }
+
     void aServiceThatDiesAndReturns()
     {
         // The far end of the first link does not go with the service.
@@ -298,13 +320,13 @@ private Q_SLOTS:
         QVERIFY(rounds(100));
         const auto threads = entries("/proc/self/task");
         const auto descriptors = entries("/proc/self/fd");
-        const auto memory = residentKiB();
-        QElapsedTimer clock;
-        clock.start();
+        [[maybe_unused]] const auto memory = residentKiB();
         QVERIFY2(rounds(1000), qPrintable(port->errorString()));
         QTRY_COMPARE(entries("/proc/self/fd"), descriptors);
         QTRY_COMPARE(entries("/proc/self/task"), threads);
+#ifndef __SANITIZE_ADDRESS__ // which keeps what was freed, and looks for leaks itself
         QVERIFY2(residentKiB() < memory + 2048, qPrintable(QString::number(residentKiB() - memory)));
+#endif
     }
 
 private:
@@ -333,7 +355,10 @@ private:
     {
         return state()["adapters"].toObject()[adapter].toObject()["calling"].toString();
     }
-    int connectsOf(int logger) { return state()["connects"].toObject()[addressOf(logger)].toInt(); }
+    int connectsOf(int logger)
+    {
+        return state()["connects"].toObject()[addressOf(logger)].toInt();
+    }
     static int entries(const char* directory)
     {
         return QDir(directory).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
@@ -344,7 +369,10 @@ private:
         return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').at(1).toLong() * 4 : 0;
     }
 
-    QJsonObject state() { return QJsonDocument::fromJson(bluez->call("State").toString().toUtf8()).object(); }
+    QJsonObject state()
+    {
+        return QJsonDocument::fromJson(bluez->call("State").toString().toUtf8()).object();
+    }
     int linksOf(const char* adapter)
     {
         return state()["adapters"].toObject()[adapter].toObject()["links"].toArray().size();
