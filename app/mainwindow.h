@@ -25,6 +25,7 @@ class ExpData;
 class GlobalLabUpload;
 class GraphTools;
 class Indicator;
+class LargeGraph;
 class MapPane;
 class MetersPanel;
 class QGridLayout;
@@ -102,6 +103,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private Q_SLOTS:
     void doExit();
@@ -300,10 +302,8 @@ private:
     void shareWithSimulation();
     void closeSimulation();
     void closePage();
-    void showCells(bool isFirstAlone);
 
     SimulationPanel* simW = nullptr; ///< null until one is chosen
-    bool areCellsHidden = false;     ///< of all groups but the first
     bool isShareOwn = false;         ///< a person has moved the edge between them
 
     // Files, in mainwindow_files.cpp
@@ -438,6 +438,13 @@ private:
     void rebuildClass();
     void showLeftOut();
 
+    // One graph that fills the window, in mainwindow_large.cpp
+    void createLargeGraph();
+    /// Of a group, or of the class; the one that does gives the room back.
+    void enlarge(int index);
+    void enlargeChosen();
+    void showLarge();
+
     int iconDim = 72;
     QAction* openAct = nullptr;
     QAction* saveAct = nullptr;
@@ -472,4 +479,6 @@ private:
     QGridLayout* graphGridL = nullptr;
     Plot* graph = nullptr;         ///< of the class
     QLabel* leftOutLine = nullptr; ///< who is not in it
+    LargeGraph* largeGraph = nullptr;
+    QAction* smallAct = nullptr; ///< Esc, while one graph is large
 };

@@ -43,6 +43,7 @@ void MainWindow::createTools()
     connect(sideViews, &SideViews::titleClicked, this, &MainWindow::tableTitleClicked);
     connect(sideViews, &SideViews::graphMade, this, [this](Plot* plot) {
         plot->setUserPrompt(prompt);
+        connect(plot, &Plot::enlargeAsked, this, &MainWindow::enlarge);
         tools->watch(plot);
         steps->watch(plot);
     });

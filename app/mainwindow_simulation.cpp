@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/largegraph.h"
 #include "app/runline.h"
 #include "app/simulationpanel.h"
 #include "classroom/classrun.h"
@@ -77,7 +78,7 @@ void MainWindow::createSimulationPanel()
     connect(mainW, &QSplitter::splitterMoved, this, [this] { isShareOwn = true; });
     connect(simW, &SimulationPanel::told, statusLine, &StatusLine::setAdvice);
     connect(simW, &SimulationPanel::begun, this, &MainWindow::showSimulation);
-    connect(&mTembrin->run(), &ClassRun::begun, this, [this] { showCells(false); });
+    connect(&mTembrin->run(), &ClassRun::begun, largeGraph, [this] { largeGraph->setFirstAlone(false); });
 }
 
 /// An experiment has the graph of the first group, and that all the room.
@@ -87,7 +88,7 @@ void MainWindow::showSimulation(const QString& name)
     for (Plot* plot : mTembrin->viewsOf(0))
         plot->updateTitle(name);
     runLine->refresh();
-    showCells(true);
+    largeGraph->setFirstAlone(true);
 }
 
 /// What is to be seen on a graph is, even where a page had its place.
@@ -101,29 +102,10 @@ void MainWindow::closeSimulation()
 {
     if (simW && !simW->isHidden())
         simW->closeSimulation();
-    showCells(false);
+    largeGraph->setFirstAlone(false);
     updateHint();
     updateLayout(layouts ? layouts->currentData().toInt() : int(LAYOUT_MULTI_WINDOWS));
     auto* button = findChild<QToolButton*>(QStringLiteral("simulationButton"));
     if (button)
         button->menu()->actions().constFirst()->setChecked(true);
-}
-
-/// Those of the other groups say nothing to what the first one's shows.
-void MainWindow::showCells(bool isFirstAlone)
-{
-    if (isFirstAlone == areCellsHidden)
-        return;
-    areCellsHidden = isFirstAlone;
-    const int columns = mTembrin->gridColumns();
-    for (int i = 1; i < mTembrin->nDefTembrins(); ++i) {
-        if (isFirstAlone)
-            mTembrin->hideCell(i);
-        else
-            mTembrin->addWidgetByIndex(graphGridL, mTembrin->viewShownBy(i), i);
-        if (i < columns)
-            graphGridL->setColumnStretch(i, isFirstAlone ? 0 : 1);
-        if (i % columns == 0)
-            graphGridL->setRowStretch(i / columns, isFirstAlone ? 0 : 1);
-    }
 }

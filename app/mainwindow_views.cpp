@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/graphtools.h"
+#include "app/largegraph.h"
 #include "app/mappane.h"
 #include "app/meterspanel.h"
 #include "app/refreshclock.h"
@@ -41,6 +42,7 @@ void MainWindow::setupViews()
     mTembrin->setPartMaker([this](int view, int index) { return sideViews->make(view, index); });
     graph = createPlot(mTembrin->dataC(), GRAPH_LINE, -1);
     mTembrin->setPlotC(graph);
+    createLargeGraph();
     createHint();
     leftOutLine = new QLabel;
     leftOutLine->setObjectName(QStringLiteral("leftOutLine"));
@@ -139,6 +141,7 @@ Plot* MainWindow::createPlot(ExpData* set, graphtype type, int index)
     plot->setUserPrompt(prompt);
     connect(plot, &Plot::changedActiveCurve, this, &MainWindow::updateSens);
     connect(plot, &Plot::shownForAll, this, &MainWindow::showForAll);
+    connect(plot, &Plot::enlargeAsked, this, &MainWindow::enlarge);
     tools->watch(plot);
     steps->watch(plot);
     return plot;
@@ -167,7 +170,7 @@ void MainWindow::setNGraphs()
     }
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
         mTembrin->addWidgetByIndex(graphGridL, VIEW_GRAPH, i);
-    areCellsHidden = false;
+    largeGraph->reset();
     activePlotChanged(-1);
 }
 
@@ -181,6 +184,7 @@ void MainWindow::updateLayout(int view)
     }
     const QRect before = geometry();
     showPane(layout);
+    largeGraph->end();
     if (layout <= LAYOUT_MULTI_COMBO) {
         graphGridW->setVisible(layout != LAYOUT_MULTI_TOGETHER);
         graph->setVisible(layout != LAYOUT_MULTI_WINDOWS);

@@ -193,7 +193,9 @@ void GraphMouse::onCanvas(const QMouseEvent& event)
         press(event);
         break;
     case QEvent::MouseButtonDblClick:
-        markers.doubleClick(event.pos());
+        if (!markers.doubleClick(event.pos()) && event.button() == Qt::LeftButton && !isZoom && !isAnnotate &&
+            !isMarker && !isSlope)
+            Q_EMIT groundDoubleClicked();
         break;
     case QEvent::MouseMove:
         move(event.pos());

@@ -41,6 +41,8 @@ Q_SIGNALS:
     void titlePressed();
     void titleDoubleClicked();
     void titlePressedRight();
+    /// On no marker, and no mode is on that a press means something to.
+    void groundDoubleClicked();
     /// A right press on the y axis.
     void rangeAsked();
     /// A right press on the x axis.

@@ -118,14 +118,15 @@ bool MarkerMouse::pressRight(const QMouseEvent& event)
     return true;
 }
 
-void MarkerMouse::doubleClick(const QPointF& pos)
+bool MarkerMouse::doubleClick(const QPointF& pos)
 {
     bool isTip = false;
     myPlotMarker* const marker = at(pos, &isTip);
     if (!marker)
-        return;
+        return false;
     if (marker->type == MARKER_ANNOTATE)
         editor.edit(marker);
     else
         editor.lock(marker, true);
+    return true;
 }

@@ -28,7 +28,7 @@ public:
     void placeCross(const QPointF& pos);
     /// False when the press was on no marker.
     bool pressRight(const QMouseEvent& event);
-    void doubleClick(const QPointF& pos);
+    bool doubleClick(const QPointF& pos);
 
 private:
     myPlotMarker* at(const QPointF& pos, bool* isTip) const;

@@ -170,6 +170,7 @@ void Plot::connectMouse()
     mouse = std::make_unique<GraphMouse>(*this, traits, *markerMouse, *slope);
     const GraphMouse* from = mouse.get();
     connect(from, &GraphMouse::titlePressed, this, &Plot::toggleChosen);
+    connect(from, &GraphMouse::groundDoubleClicked, this, [this] { Q_EMIT enlargeAsked(index); });
     connect(from, &GraphMouse::titleDoubleClicked, this, [this] {
         if (index >= 0)
             toggleChosen();

@@ -226,6 +226,8 @@ Q_SIGNALS:
     void changedActiveCurve(int index, int iSens);
     /// A press on the title: this graph's index, or -1 if it was the chosen one.
     void changedActivePlot(int index);
+    /// A double click on nothing but the ground.
+    void enlargeAsked(int index);
     void titleChanged(const QString& text);
     void colorChanged(int iSens, const QColor& color);
     /// The user wants to see the sensor of a legend entry on the graphs of all groups.

@@ -48,6 +48,54 @@ private Q_SLOTS:
         QCOMPARE(shows(1), line);
     }
 
+    void oneGraphFillsTheWindow()
+    {
+        ClassBench bench(3);
+        MainWindow* const window = bench.window.get();
+        auto* grid = window->findChild<QWidget*>(QStringLiteral("graphGridW"));
+        Plot* const ofClass = bench.manager->plotC();
+        const auto seen = [&] {
+            QString all;
+            for (int i = 0; i < 3; ++i) {
+                if (bench.manager->plotAt(i)->isVisibleTo(window))
+                    all += QString::number(i);
+            }
+            return all + (ofClass->isVisibleTo(window) ? "c" : "");
+        };
+        const auto doubleClick = [](Plot* plot) {
+            const QPoint ground = plot->canvas()->rect().center();
+            QTest::mouseDClick(plot->canvas(), Qt::LeftButton, Qt::NoModifier, ground);
+        };
+        bench.action("layoutAct3")->trigger();
+        QCOMPARE(seen(), QStringLiteral("012c"));
+        const QSize small = bench.manager->plotAt(2)->size();
+        doubleClick(bench.manager->plotAt(2));
+        QCOMPARE(seen(), QStringLiteral("2"));
+        QTRY_VERIFY(bench.manager->plotAt(2)->width() > grid->width() * 9 / 10);
+        QVERIFY(bench.manager->plotAt(2)->height() > grid->height() * 9 / 10);
+        QVERIFY(bench.manager->isActive(2));
+        QTest::keyClick(window, Qt::Key_Escape);
+        QCOMPARE(seen(), QStringLiteral("012c"));
+        QTRY_VERIFY(std::abs(bench.manager->plotAt(2)->height() - small.height()) < 10);
+        QCOMPARE(bench.manager->plotAt(2)->width(), small.width());
+        QTest::keyClick(window, Qt::Key_Return);
+        QCOMPARE(seen(), QStringLiteral("2"));
+        doubleClick(bench.manager->plotAt(2));
+        QCOMPARE(seen(), QStringLiteral("012c"));
+        doubleClick(ofClass);
+        QCOMPARE(seen(), QStringLiteral("c"));
+        bench.action("layoutAct1")->trigger(); // another layout ends it
+        QCOMPARE(seen(), QStringLiteral("012"));
+        // A double click that a mode means something by is none.
+        bench.action("markerAct")->trigger();
+        doubleClick(bench.manager->plotAt(1));
+        QCOMPARE(seen(), QStringLiteral("012"));
+        bench.action("markerAct")->trigger();
+        QVERIFY(bench.action("stopAct")->shortcuts().contains(QKeySequence(Qt::Key_Escape)));
+        doubleClick(bench.manager->plotAt(1));
+        QVERIFY(!bench.action("stopAct")->shortcuts().contains(QKeySequence(Qt::Key_Escape)));
+    }
+
     void noTwoActionsShareAKey()
     {
         ClassBench bench(1);

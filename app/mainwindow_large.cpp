@@ -1,0 +1,75 @@
+// One graph that fills the window, so that the back of the room can read it.
+
+#include "app/mainwindow.h"
+
+#include "app/graphtools.h"
+#include "app/iconlist.h"
+#include "app/largegraph.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "graph/plot.h"
+
+#include <QAction>
+#include <QKeyEvent>
+#include <QSplitter>
+
+void MainWindow::createLargeGraph()
+{
+    largeGraph = new LargeGraph(mTembrin, graphGridL, graph, this);
+    connect(largeGraph, &LargeGraph::changed, this, &MainWindow::showLarge);
+    smallAct = new QAction(tr("All graphs"), this);
+    smallAct->setObjectName(QStringLiteral("smallAct"));
+    smallAct->setEnabled(false);
+    connect(smallAct, &QAction::triggered, this, [this] { enlarge(largeGraph->shown().value_or(0)); });
+    addAction(smallAct);
+}
+
+void MainWindow::enlarge(int index)
+{
+    if (largeGraph->shown() == index) {
+        updateLayout(layouts ? layouts->currentData().toInt() : int(LAYOUT_MULTI_WINDOWS));
+        graphW->restoreState(largeGraph->shares());
+        return;
+    }
+    if (!graphW->isVisible() || index >= mTembrin->nDefTembrins())
+        return;
+    if (index >= 0 && !mTembrin->isActive(index))
+        activePlotChanged(index);
+    largeGraph->show(index);
+    tools->follow();
+    showLeftOut();
+}
+
+void MainWindow::enlargeChosen()
+{
+    if (largeGraph->shown())
+        enlarge(*largeGraph->shown());
+    else if (mTembrin->isActiveGraphSet())
+        enlarge(mTembrin->activeGraph());
+    else if (!graph->isHidden())
+        enlarge(LargeGraph::classGraph);
+}
+
+/// One key can't mean two things: while a graph is large, Esc brings the others back, and stops only after
+/// that.
+void MainWindow::showLarge()
+{
+    const bool isLarge = largeGraph->shown().has_value();
+    const QKeySequence escape(Qt::Key_Escape);
+    QList<QKeySequence> stopKeys = stopAct->shortcuts();
+    stopKeys.removeAll(escape);
+    if (!isLarge)
+        stopKeys.prepend(escape);
+    stopAct->setShortcuts(stopKeys);
+    smallAct->setShortcut(isLarge ? escape : QKeySequence());
+    smallAct->setEnabled(isLarge);
+}
+
+/// What no control wanted comes here.
+void MainWindow::keyPressEvent(QKeyEvent* event)
+{
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isEnter && !event->isAutoRepeat())
+        enlargeChosen();
+    else
+        QMainWindow::keyPressEvent(event);
+}
