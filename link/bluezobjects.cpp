@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <tuple>
 
 #include "link/loggernames.h"
 
@@ -87,6 +88,10 @@ QVector<possibleDevice> BluezObjects::loggers() const
                          [&](const possibleDevice& other) { return other.address == logger.address; }))
             found.append(logger);
     }
+    // As a person looks for them, and not adapter by adapter.
+    std::sort(found.begin(), found.end(), [](const possibleDevice& one, const possibleDevice& other) {
+        return std::tie(one.name, one.address) < std::tie(other.name, other.address);
+    });
     return found;
 }
 

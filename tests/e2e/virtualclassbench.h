@@ -78,8 +78,12 @@ protected:
         }
         store.sync();
         prompt = FakePrompt();
+        prepare();
         makeWindow();
     }
+
+    /// What happens before the window is there.
+    virtual void prepare() {}
 
     void makeWindow()
     {
@@ -94,7 +98,7 @@ protected:
         while (!isReady && loggers.canReadLine()) {
             const QList<QByteArray> words = loggers.readLine().trimmed().split(' ');
             isReady = words.first() == "ready";
-            if (!isReady)
+            if (words.size() > 1)
                 ports.append(QString::fromLocal8Bit(words.value(1)));
         }
         return isReady;
