@@ -154,6 +154,7 @@ private:
     QString awayText() const;
     void showConnected(int index);
     void showConnecting(int index);
+    void showCure();
     void showNotConnected(int index);
     void updateHint();
 
@@ -478,6 +479,7 @@ private:
     QWidget* graphGridW = nullptr;
     QGridLayout* graphGridL = nullptr;
     Plot* graph = nullptr;         ///< of the class
+    QLabel* cureLine = nullptr;    ///< what keeps loggers away and is cured at this computer
     QLabel* leftOutLine = nullptr; ///< who is not in it
     LargeGraph* largeGraph = nullptr;
     QAction* smallAct = nullptr; ///< Esc, while one graph is large

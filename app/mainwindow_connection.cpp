@@ -100,12 +100,26 @@ QString MainWindow::awayText() const
     }
     QString text =
         parts.isEmpty() ? QString() : tr("Not connected: %1").arg(parts.join(QStringLiteral(", ")));
-    if (failures.size() == 1 && FailureTexts::isOfComputer(failures[0]))
-        text += QStringLiteral(". ") + FailureTexts::cure(failures[0], port);
     if (!called.isEmpty())
         text = (tr("Connecting: %1").arg(called.join(QStringLiteral(", "))) + QStringLiteral("  ") + text)
                    .trimmed();
     return text;
+}
+
+/// What only the person at the computer can put right stands above the graphs, whole, with the command to
+/// copy.
+void MainWindow::showCure()
+{
+    QString text;
+    for (int i = 0; i < mTembrin->nDefTembrins() && text.isEmpty(); ++i) {
+        const LoggerConnector::State state = mTembrin->connector().state(i);
+        const TembrinProtocol* const logger = mTembrin->tembrinAt(i);
+        if (state == LoggerConnector::State::Idle && FailureTexts::isOfComputer(logger->failure))
+            text = tr("%1 is not connected: %2")
+                       .arg(mTembrin->groupName(i), FailureTexts::text(logger->failure, logger->portName));
+    }
+    cureLine->setText(text);
+    cureLine->setVisible(!text.isEmpty());
 }
 
 void MainWindow::showConnecting(int index)
@@ -114,6 +128,7 @@ void MainWindow::showConnecting(int index)
     statusBar()->showMessage(tr("Trying to connect to Tembrin, please wait.."));
     indicator->setConnecting(index);
     indicator->setToolTipsMsg(index, tr("Connecting. Click to give up."));
+    showCure();
 }
 
 void MainWindow::showConnected(int index)
@@ -132,6 +147,7 @@ void MainWindow::showConnected(int index)
         connect(listener, &PortListener::bootloadReady, this,
                 [this, index](bool isVorta, int ver) { bootloadReady(index, isVorta, ver); });
     showTitle(index);
+    showCure();
 }
 
 /// What a logger measured for a group goes along when the group gets another name.
@@ -167,6 +183,7 @@ void MainWindow::showNotConnected(int index)
     indicator->setToolTipsMsg(
         index, (tip + QLatin1Char('\n') + FailureTexts::text(logger->failure, logger->portName)).trimmed());
     indicator->setBT(index, false);
+    showCure();
 }
 
 void MainWindow::commEstablished(int index)

@@ -25,7 +25,8 @@
 
 namespace {
 constexpr int defaultLoggers = 4;
-}
+constexpr int cureMargin = 8;
+} // namespace
 
 void MainWindow::setupViews()
 {
@@ -44,12 +45,20 @@ void MainWindow::setupViews()
     mTembrin->setPlotC(graph);
     createLargeGraph();
     createHint();
+    cureLine = new QLabel;
+    cureLine->setObjectName(QStringLiteral("cureLine"));
+    cureLine->setWordWrap(true);
+    cureLine->setMargin(cureMargin);
+    cureLine->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    cureLine->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Maximum);
+    cureLine->hide();
     leftOutLine = new QLabel;
     leftOutLine->setObjectName(QStringLiteral("leftOutLine"));
     leftOutLine->setWordWrap(true);
     leftOutLine->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Maximum);
     leftOutLine->hide();
     graphW->addWidget(hint);
+    graphW->addWidget(cureLine);
     graphW->addWidget(leftOutLine);
     graphW->addWidget(graph);
     graphW->addWidget(graphGridW);

@@ -58,7 +58,7 @@ QString FailureTexts::cure(PortFailure failure, const QString& portName)
 {
     switch (failure) {
     case PortFailure::NoRight:
-        return tr("Type in a terminal: sudo usermod -aG %1 $USER  and log in again.").arg(groupOf(portName));
+        return tr("Type in a terminal:\nsudo usermod -aG %1 $USER\nand log in again.").arg(groupOf(portName));
     case PortFailure::NoPort:
         return tr("Press Connect and choose the logger.");
     case PortFailure::Held:
@@ -76,7 +76,7 @@ QString FailureTexts::cure(PortFailure failure, const QString& portName)
     case PortFailure::AdapterFull:
         return tr("Plug in a second adapter and pair some of the loggers with it.");
     case PortFailure::NoService:
-        return tr("Type in a terminal: sudo systemctl enable --now bluetooth");
+        return tr("Type in a terminal:\nsudo systemctl enable --now bluetooth");
     case PortFailure::Lost:
         return tr("Click here to try again.");
     case PortFailure::Other:
@@ -91,7 +91,8 @@ bool FailureTexts::isOfComputer(PortFailure failure)
 {
     return failure == PortFailure::NoRight || failure == PortFailure::NoService ||
            failure == PortFailure::NoAdapter || failure == PortFailure::AdapterOff ||
-           failure == PortFailure::AdapterFull;
+           failure == PortFailure::AdapterFull || failure == PortFailure::NotPaired ||
+           failure == PortFailure::Refused;
 }
 
 QString FailureTexts::text(PortFailure failure, const QString& portName)

@@ -38,6 +38,30 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(bench.ports.made(QStringLiteral("COMxx")), 22, 4000);
     }
 
+    void aMissingRightIsToldWithItsCure()
+    {
+        guard->expect(QStringLiteral("open failed"));
+        ClassBench bench(2, QStringLiteral("ttyUSB7"));
+        const SerialPortFactory working = bench.ports.factory();
+        bench.manager->setPortFactory([&](const QString& name, SerialPort::QueryMode mode) {
+            auto port = working(name, mode);
+            if (name == "ttyUSB7")
+                static_cast<FakePort*>(port.get())->failOpen("EACCES", PortFailure::NoRight);
+            return port;
+        });
+        auto* line = bench.window->findChild<QLabel*>(QStringLiteral("cureLine"));
+        QTRY_VERIFY_WITH_TIMEOUT(line->isVisible(),
+                                 1500); // the first attempt comes half a second after the start
+        QVERIFY(line->text().startsWith("Group A is not connected: you have no right to open ttyUSB7"));
+        QVERIFY(line->text().contains("\nsudo usermod -aG dialout $USER\n"));
+        QVERIFY(bench.window->findChild<QLabel*>("loggerIcon1")->toolTip().contains("usermod"));
+        QVERIFY(bench.window->statusBar()->currentMessage().contains("no right"));
+        QCOMPARE(bench.ports.made(QStringLiteral("ttyUSB7")), 1); // a second later it would be the same
+        bench.manager->setPortFactory(working);
+        clickIcon(bench, 0);
+        QTRY_VERIFY(!line->isVisible());
+    }
+
     void startsAreSpread()
     {
         ClassBench bench(4);
