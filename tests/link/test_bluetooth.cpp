@@ -322,8 +322,9 @@ private Q_SLOTS:
         const auto descriptors = entries("/proc/self/fd");
         [[maybe_unused]] const auto memory = residentKiB();
         QVERIFY2(rounds(1000), qPrintable(port->errorString()));
-        QTRY_COMPARE(entries("/proc/self/fd"), descriptors);
-        QTRY_COMPARE(entries("/proc/self/task"), threads);
+        QTRY_VERIFY(entries("/proc/self/fd") <=
+                    descriptors); // the start may have been counted within a round
+        QTRY_VERIFY(entries("/proc/self/task") <= threads);
 #ifndef __SANITIZE_ADDRESS__ // which keeps what was freed, and looks for leaks itself
         QVERIFY2(residentKiB() < memory + 2048, qPrintable(QString::number(residentKiB() - memory)));
 #endif
