@@ -170,13 +170,20 @@ private Q_SLOTS:
             const auto port = makePort(1);
             return port->open(SerialPort::OpenMode::ReadWrite) ? PortFailure::None : port->failure();
         };
+        bluez->call("TakeLink", {addressOf(2)}); // over the first adapter
+        {
+            const auto port = makePort(1);
+            QVERIFY(port->open(SerialPort::OpenMode::ReadWrite));
+            QCOMPARE(linksOf("hci1"), 1);
+        }
+        QTRY_COMPARE(linksOf("hci1"), 0);
         bluez->call("SetPaired", {addressOf(1), false});
         QCOMPARE(failure(), PortFailure::NotPaired);
         bluez->call("SetPaired", {addressOf(1), true});
         bluez->call("SetPowered", {"hci0", false});
         // The adapter that is left carries seven links, other programs' too.
         for (int logger = 2; logger <= 8; ++logger)
-            bluez->call("TakeLink", {addressOf(logger)}); // over the first adapter
+            bluez->call("TakeLink", {addressOf(logger)});
         QCOMPARE(failure(), PortFailure::None);
         std::vector<std::unique_ptr<SerialPort>> ports;
         for (int logger = 2; logger <= 8; ++logger) {
@@ -207,20 +214,22 @@ private Q_SLOTS:
 
     void aCancelledCallIsGivenUp()
     {
-        behave(1, "link", 0.5);
+        const auto third = makePort(3); // the profile stands for it
+        QVERIFY(third->open(SerialPort::OpenMode::ReadWrite));
+        behave(1, "link", 1);
         const auto port = makePort(1);
         QElapsedTimer clock;
         auto called = opening(port.get());
-        QTRY_VERIFY(calling("hci0") == addressOf(1));
+        QTRY_COMPARE(calling("hci1"), addressOf(1));
         clock.start();
         port->cancelOpening();
         QVERIFY(!called.get());
         QVERIFY2(clock.elapsed() < 200, qPrintable(QString::number(clock.elapsed())));
         QCOMPARE(port->failure(), PortFailure::Cancelled);
-        QTRY_COMPARE(calling("hci0"), QString());
-        QTRY_VERIFY(state()["profiles"].toArray().isEmpty());
+        QVERIFY(
+            QTest::qWaitFor([this] { return calling("hci1").isEmpty(); }, 400)); // long before the call ends
 
-        // A link that comes all the same, while the profile stands for another port, is closed.
+        // A link that comes all the same is closed.
         const auto other = makePort(2);
         behave(1, "reply-first", 0.2);
         behave(2, "link", 0.4);
@@ -229,7 +238,7 @@ private Q_SLOTS:
         auto later = opening(other.get());
         port->cancelOpening();
         QVERIFY(!called.get() && later.get());
-        QCOMPARE(linksOf("hci0") + linksOf("hci1"), 1);
+        QCOMPARE(linksOf("hci0") + linksOf("hci1"), 2);
         behave(1, "link", 0);
         QVERIFY(port->open(SerialPort::OpenMode::ReadWrite));
     }
