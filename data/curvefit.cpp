@@ -14,6 +14,9 @@ namespace {
 
 using CurveFit::Model;
 
+constexpr int mostIterations = 1000;
+constexpr int lookIterations = 60; ///< from another start, when there is a result already
+
 struct ModelRow
 {
     const char* name;
@@ -187,7 +190,8 @@ QVector<double> CurveFit::Curve::values(const QVector<double>& x) const
 }
 
 CurveFit::Fit CurveFit::fit(Model model, const QVector<double>& x, const QVector<double>& y,
-                            const QString& expression, const QVector<double>& start)
+                            const QString& expression, const QVector<double>& start,
+                            const std::atomic_bool* stop)
 {
     Fit fit;
     fit.curve.model = model;
@@ -212,8 +216,11 @@ CurveFit::Fit CurveFit::fit(Model model, const QVector<double>& x, const QVector
         return fit;
     }
     const LeastSquares::Values values = [&](const double* p, double* result) {
+        const bool isStopped = stop && *stop;
         for (int i = 0; i < usedX.size(); ++i)
-            result[i] = model == Model::Formula ? formula.value(&usedX[i], p) : valueOf(model, usedX[i], p);
+            result[i] = isStopped                 ? std::numeric_limits<double>::quiet_NaN()
+                        : model == Model::Formula ? formula.value(&usedX[i], p)
+                                                  : valueOf(model, usedX[i], p);
     };
     LeastSquares::Minimum minimum;
     if (!start.isEmpty()) {
@@ -221,8 +228,14 @@ CurveFit::Fit CurveFit::fit(Model model, const QVector<double>& x, const QVector
     } else {
         // Several, since a start that is near one minimum may be far from the lowest one.
         for (const QVector<double>& first : startValues(model, formula, usedX, usedY)) {
-            const LeastSquares::Minimum next = LeastSquares::minimise(values, usedY, first);
-            if (std::isfinite(next.ssr) && (minimum.parameters.isEmpty() || next.ssr < minimum.ssr))
+            const bool isOneFound = minimum.isConverged;
+            LeastSquares::Minimum next =
+                LeastSquares::minimise(values, usedY, first, isOneFound ? lookIterations : mostIterations);
+            const bool isBetter =
+                std::isfinite(next.ssr) && (minimum.parameters.isEmpty() || next.ssr < minimum.ssr);
+            if (isBetter && isOneFound && !next.isConverged)
+                next = LeastSquares::minimise(values, usedY, next.parameters, mostIterations);
+            if (isBetter)
                 minimum = next;
         }
     }

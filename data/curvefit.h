@@ -4,7 +4,7 @@
 #include <QStringList>
 #include <QVector>
 
-#include <functional>
+#include <atomic>
 
 /// Curves through measured points by least squares (Levenberg-Marquardt of the GNU Scientific Library), with
 /// the standard errors of their parameters.
@@ -62,8 +62,10 @@ struct Fit
 /// Fits `model` to the points (x, y), of which those that are not finite, or where the model has no value,
 /// are left out. A typed formula stands in `expression`. Without `start` the start values are found by the
 /// data; else there must be one for each parameter. Never throws; takes about a microsecond for each point
-/// and parameter.
+/// and parameter. Any thread; `stop` (null allowed) may be raised by another one to end it early, without a
+/// result.
 Fit fit(Model model, const QVector<double>& x, const QVector<double>& y,
-        const QString& expression = QString(), const QVector<double>& start = {});
+        const QString& expression = QString(), const QVector<double>& start = {},
+        const std::atomic_bool* stop = nullptr);
 
 } // namespace CurveFit

@@ -22,7 +22,8 @@ constexpr int bestOfScan = 3;    // of its places
 constexpr double powerRange = 8; // exponents that are tried, on both sides of 0
 constexpr double powerStep = 0.25;
 constexpr int formulaTries = 400; // random starts that are judged
-constexpr int formulaStarts = 6;  // and those that are followed
+constexpr int formulaStarts = 6;  // and those that are followed on a few points
+constexpr int formulaEnds = 2;    // and those that are followed on all points
 constexpr int formulaPoints = 120;
 
 /// Ordered by x.
@@ -108,6 +109,13 @@ template<typename Function> QVector<double> column(const QVector<double>& x, Fun
 QVector<double> ones(int n)
 {
     return QVector<double>(n, 1.0);
+}
+
+/// Of a model that is linear in its parameters, which are found at once.
+QVector<QVector<double>> solved(const Columns& columns, const QVector<double>& y)
+{
+    const QVector<double> found = linearFit(columns, y);
+    return {found.isEmpty() ? QVector<double>(columns.size(), 0.0) : found};
 }
 
 /// y - y0 = b (integral of y) - b c (x - x0), which is linear: the exponent comes without iteration.
@@ -262,11 +270,16 @@ QVector<QVector<double>> anyFormula(const Formula& formula, const Points& all)
             judged.append({left, start});
     }
     std::sort(judged.begin(), judged.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    QVector<QVector<double>> starts;
-    for (auto& one : judged.mid(0, formulaStarts)) {
+    QVector<LeastSquares::Minimum> followed;
+    for (const auto& one : judged.mid(0, formulaStarts)) {
         const LeastSquares::Minimum near = LeastSquares::minimise(values, points.y, one.second, 100);
-        starts.append(std::isfinite(near.ssr) ? near.parameters : one.second);
+        if (std::isfinite(near.ssr))
+            followed.append(near);
     }
+    std::sort(followed.begin(), followed.end(), [](const auto& a, const auto& b) { return a.ssr < b.ssr; });
+    QVector<QVector<double>> starts;
+    for (const auto& one : followed.mid(0, formulaEnds))
+        starts.append(one.parameters);
     return starts.isEmpty() ? QVector<QVector<double>>{QVector<double>(n, 1.0)} : starts;
 }
 
@@ -276,15 +289,16 @@ QVector<QVector<double>> CurveFit::startValues(Model model, const ::Formula& for
                                                const QVector<double>& x, const QVector<double>& y)
 {
     const Points points = ordered(x, y);
+    const QVector<double> one = ones(points.x.size());
     switch (model) {
     case Model::Line:
-        return {{0, 0}};
+        return solved({points.x, one}, points.y);
     case Model::Parabola:
-        return {{0, 0, 0}};
+        return solved({column(points.x, [](double at) { return at * at; }), points.x, one}, points.y);
     case Model::Proportional:
-        return {{0}};
+        return solved({points.x}, points.y);
     case Model::Logarithm:
-        return {{0, 0}};
+        return solved({one, column(points.x, [](double at) { return std::log(at); })}, points.y);
     case Model::Exponential:
         return exponential(points);
     case Model::Power:

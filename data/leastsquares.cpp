@@ -7,10 +7,13 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <utility>
 
 namespace {
 
 constexpr double convergedStep = 1e-11; // of each parameter, relative
+constexpr double flatStep = 1e-15;      // of the residuals' length, by one iteration
+constexpr int flatSteps = 3;            // of them in a row
 const double differenceStep = std::pow(std::numeric_limits<double>::epsilon(), 0.2);
 constexpr double sizeOfZero = 1e-3;     // a parameter that starts at 0 is stepped as one of this size
 constexpr double leastOfLargest = 1e-3; // one that goes through 0 as this part of the largest it has been
@@ -76,17 +79,25 @@ Workspace workspaceFor(size_t points, size_t parameters)
             &gsl_multifit_nlinear_free};
 }
 
+/// A parameter that the points hardly settle goes on moving in its last digits; then the sum of squares tells
+/// that the bottom is reached.
 bool iterate(gsl_multifit_nlinear_workspace* work, int mostIterations)
 {
+    double norm = gsl_blas_dnrm2(gsl_multifit_nlinear_residual(work));
+    int flat = 0;
     for (int i = 0; i < mostIterations; ++i) {
         const int status = gsl_multifit_nlinear_iterate(work);
         // No step is an improvement any more: it stands at the bottom, as far as numbers tell.
         if (status == GSL_ENOPROG)
-            return i > 0;
+            return true;
         if (status != GSL_SUCCESS)
             return false;
         int why = 0;
         if (gsl_multifit_nlinear_test(convergedStep, 0, 0, &why, work) == GSL_SUCCESS)
+            return true;
+        const double before = std::exchange(norm, gsl_blas_dnrm2(gsl_multifit_nlinear_residual(work)));
+        flat = before - norm <= flatStep * before ? flat + 1 : 0;
+        if (flat == flatSteps)
             return true;
     }
     return false;
