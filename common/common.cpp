@@ -109,6 +109,37 @@ QString Common::toSignificant(double val, int digits)
                                          superscript(exponent));
 }
 
+QString Common::withError(double val, double error)
+{
+    constexpr double noError = 1e-12; // of the value: what rounding leaves
+    constexpr int mostDecimals = 6;
+    constexpr int mostExponent = 6;
+    constexpr int exactDigits = 6;
+    const QString pair = QStringLiteral("%1 ± %2");
+    error = std::abs(error);
+    if (!std::isfinite(val) || !std::isfinite(error))
+        return toSignificant(val);
+    if (error <= noError * std::abs(val))
+        return pair.arg(toSignificant(val, exactDigits), QStringLiteral("0"));
+    const auto exponentOf = [](double number) {
+        return QString::number(number, 'e', 1).section(QLatin1Char('e'), 1).toInt();
+    };
+    const int last = exponentOf(error) - 1; // the place of the last digit that counts
+    const int first = std::max(exponentOf(val), last + 1);
+    if (-last <= mostDecimals && first <= mostExponent) {
+        const double step = std::pow(10.0, std::max(0, last));
+        const auto text = [&](double number) {
+            return myToString(last > 0 ? std::round(number / step) * step : number, 'f', std::max(0, -last));
+        };
+        return pair.arg(text(val), text(error));
+    }
+    const double scale = std::pow(10.0, first);
+    return QStringLiteral("(%1)·10%2")
+        .arg(pair.arg(myToString(val / scale, 'f', first - last),
+                      myToString(error / scale, 'f', first - last)),
+             superscript(first));
+}
+
 double Common::typedNumber(const QString& text, bool* ok)
 {
     const double number = QString(text).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(ok);

@@ -27,6 +27,10 @@ public:
     /// Very large and very small ones as "1.234·10⁻⁷".
     static QString toSignificant(double val, int digits = 4);
 
+    /// The same with its standard error, which has two digits that count and decides on those of the value:
+    /// "55.23 ± 0.12". Without an error that is known, as toSignificant().
+    static QString withError(double val, double error);
+
     /// The number that a person typed, with a point or a comma; nothing finite gives false in `ok`.
     static double typedNumber(const QString& text, bool* ok);
 

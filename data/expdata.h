@@ -294,6 +294,9 @@ public:
     /// The same on an XY plot, between the samples nearest to two points of the curve.
     void regressionXY(int degree, int iSens, double x1, double x2, double y1, double y2, double* a, double* b,
                       double* c, double* r) const;
+    /// The first of the samples that are nearest to a point of an XY plot, with both axes scaled to their
+    /// data; -1 without any.
+    int nearestXY(int iSens, double px, double py) const;
     static void linearRegression(const QVector<QPointF>& points, double* a, double* b, double* r);
     static void quadRegression(const QVector<QPointF>& points, double* a, double* b, double* c, double* r);
     /// Speed (m/s) of the first object through a photogate; all 0 where there was none.
@@ -364,7 +367,6 @@ private:
     void describeSpecialCurve(int iSens, const Sensor& origin);
     int timedSamples(int iSens) const;
     QVector<QPointF> span(int iSens, double x1, double x2) const;
-    int nearestXY(int iSens, double px, double py) const;
 
     QVector<double> x;
     QVector<QVector<double>> y;

@@ -197,8 +197,6 @@ void ExpData::regressionXY(int degree, int iSens, double x1, double x2, double y
     fit(degree, points, a, b, c, r);
 }
 
-/// The first of the samples that are nearest to a point of an XY plot, with both axes scaled to their data;
-/// -1 without any.
 int ExpData::nearestXY(int iSens, double px, double py) const
 {
     const double xRange = getMaxY(xySensIndex) - getMinY(xySensIndex);

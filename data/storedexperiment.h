@@ -6,6 +6,7 @@
 
 #include <limits>
 
+#include "data/fittedcurve.h"
 #include "sensors/sensor.h"
 
 class ExpData;
@@ -53,6 +54,7 @@ struct StoredExperiment
         double b = 0;
         double c = 0;
         double r = 0;
+        FittedCurve fit; ///< of a fit that has more than a, b and c; in its own units
         QString text;
         bool isBubble = false;
         bool isLocked = false;

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "data/expdata.h"
+#include "graph/graphcurves.h"
 
 namespace {
 
@@ -40,7 +41,21 @@ void fitOverTime(const ExpData& data, int degree, myPlotMarker* line)
 void toMiddle(myPlotMarker* line)
 {
     const double middle = (line->linX0 + line->linX1) / 2;
-    line->setValue(middle, line->calcRegValue(middle));
+    const double height = line->calcRegValue(middle);
+    line->setValue(middle, std::isfinite(height) ? height : line->yValue());
+}
+
+/// The same model; false where it finds nothing any more.
+bool fitAgain(const ExpData& data, myPlotMarker* line)
+{
+    const Stretch stretch = Stretch::between(data, line->iSens, line->linX0, line->linX1);
+    const CurveFit::Curve& curve = line->fit.curve;
+    const CurveFit::Fit fit = CurveFit::fit(curve.model, stretch.x, stretch.y, curve.expression);
+    if (fit.isGood()) {
+        line->setFit({fit, stretch.xUnit, stretch.yUnit}, stretch.xUnit, stretch.yUnit);
+        toMiddle(line);
+    }
+    return fit.isGood();
 }
 
 void measureArea(const ExpData& data, myPlotMarker* area)
@@ -92,6 +107,30 @@ CurveAnalysis::Result CurveAnalysis::fit(const GraphParts& parts, int degree,
     return {std::move(line), QString()};
 }
 
+CurveAnalysis::Result CurveAnalysis::placed(const GraphParts& parts, const FittedCurve& fit, int iSens,
+                                            double from, double to)
+{
+    auto line = std::make_unique<myPlotMarker>(iSens, &parts.scaler, MARKER_REGRESSION);
+    line->xSensor = parts.data.getXYIndex();
+    line->linX0 = from;
+    line->linX1 = to;
+    line->curve = parts.curves.at(iSens);
+    line->setFit(fit, fit.x, fit.y);
+    toMiddle(line.get());
+    return {std::move(line), QString()};
+}
+
+Stretch CurveAnalysis::stretch(const ExpData& data, const QList<myPlotMarker*>& crosses, int iSens)
+{
+    if (crosses.size() < 2)
+        return Stretch::whole(data, iSens);
+    const bool isOnOne = crosses[0]->iSens == crosses[1]->iSens;
+    const int on = isOnOne ? crosses[0]->iSens : iSens;
+    return isOnOne && data.isXYPlot()
+               ? Stretch::along(data, on, crosses[0]->value(), crosses[1]->value())
+               : Stretch::between(data, on, crosses[0]->xValue(), crosses[1]->xValue());
+}
+
 CurveAnalysis::Result CurveAnalysis::integral(const GraphParts& parts, const QList<myPlotMarker*>& crosses)
 {
     QString refusal = spanRefusal(parts, crosses);
@@ -116,6 +155,8 @@ bool CurveAnalysis::renew(const GraphParts& parts, myPlotMarker* result)
     }
     if (result->xSensor >= 0) // of a path, whose ends are not kept
         return false;
+    if (!result->fit.isNone())
+        return fitAgain(parts.data, result);
     fitOverTime(parts.data, result->a != 0 ? 2 : 1, result);
     toMiddle(result);
     return hasFit(*result) && std::isfinite(result->r);

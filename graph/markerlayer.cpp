@@ -26,8 +26,10 @@ MarkerLayer::MarkerLayer(const GraphParts& parts, const KindTraits& traits)
 
 MarkerLayer::~MarkerLayer()
 {
-    if (span)
-        span->detach();
+    for (const auto& own : {span.get(), previewed.get()}) {
+        if (own)
+            own->detach();
+    }
     for (myPlotMarker* marker : qAsConst(markers)) {
         marker->detach();
         delete marker;
@@ -77,6 +79,8 @@ void MarkerLayer::clear()
         if (!partner || partner->type != MARKER_TANGENT)
             drop(markers[i]);
     }
+    if (previewed)
+        preview({});
     repaint();
 }
 

@@ -40,6 +40,9 @@ public:
     bool refusesCross();
     /// What an analysis gave, with its text, or why it gave nothing.
     void addResult(CurveAnalysis::Result result);
+    /// A fit that is seen while somebody tries it, without a text; it is no marker, and goes with all of
+    /// them. One without a marker takes it away.
+    void preview(CurveAnalysis::Result result);
     /// Those of a file in stored order and base units, in place of what is there. A cross or fit without a
     /// text gets one, a text without a partner is dropped.
     void install(const QList<myPlotMarker*>& list);
@@ -103,6 +106,7 @@ private:
     void addGateText(int iSens, const QPointF& at, const QPoint& offset, const QString& words);
     QList<myPlotMarker*> pairedUp(const QList<myPlotMarker*>& list);
     void takeStored(myPlotMarker* marker);
+    void takeStoredFit(myPlotMarker* marker) const;
     void dragCross(myPlotMarker* cross, const QPointF& pos);
     void findMovable();
     void renewShown();
@@ -127,5 +131,6 @@ private:
     const CurveSearch search;
     QString lastDistance;
     int refusedWith = -1; ///< how many markers there were at the last refusal that still stands, else -1
+    std::unique_ptr<myPlotMarker> previewed;
     std::unique_ptr<myPlotMarker> span; ///< what lies between two crosses; not among the markers
 };

@@ -30,7 +30,10 @@ bool hasPartnerText(int type)
 bool isSameResult(const myPlotMarker& a, const myPlotMarker& b)
 {
     return a.type == b.type && a.iSens == b.iSens && a.xSensor == b.xSensor && a.linX0 == b.linX0 &&
-           a.linX1 == b.linX1 && (a.a != 0) == (b.a != 0);
+           a.linX1 == b.linX1 && a.fit.isNone() == b.fit.isNone() &&
+           (a.fit.isNone()
+                ? (a.a != 0) == (b.a != 0)
+                : a.fit.curve.model == b.fit.curve.model && a.fit.curve.expression == b.fit.curve.expression);
 }
 
 /// A file keeps it in the words of the fit only.
@@ -224,6 +227,7 @@ void MarkerLayer::takeStored(myPlotMarker* marker)
         marker->a = BaseUnit::shown(sensor, marker->a, true);
         marker->b = BaseUnit::shown(sensor, marker->b, true);
         marker->c = BaseUnit::shown(sensor, marker->c);
+        takeStoredFit(marker);
     }
     marker->setText(marker->label().text());
     if (marker->type == MARKER_X) {
@@ -240,6 +244,32 @@ void MarkerLayer::takeStored(myPlotMarker* marker)
     // A fit says what it said until the data are there.
     if (marker->connectTo && (marker->connectTo->type == MARKER_X || std::isnan(marker->xValue())))
         renewText(marker);
+}
+
+/// Its numbers stay in their own units; the axes may count in others now.
+void MarkerLayer::takeStoredFit(myPlotMarker* marker) const
+{
+    if (marker->fit.isNone())
+        return;
+    const bool isTime = marker->xSensor < 0;
+    const auto x = isTime ? marker->fit.x : FittedCurve::Unit::of(parts.data.getSens(marker->xSensor));
+    marker->setXValue(x.from(marker->fit.x, marker->xValue()));
+    marker->linX0 = x.from(marker->fit.x, marker->linX0);
+    marker->linX1 = x.from(marker->fit.x, marker->linX1);
+    marker->fitX = x;
+    marker->fitY = FittedCurve::Unit::of(parts.data.getSens(marker->iSens));
+}
+
+void MarkerLayer::preview(CurveAnalysis::Result result)
+{
+    if (previewed)
+        previewed->detach();
+    previewed = std::move(result.marker);
+    if (previewed) {
+        fitText(previewed.get());
+        previewed->attach(&parts.plot);
+    }
+    parts.axes.repaint();
 }
 
 void MarkerLayer::renewGateTexts()

@@ -7,6 +7,7 @@
 
 #include "common/common.h"
 #include "data/expdata.h"
+#include "data/fittexts.h"
 #include "graph/myplotmarker.h"
 #include "graph/timescaledraw.h"
 
@@ -180,6 +181,8 @@ QString MarkerTexts::span(const myPlotMarker& first, const myPlotMarker& second)
 QString MarkerTexts::ofFit(const myPlotMarker& fit) const
 {
     const bool isXY = data.isXYPlot();
+    if (!fit.fit.isNone())
+        return FitTexts::lines(fit.fit.in(fit.fitY), nameOf(fit.iSens), !isXY);
     const QString unit = unitOf(fit.iSens);
     const QString perName = isXY ? unitOf(data.getXYIndex()) : time.getUnitName();
     const QString xName = isXY ? QStringLiteral("[%1]").arg(nameOf(data.getXYIndex())) : tr("t");

@@ -135,8 +135,29 @@ void myPlotMarker::setCross(const QColor& color)
     setSymbol(new QwtSymbol(QwtSymbol::XCross, color, QPen(color, size / 7.0 + 0.15), QSize(size, size)));
 }
 
+void myPlotMarker::setFit(const FittedCurve& curve, const FittedCurve::Unit& shownX,
+                          const FittedCurve::Unit& shownY)
+{
+    fit = curve;
+    fitX = shownX;
+    fitY = shownY;
+    // Who knows a line and a parabola only, such as an older file's reader, gets them.
+    const QVector<double>& p = curve.curve.parameters;
+    const bool isLine = curve.curve.model == CurveFit::Model::Line && p.size() == 2;
+    const bool isParabola = curve.curve.model == CurveFit::Model::Parabola && p.size() == 3;
+    if (!isLine && !isParabola)
+        return;
+    const FittedCurve shown = curve.in(shownY);
+    a = isParabola ? shown.curve.parameters[0] : 0;
+    b = shown.curve.parameters[isParabola ? 1 : 0];
+    c = shown.curve.parameters.last();
+    r = std::sqrt(std::max(0.0, curve.r2)) * (isLine && b < 0 ? -1 : 1);
+}
+
 double myPlotMarker::calcRegValue(double x) const
 {
+    if (!fit.isNone())
+        return fit.values({x}, fitX, fitY).constFirst();
     return (a * x + b) * x + c;
 }
 

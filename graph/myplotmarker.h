@@ -12,6 +12,7 @@
 #include <qwt_scale_map.h>
 #include <qwt_text.h>
 
+#include "data/fittedcurve.h"
 #include "graph/myplotcurve.h"
 
 class scaleManager;
@@ -23,7 +24,7 @@ enum markerType
     MARKER_X,             ///< a cross on a curve
     MARKER_X_GHOST,       ///< a cross that is dragged with no curve in reach
     MARKER_TANGENT,       ///< the line of slope mode
-    MARKER_REGRESSION,    ///< a fitted line or parabola
+    MARKER_REGRESSION,    ///< a fitted curve
     MARKER_FLOATING_TEXT, ///< a text box with a line to its partner
     MARKER_BUBBLE_TIP,    ///< no item is of this kind
     MARKER_FFT,           ///< no item is of this kind
@@ -72,6 +73,8 @@ public:
     /// The size of the canvas, which no text is too wide for; 0 for any width.
     void setRoom(const QSize& canvas);
     void setCross(const QColor& color);
+    /// Of a fit; `shownX` and `shownY` are the units on display.
+    void setFit(const FittedCurve& curve, const FittedCurve::Unit& shownX, const FittedCurve::Unit& shownY);
     /// The fitted curve at x.
     double calcRegValue(double x) const;
     /// The marker's place on the canvas of the graph it is attached to, in pixels.
@@ -117,6 +120,9 @@ public:
     double b = 0;
     double c = 0;
     double r = 0;
+    FittedCurve fit; ///< of a regression; one with its parameters is drawn and told in place of a, b, c
+    FittedCurve::Unit fitX; ///< what the axes count in, where the fit is
+    FittedCurve::Unit fitY;
     double integral = 0;
     double slope = 0;
     scaleManager* scaler = nullptr;
@@ -139,6 +145,8 @@ private:
                      const QRectF& canvasRect) const;
     void drawIntegral(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,
                       const QRectF& canvasRect) const;
+    QPolygonF fitLine(double fromPixel, double toPixel, const QwtScaleMap& xMap,
+                      const QwtScaleMap& map) const;
     void drawRegression(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,
                         const QRectF& canvasRect, const QColor& ground) const;
     bool isSubjectIn(const QwtScaleMap& xMap, const QwtScaleMap& map, const QRectF& canvas) const;

@@ -209,21 +209,51 @@ void myPlotMarker::drawIntegral(QPainter* painter, const QwtScaleMap& xMap, cons
     close();
 }
 
+/// Within a pixel column a fast wave goes up and down; what it covers there belongs to the line.
+QPolygonF myPlotMarker::fitLine(double fromPixel, double toPixel, const QwtScaleMap& xMap,
+                                const QwtScaleMap& map) const
+{
+    constexpr int perColumn = 8;
+    constexpr double straight = 1; // pixels that a column may differ from a straight line
+    if (!(fromPixel <= toPixel))
+        return {};
+    const int parts = fit.isNone() ? 1 : perColumn;
+    const int columns = int(std::ceil(toPixel - fromPixel));
+    QVector<double> times(columns * parts + 1);
+    for (int i = 0; i < times.size(); ++i)
+        times[i] = xMap.invTransform(std::min(fromPixel + double(i) / parts, toPixel));
+    QVector<double> rows;
+    if (fit.isNone()) {
+        for (const double time : qAsConst(times))
+            rows.append(calcRegValue(time));
+    } else {
+        rows = fit.values(times, fitX, fitY);
+    }
+    for (double& row : rows)
+        row = map.transform(row);
+    QPolygonF line;
+    for (int i = 0; i < rows.size(); i += parts) {
+        const double pixel = std::min(fromPixel + double(i) / parts, toPixel);
+        const int end = std::min(i + parts, rows.size() - 1);
+        if (std::isfinite(rows[i]))
+            line.append(QPointF(pixel, clamped(rows[i])));
+        const auto [low, high] = std::minmax_element(rows.cbegin() + i, rows.cbegin() + end + 1);
+        const double ends = std::abs(rows[end] - rows[i]);
+        if (!(*high - *low > ends + straight)) // also where there is no value
+            continue;
+        const auto [first, second] = std::minmax(low, high);
+        for (const auto& peak : {first, second})
+            line.append(QPointF(pixel + double(peak - rows.cbegin() - i) / parts, clamped(*peak)));
+    }
+    return line;
+}
+
 void myPlotMarker::drawRegression(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& map,
                                   const QRectF& canvasRect, const QColor& ground) const
 {
     constexpr double shade = 0.35; // of the ink
     const PixelSpan seen = visibleSpan(linX0, linX1, xMap, canvasRect);
-    QPolygonF line;
-    const auto addAt = [&](double pixel) {
-        const double row = map.transform(calcRegValue(xMap.invTransform(pixel)));
-        if (std::isfinite(row))
-            line.append(QPointF(pixel, clamped(row)));
-    };
-    for (double pixel = seen.from; pixel < seen.to; ++pixel)
-        addAt(pixel);
-    if (seen.from <= seen.to)
-        addAt(seen.to);
+    const QPolygonF line = fitLine(seen.from, seen.to, xMap, map);
     painter->setRenderHint(QPainter::Antialiasing);
     // Dashes in a shade of the curve's colour, cut out of the curve: neither the curve nor the average.
     const QColor ink = GraphDesign::inkOn(ground);

@@ -30,7 +30,7 @@ auto whatAPersonDid(const PlacedMark& mark)
     return std::make_tuple(mark.type, mark.iSens, mark.xSensor, mark.onFit, isWorded ? QPointF() : mark.at,
                            isFree ? QPoint() : mark.offset, isWorded ? QString() : mark.text,
                            mark.picture.cacheKey(), mark.isBubble, mark.isLocked, mark.isPlacedByHand,
-                           mark.numbers);
+                           mark.numbers, mark.fit);
 }
 
 myPlotMarker* madeOne(const PlacedMark& mark)
@@ -51,6 +51,9 @@ myPlotMarker* madeOne(const PlacedMark& mark)
         marker->lock();
     marker->isPlacedByHand = mark.isPlacedByHand;
     setNumbers(marker, mark.numbers);
+    marker->fit = mark.fit;
+    marker->fitX = mark.fitX;
+    marker->fitY = mark.fitY;
     return marker;
 }
 
@@ -90,6 +93,9 @@ PlacedMarks Placed::of(const QList<myPlotMarker*>& list)
         mark.picture = marker->getPic();
         mark.pictureFile = marker->pictureFile;
         mark.numbers = numbersOf(*marker);
+        mark.fit = marker->fit;
+        mark.fitX = marker->fitX;
+        mark.fitY = marker->fitY;
         mark.isBubble = marker->isBubble();
         mark.isLocked = marker->isLocked();
         mark.isPlacedByHand = marker->isPlacedByHand;

@@ -9,6 +9,8 @@
 #include <QString>
 #include <QVector>
 
+#include "data/fittedcurve.h"
+
 class myPlotMarker;
 
 /// One thing that a person placed on a graph, as a value; a pair is two of them, side by side.
@@ -25,6 +27,9 @@ struct PlacedMark
     QPixmap picture;
     QByteArray pictureFile;
     QVector<double> numbers; ///< of a fit or an area
+    FittedCurve fit;
+    FittedCurve::Unit fitX;
+    FittedCurve::Unit fitY;
     bool isBubble = false;
     bool isLocked = false;
     bool isPlacedByHand = false;

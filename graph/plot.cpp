@@ -519,3 +519,22 @@ void Plot::doIntegral()
     }
     change(tr("Integral"), [&] { layer->addResult(CurveAnalysis::integral(*parts, curveMarker)); });
 }
+
+Stretch Plot::stretch() const
+{
+    return traits.takesAnalyses ? CurveAnalysis::stretch(data, curveMarker, getActiveSens()) : Stretch();
+}
+
+void Plot::previewFit(const FittedCurve& fit, int iSens, double from, double to)
+{
+    const bool isShown = traits.takesAnalyses && !fit.isNone();
+    layer->preview(isShown ? CurveAnalysis::placed(*parts, fit, iSens, from, to) : CurveAnalysis::Result());
+}
+
+void Plot::addFit(const FittedCurve& fit, int iSens, double from, double to)
+{
+    if (!traits.takesAnalyses)
+        refuseAnalysis();
+    else if (!fit.isNone())
+        change(tr("Fit"), [&] { layer->addResult(CurveAnalysis::placed(*parts, fit, iSens, from, to)); });
+}

@@ -16,6 +16,7 @@
 #include "graph/myplotmarker.h"
 #include "graph/placedmarks.h"
 
+struct Stretch;
 class BarKind;
 class ExpData;
 class GraphAxes;
@@ -213,6 +214,13 @@ public:
     /// Degree 1 or 2.
     void doRegression(int degree);
     void doIntegral();
+    /// What a fit or statistics are of: the curve that both crosses stand on, between them; else all of the
+    /// active curve, between the crosses if there are two. Of a graph without curves there is none.
+    Stretch stretch() const;
+    /// Shows a fit that somebody tries, without a text; one without numbers takes it away.
+    void previewFit(const FittedCurve& fit, int iSens, double from, double to);
+    /// Puts a fit beside what is there.
+    void addFit(const FittedCurve& fit, int iSens, double from, double to);
 
 public Q_SLOTS:
     void replot() override;

@@ -96,6 +96,12 @@ Stored storedMark(myPlotMarker* marker, const ExpData& data)
     to.b = BaseUnit::of(sensor, marker->b, true);
     to.c = marker->type == MARKER_REGRESSION ? BaseUnit::of(sensor, marker->c) : marker->c;
     to.r = marker->r;
+    to.fit = marker->fit;
+    if (!marker->fit.isNone()) {
+        to.x = marker->fit.x.from(marker->fitX, to.x);
+        to.linX0 = marker->fit.x.from(marker->fitX, to.linX0);
+        to.linX1 = marker->fit.x.from(marker->fitX, to.linX1);
+    }
     to.text = marker->label().text();
     to.isBubble = marker->isBubble();
     to.isLocked = marker->isLocked();
@@ -156,6 +162,7 @@ QList<myPlotMarker*> StoredMarks::made(const QVector<Stored>& stored, const Stor
         marker->b = mark.b;
         marker->c = mark.c;
         marker->r = mark.r;
+        marker->fit = mark.fit;
         marker->setText(mark.text);
         marker->setBubble(mark.isBubble);
         marker->xSensor = from.isPart ? mark.xSensor : from.xyIndex;

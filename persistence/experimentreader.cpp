@@ -49,6 +49,7 @@ private:
     QVector<double> readValues(const char* key, double emptyText, int* decimals = nullptr);
     void readSensor();
     void readMarker(QVector<Marker>* list);
+    bool readFit(FittedCurve* fit) const;
     void readMarkerContent(Marker* marker);
     void readMarkerTitle(Marker* marker);
     void closeGaps();
@@ -239,13 +240,63 @@ void Walk::readSensor()
     channels.insert(place, channel);
 }
 
-void Walk::readMarker(QVector<Marker>* list)
+/// Numbers that a fit may have lie beyond those of an axis.
+QVector<double> numbersIn(const QString& text)
 {
-    const QStringView typeName = xml.attribute(QLatin1String("typeName"));
+    QVector<double> numbers;
+    for (const QString& part : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        bool isNumber = false;
+        const double number = part.toDouble(&isNumber);
+        numbers.append(isNumber ? number : gap);
+    }
+    return numbers;
+}
+
+FittedCurve::Unit unitIn(const QString& text)
+{
+    const QVector<double> numbers = numbersIn(text.section(QLatin1Char(' '), 0, 1));
+    return {text.section(QLatin1Char(' '), 2), numbers.value(0), numbers.value(1)};
+}
+
+/// False where there is one that makes no sense.
+bool Walk::readFit(FittedCurve* fit) const
+{
+    const auto text = [this](const char* key) { return xml.attribute(QLatin1String(key)).toString(); };
+    const QString key = text("fit");
+    if (key.isEmpty())
+        return true;
+    if (!FittedCurve::modelOf(key, &fit->curve.model))
+        return false;
+    fit->curve.expression = text("formula");
+    fit->curve.parameters = numbersIn(text("parameters"));
+    fit->errors = numbersIn(text("errors"));
+    fit->r2 = numbersIn(text("r2")).value(0);
+    fit->rmse = numbersIn(text("rmse")).value(0);
+    fit->n = integer("n");
+    fit->x = unitIn(text("unitX"));
+    fit->y = unitIn(text("unitY"));
+    return fit->isSound();
+}
+
+int typeOf(QStringView typeName)
+{
+    if (typeName == QLatin1String("fit"))
+        return MARKER_REGRESSION;
     int type = 0;
     while (type < MARKER_LAST && (markerTypeName(type).isEmpty() || markerTypeName(type) != typeName))
         ++type;
-    if (type == MARKER_LAST || list->size() == ExperimentReader::maxMarkers) {
+    return type;
+}
+
+void Walk::readMarker(QVector<Marker>* list)
+{
+    const QStringView typeName = xml.attribute(QLatin1String("typeName"));
+    const int type = typeOf(typeName);
+    const bool isOtherCurve = typeName == QLatin1String("fit");
+    FittedCurve fit;
+    const bool isFitSound = readFit(&fit);
+    if (type == MARKER_LAST || !isFitSound || (isOtherCurve && fit.isNone()) ||
+        list->size() == ExperimentReader::maxMarkers) {
         ++lostMarkers;
         xml.skipElement();
         return;
@@ -263,6 +314,7 @@ void Walk::readMarker(QVector<Marker>* list)
     marker.b = number("b");
     marker.c = number("c");
     marker.r = number("r");
+    marker.fit = fit;
     marker.isPlacedByProgram = flag("placedByProgram");
     marker.xSensor = integer("xSensor", -1);
     marker.onFit = integer("onFit", -1);

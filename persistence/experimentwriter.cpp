@@ -252,11 +252,46 @@ void writePart(Utf16Xml& xml, const Marker& marker)
         xml.attribute(u"onFit", marker.onFit);
 }
 
+QString listed(const QVector<double>& numbers)
+{
+    QStringList texts;
+    for (const double number : numbers)
+        texts += std::isfinite(number) ? QString::number(number, 'g', 17) : QStringLiteral("-");
+    return texts.join(QLatin1Char(' '));
+}
+
+QString listed(const FittedCurve::Unit& unit)
+{
+    return QStringLiteral("%1 %2").arg(listed({unit.factor, unit.offset}), unit.name).trimmed();
+}
+
+void writeFit(Utf16Xml& xml, const FittedCurve& fit)
+{
+    xml.attribute(u"fit", FittedCurve::key(fit.curve.model));
+    if (!fit.curve.expression.isEmpty())
+        xml.attribute(u"formula", fit.curve.expression);
+    xml.attribute(u"parameters", listed(fit.curve.parameters));
+    xml.attribute(u"errors", listed(fit.errors));
+    xml.attribute(u"r2", listed({fit.r2}));
+    xml.attribute(u"rmse", listed({fit.rmse}));
+    xml.attribute(u"n", fit.n);
+    xml.attribute(u"unitX", listed(fit.x));
+    xml.attribute(u"unitY", listed(fit.y));
+}
+
+/// Readers that know no other curves pass over these.
+QString typeName(const Marker& marker)
+{
+    const bool isOther = !marker.fit.isNone() && marker.fit.curve.model != CurveFit::Model::Line &&
+                         marker.fit.curve.model != CurveFit::Model::Parabola;
+    return isOther ? QStringLiteral("fit") : markerTypeName(marker.type);
+}
+
 template<int n> void writeMarker(Utf16Xml& xml, const Marker& marker, bool isPart, const char16_t (&tag)[n])
 {
     xml.raw(u"  <");
     xml.raw(tag);
-    xml.attribute(u"typeName", markerTypeName(marker.type));
+    xml.attribute(u"typeName", typeName(marker));
     xml.attribute(u"iSens", marker.iSens);
     xml.attribute(u"X", marker.x);
     xml.attribute(u"Y", marker.y);
@@ -274,6 +309,8 @@ template<int n> void writeMarker(Utf16Xml& xml, const Marker& marker, bool isPar
     xml.attribute(u"locked", marker.isLocked);
     if (isPart)
         writePart(xml, marker);
+    if (!marker.fit.isNone())
+        writeFit(xml, marker.fit);
     xml.raw(u">\n   <markerTitle>");
     xml.text(marker.text);
     xml.raw(u"</markerTitle>");

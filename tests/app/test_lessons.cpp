@@ -20,6 +20,7 @@
 #include "classroom/classrun.h"
 #include "classroom/views.h"
 #include "common/settings.h"
+#include "data/stretch.h"
 #include "graph/myplotcurve.h"
 #include "graph/myplotmarker.h"
 #include "instruments/statusline.h"
@@ -165,6 +166,14 @@ private:
             bench->data(i)->setNeedSave(true);
     }
 
+    static void addFit(Plot* plot, CurveFit::Model model, const QString& expression = {})
+    {
+        const Stretch stretch = plot->stretch();
+        const CurveFit::Fit fit = CurveFit::fit(model, stretch.x, stretch.y, expression);
+        QVERIFY2(fit.isGood(), qPrintable(fit.problem));
+        plot->addFit({fit, stretch.xUnit, stretch.yUnit}, stretch.iSens, stretch.from, stretch.to);
+    }
+
     static void mark(Plot* plot, const ExpData* set, int iSens, double dt)
     {
         const double unit = dt > 0 ? dt : 1;
@@ -173,6 +182,8 @@ private:
         plot->doRegression(2);
         plot->doRegression(1);
         plot->doIntegral();
+        addFit(plot, CurveFit::Model::Line);
+        addFit(plot, CurveFit::Model::Formula, QStringLiteral("p*x^2 + q*x"));
         plot->markers[1]->isPlacedByHand = true;
         plot->markers[1]->xOffset = 83;
     }
@@ -187,7 +198,8 @@ private:
     /// a.lesson and b.lesson, line by line. What a mark says on the screen is in the units of the screen.
     void compareLessons(bool areWordsOther = false) const
     {
-        const QRegularExpression words(QStringLiteral(" Text=\"[^\"]*\"|<markerTitle>.*|^Time = .*"));
+        const QRegularExpression words(
+            QStringLiteral(" Text=\"[^\"]*\"|<markerTitle>.*|^(Time|[a-z]|r²) = .*"));
         const auto linesOf = [](const QByteArray& bytes) {
             return QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData()), bytes.size() / 2)
                 .split('\n');

@@ -16,6 +16,7 @@
 
 #include "app/iconlists.h"
 #include "app/undosteps.h"
+#include "data/stretch.h"
 #include "graph/scalemanager.h"
 #include "instruments/statusline.h"
 #include "instruments/table.h"
@@ -177,6 +178,13 @@ private:
         case 9:
             clickRight(current->findChildren<QwtLegendLabel*>()[0]);
             break;
+        case 15: {
+            const Stretch stretch = current->stretch();
+            const CurveFit::Fit fit = CurveFit::fit(CurveFit::Model::Parabola, stretch.x, stretch.y);
+            if (fit.isGood())
+                current->addFit({fit, stretch.xUnit, stretch.yUnit}, stretch.iSens, stretch.from, stretch.to);
+            break;
+        }
         default:
             for (const auto code : {REG_LIN, REG_QUAD, REG_SMOOTH, REG_DERIVATIVE, REG_INTEGRAL}) {
                 if (kind-- == 10)
@@ -237,7 +245,7 @@ private Q_SLOTS:
     {
         const auto [seed] = fetched<int>({"seed"});
         constexpr int wanted = 20;
-        constexpr int kinds = 15;
+        constexpr int kinds = 16;
         stop();
         QRandomGenerator dice{quint32(seed)};
         QVector<Shown> states{shown()};

@@ -57,6 +57,25 @@ private Q_SLOTS:
         QTEST(Common::toSignificant(value) + QLatin1Char(' ') + Common::unitPer(unit, "s", power), "text");
     }
 
+    void valuesWithErrors_data()
+    {
+        columns<double, double, QString>({"value", "error", "text"});
+        row("usual", 55.2345, 0.1234, QStringLiteral("55.23 ± 0.12"));
+        row("carried", 55.2345, 0.0996, QStringLiteral("55.23 ± 0.10"));
+        row("large", 123456.0, 2345.0, QStringLiteral("123500 ± 2300"));
+        row("wider than the value", 0.3, 12.0, QStringLiteral("0 ± 12"));
+        row("small", -0.001111, 0.0000123, QStringLiteral("-0.001111 ± 0.000012"));
+        row("very small", 1.2341e-7, 1.2e-9, QStringLiteral("(1.234 ± 0.012)·10⁻⁷"));
+        row("exact", 2.5, 0.0, QStringLiteral("2.50000 ± 0"));
+        row("unknown", 2.5, qQNaN(), QStringLiteral("2.500"));
+    }
+
+    void valuesWithErrors()
+    {
+        const auto [value, error] = fetched<double, double>({"value", "error"});
+        QTEST(Common::withError(value, error), "text");
+    }
+
     void aChangedLanguageWaitsForTheNextStart()
     {
         QVERIFY(!Common::isPolish());

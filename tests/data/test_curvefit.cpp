@@ -4,7 +4,11 @@
 
 #include <cmath>
 
+#include "common/common.h"
+#include "common/settings.h"
 #include "data/curvefit.h"
+#include "data/fittedcurve.h"
+#include "data/fittexts.h"
 #include "data/formula.h"
 #include "tests/common/testsupport.h"
 
@@ -128,6 +132,8 @@ private Q_SLOTS:
         row("peak", Model::Gauss, QString(), P{8, 13, 0.7, 2}, 0.0, 30.0, 300);
         row("dip", Model::Gauss, QString(), P{-4, 5, 2, 20}, 0.0, 12.0, 200);
         row("typed", Model::Formula, QStringLiteral("t0 + dt*exp(-x/tau)"), P{21, 55, 900}, 0.0, 2400.0, 240);
+        row("typed, few points", Model::Formula, QStringLiteral("u*x^2 + v*x + w"), P{-4.905, 3, 1.2}, 0.0,
+            1.5, 16);
         row("typed, damped", Model::Formula, QStringLiteral("A*exp(-k*x)*cos(w*x)"), P{10, 0.05, 2}, 0.0,
             20.0, 400);
     }
@@ -229,6 +235,61 @@ private Q_SLOTS:
         for (int i = 0; i < 20; ++i)
             names += QStringLiteral("p%1").arg(i);
         QVERIFY(Formula(names.join('+')).error().contains("12"));
+    }
+
+    void aFitIsToldInAnotherUnit_data()
+    {
+        columns<Model, QString, bool>({"model", "expression", "isConverted"});
+        for (int i = 0; i < int(Model::Formula); ++i) {
+            const bool hasNoConstant = Model(i) == Model::Proportional || Model(i) == Model::Power;
+            row(qPrintable(FittedCurve::key(Model(i))), Model(i), QString(), !hasNoConstant);
+        }
+        row("formula", Model::Formula, QStringLiteral("k*x + x^m + u - w"), false);
+    }
+
+    // Numbers that cannot be given in another unit keep their own; the curve stands where it stood.
+    void aFitIsToldInAnotherUnit()
+    {
+        const auto [model, expression, isConverted] =
+            fetched<Model, QString, bool>({"model", "expression", "isConverted"});
+        CurveFit::Fit fit;
+        fit.curve = {model, expression, {2.5, -0.3, 1.7, 4}};
+        if (model != Model::Formula)
+            fit.curve.parameters.resize(CurveFit::parameterNames(model).size());
+        fit.errors.fill(0.25, fit.curve.parameters.size());
+        fit.rmse = 0.5;
+        const FittedCurve::Unit celsius{QString::fromUtf8("°C"), 1, 0};
+        const FittedCurve::Unit fahrenheit{QString::fromUtf8("°F"), 1.8, 32};
+        const FittedCurve own(fit, {}, celsius);
+        QVERIFY(own.isSound());
+        const FittedCurve told = own.in(fahrenheit);
+        QCOMPARE(told.y.name, isConverted ? fahrenheit.name : celsius.name);
+        QCOMPARE(told.rmse, isConverted ? 0.9 : 0.5);
+        for (const double x : {0.4, 1.0, 7.5}) {
+            const double expected = own.curve.values({x})[0] * 1.8 + 32;
+            QVERIFY(std::fabs(told.values({x}, {}, fahrenheit)[0] - expected) < 1e-12 * expected);
+        }
+    }
+
+    void typedFormulasAreOfTheReader_data()
+    {
+        columns<QString, QString, bool, QString>({"language", "text", "isTime", "formula"});
+        row("point", QString("en"), QString("0.5*a*t^2 + at "), true, QString("0.5*a*x^2 + at"));
+        row("comma", QString("pl"), QString("0,5*a*t^2"), true, QString("0.5*a*x^2"));
+        row("t beside x", QString("en"), QString("t*exp(x)"), true, QString("t*exp(x)"));
+        row("over a sensor", QString("en"), QString("t*2"), false, QString("t*2"));
+    }
+
+    void typedFormulasAreOfTheReader()
+    {
+        QFETCH(QString, language);
+        QFETCH(QString, text);
+        QFETCH(bool, isTime);
+        Settings::mainStore().setValue(QLatin1String(Settings::language), language);
+        Common::forgetLocale();
+        QTEST(FitTexts::typed(text, isTime), "formula");
+        Settings::mainStore().remove(QLatin1String(Settings::language));
+        Common::forgetLocale();
     }
 
     void unitsFollowTheAxes()

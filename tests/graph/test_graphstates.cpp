@@ -9,6 +9,7 @@
 
 #include <qwt_text_label.h>
 
+#include "data/stretch.h"
 #include "graph/contrast.h"
 #include "tests/graph/plottest.h"
 
@@ -72,6 +73,12 @@ private Q_SLOTS:
         cross(1, 8);
         plot->doRegression(2);
         const double before = plot->markers[4]->c;
+        const QString typed = QStringLiteral("p*x^2 + q*x + s");
+        const Stretch stretch = plot->stretch();
+        const CurveFit::Fit fit = CurveFit::fit(CurveFit::Model::Formula, stretch.x, stretch.y, typed);
+        plot->addFit({fit, stretch.xUnit, stretch.yUnit}, 1, 2, 8);
+        QCOMPARE(stretch.x.size(), 61); // both ends count
+        QVERIFY(std::fabs(plot->markers[6]->calcRegValue(5) - plot->markers[4]->calcRegValue(5)) < 1e-6);
         data->setSelectedSensor(1);
         data->smoothCurve();
         plot->setData();
@@ -79,6 +86,10 @@ private Q_SLOTS:
         data->regression(2, 1, 2, 8, &a, &b, &c, &r);
         QVERIFY(c != before);
         QCOMPARE(plot->markers[4]->c, c);
+        QVERIFY(std::fabs(plot->markers[6]->fit.curve.parameters[2] - c) < 1e-6);
+        const int all = plot->markers.size();
+        plot->previewFit({fit, stretch.xUnit, stretch.yUnit}, 1, 0, 10);
+        QCOMPARE(plot->markers.size(), all); // no mark, and nobody stores it
     }
 
     void eachXAxisKeepsItsMarks()
