@@ -34,6 +34,9 @@ public:
 
     /// Null if it cannot be told which one; then a line says what to do.
     Plot* target();
+    /// The same without a line.
+    Plot* seen() const;
+    ExpData* dataOf(const Plot* plot) const;
     /// The data set of the target; null as that.
     ExpData* targetData();
 
@@ -68,9 +71,7 @@ private:
     void tellDistance();
     void forEachPlot(const std::function<void(Plot*)>& visit) const;
     QList<Plot*> shownPlots() const;
-    Plot* seen() const;
     bool isSpectrum(const Plot* plot) const;
-    ExpData* dataOf(const Plot* plot) const;
     bool turn(Plot* plot, Mode mode, bool tf);
 
     multiConnectionsManager* const manager;

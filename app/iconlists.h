@@ -18,5 +18,6 @@ enum regressionCode
     REG_SMOOTH = 5,
     REG_DERIVATIVE = 6,
     REG_INTEGRAL = 7,
-    REG_STATISTICS = 8
+    REG_STATISTICS = 8,
+    REG_FIT = 9
 };

@@ -23,6 +23,7 @@
 class ClassNotices;
 class ExpData;
 class GlobalLabUpload;
+class FitDialog;
 class GraphTools;
 class Indicator;
 class LargeGraph;
@@ -282,6 +283,7 @@ private Q_SLOTS:
 private:
     void createTools();
     void showStatistics();
+    void showFit();
     void toggleSpectrum();
     QString rateName(double dt) const;
     void showMode();
@@ -293,6 +295,7 @@ private:
     GraphTools* tools = nullptr;
     SideViews* sideViews = nullptr; ///< spectra and the like
     UndoSteps* steps = nullptr;
+    FitDialog* fitDialog = nullptr; ///< null until it is asked for
 
     // Simulations, in mainwindow_simulation.cpp
 

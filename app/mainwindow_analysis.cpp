@@ -2,6 +2,7 @@
 
 #include "app/mainwindow.h"
 
+#include "app/fitdialog.h"
 #include "app/graphtools.h"
 #include "app/iconlists.h"
 #include "app/sideviews.h"
@@ -183,6 +184,9 @@ void MainWindow::doFunctions(int select)
     case REG_QUAD:
         doQuadRegression();
         break;
+    case REG_FIT:
+        showFit();
+        break;
     case REG_SMOOTH:
         tools->smooth();
         break;
@@ -214,6 +218,13 @@ QString MainWindow::rateName(double dt) const
     if (found != std::end(RateTables::seconds))
         return mTembrin->tembrinDataAt(0)->RateNames.value(int(found - std::begin(RateTables::seconds)));
     return dt > 0 ? tr("%1 s").arg(dt) : mTembrin->tembrinDataAt(0)->RateNames.value(0);
+}
+
+void MainWindow::showFit()
+{
+    if (!fitDialog)
+        fitDialog = new FitDialog(tools, mTembrin, prompt, this);
+    fitDialog->showBeside();
 }
 
 void MainWindow::showStatistics()

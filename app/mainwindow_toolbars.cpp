@@ -40,6 +40,7 @@ constexpr ListItem regressionItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Slope"), ":/icons/2018P2/Slope.png", REG_SLOPE},
     {QT_TRANSLATE_NOOP("MainWindow", "Linear regression"), ":/icons/2018P2/LinReg.png", REG_LIN},
     {QT_TRANSLATE_NOOP("MainWindow", "Quadratic regression"), ":/icons/2018P2/QuadReg.png", REG_QUAD},
+    {QT_TRANSLATE_NOOP("MainWindow", "Fit a curve"), ":/icons/Fit.png", REG_FIT},
     {QT_TRANSLATE_NOOP("MainWindow", "Smooth"), ":/icons/2018P2/Smooth.png", REG_SMOOTH},
     {QT_TRANSLATE_NOOP("MainWindow", "Derivative"), ":/icons/2018P2/Derivative.png", REG_DERIVATIVE},
     {QT_TRANSLATE_NOOP("MainWindow", "Integral"), ":/icons/2018P2/Integral.png", REG_INTEGRAL},

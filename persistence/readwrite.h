@@ -47,6 +47,9 @@ public:
     /// desktop's own program opens the file.
     static bool exportCSV(const QString& filename, const ExpData* data, bool launch, const QString& timesec,
                           QString* reason = nullptr);
+    /// Writes rows of cells as they are; numbers in them have the language's decimal sign.
+    static bool exportTable(const QString& filename, const QVector<QStringList>& rows,
+                            QString* reason = nullptr);
     /// Reads comma-separated columns as curves of their own. False changes nothing.
     static bool importCSV(const QString& filename, ExpData* data, QString* reason = nullptr);
     /// The same from an open device; `cause` is not null, and after a read names what was left out.

@@ -207,6 +207,26 @@ bool ReadWrite::exportCSV(const QString& filename, const ExpData* data, bool lau
     return isWritten;
 }
 
+bool ReadWrite::exportTable(const QString& filename, const QVector<QStringList>& rows, QString* reason)
+{
+    const bool isSemicolon = Common::isCommaSeparator();
+    const QChar separator = isSemicolon ? u';' : u',';
+    SafeFile file(filename);
+    file.write(isSemicolon ? QByteArray("sep=;\n") : QByteArray("\xEF\xBB\xBF"));
+    for (const QStringList& row : rows) {
+        QStringList cells = row;
+        for (QString& cell : cells) {
+            if (cell.contains(separator) || cell.contains(u'"') || cell.contains(u'\n'))
+                cell = u'"' + cell.replace(u'"', QLatin1String("\"\"")) + u'"';
+        }
+        file.write(cells.join(separator).toUtf8() + '\n');
+    }
+    const bool isWritten = file.commit();
+    if (reason)
+        *reason = file.reason();
+    return isWritten;
+}
+
 bool ReadWrite::importCSV(const QString& filename, ExpData* data, QString* reason)
 {
     QFile file(filename);

@@ -74,10 +74,10 @@ private Q_SLOTS:
         columns<int, bool, int, QString, QString>({"item", "isStopped", "channels", "name", "text"});
         row("line", 1, false, 0, QString(), " = 87.00 %RH/min·t - 10.75 %RH\nr = 0.9954");
         row("parabola", 2, false, 0, QString(), " = 180.0 %RH/min²·t² - 3.000 %RH/min·t");
-        row("smooth in a run", 3, false, 0, QString(), QString());
-        row("smooth", 3, true, 0, " (smooth)", QString());
-        row("derivative", 4, false, 1, "/time", QString());
-        row("integral", 5, false, 0, QString(), "Integral = 109.25 ");
+        row("smooth in a run", 4, false, 0, QString(), QString());
+        row("smooth", 4, true, 0, " (smooth)", QString());
+        row("derivative", 5, false, 1, "/time", QString());
+        row("integral", 6, false, 0, QString(), "Integral = 109.25 ");
     }
 
     void functionsWorkOnTheChosenGraph()
@@ -111,7 +111,7 @@ private Q_SLOTS:
         placeCrosses(plot);
         QComboBox* const list = functions(bench);
         QVERIFY(list->isEnabled());
-        list->setCurrentIndex(5);
+        list->setCurrentIndex(6);
         const int middle = list->iconSize().width() / 2;
         QTest::mouseClick(list, Qt::LeftButton, {}, QPoint(middle, list->height() / 2));
         QCOMPARE(plot->markers.size(), 6);
@@ -188,7 +188,7 @@ private Q_SLOTS:
                 more.append(bench.data(i)->getNSens() - (i < 0 ? 4 : 2));
             return more;
         };
-        const auto derive = [&] { Q_EMIT functions(bench)->activated(4); };
+        const auto derive = [&] { Q_EMIT functions(bench)->activated(5); };
         auto* const line = bench.window->findChild<StatusLine*>();
         Q_EMIT bench.manager->plotAt(0)->changedActivePlot(-1);
         line->setOutcome(QString());
