@@ -3,7 +3,6 @@
 #include "app/graphtools.h"
 #include "app/residualplot.h"
 #include "classroom/multiconnectionsmanager.h"
-#include "common/common.h"
 #include "data/expdata.h"
 #include "data/fittexts.h"
 #include "graph/plot.h"
@@ -25,21 +24,13 @@ namespace {
 constexpr int lookEvery = 250;    // ms
 constexpr int patienceTime = 100; // ms
 
-bool isSame(const QVector<FitResult>& a, const QVector<FitResult>& b)
-{
-    return std::equal(a.cbegin(), a.cend(), b.cbegin(), b.cend(), [](const FitResult& c, const FitResult& d) {
-        return c.slot == d.slot && c.group == d.group && c.channel == d.channel &&
-               c.stretch.iSens == d.stretch.iSens && c.stretch.from == d.stretch.from &&
-               c.stretch.to == d.stretch.to && c.stretch.x == d.stretch.x && c.stretch.y == d.stretch.y;
-    });
-}
-
 } // namespace
 
 FitDialog::FitDialog(const GraphTools* tools, multiConnectionsManager* manager, UserPrompt* prompt,
                      QWidget* parent)
     : QDialog(parent)
     , tools(tools)
+    , subjects(tools, manager)
     , manager(manager)
     , prompt(prompt)
 {
@@ -196,52 +187,9 @@ bool FitDialog::isTime() const
 
 // --- What is fitted ---
 
-/// What is on the screen may have come from another class than the present one.
-QString FitDialog::groupOf(int slot) const
+QVector<Subject> FitDialog::present() const
 {
-    const QString own = manager->dataAt(slot)->getGroupName();
-    return own.isEmpty() ? manager->groupName(slot) : own;
-}
-
-/// The chosen sensor of each group, over the same range.
-QVector<FitResult> FitDialog::groups(const Plot* meant) const
-{
-    QVector<FitResult> results;
-    const Stretch wanted = meant ? meant->stretch() : Stretch();
-    for (int i = 0; i < manager->nDefTembrins(); ++i) {
-        const ExpData& set = *manager->dataAt(i);
-        const int chosen = std::max(0, set.getSelectedSensor());
-        FitResult result;
-        result.slot = i;
-        result.group = groupOf(i);
-        if (wanted.isEmpty() || wanted.isWhole)
-            result.stretch = Stretch::whole(set, chosen);
-        else if (meant->getIndex() == i)
-            result.stretch = wanted;
-        else
-            result.stretch = Stretch::between(set, chosen, wanted.from, wanted.to);
-        if (const SensorPtr& sensor = set.getSens(result.stretch.iSens))
-            result.channel = sensor->name;
-        results.append(result);
-    }
-    return results;
-}
-
-QVector<FitResult> FitDialog::subjects() const
-{
-    const Plot* const meant = tools->seen();
-    if (isForAll())
-        return groups(meant);
-    FitResult result;
-    if (!meant)
-        return {};
-    const ExpData& set = *tools->dataOf(meant);
-    result.slot = meant->getIndex();
-    result.stretch = meant->stretch();
-    const SensorPtr& sensor = set.getSens(result.stretch.iSens);
-    result.channel = sensor ? sensor->nameForLegend(result.slot < 0) : QString();
-    result.group = result.slot < 0 ? QString() : groupOf(result.slot);
-    return {result};
+    return isForAll() ? subjects.groups() : subjects.meant();
 }
 
 /// What has changed since, whoever changed it. A run that goes on waits for what is under way.
@@ -250,7 +198,7 @@ void FitDialog::look()
     const bool isOther = graph != tools->seen();
     if (runner.isBusy() && !isOther)
         return;
-    if ((isOther && !isForAll()) || !isSame(asked, subjects()))
+    if ((isOther && !isForAll()) || !(asked == present()))
         ask();
 }
 
@@ -259,12 +207,13 @@ void FitDialog::ask()
     if (!isVisible())
         return;
     graph = tools->seen();
-    asked = subjects();
-    showRange();
+    asked = present();
+    const QString part = subjects.range();
+    range->setText(part.isEmpty() ? tr("All samples. Two markers choose a part.") : part);
     FitRunner::Task task;
     task.model = model();
-    for (const FitResult& result : qAsConst(asked))
-        task.stretches.append(result.stretch);
+    for (const Subject& subject : qAsConst(asked))
+        task.stretches.append(subject.stretch);
     task.expression = FitTexts::typed(formula->text(), isTime());
     if (asked.isEmpty() || (!isForAll() && asked.constFirst().stretch.iSens < 0)) {
         runner.drop();
@@ -284,33 +233,18 @@ void FitDialog::ask()
 void FitDialog::take(const QVector<CurveFit::Fit>& fits)
 {
     patience.stop();
-    shown = asked;
-    for (int i = 0; i < std::min(fits.size(), shown.size()); ++i)
-        shown[i].fit = fits[i];
-    const auto bad =
+    shown.clear();
+    for (int i = 0; i < fits.size(); ++i)
+        shown.append(FitResult{asked.value(i), fits[i]});
+    const auto good =
         std::find_if(shown.cbegin(), shown.cend(), [](const FitResult& one) { return one.isGood(); });
-    const bool isNone = bad == shown.cend();
+    const bool isNone = good == shown.cend();
     problem->setText(isNone && !shown.isEmpty() ? shown.constFirst().fit.problem : QString());
     showPreviews();
     showResults();
 }
 
 // --- What is shown ---
-
-void FitDialog::showRange()
-{
-    const FitResult first = asked.value(0);
-    const QString unit = first.stretch.xUnit.name;
-    const auto end = [&](double at) {
-        return QStringLiteral("%1 %2").arg(Common::toSignificant(at), unit).trimmed();
-    };
-    QString text = tr("All samples. Two markers choose a part.");
-    const Plot* const meant = tools->seen();
-    const Stretch stretch = isForAll() && meant ? meant->stretch() : first.stretch;
-    if (!stretch.isWhole)
-        text = tr("Between the two markers, from %1 to %2.").arg(end(stretch.from), end(stretch.to));
-    range->setText(text);
-}
 
 QString FitDialog::formulaText() const
 {

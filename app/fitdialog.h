@@ -51,12 +51,9 @@ private:
 
     void look();
     void ask();
-    QVector<FitResult> subjects() const;
-    QString groupOf(int slot) const;
-    QVector<FitResult> groups(const Plot* meant) const;
     void take(const QVector<CurveFit::Fit>& fits);
     void showResults();
-    void showRange();
+    QVector<Subject> present() const;
     void showPreviews();
     void endPreviews();
     QString formulaText() const;
@@ -68,6 +65,7 @@ private:
     void save();
 
     const GraphTools* const tools;
+    const Subjects subjects;
     multiConnectionsManager* const manager;
     UserPrompt* const prompt;
     QComboBox* models = nullptr;
@@ -82,7 +80,7 @@ private:
     QVector<QPushButton*> needsResult;
     QPushButton* residualButton = nullptr;
 
-    QVector<FitResult> asked; ///< the same as `shown`, or what the next one will be
+    QVector<Subject> asked; ///< of the last question
     QVector<FitResult> shown;
     QPointer<Plot> graph; ///< of a fit that is not for all
     QVector<QPointer<Plot>> previewed;

@@ -3,16 +3,12 @@
 #include <QCoreApplication>
 
 #include "app/resulttable.h"
+#include "app/subjects.h"
 #include "data/fittedcurve.h"
-#include "data/stretch.h"
 
 /// A fit of one channel, and whose it is.
-struct FitResult
+struct FitResult : Subject
 {
-    int slot = -1; ///< below 0: that of the class
-    QString group;
-    QString channel;
-    Stretch stretch;
     CurveFit::Fit fit;
 
     bool isGood() const { return fit.isGood() && !fit.curve.parameters.isEmpty(); }

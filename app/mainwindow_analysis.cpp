@@ -7,9 +7,11 @@
 #include "app/iconlists.h"
 #include "app/sideviews.h"
 #include "app/statistics.h"
+#include "app/subjects.h"
 #include "app/undosteps.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
+#include "data/rangestatistics.h"
 #include "graph/plot.h"
 #include "instruments/statusline.h"
 #include "protocol/tembrindata.h"
@@ -237,14 +239,19 @@ void MainWindow::showStatistics()
         statusLine->setAdvice(tr("Statistics need at least two samples."));
         return;
     }
-    double min = 0;
-    double max = 0;
-    double average = 0;
-    double deviation = 0;
-    set->calcStat(&min, &max, &average, &deviation);
-    const QPointer<statistics> dialog = new statistics(this);
-    dialog->update(sensor->nameForLegend(true), min, max, average, deviation, set->getXSize(),
-                   rateName(set->dt));
+    const Subjects subjects(tools, mTembrin);
+    Subject one = subjects.meant().value(0);
+    if (one.stretch.iSens < 0) // bars and spectra have no markers
+        one.stretch = Stretch::whole(*set, set->getSelectedSensor());
+    const SensorPtr& channel = set->getSens(one.stretch.iSens);
+    const QVector<Subject> groups = subjects.groups();
+    QVector<RangeStatistics> ofGroups;
+    for (const Subject& group : groups)
+        ofGroups.append(RangeStatistics::of(*mTembrin->dataAt(group.slot), group.stretch));
+    const QPointer<statistics> dialog = new statistics(prompt, this);
+    dialog->update((channel ? channel : sensor)->nameForLegend(true), RangeStatistics::of(*set, one.stretch),
+                   rateName(set->dt), subjects.range());
+    dialog->setGroups(statistics::told(groups, ofGroups), statistics::numbers(groups, ofGroups));
     dialog->exec();
     if (dialog)
         dialog->deleteLater();

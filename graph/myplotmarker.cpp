@@ -151,7 +151,7 @@ void myPlotMarker::setFit(const FittedCurve& curve, const FittedCurve::Unit& sho
     a = isParabola ? shown.curve.parameters[0] : 0;
     b = shown.curve.parameters[isParabola ? 1 : 0];
     c = shown.curve.parameters.last();
-    r = std::sqrt(std::max(0.0, curve.r2)) * (isLine && b < 0 ? -1 : 1);
+    r = std::sqrt(std::max(0.0, curve.r2));
 }
 
 double myPlotMarker::calcRegValue(double x) const

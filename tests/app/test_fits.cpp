@@ -1,4 +1,5 @@
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
@@ -10,6 +11,7 @@
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <cmath>
 
@@ -50,12 +52,11 @@ private:
         Q_EMIT plot(0)->changedActivePlot(0);
     }
     Plot* plot(int slot) const { return bench->manager->plotAt(slot); }
-    void open(int code)
+    void openFit()
     {
         auto* const list = bench->window->findChild<QComboBox*>(QStringLiteral("regression"));
-        Q_EMIT list->activated(list->findData(code));
-        dialog = bench->window->findChild<QDialog*>(code == REG_FIT ? QStringLiteral("fitDialog")
-                                                                    : QStringLiteral("statistics"));
+        Q_EMIT list->activated(list->findData(REG_FIT));
+        dialog = bench->window->findChild<QDialog*>(QStringLiteral("fitDialog"));
         QVERIFY(dialog);
     }
     template<class W> W* part(const char* name) const { return dialog->findChild<W*>(QLatin1String(name)); }
@@ -86,7 +87,7 @@ private:
 private Q_SLOTS:
     void oneCurveBetweenTheMarkers()
     {
-        open(REG_FIT);
+        openFit();
         choose(CurveFit::Model::Exponential);
         QTRY_COMPARE(cell(6, 1), QString("101"));
         plot(0)->newMarker(0, -1, 10, bench->data(0)->getYAt(0, 10));
@@ -116,7 +117,7 @@ private Q_SLOTS:
 
     void aTypedFormulaIsJudgedWhileItIsTyped()
     {
-        open(REG_FIT);
+        openFit();
         choose(CurveFit::Model::Formula);
         auto* const formula = part<QLineEdit>("formula");
         QVERIFY(formula->isVisible());
@@ -132,13 +133,13 @@ private Q_SLOTS:
         part<QPushButton>("residuals")->click();
         QVERIFY(dialog->findChild<QWidget*>("residualPlot")->isVisible());
         dialog->close(); // and leaving with a fit under way ends it
-        open(REG_FIT);
+        openFit();
         bench.reset();
     }
 
     void allGroupsInOneTable()
     {
-        open(REG_FIT);
+        openFit();
         choose(CurveFit::Model::Exponential);
         part<QCheckBox>("forAll")->setChecked(true);
         QTRY_COMPARE(part<QTableWidget>("results")->rowCount(), 4); // and the mean
@@ -165,6 +166,35 @@ private Q_SLOTS:
         QCOMPARE(plot(0)->markers.size() + plot(1)->markers.size() + plot(2)->markers.size(), 4);
         bench->window->findChild<UndoSteps*>()->undo(2);
         QCOMPARE(plot(0)->markers.size() + plot(1)->markers.size(), 0);
+    }
+
+    void statisticsOfARange()
+    {
+        for (int i : {10, 20})
+            plot(0)->newMarker(0, -1, i, bench->data(0)->getYAt(0, i));
+        double sum = 0;
+        for (int i = 10; i <= 20; ++i)
+            sum += bench->data(1)->getYAt(0, i);
+        QTimer::singleShot(0, this, [&] {
+            dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            QCOMPARE(part<QLabel>("samples")->text(), QString("11"));
+            QVERIFY(part<QLabel>("range")->isVisible());
+            QCOMPARE(part<QLabel>("maximum")->text(),
+                     QStringLiteral("%L1").arg(bench->data(0)->getYAt(0, 10)));
+            part<QCheckBox>("forAll")->setChecked(true);
+            const QVector<QStringList> rows = copied();
+            QCOMPARE(rows.size(), 4);
+            QCOMPARE(rows[2].mid(0, 4), QStringList({"Group B", rows[1][1], "11", rows[1][3]}));
+            QVERIFY(std::fabs(rows[2][4].toDouble() - sum / 11) < 1e-5);
+            const double area = bench->data(1)->integral(0, 10, 20);
+            QVERIFY(std::fabs(rows[2][8].toDouble() - area) < 1e-4);
+            QVERIFY(rows[2][10].toDouble() < -0.5 && rows[2][11].endsWith("/s"));
+            QCOMPARE(rows[3].value(2), QString("0")); // the group that has measured nothing
+            dialog->close();
+        });
+        auto* const list = bench->window->findChild<QComboBox*>(QStringLiteral("regression"));
+        Q_EMIT list->activated(list->findData(REG_STATISTICS));
     }
 };
 

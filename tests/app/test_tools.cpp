@@ -173,7 +173,8 @@ private Q_SLOTS:
         choose();
         QCOMPARE(QGuiApplication::clipboard()->text(),
                  QString("Humidity sensor statistics\nMinimum=2\nMaximum=4\nAverage=3.0\n"
-                         "Standard Deviation=1.0\nNumber of samples=2\nSampling rate=1/Sec\n"));
+                         "Standard Deviation=1.0\nNumber of samples=2\nSampling rate=1/Sec\n"
+                         "Area=3 %RH·s\nSlope=2.000 %RH/s\n"));
     }
 
     void toolsGoToTheGraphThatIsSeen()
