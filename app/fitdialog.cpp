@@ -45,7 +45,7 @@ FitDialog::FitDialog(const GraphTools* tools, multiConnectionsManager* manager, 
     connect(&lookTimer, &QTimer::timeout, this, &FitDialog::look);
     patience.setSingleShot(true);
     connect(&patience, &QTimer::timeout, this, [this] {
-        problem->setText(tr("Working..."));
+        tellProblem(tr("Working..."));
         for (QPushButton* button : qAsConst(needsResult)) // of what is no longer asked
             button->setEnabled(false);
     });
@@ -79,6 +79,7 @@ void FitDialog::createChoice(QVBoxLayout* layout)
     problem = new QLabel;
     problem->setObjectName(QStringLiteral("problem"));
     problem->setWordWrap(true);
+    problem->hide();
     for (QWidget* widget : QVector<QWidget*>{models, formula, problem, forAll, range})
         layout->addWidget(widget);
     connect(models, qOverload<int>(&QComboBox::currentIndexChanged), this, [this] {
@@ -88,7 +89,10 @@ void FitDialog::createChoice(QVBoxLayout* layout)
         ask();
     });
     connect(formula, &QLineEdit::textChanged, this, &FitDialog::ask);
-    connect(forAll, &QCheckBox::toggled, this, &FitDialog::ask);
+    connect(forAll, &QCheckBox::toggled, this, [this] {
+        fitWidth();
+        ask();
+    });
 }
 
 void FitDialog::createResult(QVBoxLayout* layout)
@@ -105,7 +109,6 @@ void FitDialog::createResult(QVBoxLayout* layout)
     table->setAccessibleName(tr("Results of the fit"));
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->verticalHeader()->hide();
-    table->horizontalHeader()->setStretchLastSection(true);
     residualPlace = new QVBoxLayout;
     layout->addWidget(told);
     layout->addWidget(table, 1);
@@ -133,22 +136,34 @@ void FitDialog::createButtons(QVBoxLayout* layout)
     close->setAutoDefault(false);
     connect(close, &QPushButton::clicked, this, &QDialog::close);
     needsResult = {put, copyButton, saveButton};
-    auto* const row = new QHBoxLayout;
-    for (QPushButton* button : {put, residualButton, copyButton, saveButton, close})
-        row->addWidget(button);
-    layout->addLayout(row);
+    for (const auto& list : {QVector<QPushButton*>{put, residualButton}, {copyButton, saveButton, close}}) {
+        auto* const row = new QHBoxLayout;
+        for (QPushButton* button : list)
+            row->addWidget(button);
+        layout->addLayout(row);
+    }
+}
+
+/// The right edge stays; a table of all groups is wide.
+void FitDialog::fitWidth()
+{
+    constexpr QSize small(400, 540);
+    constexpr int wide = 1040;
+    constexpr int margin = 12;
+    const QRect room = parentWidget() ? parentWidget()->frameGeometry() : QRect();
+    const int right =
+        isVisible() && geometry().right() < room.right() ? geometry().right() : room.right() - margin;
+    const int width = isForAll() ? std::max(small.width(), std::min(wide, right - room.left() - margin))
+                                 : std::max(small.width(), minimumSizeHint().width());
+    resize(width, std::max({small.height(), isVisible() ? height() : 0, minimumSizeHint().height()}));
+    if (room.isValid())
+        move(right - width, isVisible() ? y() : room.top() + room.height() / 8);
 }
 
 void FitDialog::showBeside()
 {
-    constexpr int margin = 12;
-    constexpr QSize wanted(430, 480);
-    if (!isVisible()) {
-        const QRect room = parentWidget() ? parentWidget()->frameGeometry() : QRect();
-        resize(wanted);
-        if (room.isValid())
-            move(room.right() - wanted.width() - margin, room.top() + room.height() / 6);
-    }
+    if (!isVisible())
+        fitWidth();
     show();
     raise();
     activateWindow();
@@ -221,9 +236,8 @@ void FitDialog::ask()
         shown.clear();
         endPreviews();
         showResults();
-        problem->setText(asked.isEmpty() ? tr("Click in the graph that is meant first.")
-                                         : tr("A fit needs curves: choose the graph view for this group."));
-        problem->show();
+        tellProblem(asked.isEmpty() ? tr("Click in the graph that is meant first.")
+                                    : tr("A fit needs curves: choose the graph view for this group."));
         return;
     }
     runner.ask(task);
@@ -239,12 +253,18 @@ void FitDialog::take(const QVector<CurveFit::Fit>& fits)
     const auto good =
         std::find_if(shown.cbegin(), shown.cend(), [](const FitResult& one) { return one.isGood(); });
     const bool isNone = good == shown.cend();
-    problem->setText(isNone && !shown.isEmpty() ? shown.constFirst().fit.problem : QString());
+    tellProblem(isNone && !shown.isEmpty() ? shown.constFirst().fit.problem : QString());
     showPreviews();
     showResults();
 }
 
 // --- What is shown ---
+
+void FitDialog::tellProblem(const QString& text)
+{
+    problem->setText(text);
+    problem->setVisible(!text.isEmpty());
+}
 
 QString FitDialog::formulaText() const
 {

@@ -44,6 +44,7 @@ private:
     void createChoice(QVBoxLayout* layout);
     void createResult(QVBoxLayout* layout);
     void createButtons(QVBoxLayout* layout);
+    void fitWidth();
     QPushButton* addButton(const char* name, const QString& text, void (FitDialog::*slot)());
     CurveFit::Model model() const;
     bool isForAll() const;
@@ -52,6 +53,7 @@ private:
     void look();
     void ask();
     void take(const QVector<CurveFit::Fit>& fits);
+    void tellProblem(const QString& text);
     void showResults();
     QVector<Subject> present() const;
     void showPreviews();

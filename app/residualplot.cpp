@@ -10,12 +10,17 @@
 
 namespace {
 
+QFont smallFont()
+{
+    QFont font;
+    font.setPixelSize(12);
+    return font;
+}
+
 QwtText axisText(const QString& name, const QString& unit)
 {
     QwtText text(unit.isEmpty() ? name : QStringLiteral("%1 [%2]").arg(name, unit));
-    QFont font;
-    font.setPixelSize(12);
-    text.setFont(font);
+    text.setFont(smallFont());
     return text;
 }
 
@@ -26,10 +31,14 @@ ResidualPlot::ResidualPlot(QWidget* parent)
     , dots(new QwtPlotCurve)
 {
     constexpr int height = 170;
+    constexpr int leastWidth = 200;
     constexpr double width = 3;
     setObjectName(QStringLiteral("residualPlot"));
     setAccessibleName(tr("Residuals"));
     setFixedHeight(height);
+    setMinimumWidth(leastWidth); // its own idea of it is wider than the dialog
+    for (const int axis : {int(xBottom), int(yLeft)})
+        setAxisFont(axis, smallFont());
     setCanvasBackground(Qt::white);
     auto* const zero = new QwtPlotMarker;
     zero->setLineStyle(QwtPlotMarker::HLine);

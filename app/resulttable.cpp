@@ -36,8 +36,8 @@ void ResultTable::show(QTableWidget* table) const
         if (rows[row].size() < header.size() && !rows[row].isEmpty()) // the last text has the rest of the row
             table->setSpan(row, rows[row].size() - 1, 1, header.size() - rows[row].size() + 1);
     }
-    table->resizeColumnsToContents();
-    table->resizeRowsToContents();
+    table->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    table->horizontalHeader()->setStretchLastSection(true);
 }
 
 void ResultTable::copy() const

@@ -173,6 +173,8 @@ void statistics::showForAll(bool tf)
         resize(forTable);
     else
         adjustSize();
+    if (const QWidget* const behind = parentWidget())
+        move(behind->frameGeometry().center() - rect().center());
 }
 
 void statistics::copy() const

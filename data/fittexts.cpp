@@ -40,7 +40,7 @@ QString FitTexts::parameter(const FittedCurve& fit, int i)
 QString FitTexts::r2(const FittedCurve& fit)
 {
     constexpr int fewest = 4;
-    constexpr int most = 8;
+    constexpr int most = 6;
     if (!std::isfinite(fit.r2))
         return QStringLiteral("–");
     const double lacks = 1 - fit.r2;
@@ -59,7 +59,8 @@ QString FitTexts::lines(const FittedCurve& fit, const QString& name, bool isTime
     const QStringList names = fit.names();
     for (int i = 0; i < names.size(); ++i)
         lines += QStringLiteral("%1 = %2").arg(names[i], parameter(fit, i));
-    lines += QStringLiteral("r² = %1;  RMSE = %2").arg(r2(fit), rmse(fit));
+    lines += QStringLiteral("r² = %1").arg(r2(fit));
+    lines += QStringLiteral("RMSE = %1").arg(rmse(fit));
     return lines.join(QLatin1Char('\n'));
 }
 

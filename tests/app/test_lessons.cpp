@@ -199,7 +199,7 @@ private:
     void compareLessons(bool areWordsOther = false) const
     {
         const QRegularExpression words(
-            QStringLiteral(" Text=\"[^\"]*\"|<markerTitle>.*|^(Time|[a-z]|r²) = .*"));
+            QStringLiteral(" Text=\"[^\"]*\"|<markerTitle>.*|^(Time|RMSE|[a-z]|r²) = .*"));
         const auto linesOf = [](const QByteArray& bytes) {
             return QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData()), bytes.size() / 2)
                 .split('\n');
