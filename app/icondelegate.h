@@ -2,7 +2,7 @@
 
 #include <QStyledItemDelegate>
 
-/// Rows of a list that shows icons only: each a little higher than its icon, which stands in the middle.
+/// Rows of an opened list: the icon, and beside it the words that the closed list has as its tip.
 class IconDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

@@ -23,6 +23,13 @@ IconList::IconList(Kind kind, int iconDim, QWidget* parent)
     view()->installEventFilter(this);
 }
 
+/// As wide as its words, which the picture of the closed list is not.
+void IconList::showPopup()
+{
+    view()->setMinimumWidth(view()->sizeHintForColumn(0) + 2 * view()->frameWidth());
+    QComboBox::showPopup();
+}
+
 void IconList::addPicture(const QString& name, const QIcon& picture, int code)
 {
     addItem(picture, QString(), code);

@@ -2,7 +2,7 @@
 
 #include <QComboBox>
 
-/// A list of a toolbar that shows pictures only; its items carry a name as their tool tip. An item is carried
+/// A list of a toolbar that shows a picture; its items have a name beside theirs. An item is carried
 /// out when a person chooses it: by a click in the open list, or with Return or Space. The keys that move
 /// through the closed list only move, and the wheel does nothing, so that every item can be reached without
 /// those before it being carried out.
@@ -19,6 +19,7 @@ public:
 
     IconList(Kind kind, int iconDim, QWidget* parent = nullptr);
 
+    void showPopup() override;
     void addPicture(const QString& name, const QIcon& picture, int code);
 
 protected:

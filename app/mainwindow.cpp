@@ -56,7 +56,6 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     setBackground(); // before there are parts, each of which would be styled twice
     showFileName();
     createLoggers();
-    createShortcuts();
     createActions();
     if (isPanel)
         setWindowState(Qt::WindowFullScreen);
@@ -70,6 +69,11 @@ MainWindow::MainWindow(UserPrompt* userPrompt, QWidget* parent)
     unpackActivities();
     createOnline();
     setupViews();
+    if (isPanel)
+        connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this,
+                &MainWindow::doExitAfterCtrlS);
+    else
+        createMenu();
     setAcceptDrops(true);
     installEventFilter(this);
     QTimer::singleShot(msBeforeConnecting, this, &MainWindow::tryConnectAll);
@@ -135,12 +139,6 @@ void MainWindow::connectLogger(int index)
     connect(state, qOverload<int, int>(&TembrinData::runTerminated), this,
             [this](int i, int reason) { notices->noteRefusal(i, reason); });
     connect(logger, &TembrinProtocol::loggerDisconnected, this, &MainWindow::handleDisconnection);
-}
-
-void MainWindow::createShortcuts()
-{
-    auto* saveAndLeave = new QShortcut(QKeySequence(QStringLiteral("Ctrl+S")), this);
-    connect(saveAndLeave, &QShortcut::activated, this, &MainWindow::doExitAfterCtrlS);
 }
 
 void MainWindow::createStatusBar()

@@ -21,6 +21,7 @@
 #include "persistence/lesson.h"
 
 class ClassNotices;
+class CommandMenu;
 class ExpData;
 class GlobalLabUpload;
 class FitDialog;
@@ -115,7 +116,6 @@ private:
     void readSettings();
     void createLoggers();
     void connectLogger(int index);
-    void createShortcuts();
     void createStatusBar();
     bool mayLeave();
     bool settleUnsaved(const QString& before, const QString& classQuestion, const QString& groupsQuestion,
@@ -442,6 +442,13 @@ private:
     void rebuildClass();
     void showLeftOut();
 
+    // Commands in words, in mainwindow_menu.cpp
+    void createMenu();
+    void createViewMenu();
+    void fillMenu(QMenu* menu, IconList* list, const std::function<QKeySequence(int)>& key,
+                  const std::function<void(int)>& run);
+    void reachByTab();
+
     // One graph that fills the window, in mainwindow_large.cpp
     void createLargeGraph();
     /// Of a group, or of the class; the one that does gives the room back.
@@ -485,5 +492,6 @@ private:
     QLabel* cureLine = nullptr;    ///< what keeps loggers away and is cured at this computer
     QLabel* leftOutLine = nullptr; ///< who is not in it
     LargeGraph* largeGraph = nullptr;
-    QAction* smallAct = nullptr; ///< Esc, while one graph is large
+    CommandMenu* commands = nullptr; ///< null in panel mode
+    QAction* smallAct = nullptr;     ///< Esc, while one graph is large
 };

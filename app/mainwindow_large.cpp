@@ -9,7 +9,6 @@
 #include "graph/plot.h"
 
 #include <QAction>
-#include <QKeyEvent>
 #include <QSplitter>
 
 void MainWindow::createLargeGraph()
@@ -62,14 +61,4 @@ void MainWindow::showLarge()
     stopAct->setShortcuts(stopKeys);
     smallAct->setShortcut(isLarge ? escape : QKeySequence());
     smallAct->setEnabled(isLarge);
-}
-
-/// What no control wanted comes here.
-void MainWindow::keyPressEvent(QKeyEvent* event)
-{
-    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (isEnter && !event->isAutoRepeat())
-        enlargeChosen();
-    else
-        QMainWindow::keyPressEvent(event);
 }

@@ -39,7 +39,7 @@ QString FailureTexts::reason(PortFailure failure, const QString& portName)
     case PortFailure::NotPaired:
         return tr("not paired with this computer");
     case PortFailure::Refused:
-        return tr("its pairing does not hold any more");
+        return tr("it refuses the connection");
     case PortFailure::NoAdapter:
         return tr("this computer has no Bluetooth adapter");
     case PortFailure::AdapterOff:
@@ -68,7 +68,8 @@ QString FailureTexts::cure(PortFailure failure, const QString& portName)
     case PortFailure::NotPaired:
         return tr("Press Connect, then \"Pair a logger...\".");
     case PortFailure::Refused:
-        return tr("Remove it in the Bluetooth settings and pair it anew.");
+        return tr("If another computer is connected to it, disconnect it there. Else remove it in the "
+                  "Bluetooth settings and pair it anew.");
     case PortFailure::NoAdapter:
         return tr("Plug one in.");
     case PortFailure::AdapterOff:

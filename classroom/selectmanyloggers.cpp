@@ -426,7 +426,10 @@ QString selectManyLoggers::hintText() const
                                       [](const possibleDevice& device) { return !device.address.isEmpty(); });
     if (radio.hindrance != PortFailure::None && (hasRadio || used.isEmpty())) {
         const QString reason = FailureTexts::text(radio.hindrance, QString());
-        return tr("No Bluetooth logger can be reached: %1").arg(reason);
+        const QString text = tr("No Bluetooth logger can be reached: %1").arg(reason);
+        return used.isEmpty() && unused.isEmpty()
+                   ? text + tr("\nTo rehearse without one, start the program virtual-loggers.")
+                   : text;
     }
     if (unused.isEmpty() && used.isEmpty())
         return tr(

@@ -16,7 +16,8 @@ constexpr ErrorRow byMessage[] = {
     {"Host is down", PortFailure::OutOfReach},
     {"No route to host", PortFailure::OutOfReach},
     {"sdp-search", PortFailure::OutOfReach}, // it went away while it was asked for its services
-    {"aborted-by-remote", PortFailure::OutOfReach},
+    {"aborted-by-remote", PortFailure::Refused},
+    {"br-connection-unknown", PortFailure::Refused}, // as it calls an authentication that failed
     {"reset by peer", PortFailure::OutOfReach},
     {"key-missing", PortFailure::Refused},
     {"refused", PortFailure::Refused},

@@ -6,7 +6,6 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QSaveFile>
-#include <QShortcut>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -528,13 +527,7 @@ private:
         return texts;
     }
 
-    void pressCtrlS()
-    {
-        for (QShortcut* key : bench->window->findChildren<QShortcut*>()) {
-            if (key->key() == QKeySequence("Ctrl+S"))
-                Q_EMIT key->activated();
-        }
-    }
+    void pressCtrlS() { bench->action("saveNowAct")->trigger(); }
 
     QScopedPointer<QTemporaryDir> folder;
     QScopedPointer<ClassBench> bench;

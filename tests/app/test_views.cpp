@@ -1,11 +1,13 @@
 #include <QAction>
 #include <QComboBox>
 #include <QGridLayout>
+#include <QMenuBar>
 #include <QSet>
 #include <QStatusBar>
 #include <QTest>
 #include <QToolBar>
 #include <QToolButton>
+#include <QTreeWidget>
 
 #include <qwt_text_label.h>
 
@@ -94,6 +96,45 @@ private Q_SLOTS:
         QVERIFY(bench.action("stopAct")->shortcuts().contains(QKeySequence(Qt::Key_Escape)));
         doubleClick(bench.manager->plotAt(1));
         QVERIFY(!bench.action("stopAct")->shortcuts().contains(QKeySequence(Qt::Key_Escape)));
+    }
+
+    void everyCommandStandsInTheMenuAndHasAKey()
+    {
+        ClassBench bench(2);
+        auto* bar = bench.window->findChild<QMenuBar*>(QStringLiteral("menuBar"));
+        QVERIFY(QTest::qWaitForWindowActive(bench.window.get()));
+        QVERIFY(!bar->isVisible());
+        QTest::keyClick(bench.window.get(), Qt::Key_Alt); // both press and release
+        QTRY_VERIFY(bar->isVisible());
+        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+        bench.window->setFocus();
+        QTRY_VERIFY(!bar->isVisible());
+        QTest::keyPress(bench.window.get(), Qt::Key_Alt);
+        QTest::keyClick(bench.window.get(), Qt::Key_X, Qt::AltModifier);
+        QTest::keyRelease(bench.window.get(), Qt::Key_Alt);
+        QVERIFY(!bar->isVisible());
+
+        bench.action("keysAct")->trigger();
+        auto* list = bench.window->findChild<QTreeWidget*>(QStringLiteral("keysList"));
+        QSet<QString> told;
+        int commands = 0;
+        for (QTreeWidgetItemIterator item(list); *item; ++item) {
+            if (!(*item)->parent())
+                continue;
+            ++commands;
+            QVERIFY2(!(*item)->text(1).isEmpty(), qPrintable((*item)->text(0)));
+            told.insert((*item)->text(0));
+        }
+        QVERIFY2(commands >= 40, QByteArray::number(commands));
+        for (const char* word :
+             {"Run", "Stop", "Connect", "Derivative", "Map", "Thermometer", "Undo", "Print"})
+            QVERIFY2(told.contains(word), word);
+        for (const QToolBar* tools : bench.window->findChildren<QToolBar*>()) {
+            for (const QAction* action : tools->actions()) {
+                const QString text = QString(action->text()).remove('&');
+                QVERIFY2(text.isEmpty() || action->isSeparator() || told.contains(text), qPrintable(text));
+            }
+        }
     }
 
     void noTwoActionsShareAKey()

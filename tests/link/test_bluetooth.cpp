@@ -124,7 +124,7 @@ private Q_SLOTS:
         };
         message("br-connection-page-timeout", PortFailure::OutOfReach);
         message("Host is down", PortFailure::OutOfReach);
-        message("br-connection-aborted-by-remote", PortFailure::OutOfReach);
+        message("br-connection-aborted-by-remote", PortFailure::Refused);
         message("br-connection-refused", PortFailure::Refused);
         message("br-connection-key-missing", PortFailure::Refused);
         message("Permission denied", PortFailure::Refused);
