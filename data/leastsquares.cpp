@@ -17,7 +17,7 @@ constexpr int flatSteps = 3;            // of them in a row
 const double differenceStep = std::pow(std::numeric_limits<double>::epsilon(), 0.2);
 constexpr double sizeOfZero = 1e-3;     // a parameter that starts at 0 is stepped as one of this size
 constexpr double leastOfLargest = 1e-3; // one that goes through 0 as this part of the largest it has been
-constexpr double noValue = 1e150;       // a residual where the model has none: never an improvement
+constexpr double noImprovement = 1e150; // a residual where the model has none: never an improvement
 
 struct Problem
 {
@@ -34,7 +34,7 @@ int residuals(const gsl_vector* parameters, void* user, gsl_vector* result)
     problem->values(parameters->data, result->data);
     for (size_t i = 0; i < result->size; ++i) {
         const double residual = result->data[i] - problem->y[int(i)];
-        result->data[i] = std::isfinite(residual) ? residual : noValue;
+        result->data[i] = std::isfinite(residual) ? residual : noImprovement;
     }
     return GSL_SUCCESS;
 }
