@@ -242,7 +242,8 @@ bool MainWindow::mayLeave()
     if (!settleUnsaved(
             goesOn, tr("Do you want to save experiment and annotations before leaving?"),
             tr("What the loggers measured is in no file yet. Do you want to save it before leaving?"),
-            &isAsked))
+            &isAsked) ||
+        !settleKept(&isAsked))
         return false;
     return isAsked || !isRunning ||
            prompt->confirm(this, tr("Run going on"), goesOn + tr("Leave all the same?"));

@@ -27,6 +27,7 @@ class GlobalLabUpload;
 class FitDialog;
 class GraphTools;
 class Indicator;
+class KeptRuns;
 class LargeGraph;
 class MapPane;
 class MetersPanel;
@@ -40,6 +41,7 @@ class RefreshClock;
 class RunLine;
 class RunRecorder;
 class RunRecovery;
+class RunsPanel;
 class SideViews;
 class SimulationPanel;
 class StatusLine;
@@ -244,6 +246,26 @@ private:
     RunRecorder* recorder = nullptr; ///< keeps the run for the case of a crash
     RunRecovery* recovery = nullptr;
 
+    // Runs that others took the place of, in mainwindow_runs.cpp
+
+private Q_SLOTS:
+    void keepPresent();
+    void keepGroup(int index);
+    void keepBefore(int index);
+    void showKept(int id);
+    void toggleRuns();
+
+private:
+    void createRuns();
+    bool isScreenSaved() const;
+    QString keptName() const;
+    bool settleKept(bool* isAsked);
+    void settleMemory();
+
+    KeptRuns* keptRuns = nullptr;
+    RunsPanel* runsPanel = nullptr; ///< null until it is first shown
+    QAction* runsAct = nullptr;
+
     // Download, in mainwindow_download.cpp
 
 private Q_SLOTS:
@@ -376,7 +398,10 @@ private:
     void tellOfArgument(const QString& fname, bool isRead, const QString& reason);
     bool worked(const std::function<void()>& work);
     Lesson takeLesson() const;
+    LessonRun takeRun() const;
+    Lesson::Part takePart(int index) const;
     void showLesson(const Lesson& lesson);
+    void showRun(const LessonRun& run);
     void showGroupPart(int slot, const Lesson::Part& part);
     void showClassPart(const Lesson::Part& part);
 

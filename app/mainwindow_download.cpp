@@ -50,7 +50,6 @@ void MainWindow::doDownload2018()
 void MainWindow::doDownload()
 {
     delivered = 0;
-    handleOnlyStaticClassMode(false);
     if (!mTembrin->queue().add(ClassJob::Task::Download))
         statusLine->setAdvice(tr("No connected logger has a stored experiment."));
 }
@@ -123,6 +122,7 @@ void MainWindow::useDownload(int index, bool isOK)
         fillGaps(index);
         return;
     }
+    keepBefore(index);
     handleOnlyStaticClassMode(false);
     recorder->replace(index);
     ExpData* set = mTembrin->dataAt(index);

@@ -2,6 +2,7 @@
 
 #include "app/graphtools.h"
 #include "app/iconlists.h"
+#include "app/keptruns.h"
 #include "app/runrecorder.h"
 #include "app/undosteps.h"
 #include "classroom/classrun.h"
@@ -84,17 +85,28 @@ void MainWindow::openFile(const QString& fname)
     }
     const bool isAppended = !hasEnding(fname, ".csv") && std::exchange(openMode, OPEN_NEW) == OPEN_APPEND;
     const bool isReplaced = !isAppended || isOnlyStaticClassMode;
-    if (isReplaced && mTembrin->dataC()->isNeedSave() &&
+    // A run that goes on puts its samples into the same sets, so only the class would give way.
+    const bool isOfRun = mTembrin->isMeasuring();
+    if (isReplaced && isOfRun && mTembrin->dataC()->isNeedSave() &&
         offerToSave(
             tr("Do you want to save experiment and annotations before another file takes their place?")) ==
             UserPrompt::Answer::Cancel)
         return;
+    const LessonRun before = takeRun();
+    const bool isSaved = isScreenSaved();
+    const QString name = keptName();
+    const QVector<double> times = mTembrin->dataC()->getX();
     if (hasEnding(fname, ".csv"))
         doImport(fname);
     else if (isAppended)
         appendFile(fname);
     else
         doReadClass(fname);
+    if (!isReplaced || isOfRun || mTembrin->dataC()->getX().constData() == times.constData())
+        return;
+    keptRuns->keep(before, isSaved, name);
+    for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
+        mTembrin->dataAt(i)->setNeedSave(false); // the list answers for it
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event)

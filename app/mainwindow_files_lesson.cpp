@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/keptruns.h"
 #include "app/runline.h"
 #include "app/runrecorder.h"
 #include "app/undosteps.h"
@@ -101,44 +102,59 @@ QVector<ExpData::Content> madeAgain(const Lesson::Part& part, ExpData* set)
 Lesson MainWindow::takeLesson() const
 {
     Lesson lesson;
+    static_cast<LessonRun&>(lesson) = takeRun();
     const bool areCellsSeen = !graphGridW->isHidden();
     lesson.layout = QLatin1String(layoutNames[graph->isHidden() ? LAYOUT_MULTI_WINDOWS
                                               : areCellsSeen    ? LAYOUT_MULTI_COMBO
                                                                 : LAYOUT_MULTI_TOGETHER]);
-    lesson.begun = runBegun;
-    lesson.isClassOfFile = isOnlyStaticClassMode;
-    for (int i = -1; i < mTembrin->nDefTembrins(); ++i) {
-        const ExpData& set = i < 0 ? *mTembrin->dataC() : *mTembrin->dataAt(i);
-        const Plot* const plot = i < 0 ? graph : mTembrin->plotAt(i);
-        plot->keepCurveModesInData();
-        Lesson::Part part;
-        part.isClass = i < 0;
-        part.slot = i;
-        part.group = i < 0 ? QString() : set.getGroupName();
-        if (i >= 0 && (set.getXSize() == 0 || part.group.isEmpty()))
-            part.group = titleName(i);
-        part.view = i < 0 ? QString() : viewWord(mTembrin->viewShownBy(i));
-        part.isInClass = i >= 0 && mTembrin->run().classSet().isMember(i);
-        part.isStored = set.getNSens() > 0 && (i < 0 || set.getXSize() > 0 || !plot->markers.isEmpty());
-        if (part.isStored) {
-            part.experiment = StoredExperiment::of(set, true, i < 0);
-            part.experiment.title = i < 0 ? plot->title().text() : part.group;
-            takeSteps(steps->history(i), set, &part);
-            part.experiment.lineMarkers = StoredMarks::of(plot->markers, set, true);
-            for (const Plot* bar : i < 0 ? QVector<Plot*>() : mTembrin->viewsOf(i)) {
-                if (bar != plot)
-                    part.experiment.barMarkers = StoredMarks::of(bar->markers, set, true);
-            }
-        }
-        lesson.parts.append(part);
-    }
+    lesson.kept = keptRuns->forLesson();
     return lesson;
+}
+
+LessonRun MainWindow::takeRun() const
+{
+    LessonRun run;
+    run.begun = runBegun;
+    run.isClassOfFile = isOnlyStaticClassMode;
+    for (int i = -1; i < mTembrin->nDefTembrins(); ++i)
+        run.parts.append(takePart(i));
+    return run;
+}
+
+Lesson::Part MainWindow::takePart(int index) const
+{
+    ExpData& set = index < 0 ? *mTembrin->dataC() : *mTembrin->dataAt(index);
+    const Plot* const plot = index < 0 ? graph : mTembrin->plotAt(index);
+    Lesson::Part part;
+    part.isClass = index < 0;
+    part.slot = index;
+    part.group = index < 0 ? QString() : set.getGroupName();
+    if (index >= 0 && (set.getXSize() == 0 || part.group.isEmpty()))
+        part.group = titleName(index);
+    part.view = index < 0 ? QString() : viewWord(mTembrin->viewShownBy(index));
+    part.isInClass = index >= 0 && mTembrin->run().classSet().isMember(index);
+    part.isStored = set.getNSens() > 0 && (index < 0 || set.getXSize() > 0 || !plot->markers.isEmpty());
+    if (!part.isStored)
+        return part;
+    const QVector<int> hints = set.curveModeHint; // those of a file, which the next run has not
+    plot->keepCurveModesInData();
+    part.experiment = StoredExperiment::of(set, true, index < 0);
+    set.curveModeHint = hints;
+    part.experiment.title = index < 0 ? plot->title().text() : part.group;
+    takeSteps(steps->history(index), set, &part);
+    part.experiment.lineMarkers = StoredMarks::of(plot->markers, set, true);
+    for (const Plot* bar : index < 0 ? QVector<Plot*>() : mTembrin->viewsOf(index)) {
+        if (bar != plot)
+            part.experiment.barMarkers = StoredMarks::of(bar->markers, set, true);
+    }
+    return part;
 }
 
 /// The file comes about on another thread: a run goes on meanwhile, and the program waits with leaving.
 bool MainWindow::writeLesson(const QString& fname, QString* reason)
 {
     const Lesson lesson = takeLesson();
+    const QVector<int> kept = keptRuns->ids();
     QVector<ExpData*> marked; // what is done to them meanwhile raises the mark anew
     for (int i = -1; i < mTembrin->nDefTembrins(); ++i) {
         ExpData* const set = i < 0 ? mTembrin->dataC() : mTembrin->dataAt(i);
@@ -154,10 +170,10 @@ bool MainWindow::writeLesson(const QString& fname, QString* reason)
     Waits::whileWorking([&] { isWritten = LessonFile::write(fname, lesson, reason); });
     statusBar()->clearMessage();
     isSaving = false;
-    if (!isWritten) {
-        for (ExpData* set : qAsConst(marked))
-            set->setNeedSave(true);
-    }
+    for (ExpData* set : isWritten ? QVector<ExpData*>() : marked)
+        set->setNeedSave(true);
+    if (isWritten)
+        keptRuns->noteSaved(kept);
     return isWritten;
 }
 
@@ -206,10 +222,7 @@ bool MainWindow::worked(const std::function<void()>& work)
 void MainWindow::openLesson(const QString& fname)
 {
     const QString busy = tr("A lesson can be opened when no logger is busy.");
-    const QString question =
-        tr("Do you want to save experiment and annotations before another lesson takes their place?");
-    bool isAsked = false;
-    if (isBusy(busy) || !settleUnsaved(QString(), question, question, &isAsked))
+    if (isBusy(busy))
         return;
     Lesson lesson;
     QString reason;
@@ -223,6 +236,9 @@ void MainWindow::openLesson(const QString& fname)
         showLesson(lesson);
         screenFile.keep(fname, *mTembrin->dataC(), reason.isEmpty());
         showFileName();
+    } else if (screenFile.title() == QFileInfo(fname).fileName()) {
+        screenFile.forget(); // it has become something else, which is not written over
+        showFileName();
     }
     statusBar()->showMessage(reason);
     if (!reason.isEmpty()) // a line is soon overlooked where groups are missing
@@ -230,6 +246,19 @@ void MainWindow::openLesson(const QString& fname)
 }
 
 void MainWindow::showLesson(const Lesson& lesson)
+{
+    keepPresent();
+    showRun(lesson);
+    updateLayout(layoutNumber(lesson.layout));
+    if (views)
+        views->setCurrentIndex(mTembrin->getCurrentView());
+    if (lesson.isClassOfFile)
+        handleOnlyStaticClassMode(true);
+    keptRuns->takeLesson(lesson);
+}
+
+/// In place of what is on the graphs, which nobody asks about any more.
+void MainWindow::showRun(const LessonRun& run)
 {
     closePage();
     handleOnlyStaticClassMode(false);
@@ -240,7 +269,7 @@ void MainWindow::showLesson(const Lesson& lesson)
     Lesson::Part groups[mostLoggers];
     int needed = 0;
     quint8 members = 0;
-    for (const Lesson::Part& part : lesson.parts) {
+    for (const Lesson::Part& part : run.parts) {
         (part.isClass ? classPart : groups[part.slot]) = part;
         needed = qMax(needed, part.slot + 1);
         if (part.isInClass)
@@ -251,17 +280,14 @@ void MainWindow::showLesson(const Lesson& lesson)
     namedByLesson = 0;
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
         showGroupPart(i, groups[i]);
-    runBegun = lesson.begun;
+    runBegun = run.begun;
     showClassPart(classPart);
     mTembrin->run().classSet().restore(members);
     if (!classPart.isStored) // broken: from the groups that could be read
         mTembrin->run().classSet().rebuild(members);
     mTembrin->dataC()->makeUniformScales();
     updateAll(-1);
-    updateLayout(layoutNumber(lesson.layout));
-    if (views)
-        views->setCurrentIndex(mTembrin->getCurrentView());
-    if (lesson.isClassOfFile)
+    if (run.isClassOfFile)
         handleOnlyStaticClassMode(true);
     for (int i = -1; i < mTembrin->nDefTembrins(); ++i)
         (i < 0 ? mTembrin->dataC() : mTembrin->dataAt(i))->setNeedSave(false);

@@ -100,6 +100,8 @@ void MainWindow::createViewMenu()
     for (int i = 0; i < layouts->count(); ++i)
         shown->addAction(findChild<QAction*>(QStringLiteral("layoutAct%1").arg(i + 1)));
     shown->addSeparator();
+    shown->addAction(runsAct);
+    shown->addSeparator();
     fillMenu(
         shown, views, [](int code) { return keyOf(viewKeys, code); },
         [this](int row) {

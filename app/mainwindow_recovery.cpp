@@ -37,6 +37,7 @@ void MainWindow::createRecovery()
     recorder = new RunRecorder(mTembrin, this);
     connect(recorder, &RunRecorder::failed, this,
             [this](const QString& line) { statusLine->setOutcome(line); });
+    createRuns();
     recovery = new RunRecovery(this);
     connect(recovery, &RunRecovery::restoreWanted, this, &MainWindow::restoreRun);
     QTimer::singleShot(msBeforeLooking, recovery, &RunRecovery::look);
@@ -45,10 +46,7 @@ void MainWindow::createRecovery()
 void MainWindow::restoreRun()
 {
     const QString busy = tr("A run can be restored when no logger is busy.");
-    const QString question =
-        tr("Do you want to save experiment and annotations before another run takes their place?");
-    bool isAsked = false;
-    if (isSaving || isBusy(busy) || !settleUnsaved(QString(), question, question, &isAsked))
+    if (isSaving || isBusy(busy))
         return;
     const FoundJournal journal = recovery->offered();
     JournalRun run;
@@ -66,6 +64,7 @@ void MainWindow::restoreRun()
     quint8 groups = 0;
     for (const JournalExperiment& experiment : run.experiments)
         groups |= quint8(1u << experiment.head.slot);
+    keepPresent();
     recorder->adopt(journal, groups);
     showRestored(run, groups);
     recovery->next();

@@ -4,7 +4,6 @@
 #include "app/refreshclock.h"
 #include "app/runline.h"
 #include "app/runrecorder.h"
-#include "app/runrecovery.h"
 #include "app/sideviews.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
@@ -100,7 +99,6 @@ void MainWindow::clearOutcome(ClassJob::Task task)
 void MainWindow::doRun()
 {
     closePage();
-    handleOnlyStaticClassMode(false);
     if (!mTembrin->startRun()) {
         statusLine->setAdvice(tr("No logger is connected, so none was started."));
         return;
@@ -134,8 +132,8 @@ void MainWindow::showEndOfRun()
 {
     if (!isSaving) // else it is not known yet whether it is saved
         recorder->noteSaved();
-    recovery->look(); // for the one that this took the place of
     hideBusyTitle();
+    settleMemory();
     markViews(-1);
     if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinAt(0)->Vorta_drawOnline)
         updateAll();

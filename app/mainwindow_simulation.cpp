@@ -69,12 +69,7 @@ void MainWindow::createSimulationPanel()
     simW = new SimulationPanel(mTembrin, graphW);
     simW->hide();
     mainW->addWidget(simW);
-    simW->setAsk([this] {
-        const QString question = tr("Do you want to save experiment and annotations before a simulation "
-                                    "takes the place of the first group?");
-        bool isAsked = false;
-        return !isSaving && settleUnsaved(QString(), question, question, &isAsked);
-    });
+    simW->setAsk([this] { return !isSaving; });
     connect(mainW, &QSplitter::splitterMoved, this, [this] { isShareOwn = true; });
     connect(simW, &SimulationPanel::told, statusLine, &StatusLine::setAdvice);
     connect(simW, &SimulationPanel::begun, this, &MainWindow::showSimulation);

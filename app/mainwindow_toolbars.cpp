@@ -129,6 +129,8 @@ void MainWindow::createActions()
          QT_TR_NOOP("Stop Tembrin Run"), {Qt::Key_Escape, QStringLiteral("Shift+F5")}},
         {&MainWindow::downloadAct, "downloadAct", QT_TR_NOOP("Download"), "Download",
          &MainWindow::doDownload2018, "", {QStringLiteral("Ctrl+D")}},
+        {&MainWindow::runsAct, "runsAct", QT_TR_NOOP("Runs"), "Runs", &MainWindow::toggleRuns,
+         QT_TR_NOOP("Show the list of the runs before this one"), {Qt::Key_F6}},
         {&MainWindow::advancedSetupAct, "advancedSetupAct", QT_TR_NOOP("&Configuration"), "Pref", &MainWindow::doSetup,
          QT_TR_NOOP("Set Tembrin's configuration"), {QStringLiteral("Ctrl+,")}},
         {&MainWindow::exitAct, "exitAct", QT_TR_NOOP("&Exit"), "Exit", &MainWindow::doExit,
@@ -145,7 +147,7 @@ void MainWindow::createActions()
         addAction(action); // so that the keys work without a toolbar too
         this->*row.member = action;
     }
-    for (QAction* mode : {zoomAct, markerAct, annotateAct})
+    for (QAction* mode : {zoomAct, markerAct, annotateAct, runsAct})
         mode->setCheckable(true);
 }
 
@@ -173,7 +175,7 @@ void MainWindow::createToolBars()
     graphToolBar->addActions({zoomAct, markerAct, annotateAct, cropAct, undoAct});
     regression = addIconList(graphToolBar, IconList::Kind::Button, "regression", tr("Functions"));
     tembrinToolBar->addActions(
-        {colabConnectAct, basicSetupAct, runAct, stopAct, downloadAct, advancedSetupAct});
+        {colabConnectAct, basicSetupAct, runAct, stopAct, runsAct, downloadAct, advancedSetupAct});
     stopAct->setVisible(false);
     addDownloadChoice();
     addActivityChoice();

@@ -43,7 +43,6 @@ RunRecorder::RunRecorder(multiConnectionsManager* manager, QObject* parent)
     timer.setInterval(msToKeep);
     connect(&timer, &QTimer::timeout, this, &RunRecorder::handOver);
     const ClassRun* run = &manager->run();
-    connect(run, &ClassRun::begun, this, &RunRecorder::beginRun);
     connect(run, &ClassRun::experimentBegun, this, &RunRecorder::beginGroup);
     connect(run, &ClassRun::rowTaken, this, &RunRecorder::takeRow);
     connect(&writer, &JournalWriter::failed, this, [this](const QString& reason) {
@@ -55,15 +54,6 @@ RunRecorder::~RunRecorder()
 {
     handOver();
     writer.end();
-}
-
-/// Nobody was asked whether the run before may go: it is offered again.
-void RunRecorder::beginRun()
-{
-    handOver();
-    if (isOpen)
-        writer.end();
-    forget();
 }
 
 void RunRecorder::setAside()
@@ -93,7 +83,8 @@ void RunRecorder::takeRow(int slot, double time, const QVector<double>& values)
 {
     if (!isOpen) {
         const QDateTime now = QDateTime::currentDateTime();
-        writer.begin(JournalFolder::nameFor(now), now);
+        path = JournalFolder::nameFor(now);
+        writer.begin(path, now);
         isOpen = true;
         sinceHandOver.start();
     }
@@ -190,12 +181,47 @@ void RunRecorder::adopt(const FoundJournal& journal, quint8 groups)
 {
     setAside();
     writer.adopt(journal.path, journal.lock);
+    path = journal.path;
     isOpen = true;
     inRun = groups;
+}
+
+QString RunRecorder::keep()
+{
+    handOver();
+    if (!isOpen)
+        return {};
+    writer.keep();
+    forget();
+    return path;
+}
+
+void RunRecorder::takeKept(const QString& journal, quint8 groups)
+{
+    setAside();
+    if (journal.isEmpty())
+        return;
+    writer.takeKept(journal);
+    path = journal;
+    isOpen = true;
+    inRun = groups;
+}
+
+void RunRecorder::removeKept(const QString& journal)
+{
+    if (!journal.isEmpty())
+        writer.removeKept(journal);
+}
+
+void RunRecorder::refuseKept(const QString& journal)
+{
+    if (!journal.isEmpty())
+        writer.refuseKept(journal);
 }
 
 void RunRecorder::leave()
 {
     setAside();
+    writer.refuseAllKept();
     writer.finish();
 }

@@ -29,15 +29,6 @@ Q_SIGNALS:
 
 constexpr int textMargin = 8; // pixels left and right of the text
 
-QString durationText(int seconds)
-{
-    if (seconds < 60)
-        return RunRecovery::tr("%1 s").arg(seconds);
-    if (seconds < 3600)
-        return RunRecovery::tr("%1 min %2 s").arg(seconds / 60).arg(seconds % 60);
-    return RunRecovery::tr("%1 h %2 min").arg(seconds / 3600).arg(seconds / 60 % 60);
-}
-
 } // namespace
 
 RunRecovery::RunRecovery(QMainWindow* window)
@@ -81,6 +72,15 @@ QString RunRecovery::nameOf(const JournalRun& run)
     return run.begun.date() == QDate::currentDate()
                ? tr("The run of %1").arg(time)
                : tr("The run of %1, %2").arg(run.begun.toString(QStringLiteral("d-MM-yyyy")), time);
+}
+
+QString RunRecovery::durationText(int seconds)
+{
+    if (seconds < 60)
+        return tr("%1 s").arg(seconds);
+    if (seconds < 3600)
+        return tr("%1 min %2 s").arg(seconds / 60).arg(seconds % 60);
+    return tr("%1 h %2 min").arg(seconds / 3600).arg(seconds / 60 % 60);
 }
 
 QString RunRecovery::extentOf(const JournalRun& run)

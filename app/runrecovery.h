@@ -30,6 +30,8 @@ public:
     void next();
     /// "The run of 10:42".
     static QString nameOf(const JournalRun& run);
+    /// "3 min 12 s".
+    static QString durationText(int seconds);
     /// "8 groups, 3 min 12 s".
     static QString extentOf(const JournalRun& run);
 

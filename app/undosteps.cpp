@@ -15,6 +15,7 @@ bool isSameView(const QPair<QPointer<Plot>, PlotState>& a, const QPair<QPointer<
 }
 
 constexpr int kindsOfRange = 3;
+constexpr int noGraph = -2;
 
 /// Where a channel has one of its ranges: its own, that of the class, that of bars.
 struct RangePlace
@@ -136,8 +137,12 @@ void UndoSteps::end(int index, const QString& name)
     open.erase(found);
     if (!past.before)
         return;
-    Step step{index, past.inner.isEmpty() ? name : past.inner, *past.before, stateOf(index), past.isOfSamples,
-              {}};
+    Step step;
+    step.index = index;
+    step.name = past.inner.isEmpty() ? name : past.inner;
+    step.before = *past.before;
+    step.after = stateOf(index);
+    step.isOfSamples = past.isOfSamples;
     if (isSameFace(step.before, step.after) &&
         (!step.isOfSamples || setOf(index)->holds(step.before.content)))
         return;
@@ -158,6 +163,16 @@ void UndoSteps::add(const Step& step)
             older.append(first);
     }
     Q_EMIT changed();
+}
+
+void UndoSteps::note(const QString& name, const std::function<bool(bool isBack)>& move)
+{
+    Step step;
+    step.index = noGraph;
+    step.name = name;
+    step.own = move;
+    undone.clear();
+    add(step);
 }
 
 void UndoSteps::forget(int index)
@@ -234,6 +249,8 @@ QString UndoSteps::nameOf(SampleStep::Kind kind)
 
 QString UndoSteps::nameOf(const Step& step) const
 {
+    if (step.own)
+        return step.name;
     const QString graph = step.index < 0 ? tr("class") : manager->groupName(step.index);
     return QStringLiteral("%1, %2").arg(step.name, graph);
 }
@@ -343,6 +360,8 @@ bool UndoSteps::applyDerivative(const Step& step, bool isBack)
 
 bool UndoSteps::apply(const Step& step, bool isBack)
 {
+    if (step.own)
+        return step.own(isBack);
     ExpData* const set = setOf(step.index);
     const State& present = isBack ? step.after : step.before;
     const State& wanted = isBack ? step.before : step.after;

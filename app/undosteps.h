@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
 #include <optional>
 
 #include "data/expdata.h"
@@ -54,6 +55,9 @@ public:
     History history(int index) const;
     /// A set that came from a file holds what `steps` made of the first of `contents`, one more than steps.
     void restore(int index, QVector<ExpData::Content> contents, const QVector<SampleStep>& steps);
+    /// Something that is of no graph was done. `move` takes it back (true) or does it again; false where that
+    /// no longer goes.
+    void note(const QString& name, const std::function<bool(bool isBack)>& move);
     /// Other samples come into the set: nothing that was done to it before can be taken back.
     void forget(int index);
 
@@ -85,7 +89,8 @@ private:
         State before;
         State after;
         bool isOfSamples = false;
-        SampleStep what; ///< of samples
+        SampleStep what;                      ///< of samples
+        std::function<bool(bool isBack)> own; ///< of no graph
         bool isDerivative() const { return before.content.sensors.size() < after.content.sensors.size(); }
     };
     /// A change that has begun; another one can begin within it.

@@ -473,6 +473,8 @@ void ClassRun::beginExperiment(int slot, int number, const SensorList& channels)
     place.isOrdered = place.isOrdered && !isFirst;
     place.shift = isFirst ? 0 : shiftOfOlderRun(place, number, dt);
     place.zero = clock.elapsed() - qint64(dt * double(place.shift + number) * 1000);
+    if (!isFirst && data(slot)->getXSize() > 0)
+        Q_EMIT groupReplaced(slot);
     data(slot)->setDataNewEmpty(channels, dt, manager->groupName(slot));
     data(slot)->setCardWidth(manager->tembrinAt(slot)->photoObjW);
     Q_EMIT experimentBegun(slot);

@@ -89,6 +89,8 @@ Q_SIGNALS:
     void begun();
     /// A row went into the set of logger `slot`, at its time there and arranged as its channels.
     void rowTaken(int slot, double time, const QVector<double>& values);
+    /// While others go on, logger `slot` begins another experiment; its set still has what it had.
+    void groupReplaced(int slot);
     /// The set of logger `slot` has been emptied for a new experiment.
     void experimentBegun(int slot);
     /// The set of logger `slot`, still empty, has the channels that the logger is set to.

@@ -29,12 +29,13 @@ constexpr const char* hideGrid = "shot/hidegrid";            // bool, false
 constexpr const char* curveWidth = "shot/width";             // int, 2
 constexpr const char* curveWidthActive = "shot/widthactive"; // int, 4
 constexpr const char* derivWindow = "derivative/window"; // int, 3; samples that a derivative is fitted over
+constexpr const char* runsMemory = "runs/memory";        // int, 2048; megabytes that kept runs may take
 constexpr const char* imageFolder = "paths/images";      // string, the program's folder; pictures of balloons
 
 /// "BT/logger1" to "BT/logger8": the serial port of logger `index`, 0 to 7.
 QString loggerKey(int index);
-/// "BT/address1" to "BT/address8": the address of the Bluetooth device that is logger `index`, 12 hexadecimal digits;
-/// empty for what is no such device. It stays when the system counts its ports anew.
+/// "BT/address1" to "BT/address8": the address of the Bluetooth device that is logger `index`, 12 hexadecimal
+/// digits; empty for what is no such device. It stays when the system counts its ports anew.
 QString addressKey(int index);
 /// "BT/name1" to "BT/name8": the group name of logger `index`, 0 to 7.
 QString groupKey(int index);

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QLockFile>
 
 #ifdef Q_OS_UNIX
@@ -103,6 +104,33 @@ public:
         file.setFileName(path);
     }
 
+    void keep()
+    {
+        if (lock)
+            kept.insert(file.fileName(), lock);
+        end();
+    }
+
+    void takeKept(const QString& path) { adopt(path, kept.take(path)); }
+
+    void removeKept(const QString& path)
+    {
+        if (const auto itsLock = kept.take(path))
+            QFile::remove(path);
+    }
+
+    void refuseKept(const QString& path)
+    {
+        if (const auto itsLock = kept.take(path))
+            JournalFolder::refuse(path);
+    }
+
+    void refuseAllKept()
+    {
+        for (const QString& path : kept.keys())
+            refuseKept(path);
+    }
+
 Q_SIGNALS:
     void failed(const QString& reason);
 
@@ -116,6 +144,7 @@ private:
 
     QFile file{this};
     std::shared_ptr<QLockFile> lock;
+    QHash<QString, std::shared_ptr<QLockFile>> kept;
 };
 
 JournalWriter::JournalWriter(QObject* parent)
@@ -178,6 +207,31 @@ void JournalWriter::end()
 void JournalWriter::adopt(const QString& path, const std::shared_ptr<QLockFile>& lock)
 {
     post([file = file.get(), path, lock] { file->adopt(path, lock); });
+}
+
+void JournalWriter::keep()
+{
+    post([file = file.get()] { file->keep(); });
+}
+
+void JournalWriter::takeKept(const QString& path)
+{
+    post([file = file.get(), path] { file->takeKept(path); });
+}
+
+void JournalWriter::removeKept(const QString& path)
+{
+    post([file = file.get(), path] { file->removeKept(path); });
+}
+
+void JournalWriter::refuseKept(const QString& path)
+{
+    post([file = file.get(), path] { file->refuseKept(path); });
+}
+
+void JournalWriter::refuseAllKept()
+{
+    post([file = file.get()] { file->refuseAllKept(); });
 }
 
 void JournalWriter::finish()

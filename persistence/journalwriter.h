@@ -35,6 +35,14 @@ public:
     void refuse();
     /// It stays where it is, for the next start.
     void end();
+    /// It stays where it is and goes on being this program's.
+    void keep();
+    /// A kept one is the present one again; nothing more is written to it.
+    void takeKept(const QString& path);
+    /// A kept one goes, or goes among the refused ones.
+    void removeKept(const QString& path);
+    void refuseKept(const QString& path);
+    void refuseAllKept();
     /// A journal of an earlier start becomes the present one; nothing more is written to it.
     void adopt(const QString& path, const std::shared_ptr<QLockFile>& lock);
     /// Waits until all of this is done.

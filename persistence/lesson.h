@@ -8,8 +8,8 @@
 #include "data/samplestep.h"
 #include "data/storedexperiment.h"
 
-/// All that a class has on its graphs. A value, which may go to another thread.
-struct Lesson
+/// A run as a class has it on its graphs. A value, which may go to another thread; it shares its samples.
+struct LessonRun
 {
     struct Part
     {
@@ -25,10 +25,18 @@ struct Lesson
         StoredExperiment raw;      ///< what they began with, the derived channels before them included
     };
 
-    QString layout;
+    QString name;               ///< of one that is kept
     QDateTime begun;            ///< the run
     bool isClassOfFile = false; ///< the class came from a file of its own, and not from the groups
+    bool isPinned = false;      ///< a kept one stands behind the present curves
     QVector<Part> parts;
+};
+
+/// What is on the graphs, and the runs before it that are kept.
+struct Lesson : LessonRun
+{
+    QString layout;
+    QVector<LessonRun> kept;
 };
 
 /// The container that a lesson is kept in, as docs/lesson-format.md has it. Any thread.
@@ -49,7 +57,7 @@ public:
     static constexpr const char* stepNames[] = {"smooth", "derivative", "crop", "edit"};
     static constexpr int mostSteps = 200;
     static constexpr int version = 1;
-    static constexpr int mostEntries = 64;
+    static constexpr int mostEntries = 4096;
     static constexpr qint64 mostManifest = 1 << 20;          ///< bytes
     static constexpr qint64 mostMember = Q_INT64_C(1) << 30; ///< bytes of an experiment that is written
 };

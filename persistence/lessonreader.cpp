@@ -187,12 +187,14 @@ public:
         : entries(unpacked->entries)
         , problems(unpacked->problems)
         , lesson(lesson)
+        , run(lesson)
     {
     }
 
     void assemble();
 
 private:
+    void takeRun(const QJsonObject& told, LessonRun* into);
     void takeMember(const QJsonObject& member);
     void takeByNames();
     bool takeFile(const QString& name, const QString& checksum, const Lesson::Part& part,
@@ -203,6 +205,7 @@ private:
     Entries& entries;
     QStringList& problems;
     Lesson* const lesson;
+    LessonRun* run; ///< that the next members belong to
 };
 
 void Assembly::assemble()
@@ -210,24 +213,43 @@ void Assembly::assemble()
     const QJsonObject root =
         QJsonDocument::fromJson(entries[QStringLiteral("manifest.json")].manifest).object();
     const QJsonArray runs = root[QLatin1String("runs")].toArray();
-    const QJsonObject run = runs.first().toObject();
-    const QJsonArray members = run[QLatin1String("members")].toArray();
+    const QJsonObject first = runs.first().toObject();
     lesson->layout = root[QLatin1String("layout")].toString();
     lesson->isClassOfFile = root[QLatin1String("classOfFile")].toBool();
-    lesson->begun = QDateTime::fromString(run[QLatin1String("time")].toString(), Qt::ISODate);
-    if (root[QLatin1String("version")].toInt() > LessonFile::version || runs.size() > 1)
+    if (root[QLatin1String("version")].toInt() > LessonFile::version)
         problems << LessonFile::tr("what a newer program put into it");
-    for (const QJsonValue& member : members)
-        takeMember(member.toObject());
+    takeRun(first, lesson);
     if (lesson->parts.isEmpty()) {
         problems << LessonFile::tr("the list of its parts");
         takeByNames();
+        return;
     }
+    for (int i = 1; i < runs.size(); ++i) {
+        const QJsonObject told = runs.at(i).toObject();
+        LessonRun kept;
+        kept.isClassOfFile = told[QLatin1String("classOfFile")].toBool();
+        kept.isPinned = told[QLatin1String("pinned")].toBool();
+        kept.name = told[QLatin1String("name")].toString().simplified();
+        if (kept.name.isEmpty())
+            kept.name = LessonFile::tr("Run %1").arg(i);
+        takeRun(told, &kept);
+        if (std::any_of(kept.parts.cbegin(), kept.parts.cend(),
+                        [](const auto& part) { return part.isStored; }))
+            lesson->kept.append(kept);
+    }
+}
+
+void Assembly::takeRun(const QJsonObject& told, LessonRun* into)
+{
+    run = into;
+    run->begun = QDateTime::fromString(told[QLatin1String("time")].toString(), Qt::ISODate);
+    for (const QJsonValue& member : told[QLatin1String("members")].toArray())
+        takeMember(member.toObject());
 }
 
 bool Assembly::isTaken(const Lesson::Part& part) const
 {
-    return std::any_of(lesson->parts.cbegin(), lesson->parts.cend(), [&](const Lesson::Part& other) {
+    return std::any_of(run->parts.cbegin(), run->parts.cend(), [&](const Lesson::Part& other) {
         return other.isClass == part.isClass && other.slot == part.slot;
     });
 }
@@ -258,7 +280,7 @@ void Assembly::takeMember(const QJsonObject& member)
                                     member[QLatin1String("rawCrc32")].toString(), part, &part.raw);
     if (isRawNeeded && !part.isRawStored)
         part.steps.clear(); // they cannot be taken back
-    lesson->parts.append(part);
+    run->parts.append(part);
 }
 
 /// All of them or none.
@@ -339,8 +361,9 @@ bool LessonFile::read(const QByteArray& bytes, Lesson* lesson, QString* reason, 
     *lesson = Lesson();
     Unpacked unpacked = unpackAll(bytes, most);
     Assembly(&unpacked, lesson).assemble();
-    const bool isAny = std::any_of(lesson->parts.cbegin(), lesson->parts.cend(),
-                                   [](const Lesson::Part& part) { return part.isStored; });
+    const bool isAny =
+        !lesson->kept.isEmpty() || std::any_of(lesson->parts.cbegin(), lesson->parts.cend(),
+                                               [](const Lesson::Part& part) { return part.isStored; });
     unpacked.problems.removeDuplicates();
     *reason = unpacked.entries.size() <= 1 && !isAny ? tr("it is no lesson")
                                                      : unpacked.problems.join(QStringLiteral(", "));

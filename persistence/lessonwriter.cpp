@@ -77,14 +77,17 @@ Member packedPart(const StoredExperiment& experiment)
     return packer.done();
 }
 
-QString fileOf(const Lesson::Part& part)
+/// `run` counts from 0, the one on the graphs.
+QString fileOf(int run, const Lesson::Part& part)
 {
-    return part.isClass ? QStringLiteral("class.xml") : QStringLiteral("group-%1.xml").arg(part.slot + 1);
+    const QString name =
+        part.isClass ? QStringLiteral("class.xml") : QStringLiteral("group-%1.xml").arg(part.slot + 1);
+    return run == 0 ? name : QStringLiteral("run-%1-%2").arg(run + 1).arg(name);
 }
 
-QString rawFileOf(const Lesson::Part& part)
+QString rawFileOf(int run, const Lesson::Part& part)
 {
-    return fileOf(part).replace(QStringLiteral(".xml"), QStringLiteral("-raw.xml"));
+    return fileOf(run, part).replace(QStringLiteral(".xml"), QStringLiteral("-raw.xml"));
 }
 
 QJsonObject described(const SampleStep& step)
@@ -105,20 +108,32 @@ QJsonObject described(const SampleStep& step)
     return object;
 }
 
+/// The one on the graphs first: a program that knows of no others finds it there.
+QVector<const LessonRun*> runsOf(const Lesson& lesson)
+{
+    QVector<const LessonRun*> runs{&lesson};
+    for (const LessonRun& run : lesson.kept)
+        runs.append(&run);
+    return runs;
+}
+
 /// The files of the archive but the manifest, each with its experiment.
 QVector<QPair<QString, const StoredExperiment*>> filesOf(const Lesson& lesson)
 {
     QVector<QPair<QString, const StoredExperiment*>> files;
-    for (const Lesson::Part& part : lesson.parts) {
-        if (part.isStored)
-            files.append({fileOf(part), &part.experiment});
-        if (part.isStored && part.isRawStored)
-            files.append({rawFileOf(part), &part.raw});
+    const QVector<const LessonRun*> runs = runsOf(lesson);
+    for (int run = 0; run < runs.size(); ++run) {
+        for (const Lesson::Part& part : runs.at(run)->parts) {
+            if (part.isStored)
+                files.append({fileOf(run, part), &part.experiment});
+            if (part.isStored && part.isRawStored)
+                files.append({rawFileOf(run, part), &part.raw});
+        }
     }
     return files;
 }
 
-QJsonObject described(const Lesson::Part& part, const QHash<QString, QString>& checksums)
+QJsonObject described(int run, const Lesson::Part& part, const QHash<QString, QString>& checksums)
 {
     QJsonObject member;
     member["role"] = part.isClass ? "class" : "group";
@@ -131,13 +146,13 @@ QJsonObject described(const Lesson::Part& part, const QHash<QString, QString>& c
     }
     if (!part.isStored)
         return member;
-    member["file"] = fileOf(part);
-    member["crc32"] = checksums.value(fileOf(part));
+    member["file"] = fileOf(run, part);
+    member["crc32"] = checksums.value(fileOf(run, part));
     member["title"] = part.experiment.title;
     member["sensor"] = part.experiment.activeSens;
     if (part.isRawStored) {
-        member["rawFile"] = rawFileOf(part);
-        member["rawCrc32"] = checksums.value(rawFileOf(part));
+        member["rawFile"] = rawFileOf(run, part);
+        member["rawCrc32"] = checksums.value(rawFileOf(run, part));
     }
     QJsonArray steps;
     for (const SampleStep& step : part.steps)
@@ -213,18 +228,34 @@ private:
     bool isGood = true;
 };
 
-QByteArray manifest(const Lesson& lesson, const QJsonArray& members)
+QJsonObject described(int number, const LessonRun& run, const QHash<QString, QString>& checksums)
 {
-    QJsonObject run;
-    if (lesson.begun.isValid())
-        run["time"] = lesson.begun.toString(Qt::ISODate);
-    run["members"] = members;
+    QJsonObject object;
+    if (run.begun.isValid())
+        object["time"] = run.begun.toString(Qt::ISODate);
+    if (number > 0) {
+        object["name"] = run.name;
+        object["pinned"] = run.isPinned;
+        object["classOfFile"] = run.isClassOfFile;
+    }
+    QJsonArray members;
+    for (const Lesson::Part& part : run.parts)
+        members.append(described(number, part, checksums));
+    object["members"] = members;
+    return object;
+}
+
+QByteArray manifest(const Lesson& lesson, const QHash<QString, QString>& checksums)
+{
+    QJsonArray runs;
+    for (const LessonRun* run : runsOf(lesson))
+        runs.append(described(runs.size(), *run, checksums));
     QJsonObject root;
     root["format"] = "pellandra-lesson";
     root["version"] = LessonFile::version;
     root["layout"] = lesson.layout;
     root["classOfFile"] = lesson.isClassOfFile;
-    root["runs"] = QJsonArray{run};
+    root["runs"] = runs;
     return QJsonDocument(root).toJson();
 }
 
@@ -235,6 +266,7 @@ bool LessonFile::write(const QString& filename, const Lesson& lesson, QString* r
     SafeFile file(filename);
     Zip zip(&file);
     const auto files = filesOf(lesson);
+    qint64 unpacked = 0;
     QHash<QString, QString> checksums;
     // Two at a time: more would only take memory.
     const auto begin = [&files](int i) {
@@ -244,18 +276,17 @@ bool LessonFile::write(const QString& filename, const Lesson& lesson, QString* r
     std::future<Member> coming[2] = {begin(0), begin(1)};
     for (int i = 0; i < files.size(); ++i) {
         const Member member = coming[i % 2].get();
+        unpacked += member.size;
         coming[i % 2] = begin(i + 2);
         zip.add(files.at(i).first, member);
         checksums[files.at(i).first] = member.checksum();
     }
-    QJsonArray members;
-    for (const Lesson::Part& part : lesson.parts)
-        members.append(described(part, checksums));
     Packer list;
-    const QByteArray text = manifest(lesson, members);
+    const QByteArray text = manifest(lesson, checksums);
     list.add(text.constData(), text.size());
     zip.add(QStringLiteral("manifest.json"), list.done());
-    const bool isWritten = zip.close() && file.commit();
+    // More than is read again, it must not be said to be saved.
+    const bool isWritten = zip.close() && unpacked <= mostUnpacked && file.commit();
     *reason = file.reason();
     if (!isWritten && reason->isEmpty())
         *reason = tr("%1 can't be written: it would be too large").arg(QFileInfo(filename).fileName());

@@ -100,22 +100,17 @@ private Q_SLOTS:
         QCOMPARE(refused(), 0);
     }
 
-    void aRunBegunWhileItIsAskedIsNotReplaced()
+    void aRunThatGoesOnIsNotReplaced()
     {
         {
             ClassBench bench(2);
             run(bench);
         }
         ClassBench bench(1);
-        bench.sample(0, 0, 1); // something to ask about
-        bench.tellEnd(0);
         auto* const restore = button(bench, "restoreRun");
         QVERIFY(restore);
-        bench.prompt.answer = UserPrompt::Answer::No;
-        bench.prompt.meanwhile = [&bench] {
-            bench.sample(0, 0, 2);
-            bench.sample(0, 1, 3);
-        };
+        bench.sample(0, 0, 2);
+        bench.sample(0, 1, 3);
         restore->click();
         QCOMPARE(bench.data(0)->getXSize(), 2);
         QVERIFY(restore->isVisible());
@@ -132,7 +127,7 @@ private Q_SLOTS:
         row("saved", QByteArray("saveAct"), true, 0, 0);
         row("saved while it goes on", QByteArray("saveAct"), false, 1, 0);
         row("another run takes its place", QByteArray("runAct"), true, 1, 0);
-        row("a download takes its place and is saved", QByteArray("download"), true, 0, 1);
+        row("a download takes its place and is saved", QByteArray("download"), true, 0, 0);
     }
 
     void aJournalGoesWithWhatBecomesOfItsRun()
@@ -151,23 +146,6 @@ private Q_SLOTS:
         bench.window.reset(); // the writer's last word
         QTEST(journals(), "journals");
         QTEST(refused(), "refused");
-    }
-
-    void aRunThatAnotherTookThePlaceOfIsOffered()
-    {
-        ClassBench bench(1);
-        for (const short samples : {8, 2}) { // begun with the logger's own key
-            for (short number = 0; number < samples; ++number)
-                bench.sample(0, number, 5);
-            bench.tellEnd(0);
-            QCOMPARE(bench.data(0)->getXSize(), int(samples));
-        }
-        const auto find = [&] { return bench.window->findChild<QPushButton*>(QStringLiteral("restoreRun")); };
-        QTRY_VERIFY(find() && find()->isVisible());
-        bench.prompt.answer = UserPrompt::Answer::No;
-        find()->click();
-        QCOMPARE(bench.data(0)->getXSize(), 8);
-        QVERIFY(!find()->isVisible());
     }
 
     void aFullDiskNeverEndsTheRun()

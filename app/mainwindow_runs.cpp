@@ -1,0 +1,133 @@
+// Runs that others took the place of.
+
+#include "app/mainwindow.h"
+
+#include "app/keptruns.h"
+#include "app/runspanel.h"
+#include "app/undosteps.h"
+#include "classroom/classrun.h"
+#include "classroom/multiconnectionsmanager.h"
+#include "data/expdata.h"
+#include "instruments/statusline.h"
+
+#include <QAction>
+#include <QFileInfo>
+#include <QSplitter>
+
+#include <algorithm>
+
+void MainWindow::createRuns()
+{
+    keptRuns = new KeptRuns(recorder, this);
+    connect(keptRuns, &KeptRuns::told, statusLine, &StatusLine::setAdvice);
+    connect(keptRuns, &KeptRuns::done, steps, &UndoSteps::note);
+    const ClassRun* const run = &mTembrin->run();
+    connect(run, &ClassRun::begun, this, &MainWindow::keepPresent);
+    connect(run, &ClassRun::groupReplaced, this, &MainWindow::keepGroup);
+}
+
+/// Of an opened file, its name; else the list numbers them.
+QString MainWindow::keptName() const
+{
+    return QFileInfo(screenFile.title()).completeBaseName();
+}
+
+/// All samples on the screen are in a file, or can be played again.
+bool MainWindow::isScreenSaved() const
+{
+    const SensorPtr& first = mTembrin->dataAt(0)->get1stSensor();
+    const bool isPlayed = first && first->ID >= SENSOR_SIM_DISTANCE && first->ID <= SENSOR_SIM_ANGLE;
+    return isPlayed ||
+           !((mTembrin->dataC()->isNeedSave() && mTembrin->dataC()->getXSize() > 0) || unsavedLoggers() != 0);
+}
+
+/// Something else is about to take the place of what is on the graphs.
+void MainWindow::keepPresent()
+{
+    keptRuns->keep(takeRun(), isScreenSaved(), keptName());
+}
+
+void MainWindow::keepGroup(int index)
+{
+    LessonRun run = takeRun();
+    const auto isOther = [index](const Lesson::Part& part) { return part.slot != index; };
+    run.parts.erase(std::remove_if(run.parts.begin(), run.parts.end(), isOther), run.parts.end());
+    run.isClassOfFile = false;
+    keptRuns->keepPart(run, !mTembrin->dataAt(index)->isNeedSave());
+}
+
+/// What is fetched takes the place of one group after the other; the run before goes into the list once.
+void MainWindow::keepBefore(int index)
+{
+    LessonRun group;
+    group.parts.append(takePart(index));
+    if (isOnlyStaticClassMode || keptRuns->shown() != 0 || !keptRuns->holds(group))
+        keepPresent();
+}
+
+/// While a logger runs its samples would come into the run that is shown, so that has to wait.
+void MainWindow::showKept(int id)
+{
+    const KeptRun* const found = keptRuns->find(id);
+    if (!found || id == keptRuns->shown() || isSaving ||
+        isBusy(tr("A kept run can be shown when no logger is busy.")))
+        return;
+    const KeptRun kept = *found;
+    keepPresent();
+    showRun(kept.run);
+    keptRuns->noteShown(id);
+    for (int i = -1; !kept.isSaved && i < mTembrin->nDefTembrins(); ++i) {
+        ExpData* const set = i < 0 ? mTembrin->dataC() : mTembrin->dataAt(i);
+        set->setNeedSave(set->getXSize() > 0);
+    }
+    statusLine->setAdvice(tr("%1 is on the graphs.").arg(kept.run.name));
+}
+
+void MainWindow::toggleRuns()
+{
+    if (!runsPanel) {
+        runsPanel = new RunsPanel(keptRuns);
+        connect(runsPanel, &RunsPanel::showWanted, this, &MainWindow::showKept);
+        connect(runsPanel, &RunsPanel::closeWanted, runsAct, &QAction::trigger);
+        mainW->addWidget(runsPanel);
+        mainW->setCollapsible(mainW->indexOf(runsPanel), false);
+        mainW->setStretchFactor(mainW->indexOf(graphW), 1);
+        runsPanel->hide();
+    }
+    runsPanel->setVisible(runsPanel->isHidden());
+    runsAct->setChecked(!runsPanel->isHidden());
+}
+
+/// Kept runs that are in no file. A lesson takes all of them.
+bool MainWindow::settleKept(bool* isAsked)
+{
+    while (const int count = keptRuns->unsaved()) {
+        *isAsked = true;
+        const QString question =
+            count == 1
+                ? tr("A kept run is in no file yet. A lesson holds the kept runs too. Do you want to save "
+                     "it before leaving?")
+                : tr("%1 kept runs are in no file yet. A lesson holds the kept runs too. Do you want to "
+                     "save it before leaving?")
+                      .arg(count);
+        const UserPrompt::Answer answer = offerToSave(question);
+        if (answer != UserPrompt::Answer::Yes)
+            return answer == UserPrompt::Answer::No;
+    }
+    return true;
+}
+
+/// What is in no file goes only where a person wants it. Nobody is asked in the middle of a run.
+void MainWindow::settleMemory()
+{
+    while (const int id = mTembrin->isAnyRunning() ? 0 : keptRuns->tooMuch()) {
+        const QString text =
+            tr("The kept runs take more than %1 MB. %2 is the oldest. Shall it be deleted? It is in no file.")
+                .arg(keptRuns->limit() >> 20)
+                .arg(keptRuns->find(id)->run.name);
+        if (prompt->confirm(this, tr("Too many runs"), text))
+            keptRuns->drop(id);
+        else
+            keptRuns->stopAsking();
+    }
+}

@@ -1,0 +1,306 @@
+#include "app/runspanel.h"
+
+#include "app/keptruns.h"
+#include "app/runrecovery.h"
+
+#include <QAbstractListModel>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QListView>
+#include <QMenu>
+#include <QPixmap>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int shownGroups = 3; // by name
+constexpr int pictureLines = 4;
+
+QString groupsText(const QStringList& groups)
+{
+    const QString first = groups.mid(0, shownGroups).join(QStringLiteral(", "));
+    const int others = groups.size() - shownGroups;
+    return others > 0 ? RunsPanel::tr("%1 and %2 more").arg(first).arg(others) : first;
+}
+
+QString stateText(const KeptRun& run, bool isShown)
+{
+    QStringList states;
+    if (isShown)
+        states.append(RunsPanel::tr("on the graphs"));
+    if (run.run.isPinned)
+        states.append(RunsPanel::tr("pinned"));
+    if (!run.isSaved && !isShown)
+        states.append(RunsPanel::tr("not saved"));
+    return states.join(QStringLiteral(", "));
+}
+
+QString timeText(const KeptRun& run)
+{
+    QStringList parts;
+    if (run.run.begun.isValid())
+        parts.append(run.run.begun.toString(QStringLiteral("hh:mm")));
+    if (run.duration() > 0)
+        parts.append(RunRecovery::durationText(qRound(run.duration())));
+    return parts.join(QStringLiteral(", "));
+}
+
+/// The newest first.
+class RunsModel : public QAbstractListModel
+{
+public:
+    RunsModel(KeptRuns* runs, const QSize& picture, QObject* parent)
+        : QAbstractListModel(parent)
+        , runs(runs)
+        , picture(picture)
+    {
+        known = ids();
+        connect(runs, &KeptRuns::changed, this, &RunsModel::follow);
+    }
+
+    int rowCount(const QModelIndex& parent = {}) const override
+    {
+        return parent.isValid() ? 0 : known.size();
+    }
+    int idAt(int row) const { return known.value(row); }
+
+    Qt::ItemFlags flags(const QModelIndex& index) const override
+    {
+        return QAbstractListModel::flags(index) | Qt::ItemIsEditable;
+    }
+
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        const KeptRun* const run = runs->find(idAt(index.row()));
+        if (!run)
+            return {};
+        const bool isShown = runs->shown() == run->id;
+        switch (role) {
+        case Qt::DisplayRole:
+        case Qt::ToolTipRole:
+        case Qt::AccessibleTextRole: {
+            QStringList lines{run->run.name, timeText(*run), groupsText(run->groups()),
+                              stateText(*run, isShown)};
+            lines.removeAll(QString());
+            return lines.join('\n');
+        }
+        case Qt::EditRole:
+            return run->run.name;
+        case Qt::DecorationRole:
+            return QPixmap::fromImage(runs->picture(run->id, picture));
+        case Qt::FontRole: {
+            QFont font;
+            font.setBold(isShown);
+            return font;
+        }
+        default:
+            return {};
+        }
+    }
+
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override
+    {
+        if (role == Qt::EditRole)
+            runs->rename(idAt(index.row()), value.toString());
+        return role == Qt::EditRole;
+    }
+
+private:
+    QVector<int> ids() const
+    {
+        QVector<int> newestFirst = runs->ids();
+        std::reverse(newestFirst.begin(), newestFirst.end());
+        return newestFirst;
+    }
+
+    /// What is chosen stays chosen while others come and go.
+    void follow()
+    {
+        const QVector<int> now = ids();
+        for (int row = known.size() - 1; row >= 0; --row) {
+            if (now.contains(known.at(row)))
+                continue;
+            beginRemoveRows({}, row, row);
+            known.removeAt(row);
+            endRemoveRows();
+        }
+        for (int row = 0; row < now.size(); ++row) {
+            if (known.contains(now.at(row)))
+                continue;
+            beginInsertRows({}, row, row);
+            known.insert(row, now.at(row));
+            endInsertRows();
+        }
+        if (!known.isEmpty())
+            Q_EMIT dataChanged(index(0), index(known.size() - 1));
+    }
+
+    KeptRuns* const runs;
+    const QSize picture;
+    QVector<int> known;
+};
+
+} // namespace
+
+RunsPanel::RunsPanel(KeptRuns* runs, QWidget* parent)
+    : QFrame(parent)
+    , runs(runs)
+{
+    setObjectName(QStringLiteral("runsPanel"));
+    setAccessibleName(tr("Runs"));
+    setFrameShape(QFrame::StyledPanel);
+    createList();
+    empty = new QLabel(tr("A run that another one takes the place of is kept here."));
+    empty->setObjectName(QStringLiteral("runsEmpty"));
+    empty->setWordWrap(true);
+    empty->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(4, 4, 4, 4);
+    layout->addWidget(createTitle());
+    layout->addWidget(list, 1);
+    layout->addWidget(empty, 1);
+    layout->addWidget(createButtons());
+    connect(runs, &KeptRuns::changed, this, &RunsPanel::showState);
+    showState();
+}
+
+QWidget* RunsPanel::createTitle()
+{
+    auto* const row = new QWidget;
+    auto* const layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* const title = new QLabel(tr("Runs"));
+    title->setObjectName(QStringLiteral("runsTitle"));
+    title->setBuddy(list);
+    auto* const close = new QToolButton;
+    close->setObjectName(QStringLiteral("closeRuns"));
+    close->setAutoRaise(true);
+    close->setText(QStringLiteral("\u00d7"));
+    close->setAccessibleName(tr("Hide the list of runs"));
+    close->setToolTip(close->accessibleName());
+    connect(close, &QToolButton::clicked, this, &RunsPanel::closeWanted);
+    layout->addWidget(title, 1);
+    layout->addWidget(close);
+    return row;
+}
+
+void RunsPanel::createList()
+{
+    list = new QListView;
+    list->setObjectName(QStringLiteral("runsList"));
+    list->setAccessibleName(tr("Kept runs"));
+    const int height = pictureLines * list->fontMetrics().height();
+    const QSize picture(height * 4 / 3, height);
+    list->setIconSize(picture);
+    list->setModel(new RunsModel(runs, picture, list));
+    list->setWordWrap(true);
+    list->setTextElideMode(Qt::ElideRight);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list->setVerticalScrollMode(QListView::ScrollPerPixel);
+    list->setResizeMode(QListView::Adjust);
+    list->setEditTriggers(QListView::EditKeyPressed);
+    list->setContextMenuPolicy(Qt::CustomContextMenu);
+    list->setMinimumWidth(picture.width() + 9 * list->fontMetrics().averageCharWidth());
+    list->installEventFilter(this);
+    const auto show = [this](const QModelIndex& index) {
+        Q_EMIT showWanted(static_cast<const RunsModel*>(list->model())->idAt(index.row()));
+    };
+    connect(list, &QListView::clicked, this, show);
+    connect(list, &QListView::customContextMenuRequested, this, &RunsPanel::openMenu);
+    connect(list->selectionModel(), &QItemSelectionModel::currentChanged, this, &RunsPanel::showState);
+}
+
+QToolButton* RunsPanel::addButton(QWidget* row, const QString& text, const char* name)
+{
+    auto* const button = new QToolButton;
+    button->setObjectName(QLatin1String(name));
+    button->setText(text);
+    row->layout()->addWidget(button);
+    return button;
+}
+
+QWidget* RunsPanel::createButtons()
+{
+    auto* const row = new QWidget;
+    auto* const layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    pinButton = addButton(row, tr("Pin"), "pinRun");
+    pinButton->setCheckable(true);
+    pinButton->setToolTip(tr("Show it as pale curves behind the present ones"));
+    renameButton = addButton(row, tr("Rename"), "renameRun");
+    deleteButton = addButton(row, tr("Delete"), "deleteRun");
+    layout->addStretch(1);
+    connect(pinButton, &QToolButton::clicked, this, &RunsPanel::pin);
+    connect(renameButton, &QToolButton::clicked, this, &RunsPanel::rename);
+    connect(deleteButton, &QToolButton::clicked, this, &RunsPanel::remove);
+    return row;
+}
+
+int RunsPanel::current() const
+{
+    const QModelIndex index = list->currentIndex();
+    return index.isValid() ? static_cast<const RunsModel*>(list->model())->idAt(index.row()) : 0;
+}
+
+void RunsPanel::showState()
+{
+    const KeptRun* const run = runs->find(current());
+    list->setVisible(!runs->all().isEmpty());
+    empty->setVisible(runs->all().isEmpty());
+    for (QToolButton* button : {pinButton, renameButton, deleteButton}) {
+        if (button)
+            button->setEnabled(run);
+    }
+    if (pinButton)
+        pinButton->setChecked(run && run->run.isPinned);
+}
+
+/// Enter and Space show the chosen one, Delete takes it out of the list.
+bool RunsPanel::eventFilter(QObject* object, QEvent* event)
+{
+    if (object == list && event->type() == QEvent::KeyPress && current() != 0) {
+        const int key = static_cast<const QKeyEvent*>(event)->key();
+        const bool isShow = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
+        if (isShow)
+            Q_EMIT showWanted(current());
+        else if (key == Qt::Key_Delete)
+            remove();
+        if (isShow || key == Qt::Key_Delete)
+            return true;
+    }
+    return QFrame::eventFilter(object, event);
+}
+
+void RunsPanel::openMenu(const QPoint& pos)
+{
+    const KeptRun* const run = runs->find(current());
+    if (!run || !list->indexAt(pos).isValid())
+        return;
+    auto* const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const bool isPinned = run->run.isPinned;
+    menu->addAction(tr("Show on the graphs"), this, [this] { Q_EMIT showWanted(current()); });
+    menu->addAction(isPinned ? tr("Unpin") : tr("Pin"), this, [this, isPinned] { pin(!isPinned); });
+    menu->addAction(tr("Rename"), this, &RunsPanel::rename);
+    menu->addAction(tr("Delete"), this, &RunsPanel::remove);
+    menu->popup(list->viewport()->mapToGlobal(pos));
+}
+
+void RunsPanel::rename()
+{
+    if (list->currentIndex().isValid())
+        list->edit(list->currentIndex());
+}
+
+void RunsPanel::remove()
+{
+    runs->remove(current());
+}
+
+void RunsPanel::pin(bool tf)
+{
+    runs->pin(current(), tf);
+    showState(); // where it was refused
+}

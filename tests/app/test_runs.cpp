@@ -1,0 +1,293 @@
+#include <QDir>
+#include <QLabel>
+#include <QListView>
+#include <QMenu>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QToolButton>
+
+#include "app/keptruns.h"
+#include "app/runrecovery.h"
+#include "app/undosteps.h"
+#include "instruments/statusline.h"
+#include "persistence/journalfolder.h"
+#include "tests/app/classbench.h"
+
+/// Runs that others took the place of: kept, shown again, named, deleted, in files and in memory.
+class TestRuns : public GuardedTest
+{
+    Q_OBJECT
+
+private:
+    /// Texts, so that a gap equals a gap.
+    QStringList all() const
+    {
+        QStringList texts;
+        for (int i = -1; i < 2; ++i) {
+            for (const QVector<double>& column :
+                 QVector<QVector<double>>{bench->data(i)->getX()} + bench->data(i)->getData()) {
+                texts << QStringLiteral("column %1").arg(i);
+                for (const double value : column)
+                    texts << QString::number(value, 'g', 17);
+            }
+        }
+        return texts;
+    }
+    static int journals()
+    {
+        return QDir(JournalFolder::path()).entryList({QStringLiteral("*.journal")}).size();
+    }
+    /// A run of two groups, the second of which lacks a sample.
+    void run(double value)
+    {
+        for (int i = 0; i < 2; ++i) {
+            if (!bench->logger(i)->isLoggerRecognized())
+                bench->meet(i);
+        }
+        for (short n = 0; n < 8; ++n) { // with the loggers' own keys
+
+            bench->sample(0, n, value + n / 3.0);
+            if (n != 4)
+                bench->sample(1, n, value - n / 7.0);
+        }
+        for (int i = 0; i < 2; ++i)
+            bench->tellEnd(i);
+        QVERIFY(!bench->manager->isAnyRunning());
+    }
+    /// Of 40,000 rows, 2.6 MB with the class.
+    void largeRun()
+    {
+        run(1);
+        for (int i = 0; i < 2; ++i) {
+            ExpData* const set = bench->data(i);
+            const SensorList channels = set->getSensors();
+            set->takeExperiment(channels, 1, {QVector<double>(40000, i), QVector<double>(40000, 2)});
+        }
+    }
+    KeptRuns& runs() const { return *bench->window->findChild<KeptRuns*>(); }
+    QListView* list() const
+    {
+        if (!bench->window->findChild<QListView*>(QStringLiteral("runsList")))
+            bench->action("runsAct")->trigger();
+        return bench->window->findChild<QListView*>(QStringLiteral("runsList"));
+    }
+    void choose(int row) const { list()->setCurrentIndex(list()->model()->index(row, 0)); }
+    void show(int row) const { Q_EMIT list()->clicked(list()->model()->index(row, 0)); }
+    QString text(int row, int role = Qt::DisplayRole) const
+    {
+        return list()->model()->index(row, 0).data(role).toString();
+    }
+    QStringList names() const
+    {
+        QStringList all;
+        for (const KeptRun& run : runs().all())
+            all << run.run.name + (run.run.isPinned ? QStringLiteral("*") : QString());
+        return all;
+    }
+    void press(const char* name) const
+    {
+        bench->window->findChild<QToolButton*>(QLatin1String(name))->click();
+    }
+    QString path(const char* name) const { return folder->filePath(QLatin1String(name)); }
+    void save(const char* name)
+    {
+        bench->prompt.file = path(name);
+        bench->action("saveAct")->trigger();
+    }
+    void open(const char* name)
+    {
+        bench->prompt.file = path(name);
+        bench->action("openAct")->trigger();
+    }
+
+    void begin() override
+    {
+        folder.reset(new QTemporaryDir);
+        bench.reset(new ClassBench(2));
+    }
+    void finish() override { bench.reset(); }
+
+private Q_SLOTS:
+    void whatGivesWayComesBackToTheLastDigit_data()
+    {
+        columns<QByteArray>({"then"});
+        for (const char* then : {"run", "run of one", "file", "table", "lesson"})
+            row(then, QByteArray(then));
+    }
+
+    void whatGivesWayComesBackToTheLastDigit()
+    {
+        QFETCH(QByteArray, then);
+        run(40);
+        save("before.lesson");
+        save("before.xml");
+        run(20);
+        QFile table(path("before.csv"));
+        QVERIFY(table.open(QIODevice::WriteOnly) && table.write("Time [s],UV [UVI]\n0,7\n1,8\n") > 0);
+        table.close();
+        const int before = runs().all().size();
+        bench->manager->plotAt(0)->setData();
+        bench->manager->plotAt(0)->newMarker(1, -1, 3, 21);
+        const QStringList measured = all();
+        bench->prompt.asked.clear();
+        if (then == "run") {
+            run(30);
+        } else if (then == "run of one") {
+            bench->sample(1, 0, 5);
+            bench->tellEnd(1);
+        } else {
+            const QByteArray ending = then == "lesson" ? "lesson" : then == "table" ? "csv" : "xml";
+            open("before." + ending);
+        }
+        QVERIFY(all() != measured);
+        QVERIFY(bench->prompt.asked.size() <= 1); // for the name of the file to open
+        QCOMPARE(runs().all().size(), before + 1);
+        const KeptRun& kept = runs().all().constLast();
+        QCOMPARE(kept.groups(), QStringList({"Group A", "Group B"}));
+        QVERIFY(!kept.isSaved && kept.duration() > 6);
+        const QStringList other = all();
+        show(0);
+        QCOMPARE(all(), measured);
+        QCOMPARE(bench->manager->plotAt(0)->markers.size(), 2);
+        const bool isListed = then == "lesson"; // as it was before it went into the file
+        QCOMPARE(runs().all().size(), before + 2 - isListed);
+        QVERIFY(text(!isListed).contains(QLatin1String("on the graphs")));
+        show(isListed); // and the other one again
+        QCOMPARE(all(), other);
+        QCOMPARE(runs().all().size(), before + 2 - isListed);
+    }
+
+    void aRunThatGoesOnIsNotReplaced()
+    {
+        run(20);
+        run(30);
+        bench->sample(0, 0, 1);
+        show(0);
+        QCOMPARE(bench->data(0)->getXSize(), 1);
+        QVERIFY(bench->window->findChild<StatusLine*>()->outcome().contains("when no logger is busy"));
+        bench->sample(0, 1, 2);
+        for (int i = 0; i < 2; ++i)
+            bench->tellEnd(i);
+        show(1);
+        bench->sample(0, 0, 3); // with its own key, over the one that is shown
+        QCOMPARE(names(), QStringList({"Run 1", "Run 2", "Run 3"}));
+        QCOMPARE(runs().shown(), 0);
+        QCOMPARE(runs().all().constLast().run.parts[1].experiment.times.size(), 2);
+        bench->tellEnd(0);
+        bench->action("runAct")->trigger();
+        QCOMPARE(names().constLast(), QStringLiteral("Run 4"));
+    }
+
+    void whatIsDoneToTheListIsTakenBack()
+    {
+        for (int i = 0; i < 5; ++i)
+            run(10 * i);
+        choose(3); // the oldest
+        QVERIFY(list()->model()->setData(list()->currentIndex(), "  Hot\nwater ", Qt::EditRole));
+        for (int row = 0; row < 4; ++row) {
+            choose(row);
+            press("pinRun");
+        }
+        const QStringList all{"Hot water", "Run 2*", "Run 3*", "Run 4*"}; // three at most
+        QCOMPARE(names(), all);
+        choose(2);
+        press("deleteRun");
+        QCOMPARE(names(), QStringList({"Hot water", "Run 3*", "Run 4*"}));
+        QAction* const undo = bench->action("undoAct");
+        QCOMPARE(undo->text(), QStringLiteral("Undo Delete Run 2"));
+        undo->trigger();
+        QCOMPARE(names(), all);
+        for (int i = 0; i < 4; ++i)
+            undo->trigger();
+        QCOMPARE(names(), QStringList({"Run 1", "Run 2", "Run 3", "Run 4"}));
+        bench->action("redoAct")->trigger();
+        QCOMPARE(names().constFirst(), QStringLiteral("Hot water"));
+        QVERIFY(!undo->text().contains("Delete"));
+    }
+
+    void aLessonHoldsThem()
+    {
+        run(20);
+        const QStringList first = all();
+        run(30);
+        choose(0);
+        press("pinRun");
+        list()->model()->setData(list()->currentIndex(), "Cold", Qt::EditRole);
+        run(40);
+        QTRY_COMPARE(journals(), 3);
+        save("a.lesson");
+        QTRY_COMPARE(journals(), 0);
+        QVERIFY(runs().unsaved() == 0 && !text(0).contains("not saved"));
+        open("a.lesson"); // the same runs, and the one on the graphs
+        QCOMPARE(names(), QStringList({"Cold*", "Run 2", "a"}));
+        bench.reset(new ClassBench(1));
+        open("a.lesson");
+        QVERIFY(bench->data(0)->getYNoConvAt(0, 0) > 39);
+        QCOMPARE(names(), QStringList({"Cold*", "Run 2"}));
+        QVERIFY(text(1).contains("Group A, Group B"));
+        show(1);
+        QStringList again = all();
+        QCOMPARE(again.size(), first.size());
+        for (int i = 0; i < first.size(); ++i)
+            QVERIFY(again[i] == first[i] || std::abs(again[i].toDouble() - first[i].toDouble()) < 1e-9);
+        save("b.lesson");
+        Lesson lesson;
+        QString reason;
+        QVERIFY(LessonFile::read(path("b.lesson"), &lesson, &reason) && reason.isEmpty());
+        QCOMPARE(lesson.kept.size(), 2); // the third went into the list when the first was shown
+        QVERIFY(lesson.begun.isValid() && lesson.kept.constLast().begun.isValid());
+    }
+
+    void aCrashLosesNone()
+    {
+        for (const double value : {20, 30, 40})
+            run(value);
+        show(0); // and its journal is the present one again
+        choose(1);
+        press("deleteRun");
+        QTRY_COMPARE(journals(), 3);
+        bench.reset(new ClassBench(2));
+        const auto button = [this] {
+            return bench->window->findChild<QPushButton*>(QStringLiteral("restoreRun"));
+        };
+        bench->window->findChild<RunRecovery*>()->look();
+        QTRY_VERIFY(button() && button()->isVisible());
+        for (int i = 0; i < 3; ++i)
+            button()->click();
+        QVERIFY(!button()->isVisible() && bench->prompt.asked.isEmpty());
+        QCOMPARE(runs().all().size(), 2); // and the last one on the graphs
+        QCOMPARE(journals(), 3);
+        bench->prompt.answers = {UserPrompt::Answer::No, UserPrompt::Answer::Cancel};
+        bench->window->close();
+        QVERIFY(bench->prompt.asked.constLast().contains("2 kept runs are in no file yet"));
+    }
+
+    void onlyWhatIsInAFileGoesUnasked()
+    {
+        Settings::mainStore().setValue(Settings::runsMemory, 3);
+        largeRun();
+        save("a.lesson");
+        bench->prompt.asked.clear();
+        for (int i = 0; i < 2; ++i)
+            largeRun();
+        QCOMPARE(names(), QStringList({"Run 1"})); // the one in the file went
+        QVERIFY(bench->prompt.asked.isEmpty());
+        bench->sample(0, 0, 1);
+        QVERIFY(bench->prompt.asked.isEmpty()); // not in the middle of a run
+        bench->tellEnd(0);
+        QVERIFY(bench->prompt.asked.join(' ').contains("Too many runs|"));
+        QCOMPARE(names(), QStringList({"Run 1", "Run 2"}));
+        bench->prompt.asked.clear();
+        bench->prompt.confirmed = true;
+        bench->sample(0, 0, 1);
+        bench->tellEnd(0);
+        QCOMPARE(names().constFirst(), QStringLiteral("Run 2"));
+    }
+
+private:
+    QScopedPointer<QTemporaryDir> folder;
+    QScopedPointer<ClassBench> bench;
+};
+
+QTEST_MAIN(TestRuns)
+#include "test_runs.moc"
