@@ -82,6 +82,20 @@ double KeptRun::duration() const
     return last;
 }
 
+const Lesson::Part* KeptRun::partOf(int index, const QString& group) const
+{
+    const Lesson::Part* inPlace = nullptr;
+    for (const Lesson::Part& part : run.parts) {
+        if (!hasSamples(part) || part.isClass != (index < 0))
+            continue;
+        if (part.isClass || part.group == group)
+            return &part;
+        if (part.slot == index && (part.group.isEmpty() || group.isEmpty()))
+            inPlace = &part;
+    }
+    return inPlace;
+}
+
 QStringList KeptRun::groups() const
 {
     QStringList names;

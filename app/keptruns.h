@@ -23,6 +23,9 @@ struct KeptRun
     QString journal;      ///< that has it for the case of a crash; empty for none
     /// From the first sample of all groups to the last, s; 0 for samples taken by hand.
     double duration() const;
+    /// Of the class (-1), or of the group of that name, else of the one in its place; null where it has no
+    /// samples.
+    const Lesson::Part* partOf(int index, const QString& group) const;
     /// Of those that measured something in it, in their order.
     QStringList groups() const;
 };

@@ -261,6 +261,9 @@ private:
     QString keptName() const;
     bool settleKept(bool* isAsked);
     void settleMemory();
+    /// The pinned runs of the groups go behind their graphs; -1 for the class.
+    void showPins();
+    void showPins(int index);
 
     KeptRuns* keptRuns = nullptr;
     RunsPanel* runsPanel = nullptr; ///< null until it is first shown

@@ -291,6 +291,7 @@ void MainWindow::showRun(const LessonRun& run)
         handleOnlyStaticClassMode(true);
     for (int i = -1; i < mTembrin->nDefTembrins(); ++i)
         (i < 0 ? mTembrin->dataC() : mTembrin->dataAt(i))->setNeedSave(false);
+    showPins();
 }
 
 /// A slot that the lesson has nothing of is empty.

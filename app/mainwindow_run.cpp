@@ -151,6 +151,7 @@ void MainWindow::showNewExperiment(int index)
     mTembrin->plotAt(index)->setMarkers();
     updateAll(index);
     setSelected(index, qMax(0, set->getSelectedSensor()));
+    showPins(index); // another group may have its place
 }
 
 void MainWindow::showPlanned(int index)

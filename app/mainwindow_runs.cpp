@@ -8,6 +8,8 @@
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
+#include "graph/pinnedcurves.h"
+#include "graph/plot.h"
 #include "instruments/statusline.h"
 
 #include <QAction>
@@ -21,6 +23,7 @@ void MainWindow::createRuns()
     keptRuns = new KeptRuns(recorder, this);
     connect(keptRuns, &KeptRuns::told, statusLine, &StatusLine::setAdvice);
     connect(keptRuns, &KeptRuns::done, steps, &UndoSteps::note);
+    connect(keptRuns, &KeptRuns::pinsChanged, this, qOverload<>(&MainWindow::showPins));
     const ClassRun* const run = &mTembrin->run();
     connect(run, &ClassRun::begun, this, &MainWindow::keepPresent);
     connect(run, &ClassRun::groupReplaced, this, &MainWindow::keepGroup);
@@ -96,6 +99,23 @@ void MainWindow::toggleRuns()
     }
     runsPanel->setVisible(runsPanel->isHidden());
     runsAct->setChecked(!runsPanel->isHidden());
+}
+
+void MainWindow::showPins()
+{
+    for (int i = -1; i < mTembrin->nDefTembrins(); ++i)
+        showPins(i);
+}
+
+void MainWindow::showPins(int index)
+{
+    QVector<PinnedRun> pinned;
+    for (const KeptRun* run : keptRuns->pinned()) {
+        if (const Lesson::Part* part = run->partOf(index, index < 0 ? QString() : titleName(index)))
+            pinned.append({run->run.name, part->experiment});
+    }
+    for (Plot* plot : mTembrin->viewsOf(index))
+        plot->setPinned(pinned);
 }
 
 /// Kept runs that are in no file. A lesson takes all of them.

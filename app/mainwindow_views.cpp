@@ -113,8 +113,11 @@ Plot* MainWindow::createCell(int view, int index)
     if (mTembrin->isActive(index))
         plot->setActivePlot(index);
     connect(plot, &Plot::changedActivePlot, this, &MainWindow::activePlotChanged);
-    if (!isBar)
+    if (!isBar) {
+        QMetaObject::invokeMethod(
+            this, [this, index] { showPins(index); }, Qt::QueuedConnection);
         return plot;
+    }
     connect(plot, &Plot::titleChanged, this, [this](const QString& text) { graph->otherTitleChanged(text); });
     // A logger has one curve on the graph of the class.
     connect(plot, &Plot::colorChanged, this,

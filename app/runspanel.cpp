@@ -15,14 +15,13 @@
 
 namespace {
 
-constexpr int shownGroups = 3; // by name
+constexpr int shownGroups = 2; // by name
 constexpr int pictureLines = 4;
 
 QString groupsText(const QStringList& groups)
 {
-    const QString first = groups.mid(0, shownGroups).join(QStringLiteral(", "));
-    const int others = groups.size() - shownGroups;
-    return others > 0 ? RunsPanel::tr("%1 and %2 more").arg(first).arg(others) : first;
+    return groups.size() > shownGroups ? RunsPanel::tr("%1 groups").arg(groups.size())
+                                       : groups.join(QStringLiteral(", "));
 }
 
 QString stateText(const KeptRun& run, bool isShown)

@@ -21,6 +21,7 @@
 #include "graph/markereditor.h"
 #include "graph/markerlayer.h"
 #include "graph/markermouse.h"
+#include "graph/pinnedcurves.h"
 #include "graph/scalemanager.h"
 #include "graph/slopetool.h"
 #include "graph/spectrumkind.h"
@@ -292,6 +293,18 @@ void Plot::keepCurveModesInData() const
 void Plot::forceDefaultSetScale()
 {
     Update();
+}
+
+void Plot::setPinned(const QVector<PinnedRun>& runs)
+{
+    if (traits.markers != MarkerForm::Curve || (!pinned && runs.isEmpty()))
+        return;
+    if (!pinned) {
+        pinned = std::make_unique<PinnedCurves>(*parts);
+        pinned->attach(this);
+    }
+    pinned->setRuns(runs);
+    replot();
 }
 
 // Two sensors of one name resolve to the first.

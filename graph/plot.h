@@ -28,6 +28,7 @@ class GraphMouse;
 class MarkerEditor;
 class MarkerLayer;
 class MarkerMouse;
+class PinnedCurves;
 class QwtPlotGrid;
 class SlopeTool;
 class UserPrompt;
@@ -35,6 +36,7 @@ class myPlotCurve;
 class scaleManager;
 struct GraphParts;
 struct KindTraits;
+struct PinnedRun;
 
 /// What a person did to one graph alone, as a value.
 struct PlotState
@@ -80,7 +82,8 @@ private:
     const std::unique_ptr<GraphDialogs> dialogs;
     std::unique_ptr<GraphLegend> legendPart; ///< null for a graph that has none
     std::unique_ptr<GraphKind> kind;
-    BarKind* bars = nullptr; ///< the kind, of a bar graph
+    std::unique_ptr<PinnedCurves> pinned; ///< null until there are some
+    BarKind* bars = nullptr;              ///< the kind, of a bar graph
     std::unique_ptr<GraphMouse> mouse;
 
 public:
@@ -156,6 +159,9 @@ public:
     void keepCurveModesInData() const;
     /// Brings the scales up to data that were loaded: ranges fixed by hand hold, all others follow the data.
     void forceDefaultSetScale();
+
+    /// Runs behind the present curves; a graph of another kind has none.
+    void setPinned(const QVector<PinnedRun>& runs);
 
     // Bars; other kinds have none
 

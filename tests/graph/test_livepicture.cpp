@@ -8,6 +8,7 @@
 
 #include <qwt_plot_canvas.h>
 
+#include "graph/pinnedcurves.h"
 #include "tests/graph/plottest.h"
 
 namespace {
@@ -34,15 +35,16 @@ class TestLivePicture : public PlotTest
 private Q_SLOTS:
     void aFrameAddsToThePicture_data()
     {
-        columns<int, bool>({"mode", "isDerived"});
-        row("lines", int(CURVE_LINE), false);
-        row("symbols", int(CURVE_SYMBOL), false);
-        row("a smoothed curve beside", int(CURVE_LINE), true);
+        columns<int, bool, bool>({"mode", "isDerived", "isPinned"});
+        row("lines", int(CURVE_LINE), false, false);
+        row("symbols", int(CURVE_SYMBOL), false, false);
+        row("a smoothed curve beside", int(CURVE_LINE), true, false);
+        row("over a pinned run", int(CURVE_LINE), false, true);
     }
 
     void aFrameAddsToThePicture()
     {
-        const auto [mode, isDerived] = fetched<int, bool>({"mode", "isDerived"});
+        const auto [mode, isDerived, isPinned] = fetched<int, bool, bool>({"mode", "isDerived", "isPinned"});
         constexpr int before = 3000;
         load(data.data(), {SENSOR_PH, SENSOR_VOLTAGE}, {wave(0, before, 3), wave(0, before, 7)}, 0.01);
         data->finalData = false;
@@ -51,6 +53,11 @@ private Q_SLOTS:
         show({700, 420});
         plot->getCurve(0)->setMode(mode);
         plot->setData();
+        if (isPinned) {
+            ExpData other;
+            load(&other, {SENSOR_PH, SENSOR_VOLTAGE}, {wave(9, 9000, 3), wave(9, 9000, 7)}, 0.02);
+            plot->setPinned({{"Run 1", StoredExperiment::of(other, true)}});
+        }
         plot->Update();
         QCoreApplication::processEvents();
         int narrow = 0;
@@ -70,6 +77,45 @@ private Q_SLOTS:
             QCOMPARE(grown, screenshot());
         }
         QVERIFY2(narrow >= 30, qPrintable(QString::number(narrow))); // some moved the axis
+    }
+
+    void aPinnedRunStandsInTheUnitOnDisplay_data()
+    {
+        columns<bool>({"isCelsius"});
+        row("base unit", true);
+        row("another unit", false);
+    }
+
+    void aPinnedRunStandsInTheUnitOnDisplay()
+    {
+        QFETCH(bool, isCelsius);
+        Units units;
+        units.fahrenheit = !isCelsius;
+        data.reset(new ExpData(units));
+        QVector<double> rising;
+        for (int i = 0; i < 400; ++i)
+            rising.append(20 + i * 0.02);
+        load(data.data(), {SENSOR_EXT_TEMP}, {rising}, 0.1);
+        StoredExperiment run = StoredExperiment::of(*data, true);
+        for (double& value : run.channels[0].samples)
+            value -= 2.5;
+        run.times.removeLast(); // no sample stands beside one of the other
+        show({800, 500});
+        const QColor ground = plot->canvasBackground().color();
+        const QImage without = screenshot();
+        plot->setPinned({{"Run 1", run}});
+        QCoreApplication::processEvents();
+        const QImage with = screenshot();
+        for (const int i : {150, 250, 350}) {
+            const double shown = data->getYAt(0, i) - (isCelsius ? 2.5 : 4.5);
+            const QPoint at = plot->canvas()->mapTo(plot.data(), place(0, i * 0.1, shown));
+            QVERIFY(with.pixel(at) != without.pixel(at) && with.pixelColor(at) != ground);
+            const QPoint beside = at + QPoint(0, 12);
+            QCOMPARE(with.pixel(beside), without.pixel(beside));
+        }
+        plot->setPinned({});
+        QCoreApplication::processEvents();
+        QCOMPARE(screenshot(), without);
     }
 
 private:

@@ -1,0 +1,214 @@
+#include "graph/pinnedcurves.h"
+
+#include <QHash>
+#include <QPainter>
+#include <QPolygonF>
+
+#include <algorithm>
+#include <cmath>
+
+#include <qwt_plot.h>
+#include <qwt_scale_map.h>
+
+#include "data/expdata.h"
+#include "graph/curvepainter.h"
+#include "graph/graphcurves.h"
+#include "graph/graphdesign.h"
+#include "graph/graphparts.h"
+#include "graph/myplotcurve.h"
+#include "graph/scalemanager.h"
+
+namespace {
+
+constexpr double behindCurves = 15; // the grid has 10, curves 20
+constexpr double paleness[] = {0.5, 0.64, 0.76};
+constexpr double penWidth = 2;
+constexpr double longestGap = 4.5; // samples, as for the present curves
+
+/// Sensor, group, how it was derived and which of the channels of that kind; the same in two runs.
+QString keyOf(int sensorID, int derivedBy, const QString& group, QHash<QString, int>* counts)
+{
+    const QString kind = QStringLiteral("%1 %2 %3").arg(sensorID).arg(derivedBy).arg(group);
+    return QStringLiteral("%1 %2").arg((*counts)[kind]++).arg(kind);
+}
+
+QwtScaleMap scaled(QwtScaleMap map, double ratio, double origin)
+{
+    map.setPaintInterval((map.p1() - origin) * ratio, (map.p2() - origin) * ratio);
+    return map;
+}
+
+} // namespace
+
+PinnedCurves::PinnedCurves(const GraphParts& parts)
+    : parts(parts)
+    , columns(std::make_unique<CurvePainter>())
+{
+    setZ(behindCurves);
+}
+
+PinnedCurves::~PinnedCurves() = default;
+
+void PinnedCurves::setRuns(const QVector<PinnedRun>& pinned)
+{
+    runs = pinned;
+    pictureKey.clear();
+    picture = QPixmap();
+}
+
+QVector<PinnedCurves::Match> PinnedCurves::matches() const
+{
+    const bool isClass = parts.index < 0;
+    QHash<QString, int> counts;
+    QHash<QString, int> places;
+    for (int i = 0; i < parts.curves.size(); ++i) {
+        const SensorPtr& sensor = parts.data.getSens(i);
+        if (sensor)
+            places.insert(
+                keyOf(sensor->ID, sensor->specialType, isClass ? sensor->groupName : QString(), &counts), i);
+    }
+    QVector<Match> found;
+    for (int run = 0; run < runs.size(); ++run) {
+        counts.clear();
+        for (const StoredExperiment::Channel& channel : runs.at(run).experiment.channels) {
+            const QString key =
+                keyOf(channel.sensorID, channel.derivedBy, isClass ? channel.group : QString(), &counts);
+            const int curve = places.value(key, -1);
+            if (curve >= 0 && parts.curves.at(curve)->isVisible() && !channel.samples.isEmpty())
+                found.append({run, curve, &channel});
+        }
+    }
+    return found;
+}
+
+/// All that the picture depends on but the samples, which never change.
+QVector<double> PinnedCurves::key(const QwtScaleMap& xMap, const QRectF& canvasRect, double ratio) const
+{
+    QVector<double> key{xMap.s1(),
+                        xMap.s2(),
+                        xMap.p1(),
+                        xMap.p2(),
+                        canvasRect.width(),
+                        canvasRect.height(),
+                        ratio,
+                        double(parts.plot.canvasBackground().color().rgb())};
+    for (int i = 0; i < parts.curves.size(); ++i) {
+        const myPlotCurve* const curve = parts.curves.at(i);
+        const SensorPtr& sensor = parts.data.getSens(i);
+        key << parts.scaler.getScaleMin(i) << parts.scaler.getScaleMax(i) << double(curve->isVisible())
+            << double(curve->getColor().rgb()) << (sensor ? sensor->ID : -1);
+    }
+    return key;
+}
+
+QwtScaleMap PinnedCurves::scaleOf(int curve, const QwtScaleMap& yMap) const
+{
+    QwtScaleMap map = yMap;
+    parts.scaler.fixScaleY(&map, curve);
+    return map;
+}
+
+QColor PinnedCurves::colorOf(int run, const QColor& of, const QColor& ground)
+{
+    const double part = paleness[std::min<int>(run, int(std::size(paleness)) - 1)];
+    return GraphDesign::mixed(of, ground, part);
+}
+
+void PinnedCurves::draw(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                        const QRectF& canvasRect) const
+{
+    if (runs.isEmpty() || parts.data.isXYPlot())
+        return;
+    if (!GraphDesign::isOnScreen(painter) || !CurvePainter::canPaint(xMap, yMap)) {
+        stroke(painter, xMap, yMap, canvasRect);
+        return;
+    }
+    const double ratio = std::max(1.0, painter->device()->devicePixelRatioF());
+    const QVector<double> now = key(xMap, canvasRect, ratio);
+    if (now != pictureKey) {
+        picture = QPixmap((canvasRect.size() * ratio).toSize());
+        picture.fill(Qt::transparent);
+        QPainter onPicture(&picture);
+        render(&onPicture, xMap, yMap, canvasRect, ratio);
+        picture.setDevicePixelRatio(ratio);
+        pictureKey = now;
+    }
+    painter->drawPixmap(canvasRect.topLeft(), picture);
+}
+
+void PinnedCurves::render(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                          const QRectF& canvasRect, double ratio) const
+{
+    const QwtScaleMap xDevice = scaled(xMap, ratio, canvasRect.left());
+    const QRect canvas(QPoint(0, 0), picture.size());
+    const QColor ground = parts.plot.canvasBackground().color();
+    const int width =
+        std::max(1, int(std::lround(penWidth * GraphFonts::growth(parts.plot.height()) * ratio)));
+    for (const Match& match : matches()) {
+        const StoredExperiment& experiment = runs.at(match.run).experiment;
+        const QVector<double>& samples = match.channel->samples;
+        const double longest = experiment.rate > 0 ? longestGap * experiment.rate : HUGE_VAL;
+        columns->setTime(experiment.times, xDevice, canvas);
+        const CurvePainter::Curve curve{samples.constData(), match.channel->leftPad,
+                                        std::min(samples.size(), experiment.times.size()),
+                                        parts.data.getSens(match.curve)->altUnit(), longest};
+        const QwtScaleMap yDevice = scaled(scaleOf(match.curve, yMap), ratio, canvasRect.top());
+        columns->spans(curve, yDevice, {width, {}, width})
+            .paint(painter, colorOf(match.run, parts.curves.at(match.curve)->getColor(), ground));
+    }
+    columns->forget();
+    painter->scale(ratio, ratio);
+    drawNames(painter, QRectF(QPointF(0, 0), canvasRect.size()), ground);
+}
+
+/// Paper and files have every sample.
+void PinnedCurves::stroke(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
+                          const QRectF& canvasRect) const
+{
+    const QColor ground = GraphDesign::groundOf(painter, &parts.plot);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setClipRect(canvasRect, Qt::IntersectClip);
+    for (const Match& match : matches()) {
+        const QVector<double>& times = runs.at(match.run).experiment.times;
+        const QVector<double>& samples = match.channel->samples;
+        const Sensor::AltUnit unit = parts.data.getSens(match.curve)->altUnit();
+        const QwtScaleMap yOwn = scaleOf(match.curve, yMap);
+        painter->setPen(QPen(colorOf(match.run, parts.curves.at(match.curve)->getColor(), ground), penWidth));
+        QPolygonF line;
+        for (int i = match.channel->leftPad; i < std::min(times.size(), samples.size()); ++i) {
+            if (std::isfinite(samples.at(i))) {
+                line.append(
+                    {xMap.transform(times.at(i)), yOwn.transform(samples.at(i) * unit.factor + unit.offset)});
+                continue;
+            }
+            painter->drawPolyline(line);
+            line.clear();
+        }
+        painter->drawPolyline(line);
+    }
+    drawNames(painter, canvasRect, ground);
+    painter->restore();
+}
+
+/// A short mark in the corner; the legend is that of the present curves.
+void PinnedCurves::drawNames(QPainter* painter, const QRectF& canvasRect, const QColor& ground) const
+{
+    constexpr double dash = 14; // pixels
+    constexpr double gap = 4;
+    const QFont font = GraphFonts::inPixels(painter->font(), GraphFonts::textPixels(parts.plot.height()));
+    const QFontMetricsF metrics(font);
+    painter->setFont(font);
+    double top = canvasRect.top() + gap;
+    for (int run = 0; run < runs.size(); ++run) {
+        const QString name = metrics.elidedText(runs.at(run).name, Qt::ElideRight, canvasRect.width() / 3);
+        const double width = metrics.horizontalAdvance(name);
+        const QPointF at(canvasRect.right() - gap - width, top + metrics.ascent());
+        const double middle = top + metrics.height() / 2;
+        painter->setPen(QPen(colorOf(run, GraphDesign::inkOn(ground), ground), penWidth + 1));
+        painter->drawLine(QPointF(at.x() - gap - dash, middle), QPointF(at.x() - gap, middle));
+        painter->setPen(GraphDesign::faintOn(ground));
+        painter->drawText(at, name);
+        top += metrics.height();
+    }
+}
