@@ -68,6 +68,7 @@ void FitDialog::createChoice(QVBoxLayout* layout)
     }
     formula = new QLineEdit;
     formula->setObjectName(QStringLiteral("formula"));
+    formula->setMaxLength(FittedCurve::longestFormula);
     formula->setAccessibleName(tr("Formula"));
     formula->setPlaceholderText(tr("For example: a*exp(-x/tau) + b"));
     formula->hide();

@@ -51,11 +51,6 @@ QStringList namesOf(const QVector<FitResult>& results)
     return good == results.cend() ? QStringList() : good->fit.names;
 }
 
-QString withUnit(const QString& number, const QString& unit)
-{
-    return unit.isEmpty() ? number : number + QLatin1Char(' ') + unit;
-}
-
 } // namespace
 
 QVector<double> FitResult::residuals() const
@@ -76,11 +71,11 @@ ResultTable FitTables::told(const FitResult& result)
         table.rows.append(QStringList{result.fit.names[i], FitTexts::parameter(curve, i)});
     table.rows.append(QStringList{QStringLiteral("r²"), FitTexts::r2(curve)});
     table.rows.append(QStringList{QStringLiteral("RMSE"), FitTexts::rmse(curve)});
-    table.rows.append(
-        QStringList{tr("Residual deviation"),
-                    std::isfinite(result.fit.residualDeviation)
-                        ? withUnit(Common::toSignificant(result.fit.residualDeviation, 3), curve.y.name)
-                        : QStringLiteral("–")});
+    table.rows.append(QStringList{
+        tr("Residual deviation"),
+        std::isfinite(result.fit.residualDeviation)
+            ? FitTexts::withUnit(Common::toSignificant(result.fit.residualDeviation, 3), curve.y.name)
+            : QStringLiteral("–")});
     table.rows.append(QStringList{tr("Number of samples"), QString::number(result.fit.n)});
     return table;
 }
@@ -124,7 +119,7 @@ ResultTable FitTables::told(const QVector<FitResult>& results)
     for (int i = 0; i < names.size(); ++i) {
         const Spread spread = spreadOf(results, i);
         mean << (std::isfinite(spread.mean)
-                     ? withUnit(Common::withError(spread.mean, spread.deviation), spread.unit)
+                     ? FitTexts::withUnit(Common::withError(spread.mean, spread.deviation), spread.unit)
                      : QStringLiteral("–"));
     }
     if (!names.isEmpty())

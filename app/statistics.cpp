@@ -2,6 +2,7 @@
 
 #include "app/subjects.h"
 #include "common/common.h"
+#include "data/fittexts.h"
 #include "data/rangestatistics.h"
 
 #include <QCheckBox>
@@ -21,20 +22,16 @@ namespace {
 
 constexpr int areaDigits = 6;
 
-QString withUnit(const QString& number, const QString& unit)
-{
-    return unit.isEmpty() ? number : number + QLatin1Char(' ') + unit;
-}
-
 QString areaText(const RangeStatistics& of)
 {
-    return std::isfinite(of.area) ? withUnit(Common::myToString(of.area, 'g', areaDigits), of.areaUnit)
-                                  : QStringLiteral("–");
+    return std::isfinite(of.area)
+               ? FitTexts::withUnit(Common::myToString(of.area, 'g', areaDigits), of.areaUnit)
+               : QStringLiteral("–");
 }
 
 QString slopeText(const RangeStatistics& of)
 {
-    return std::isfinite(of.slope) ? withUnit(Common::toSignificant(of.slope), of.slopeUnit)
+    return std::isfinite(of.slope) ? FitTexts::withUnit(Common::toSignificant(of.slope), of.slopeUnit)
                                    : QStringLiteral("–");
 }
 
@@ -135,7 +132,9 @@ ResultTable statistics::told(const QVector<Subject>& subjects, const QVector<Ran
                        {}};
     for (int i = 0; i < subjects.size(); ++i) {
         const RangeStatistics& of = values[i];
-        const auto text = [&of](double value) { return withUnit(Common::toSignificant(value), of.unit); };
+        const auto text = [&of](double value) {
+            return FitTexts::withUnit(Common::toSignificant(value), of.unit);
+        };
         QStringList row{subjects[i].group, subjects[i].channel};
         if (of.n == 0)
             row << tr("No samples in the range.");

@@ -10,7 +10,7 @@ namespace {
 
 using CurveFit::Model;
 
-struct ModelRow
+struct ModelWords
 {
     const char* key;
     /// What another unit of y does to each parameter: s scales it, m moves it as well, - leaves it. Without
@@ -19,7 +19,7 @@ struct ModelRow
 };
 
 /// One row for each Model, in its order.
-constexpr ModelRow models[CurveFit::nModels] = {
+constexpr ModelWords modelWords[CurveFit::nModels] = {
     {"line", "sm"},      {"parabola", "ssm"}, {"proportional", "s"}, {"exponential", "s-m"}, {"power", "s-"},
     {"logarithm", "ms"}, {"sine", "s--m"},    {"gauss", "s--m"},     {"formula", ""},
 };
@@ -64,10 +64,13 @@ QString FittedCurve::formula() const
 
 bool FittedCurve::isSound() const
 {
-    const bool areNumbers = std::all_of(curve.parameters.cbegin(), curve.parameters.cend(),
-                                        [](double number) { return std::isfinite(number); });
-    return !isNone() && areNumbers && names().size() == curve.parameters.size() &&
-           errors.size() == curve.parameters.size() && x.factor != 0 && y.factor != 0;
+    const auto isUnit = [](const Unit& unit) {
+        return std::isfinite(unit.factor) && unit.factor != 0 && std::isfinite(unit.offset);
+    };
+    const QVector<double>& numbers = curve.parameters;
+    return !isNone() && curve.expression.size() <= longestFormula && isUnit(x) && isUnit(y) &&
+           errors.size() == numbers.size() && names().size() == numbers.size() &&
+           std::all_of(numbers.cbegin(), numbers.cend(), [](double number) { return std::isfinite(number); });
 }
 
 QString FittedCurve::unitOf(int parameter) const
@@ -77,7 +80,7 @@ QString FittedCurve::unitOf(int parameter) const
 
 FittedCurve FittedCurve::in(const Unit& shown) const
 {
-    const QLatin1String change(models[int(curve.model)].change);
+    const QLatin1String change(modelWords[int(curve.model)].change);
     const double scale = shown.factor / y.factor;
     const double move = shown.offset - y.offset * scale;
     const bool canMove = std::find(change.begin(), change.end(), 'm') != change.end();
@@ -110,13 +113,13 @@ QVector<double> FittedCurve::values(const QVector<double>& at, const Unit& shown
 
 QString FittedCurve::key(Model model)
 {
-    return QLatin1String(models[int(model)].key);
+    return QLatin1String(modelWords[int(model)].key);
 }
 
 bool FittedCurve::modelOf(const QString& key, Model* model)
 {
     for (int i = 0; i < CurveFit::nModels; ++i) {
-        if (key == QLatin1String(models[i].key)) {
+        if (key == QLatin1String(modelWords[i].key)) {
             *model = Model(i);
             return true;
         }

@@ -22,6 +22,8 @@ struct FittedCurve
         double from(const Unit& other, double value) const;
     };
 
+    static constexpr int longestFormula = 500; ///< characters
+
     CurveFit::Curve curve;
     QVector<double> errors; ///< of the parameters
     double r2 = 0;

@@ -17,12 +17,12 @@ QRegularExpression alone(const QString& name)
     return QRegularExpression(QStringLiteral("(?<![A-Za-z_0-9.])%1(?![A-Za-z_0-9(])").arg(name));
 }
 
-QString withUnit(const QString& number, const QString& unit)
+} // namespace
+
+QString FitTexts::withUnit(const QString& number, const QString& unit)
 {
     return unit.isEmpty() ? number : number + QLatin1Char(' ') + unit;
 }
-
-} // namespace
 
 QString FitTexts::formula(const FittedCurve& fit, bool isTime)
 {

@@ -20,6 +20,8 @@ public:
     static QString rmse(const FittedCurve& fit);
     /// All of it in lines; `name` is that of the channel.
     static QString lines(const FittedCurve& fit, const QString& name, bool isTime);
+    /// "3.22 °C", or the number alone.
+    static QString withUnit(const QString& number, const QString& unit);
     /// A formula as a person typed it, for the reader: where the language has a comma in numbers it may stand
     /// for the point, and over the time t means the same as x.
     static QString typed(const QString& text, bool isTime);

@@ -10,7 +10,7 @@
 
 namespace {
 
-Stretch rows(const ExpData& data, int iSens, int first, int end)
+Stretch ofRows(const ExpData& data, int iSens, int first, int end)
 {
     Stretch stretch;
     stretch.iSens = iSens;
@@ -36,7 +36,7 @@ Stretch rows(const ExpData& data, int iSens, int first, int end)
 
 Stretch Stretch::whole(const ExpData& data, int iSens)
 {
-    Stretch stretch = rows(data, iSens, 0, data.getXSize());
+    Stretch stretch = ofRows(data, iSens, 0, data.getXSize());
     if (!stretch.isEmpty()) {
         const auto [least, most] = std::minmax_element(stretch.x.cbegin(), stretch.x.cend());
         stretch.from = *least;
@@ -52,7 +52,7 @@ Stretch Stretch::between(const ExpData& data, int iSens, double from, double to)
     const QVector<double>& times = data.getX();
     Stretch stretch;
     if (data.isXYPlot()) {
-        const Stretch all = rows(data, iSens, 0, data.getXSize());
+        const Stretch all = ofRows(data, iSens, 0, data.getXSize());
         stretch = all;
         stretch.x.clear();
         stretch.y.clear();
@@ -65,7 +65,7 @@ Stretch Stretch::between(const ExpData& data, int iSens, double from, double to)
     } else {
         const auto first = std::lower_bound(times.cbegin(), times.cend(), from);
         const auto end = std::upper_bound(first, times.cend(), to);
-        stretch = rows(data, iSens, int(first - times.cbegin()), int(end - times.cbegin()));
+        stretch = ofRows(data, iSens, int(first - times.cbegin()), int(end - times.cbegin()));
     }
     stretch.from = from;
     stretch.to = to;
@@ -79,7 +79,7 @@ Stretch Stretch::along(const ExpData& data, int iSens, const QPointF& from, cons
     int last = data.nearestXY(iSens, to.x(), to.y());
     if (last < first)
         std::swap(first, last);
-    Stretch stretch = rows(data, iSens, first, last + 1);
+    Stretch stretch = ofRows(data, iSens, first, last + 1);
     stretch.from = from.x();
     stretch.to = to.x();
     stretch.isWhole = false;

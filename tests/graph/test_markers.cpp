@@ -241,6 +241,30 @@ private Q_SLOTS:
                  data->interpolateY(1, plot->curveMarker.first()->xValue()));
     }
 
+    void aFastWaveIsDrawnAsHighAsItIs()
+    {
+        showCurves();
+        const double perPixel = 10.0 / plot->canvas()->width(); // seconds
+        CurveFit::Fit fit;
+        fit.curve = {CurveFit::Model::Sine, QString(), {5, 2 * M_PI / (0.43 * perPixel), 0.3, 20}};
+        fit.errors = {0, 0, 0, 0};
+        plot->addFit({fit, {}, {}}, 0, 2, 8);
+        const QImage canvas = plot->canvas()->grab().toImage();
+        int reached = 0;
+        const int first = place(0, 4, 20).x(); // behind the curve itself
+        const int last = place(0, 7, 20).x();
+        // The text lies over its upper half.
+        for (int column = first; column < last; ++column) {
+            for (int row = place(0, 0, 15.7).y(); row < place(0, 0, 15.2).y(); ++row) {
+                if (canvas.pixelColor(column, row).saturation() > 60) {
+                    ++reached;
+                    break;
+                }
+            }
+        }
+        QVERIFY2(reached > (last - first) / 2, qPrintable(QString::number(reached)));
+    }
+
     void integralOutlivesNewCurves()
     {
         showCurves();

@@ -332,6 +332,8 @@ private Q_SLOTS:
         row("UTF-16 without a mark", utf16(whole).mid(2), "one,two", "");
         row("declared", "<?xml version='1.0' encoding='koi8-r'?>" + whole.toLatin1(), "one,two", "");
         row("unknown encoding", "<?xml encoding=\"x-none\"?><a/>", "", "encoding");
+        const QString sine = QStringLiteral("fit\" fit=\"sine\" parameters=\"%1\" errors=\"- - - -\" "
+                                            "unitX=\"1 0 s\" unitY=\"%2 0");
         row("not UTF-8", whole.toUtf8().replace("Title", "T\xE4\xF6"), "", "encoding");
         row("empty", "", "", "no XML");
         row("no XML", "Time,pH\n1,7\n", "", "no XML");
@@ -356,6 +358,10 @@ private Q_SLOTS:
         row("times without an axis",
             utf16(QString(whole).replace("1.0", "1.7e308").replace("0.0", "-1.7e308")), "one,two", "");
         row("unknown marker", inside(ph + marker.arg("x")), "one", "markers: 1");
+        row("fit without a curve", inside(ph + marker.arg("fit")), "one", "markers: 1");
+        row("fit with too few numbers", inside(ph + marker.arg(sine.arg("1 2", "1"))), "one", "markers: 1");
+        row("fit in no unit", inside(ph + marker.arg(sine.arg("1 2 3 4", "x"))), "one", "markers: 1");
+        row("sound fit", inside(ph + marker.arg(sine.arg("1 2 3 4", "1"))), "one", "of it: pictures: 1");
         row("picture of too many pixels",
             inside(ph + QString(marker.arg("annotation")).replace("AAAA", base64Png(3000))), "one",
             "pictures: 1");
