@@ -3,6 +3,7 @@
 #include "app/runpicture.h"
 #include "app/runrecorder.h"
 #include "common/settings.h"
+#include "data/runaverage.h"
 
 #include <QSet>
 
@@ -349,6 +350,41 @@ void KeptRuns::pin(int id, bool tf)
     const QString name = find(id)->run.name;
     Q_EMIT done(tf ? tr("Pin %1").arg(name) : tr("Unpin %1").arg(name),
                 [this, id, tf](bool isBack) { return setPinned(id, tf != isBack); });
+}
+
+void KeptRuns::average(int first, int second)
+{
+    const KeptRun* const one = find(first);
+    const KeptRun* const other = find(second);
+    if (!one || !other)
+        return;
+    LessonRun run = one->run;
+    run.parts.clear();
+    for (const Lesson::Part& part : one->run.parts) {
+        const Lesson::Part* const its = other->partOf(part.slot, part.group);
+        if (!hasSamples(part) || !its)
+            continue;
+        Lesson::Part mean = part;
+        mean.steps.clear();
+        mean.isRawStored = false;
+        mean.raw = StoredExperiment();
+        mean.experiment = RunAverage::of(part.experiment, its->experiment);
+        if (hasSamples(mean))
+            run.parts.append(mean);
+    }
+    if (run.parts.isEmpty()) {
+        Q_EMIT told(tr("%1 and %2 have no sensor of a group in common.").arg(one->run.name, other->run.name));
+        return;
+    }
+    run.name = tr("Average of %1 and %2").arg(one->run.name, other->run.name);
+    run.isPinned = pinned().size() < mostPinned;
+    const int id = newId();
+    runs.append({id, run, false, QString()});
+    fitMemory();
+    Q_EMIT changed();
+    Q_EMIT pinsChanged();
+    Q_EMIT done(run.name,
+                [this, id](bool isBack) { return isBack ? takeAway(id) : putBack(id, runs.size()); });
 }
 
 bool KeptRuns::takeAway(int id)

@@ -76,6 +76,8 @@ public:
 
     void rename(int id, const QString& name);
     void remove(int id);
+    /// The mean of two as a run of its own, pinned if there is room.
+    void average(int first, int second);
     /// Behind the present curves, at most three; else a line says so.
     void pin(int id, bool tf);
 

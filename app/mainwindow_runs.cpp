@@ -114,8 +114,9 @@ void MainWindow::showPins(int index)
         if (const Lesson::Part* part = run->partOf(index, index < 0 ? QString() : titleName(index)))
             pinned.append({run->run.name, part->experiment});
     }
+    const KeptRun* const shown = keptRuns->find(keptRuns->shown());
     for (Plot* plot : mTembrin->viewsOf(index))
-        plot->setPinned(pinned);
+        plot->setPinned(pinned, shown ? shown->run.name : QString());
 }
 
 /// Kept runs that are in no file. A lesson takes all of them.

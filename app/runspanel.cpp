@@ -4,6 +4,7 @@
 #include "app/runrecovery.h"
 
 #include <QAbstractListModel>
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -12,6 +13,8 @@
 #include <QPixmap>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
@@ -203,12 +206,15 @@ void RunsPanel::createList()
     list->setContextMenuPolicy(Qt::CustomContextMenu);
     list->setMinimumWidth(picture.width() + 9 * list->fontMetrics().averageCharWidth());
     list->installEventFilter(this);
+    list->setSelectionMode(QListView::ExtendedSelection);
     const auto show = [this](const QModelIndex& index) {
-        Q_EMIT showWanted(static_cast<const RunsModel*>(list->model())->idAt(index.row()));
+        if (QApplication::keyboardModifiers() == Qt::NoModifier) // else another one is chosen as well
+            Q_EMIT showWanted(static_cast<const RunsModel*>(list->model())->idAt(index.row()));
     };
     connect(list, &QListView::clicked, this, show);
     connect(list, &QListView::customContextMenuRequested, this, &RunsPanel::openMenu);
     connect(list->selectionModel(), &QItemSelectionModel::currentChanged, this, &RunsPanel::showState);
+    connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this, &RunsPanel::showState);
 }
 
 QToolButton* RunsPanel::addButton(QWidget* row, const QString& text, const char* name)
@@ -222,19 +228,35 @@ QToolButton* RunsPanel::addButton(QWidget* row, const QString& text, const char*
 
 QWidget* RunsPanel::createButtons()
 {
-    auto* const row = new QWidget;
-    auto* const layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, 0);
+    auto* const rows = new QWidget;
+    auto* const both = new QVBoxLayout(rows);
+    both->setContentsMargins(0, 0, 0, 0);
+    both->setSpacing(0);
+    const auto addRow = [both] {
+        auto* const row = new QWidget;
+        auto* const layout = new QHBoxLayout(row);
+        layout->setContentsMargins(0, 0, 0, 0);
+        both->addWidget(row);
+        return row;
+    };
+    QWidget* const row = addRow();
     pinButton = addButton(row, tr("Pin"), "pinRun");
     pinButton->setCheckable(true);
     pinButton->setToolTip(tr("Show it as pale curves behind the present ones"));
     renameButton = addButton(row, tr("Rename"), "renameRun");
     deleteButton = addButton(row, tr("Delete"), "deleteRun");
-    layout->addStretch(1);
+    QWidget* const ofTwo = addRow();
+    compareButton = addButton(ofTwo, tr("Compare"), "compareRuns");
+    compareButton->setToolTip(
+        tr("Choose two runs with Ctrl: the later one comes on the graphs, the other one behind it"));
+    averageButton = addButton(ofTwo, tr("Average"), "averageRuns");
+    averageButton->setToolTip(tr("Choose two runs with Ctrl: their average becomes a run of its own"));
+    connect(compareButton, &QToolButton::clicked, this, &RunsPanel::compare);
+    connect(averageButton, &QToolButton::clicked, this, &RunsPanel::average);
     connect(pinButton, &QToolButton::clicked, this, &RunsPanel::pin);
     connect(renameButton, &QToolButton::clicked, this, &RunsPanel::rename);
     connect(deleteButton, &QToolButton::clicked, this, &RunsPanel::remove);
-    return row;
+    return rows;
 }
 
 int RunsPanel::current() const
@@ -243,14 +265,45 @@ int RunsPanel::current() const
     return index.isValid() ? static_cast<const RunsModel*>(list->model())->idAt(index.row()) : 0;
 }
 
+/// The older first.
+QVector<int> RunsPanel::chosen() const
+{
+    QVector<int> ids;
+    for (const QModelIndex& index : list->selectionModel()->selectedIndexes())
+        ids.append(static_cast<const RunsModel*>(list->model())->idAt(index.row()));
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+void RunsPanel::compare()
+{
+    const QVector<int> two = chosen();
+    if (two.size() != 2)
+        return;
+    runs->pin(two.first(), true);
+    Q_EMIT showWanted(two.last());
+}
+
+void RunsPanel::average()
+{
+    const QVector<int> two = chosen();
+    if (two.size() == 2)
+        runs->average(two.first(), two.last());
+}
+
 void RunsPanel::showState()
 {
     const KeptRun* const run = runs->find(current());
     list->setVisible(!runs->all().isEmpty());
     empty->setVisible(runs->all().isEmpty());
+    const bool areTwo = chosen().size() == 2;
     for (QToolButton* button : {pinButton, renameButton, deleteButton}) {
         if (button)
-            button->setEnabled(run);
+            button->setEnabled(run && !areTwo);
+    }
+    for (QToolButton* button : {compareButton, averageButton}) {
+        if (button)
+            button->setEnabled(areTwo);
     }
     if (pinButton)
         pinButton->setChecked(run && run->run.isPinned);

@@ -31,6 +31,9 @@ private:
     QWidget* createButtons();
     QToolButton* addButton(QWidget* row, const QString& text, const char* name);
     int current() const;
+    QVector<int> chosen() const;
+    void compare();
+    void average();
     void showState();
     void openMenu(const QPoint& pos);
     void rename();
@@ -43,4 +46,6 @@ private:
     QToolButton* pinButton = nullptr;
     QToolButton* renameButton = nullptr;
     QToolButton* deleteButton = nullptr;
+    QToolButton* compareButton = nullptr;
+    QToolButton* averageButton = nullptr;
 };

@@ -46,6 +46,8 @@ public:
     /// Those of a file in stored order and base units, in place of what is there. A cross or fit without a
     /// text gets one, a text without a partner is dropped.
     void install(const QList<myPlotMarker*>& list);
+    /// Runs behind the curves; not owned.
+    void setPinned(const PinnedCurves* behind) { texts.setPinned(behind); }
     /// The texts of the photogates in the present data in place of those of the last.
     void renewGateTexts();
     /// In place of all that a person placed.
@@ -126,7 +128,7 @@ private:
     const KindTraits& traits;
     QList<myPlotMarker*> markers;
     QList<myPlotMarker*> crosses;
-    const MarkerTexts texts;
+    MarkerTexts texts;
     TextPlaces places;
     const CurveSearch search;
     QString lastDistance;

@@ -9,6 +9,7 @@
 #include "data/expdata.h"
 #include "data/fittexts.h"
 #include "graph/myplotmarker.h"
+#include "graph/pinnedcurves.h"
 #include "graph/timescaledraw.h"
 
 namespace {
@@ -119,8 +120,16 @@ QString MarkerTexts::ofCross(const myPlotMarker& cross, double apart) const
         const int iX = data.getXYIndex();
         return twoLines.arg(nameOf(iX), valueText(iX, x), unitOf(iX), nameOf(iSens), value, unitOf(iSens));
     }
-    return twoLines.arg(nameOf(iSens), value, unitOf(iSens), time.getTimeOrSample(),
-                        time.getTimeString(x, apart), time.getUnitName());
+    QString text = twoLines.arg(nameOf(iSens), value, unitOf(iSens), time.getTimeOrSample(),
+                                time.getTimeString(x, apart), time.getUnitName());
+    const auto others = pinned ? pinned->valuesAt(iSens, x) : QVector<PinnedCurves::Value>();
+    for (const PinnedCurves::Value& other : others) {
+        const double more = cross.yValue() - other.value;
+        text += QStringLiteral("\n%1: %2 %3, Δ = %4%5")
+                    .arg(other.name, valueText(iSens, other.value), unitOf(iSens),
+                         more > 0 ? QStringLiteral("+") : QString(), valueText(iSens, more));
+    }
+    return text;
 }
 
 std::optional<MarkerTexts::Distance> MarkerTexts::between(const myPlotMarker& first,

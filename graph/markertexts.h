@@ -6,6 +6,7 @@
 #include <optional>
 
 class ExpData;
+class PinnedCurves;
 class TimeScaleDraw;
 class myPlotMarker;
 
@@ -33,6 +34,8 @@ public:
     /// Neither is owned. Those of the class name the group with each sensor.
     MarkerTexts(const ExpData& data, const TimeScaleDraw& time, MarkerForm form, bool isClass);
 
+    /// Runs behind the curves, which crosses are compared with; not owned.
+    void setPinned(const PinnedCurves* behind) { pinned = behind; }
     /// The text beside a cross, tangent, fit or integral; empty for other kinds. `apart` are the seconds to
     /// another cross, which a time is told from.
     QString of(const myPlotMarker& marker, double apart) const;
@@ -73,4 +76,5 @@ private:
     const TimeScaleDraw& time;
     const MarkerForm form;
     const bool isClass;
+    const PinnedCurves* pinned = nullptr;
 };

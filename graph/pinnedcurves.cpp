@@ -1,6 +1,5 @@
 #include "graph/pinnedcurves.h"
 
-#include <QHash>
 #include <QPainter>
 #include <QPolygonF>
 
@@ -11,6 +10,7 @@
 #include <qwt_scale_map.h>
 
 #include "data/expdata.h"
+#include "data/runaverage.h"
 #include "graph/curvepainter.h"
 #include "graph/graphcurves.h"
 #include "graph/graphdesign.h"
@@ -24,13 +24,6 @@ constexpr double behindCurves = 15; // the grid has 10, curves 20
 constexpr double paleness[] = {0.5, 0.64, 0.76};
 constexpr double penWidth = 2;
 constexpr double longestGap = 4.5; // samples, as for the present curves
-
-/// Sensor, group, how it was derived and which of the channels of that kind; the same in two runs.
-QString keyOf(int sensorID, int derivedBy, const QString& group, QHash<QString, int>* counts)
-{
-    const QString kind = QStringLiteral("%1 %2 %3").arg(sensorID).arg(derivedBy).arg(group);
-    return QStringLiteral("%1 %2").arg((*counts)[kind]++).arg(kind);
-}
 
 QwtScaleMap scaled(QwtScaleMap map, double ratio, double origin)
 {
@@ -49,36 +42,46 @@ PinnedCurves::PinnedCurves(const GraphParts& parts)
 
 PinnedCurves::~PinnedCurves() = default;
 
-void PinnedCurves::setRuns(const QVector<PinnedRun>& pinned)
+void PinnedCurves::setRuns(const QVector<PinnedRun>& pinned, const QString& present)
 {
     runs = pinned;
+    presentName = present;
     pictureKey.clear();
     picture = QPixmap();
 }
 
 QVector<PinnedCurves::Match> PinnedCurves::matches() const
 {
-    const bool isClass = parts.index < 0;
-    QHash<QString, int> counts;
-    QHash<QString, int> places;
-    for (int i = 0; i < parts.curves.size(); ++i) {
-        const SensorPtr& sensor = parts.data.getSens(i);
-        if (sensor)
-            places.insert(
-                keyOf(sensor->ID, sensor->specialType, isClass ? sensor->groupName : QString(), &counts), i);
-    }
+    const StoredExperiment own = StoredExperiment::of(parts.data, true, parts.index < 0);
+    const QStringList keys = RunAverage::keysOf(own);
     QVector<Match> found;
     for (int run = 0; run < runs.size(); ++run) {
-        counts.clear();
-        for (const StoredExperiment::Channel& channel : runs.at(run).experiment.channels) {
-            const QString key =
-                keyOf(channel.sensorID, channel.derivedBy, isClass ? channel.group : QString(), &counts);
-            const int curve = places.value(key, -1);
-            if (curve >= 0 && parts.curves.at(curve)->isVisible() && !channel.samples.isEmpty())
-                found.append({run, curve, &channel});
+        const StoredExperiment& experiment = runs.at(run).experiment;
+        const QStringList others = RunAverage::keysOf(experiment);
+        for (int i = 0; i < others.size(); ++i) {
+            const int at = keys.indexOf(others.at(i));
+            const myPlotCurve* const curve = at < 0 ? nullptr : parts.curves.at(own.channels.at(at).place);
+            if (curve && curve->isVisible() && !experiment.channels.at(i).samples.isEmpty())
+                found.append({run, own.channels.at(at).place, &experiment.channels.at(i)});
         }
     }
     return found;
+}
+
+QVector<PinnedCurves::Value> PinnedCurves::valuesAt(int curve, double time) const
+{
+    QVector<Value> values;
+    if (runs.isEmpty())
+        return values;
+    for (const Match& match : matches()) {
+        const PinnedRun& run = runs.at(match.run);
+        const double base =
+            match.curve == curve ? RunAverage::valueAt(run.experiment, *match.channel, time) : qQNaN();
+        const Sensor::AltUnit unit = parts.data.getSens(match.curve)->altUnit();
+        if (std::isfinite(base))
+            values.append({run.name, base * unit.factor + unit.offset});
+    }
+    return values;
 }
 
 /// All that the picture depends on but the samples, which never change.
@@ -200,15 +203,19 @@ void PinnedCurves::drawNames(QPainter* painter, const QRectF& canvasRect, const 
     const QFontMetricsF metrics(font);
     painter->setFont(font);
     double top = canvasRect.top() + gap;
-    for (int run = 0; run < runs.size(); ++run) {
-        const QString name = metrics.elidedText(runs.at(run).name, Qt::ElideRight, canvasRect.width() / 3);
-        const double width = metrics.horizontalAdvance(name);
-        const QPointF at(canvasRect.right() - gap - width, top + metrics.ascent());
+    const auto drawName = [&](const QString& whole, const QColor& color) {
+        const QString name = metrics.elidedText(whole, Qt::ElideRight, canvasRect.width() / 3);
+        const QPointF at(canvasRect.right() - gap - metrics.horizontalAdvance(name), top + metrics.ascent());
         const double middle = top + metrics.height() / 2;
-        painter->setPen(QPen(colorOf(run, GraphDesign::inkOn(ground), ground), penWidth + 1));
+        painter->setPen(QPen(color, penWidth + 1));
         painter->drawLine(QPointF(at.x() - gap - dash, middle), QPointF(at.x() - gap, middle));
         painter->setPen(GraphDesign::faintOn(ground));
         painter->drawText(at, name);
         top += metrics.height();
-    }
+    };
+    const QColor ink = GraphDesign::inkOn(ground);
+    if (!presentName.isEmpty())
+        drawName(presentName, ink);
+    for (int run = 0; run < runs.size(); ++run)
+        drawName(runs.at(run).name, colorOf(run, ink, ground));
 }

@@ -31,8 +31,17 @@ public:
     explicit PinnedCurves(const GraphParts& parts);
     ~PinnedCurves() override;
 
-    void setRuns(const QVector<PinnedRun>& pinned);
+    /// `present` names what is on the graph, where that has a name.
+    void setRuns(const QVector<PinnedRun>& pinned, const QString& present);
     bool isEmpty() const { return runs.isEmpty(); }
+
+    /// What the pinned runs have at a time where a curve of the graph is looked at, in the unit on display.
+    struct Value
+    {
+        QString name;
+        double value = 0;
+    };
+    QVector<Value> valuesAt(int curve, double time) const;
 
     void draw(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
               const QRectF& canvasRect) const override;
@@ -59,6 +68,7 @@ private:
     const GraphParts& parts;
     const std::unique_ptr<CurvePainter> columns;
     QVector<PinnedRun> runs;
+    QString presentName;
     mutable QPixmap picture;
     mutable QVector<double> pictureKey;
 };

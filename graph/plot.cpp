@@ -295,15 +295,17 @@ void Plot::forceDefaultSetScale()
     Update();
 }
 
-void Plot::setPinned(const QVector<PinnedRun>& runs)
+void Plot::setPinned(const QVector<PinnedRun>& runs, const QString& present)
 {
     if (traits.markers != MarkerForm::Curve || (!pinned && runs.isEmpty()))
         return;
     if (!pinned) {
         pinned = std::make_unique<PinnedCurves>(*parts);
         pinned->attach(this);
+        layer->setPinned(pinned.get());
     }
-    pinned->setRuns(runs);
+    pinned->setRuns(runs, present);
+    layer->renew();
     replot();
 }
 

@@ -161,7 +161,7 @@ public:
     void forceDefaultSetScale();
 
     /// Runs behind the present curves; a graph of another kind has none.
-    void setPinned(const QVector<PinnedRun>& runs);
+    void setPinned(const QVector<PinnedRun>& runs, const QString& present = QString());
 
     // Bars; other kinds have none
 

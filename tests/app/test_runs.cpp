@@ -205,6 +205,48 @@ private Q_SLOTS:
         QVERIFY(!undo->text().contains("Delete"));
     }
 
+    void twoAreComparedAndAveraged()
+    {
+        for (const double value : {20, 30, 50})
+            run(value);
+        const double first = runs().all().at(0).run.parts.at(1).experiment.channels.at(0).samples.at(3);
+        const double second = runs().all().at(1).run.parts.at(1).experiment.channels.at(0).samples.at(3);
+        choose(0);
+        list()->selectAll();
+        press("averageRuns");
+        QCOMPARE(names(), QStringList({"Run 1", "Run 2", "Average of Run 1 and Run 2*"}));
+        const LessonRun& mean = runs().all().at(2).run;
+        QCOMPARE(mean.parts.size(), 3);
+        for (int part = 0; part < 3; ++part) {
+            const StoredExperiment& one = runs().all().at(0).run.parts.at(part).experiment;
+            const StoredExperiment& other = runs().all().at(1).run.parts.at(part).experiment;
+            QCOMPARE(mean.parts.at(part).experiment.times, one.times);
+            for (int i = 0; i < one.channels.size(); ++i) {
+                const QVector<double>& samples = mean.parts.at(part).experiment.channels.at(i).samples;
+                for (int row = 0; row < samples.size(); ++row) {
+                    const double half = (one.channels[i].samples[row] + other.channels[i].samples[row]) / 2;
+                    QVERIFY(std::abs(samples[row] - half) < 1e-9 ||
+                            (std::isnan(samples[row]) && std::isnan(half)));
+                }
+            }
+        }
+        bench->action("undoAct")->trigger();
+        QCOMPARE(names().size(), 2);
+        bench->manager->plotAt(0)->newMarker(0, -1, 3, bench->data(0)->getYNoConvAt(0, 3));
+        list()->selectAll();
+        press("compareRuns"); // the later one on the graphs
+        QCOMPARE(names(), QStringList({"Run 1*", "Run 2", "Run 3"}));
+        QVERIFY(text(1).contains("on the graphs"));
+        Plot* const plot = bench->manager->plotAt(0);
+        plot->newMarker(0, -1, 3, second);
+        const QString words = plot->markers.constLast()->label().text();
+        const SensorPtr& sensor = bench->data(0)->getSens(0);
+        const QString told =
+            QStringLiteral("Run 1: %1 %2, Δ = +%3")
+                .arg(sensor->valueToString(first), sensor->unitName, sensor->valueToString(second - first));
+        QVERIFY2(words.contains(told), qPrintable(words));
+    }
+
     void aLessonHoldsThem()
     {
         run(20);
