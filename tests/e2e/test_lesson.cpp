@@ -4,6 +4,7 @@
 #include <QPushButton>
 #include <QStatusBar>
 
+#include "app/iconlists.h"
 #include "graph/myplotmarker.h"
 #include "graph/plot.h"
 #include "graph/scalemanager.h"
@@ -107,8 +108,8 @@ private:
         marker->trigger();
         QCOMPARE(graph()->curveMarker.size(), 2);
         auto* functions = window->findChild<QComboBox*>(QStringLiteral("regression"));
-        for (int item : {1, 5})
-            Q_EMIT functions->activated(item);
+        for (int code : {REG_LIN, REG_INTEGRAL})
+            Q_EMIT functions->activated(functions->findData(code));
         QCOMPARE(graph()->markers.size(), 8); // crosses, line and area, each with its text
     }
 
