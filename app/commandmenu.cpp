@@ -91,10 +91,10 @@ void CommandMenu::setKeyText(QAction* action, const QString& text)
 
 QString CommandMenu::keyText(const QAction* action)
 {
-    const QString own = action->property(ownKeyText).toString();
-    if (!own.isEmpty())
-        return own;
-    QStringList keys;
+    QStringList keys(action->property(ownKeyText).toString());
+    if (!keys.first().isEmpty())
+        return keys.first();
+    keys.clear();
     for (const QKeySequence& key : action->shortcuts())
         keys += key.toString(QKeySequence::NativeText);
     return keys.join(tr(" or "));

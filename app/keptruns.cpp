@@ -206,6 +206,7 @@ void KeptRuns::keep(const LessonRun& run, bool isSaved, const QString& name)
     const QString journal = recorder->keep();
     const int at = place(std::exchange(shownId, 0));
     const bool isAny = std::any_of(run.parts.cbegin(), run.parts.cend(), hasSamples);
+    const int held = isAny ? holder(run) : -1;
     if (at >= 0 && isAny) {
         KeptRun& own = runs[at];
         const QString itsName = own.run.name;
@@ -218,7 +219,7 @@ void KeptRuns::keep(const LessonRun& run, bool isSaved, const QString& name)
         pictures.remove(own.id);
         if (isPinned)
             Q_EMIT pinsChanged();
-    } else if (const int held = isAny ? holder(run) : -1; held >= 0 && runs.at(held).journal.isEmpty()) {
+    } else if (held >= 0 && runs.at(held).journal.isEmpty()) {
         runs[held].journal = journal;
     } else if (isAny && held < 0) {
         append(run, isSaved, name, journal);

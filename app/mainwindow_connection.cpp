@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QFileInfo>
 #include <QLabel>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTimer>
 
@@ -119,6 +120,9 @@ void MainWindow::showCure()
                        .arg(mTembrin->groupName(i), FailureTexts::text(logger->failure, logger->portName));
     }
     cureLine->setText(text);
+    // A splitter would share the room of the graphs with it.
+    if (!text.isEmpty())
+        cureLine->setMaximumHeight(qMax(cureLine->heightForWidth(qMax(graphW->width(), 1)), 0));
     cureLine->setVisible(!text.isEmpty());
 }
 

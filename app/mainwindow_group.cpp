@@ -10,7 +10,10 @@
 
 void MainWindow::doSelectMLog()
 {
-    const auto devices = [this] { return tembrin->getPairedDevices() + tembrin->getUSBDevices(); };
+    const auto devices = [this] {
+        const QVector<possibleDevice> paired = tembrin->getPairedDevices();
+        return selectManyLoggers::bySlots(*mTembrin, paired + tembrin->getUSBDevices());
+    };
     const QPointer<selectManyLoggers> dialog = new selectManyLoggers(mTembrin, devices(), this);
     connect(dialog, &selectManyLoggers::pairingWanted, dialog, [dialog] {
         if (!PairingTool::open())

@@ -20,9 +20,10 @@ constexpr int msForAnswer = 5000; // both kinds of question have gone out severa
 /// Trying again within a second changes nothing.
 bool isHopeless(PortFailure failure)
 {
-    return failure == PortFailure::NoRight || failure == PortFailure::NotPaired ||
-           failure == PortFailure::Refused || failure == PortFailure::NoAdapter ||
-           failure == PortFailure::AdapterOff || failure == PortFailure::NoService;
+    return failure == PortFailure::NoRight || failure == PortFailure::AdapterFull ||
+           failure == PortFailure::NotPaired || failure == PortFailure::Refused ||
+           failure == PortFailure::NoAdapter || failure == PortFailure::AdapterOff ||
+           failure == PortFailure::NoService;
 }
 
 /// Whether what hindered a logger was of the radio, and has gone: somebody paired a device, switched the
@@ -192,6 +193,7 @@ void LoggerConnector::attempt(int slot)
         return;
     if (!std::exchange(isWatching, true))
         loggers[0]->watchPorts(this, [this] { radioTimer.start(); });
+    loggers[slot]->takeStoredName();
     place.isOpening = true;
     place.isCancelled = false;
     place.isSilent = false;

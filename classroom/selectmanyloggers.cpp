@@ -30,6 +30,26 @@ constexpr int linksPerAdapter = 7;
 constexpr int itemPadding = 4; // pixels above and below a text
 constexpr int hintLines = 3;   // of the longest one
 
+bool isSame(const possibleDevice& one, const possibleDevice& other)
+{
+    return one.address.isEmpty() || other.address.isEmpty() ? one.portName == other.portName
+                                                            : one.address == other.address;
+}
+
+/// The slot whose settings choose the device, -1 if none does.
+int slotChoosing(const multiConnectionsManager& manager, const possibleDevice& device)
+{
+    const QSettings store = Settings::mainStore();
+    for (int slot = 0; slot < manager.nMaxTembrins(); ++slot) {
+        const TembrinProtocol* const logger = manager.tembrinAt(slot);
+        const possibleDevice chosen{store.value(logger->loggerKey, noPort).toString(),
+                                    logger->storedAddress(), QString(), QString(), QString()};
+        if (isSame(device, chosen) && !(device.portName.isEmpty() && device.address.isEmpty()))
+            return slot;
+    }
+    return -1;
+}
+
 QString groupWord()
 {
     return selectManyLoggers::tr("Group");
@@ -54,12 +74,6 @@ QString groupNameIn(QString line)
     static const QRegularExpression brackets(QStringLiteral("\\(.*\\)"));
     static const QRegularExpression device(QStringLiteral("Tembrin_.{4}"));
     return line.remove(brackets).remove(device).trimmed();
-}
-
-bool isSame(const possibleDevice& one, const possibleDevice& other)
-{
-    return one.address.isEmpty() || other.address.isEmpty() ? one.portName == other.portName
-                                                            : one.address == other.address;
 }
 
 bool holds(const QVector<possibleDevice>& devices, const possibleDevice& device)
@@ -249,18 +263,22 @@ void selectManyLoggers::takeFont(const QFont& font)
     layout()->invalidate();
 }
 
-/// The slot whose settings choose the device, -1 if none does.
 int selectManyLoggers::slotOf(const possibleDevice& device) const
 {
-    const QSettings store = Settings::mainStore();
-    for (int slot = 0; slot < mTembrin->nMaxTembrins(); ++slot) {
-        const TembrinProtocol* const logger = mTembrin->tembrinAt(slot);
-        const possibleDevice chosen{store.value(logger->loggerKey, noPort).toString(),
-                                    logger->storedAddress(), QString(), QString(), QString()};
-        if (isSame(device, chosen) && !(device.portName.isEmpty() && device.address.isEmpty()))
-            return slot;
-    }
-    return -1;
+    return slotChoosing(*mTembrin, device);
+}
+
+/// A class that is confirmed without a change keeps its places, and what was measured its names.
+QVector<possibleDevice> selectManyLoggers::bySlots(const multiConnectionsManager& manager,
+                                                   QVector<possibleDevice> devices)
+{
+    const auto place = [&](const possibleDevice& device) {
+        const int slot = slotChoosing(manager, device);
+        return slot < 0 ? manager.nMaxTembrins() : slot;
+    };
+    std::stable_sort(devices.begin(), devices.end(),
+                     [&](const possibleDevice& a, const possibleDevice& b) { return place(a) < place(b); });
+    return devices;
 }
 
 void selectManyLoggers::sortOut(const QVector<possibleDevice>& devList)

@@ -29,6 +29,10 @@ public:
     /// No program for pairing was found.
     void tellNoPairing();
 
+    /// `devices` with those that the slots of the class choose first, in the order of the slots.
+    static QVector<possibleDevice> bySlots(const multiConnectionsManager& manager,
+                                           QVector<possibleDevice> devices);
+
     bool saved = false; ///< the person pressed Connect
     int nTembrins = 0;  ///< loggers in use, 8 at most
 

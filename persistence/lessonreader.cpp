@@ -243,7 +243,8 @@ void Assembly::takeRun(const QJsonObject& told, LessonRun* into)
 {
     run = into;
     run->begun = QDateTime::fromString(told[QLatin1String("time")].toString(), Qt::ISODate);
-    for (const QJsonValue& member : told[QLatin1String("members")].toArray())
+    const QJsonArray members = told[QLatin1String("members")].toArray();
+    for (const auto& member : members)
         takeMember(member.toObject());
 }
 

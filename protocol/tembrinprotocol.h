@@ -105,6 +105,8 @@ public:
     QString loggerName() const;
     QString getGroupName() const { return groupName; }
     void setGroupName(const QString& name) { groupName = name; }
+    /// Until a connection has brought a name, that of the settings.
+    void takeStoredName();
 
     // --- What is wanted of the logger --------------------------------------------------------------------
     /// What a setup or a configuration sends: the wanted parts that the logger has not confirmed yet, and for

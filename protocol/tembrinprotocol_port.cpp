@@ -61,6 +61,12 @@ QString TembrinProtocol::storedPort() const
     return Settings::mainStore().value(loggerKey, QStringLiteral("COMxx")).toString();
 }
 
+void TembrinProtocol::takeStoredName()
+{
+    if (groupName.isEmpty())
+        groupName = Settings::mainStore().value(groupKey, tr("Group %1").arg(index)).toString();
+}
+
 QString TembrinProtocol::storedAddress() const
 {
     const QString address = Settings::mainStore().value(Settings::addressKey(index)).toString();
