@@ -207,26 +207,31 @@ void KeptRuns::keep(const LessonRun& run, bool isSaved, const QString& name)
     const int at = place(std::exchange(shownId, 0));
     const bool isAny = std::any_of(run.parts.cbegin(), run.parts.cend(), hasSamples);
     const int held = isAny ? holder(run) : -1;
-    if (at >= 0 && isAny) {
-        KeptRun& own = runs[at];
-        const QString itsName = own.run.name;
-        const bool isPinned = own.run.isPinned;
-        own.run = run;
-        own.run.name = itsName;
-        own.run.isPinned = isPinned;
-        own.isSaved = isSaved;
-        own.journal = journal;
-        pictures.remove(own.id);
-        if (isPinned)
-            Q_EMIT pinsChanged();
-    } else if (held >= 0 && runs.at(held).journal.isEmpty()) {
+    if (at >= 0 && isAny)
+        replace(at, run, isSaved, journal);
+    else if (held >= 0 && runs.at(held).journal.isEmpty())
         runs[held].journal = journal;
-    } else if (isAny && held < 0) {
+    else if (isAny && held < 0)
         append(run, isSaved, name, journal);
-    } else {
+    else
         recorder->refuseKept(journal);
-    }
     Q_EMIT changed();
+}
+
+/// The run that was shown, with what was changed in it meanwhile.
+void KeptRuns::replace(int at, const LessonRun& run, bool isSaved, const QString& journal)
+{
+    KeptRun& own = runs[at];
+    const QString itsName = own.run.name;
+    const bool isPinned = own.run.isPinned;
+    own.run = run;
+    own.run.name = itsName;
+    own.run.isPinned = isPinned;
+    own.isSaved = isSaved;
+    own.journal = journal;
+    pictures.remove(own.id);
+    if (isPinned)
+        Q_EMIT pinsChanged();
 }
 
 void KeptRuns::keepPart(const LessonRun& run, bool isSaved)

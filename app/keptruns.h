@@ -108,6 +108,7 @@ private:
     bool setPinned(int id, bool tf);
     bool takeAway(int id);
     bool putBack(int id, int at);
+    void replace(int at, const LessonRun& run, bool isSaved, const QString& journal);
     void append(const LessonRun& run, bool isSaved, const QString& name, const QString& journal);
     void fitMemory();
 
