@@ -63,7 +63,7 @@ void MainWindow::updateActions()
 {
     const bool isIdle = mTembrin->queue().isIdle();
     const bool isRunning = mTembrin->isAnyRunning();
-    updateRunStopButton(!isRunning);
+    updateRunStopButton(!isRunning && !mTembrin->run().isAwaited());
     runAct->setEnabled(isIdle);
     basicSetupAct->setEnabled(isIdle);
     downloadAct->setEnabled(isIdle && !isRunning);

@@ -51,6 +51,8 @@ QString RunLine::text() const
         parts.append(tr("Running %1%2").arg(clockText(run->elapsed()), samples));
     else if (run->isSimulation())
         parts.append(tr("Simulation %1%2").arg(clockText(run->elapsed()), samples));
+    else if (run->isAwaited())
+        parts.append(tr("All loggers of the run are away; it goes on when one is back"));
     else if (isStopped)
         parts.append(tr("Stopped after %1%2").arg(clockText(run->elapsed()), samples));
     else

@@ -171,6 +171,8 @@ void ClassRun::takeStatus(int slot)
         tellGaps();
     showPlanned(slot);
     Q_EMIT phaseChanged(slot);
+    if (std::exchange(place.owesStop, false) && !isIdle)
+        Q_EMIT stopOwed(slot);
     if (wasGivenUp)
         Q_EMIT heardAgain(slot);
 }
@@ -265,9 +267,26 @@ bool ClassRun::isSought(int slot) const
     return place.phase == Phase::Lost && !manager->isTembrinConnect(slot) && !isStopped;
 }
 
+bool ClassRun::isAwaited() const
+{
+    if (isAnyRunning())
+        return false;
+    for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
+        if (places[slot].isOrdered && isSought(slot))
+            return true;
+    }
+    return false;
+}
+
 void ClassRun::noteStop()
 {
     isStopped = true;
+    for (int slot = 0; slot < mostLoggers; ++slot) {
+        if (places[slot].phase != Phase::Lost || manager->isTembrinConnect(slot))
+            continue;
+        places[slot].owesStop = true;
+        Q_EMIT phaseChanged(slot);
+    }
 }
 
 // --- Gaps ---

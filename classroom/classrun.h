@@ -40,7 +40,7 @@ public:
     /// It does not answer a start or a stop: it counts as away, and is not waited for, until it says
     /// something again.
     void giveUp(int slot);
-    /// Somebody stops the class. Who is away may run on, and is left alone.
+    /// Somebody stops the class. Who is away is no longer sought, and is stopped when it comes back in a run.
     void noteStop();
     Phase phase(int slot) const { return places[slot].phase; }
     /// The logger runs or was told to, whoever started it, as far as is known.
@@ -50,6 +50,8 @@ public:
     bool isGivenUp(int slot) const { return places[slot].isGivenUp; }
     /// It was lost in this run, and nobody has stopped the class since: it is worth looking for.
     bool isSought(int slot) const;
+    /// Everybody whom the program started was lost, and one that comes back goes on with the run.
+    bool isAwaited() const;
     /// Since when a logger of this run is away; invalid unless it is.
     QDateTime lostSince(int slot) const;
     /// Milliseconds since the run began; to its end when it has ended, 0 before any.
@@ -103,6 +105,8 @@ Q_SIGNALS:
     void tooSlow(int slot);
     /// The logger's second part in the run has other sensors than its first: what is there of both goes on.
     void sensorsChanged(int slot);
+    /// It came back in the run that was stopped while it was away.
+    void stopOwed(int slot);
     /// One that was given up has said something.
     void heardAgain(int slot);
     /// The logger has another phase.
@@ -124,6 +128,7 @@ private:
         bool isGivenUp = false; ///< connected and silent; what it last said of itself may be over
         bool isStored = false;  ///< it stores this run and does not stream it
         bool isSeen = false;    ///< it has told that it runs
+        bool owesStop = false;  ///< the class was stopped while it was away
         bool isAway = false;    ///< was lost, and no sample has come since
         bool hasGap = false;    ///< there are samples from while it was away
         int storedBefore = 0;   ///< experiments in its memory at the order

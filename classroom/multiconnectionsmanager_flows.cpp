@@ -80,6 +80,9 @@ void multiConnectionsManager::createFlows()
     });
     connect(classRun, &ClassRun::phaseChanged, this, seekLost);
     connect(classRun, &ClassRun::classBegun, this, seekLost);
+    connect(
+        classRun, &ClassRun::stopOwed, this,
+        [this](int i) { commandQueue->add(Task::Stop, quint8(1u << i)); }, Qt::QueuedConnection);
     connect(classRun, &ClassRun::heardAgain, this, &multiConnectionsManager::catchUp, Qt::QueuedConnection);
     for (const Logger& logger : loggers) {
         // Its first good status, which may come later than the first that was damaged.
@@ -140,8 +143,9 @@ void multiConnectionsManager::sendCmdToAll(commandType cmd)
 {
     if (cmd == CMD_START_LOGGING)
         startRun();
-    else if (const CommandRow* row = rowOf(cmd))
-        commandQueue->add(row->task);
+    else if (const CommandRow* row = rowOf(cmd);
+             row && !commandQueue->add(row->task) && row->task == Task::Stop)
+        classRun->noteStop(); // everybody is away
 }
 
 void multiConnectionsManager::downloadFrom(int index, int number)

@@ -92,6 +92,38 @@ private Q_SLOTS:
         }
     }
 
+    void aStopHoldsForWhoIsAway_data()
+    {
+        columns<int>({"away"});
+        row("one of three", 1);
+        row("everybody", 3);
+    }
+
+    void aStopHoldsForWhoIsAway()
+    {
+        const auto [away] = fetched<int>({"away"});
+        startRadio(3, 2);
+        connectAll(3);
+        run(3, 20);
+        for (int i = 0; i < away; ++i)
+            happen(QString("pull %1").arg(i + 1));
+        for (int i = 0; i < away; ++i)
+            QTRY_VERIFY_WITH_TIMEOUT(!manager->tembrinAt(i)->isConnect, patience);
+        QVERIFY(action("stopAct")->isVisible()); // it goes on with whoever comes back
+        action("stopAct")->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(action("runAct")->isVisible() && manager->queue().isIdle(), patience);
+        for (int i = 0; i < away; ++i) {
+            happen(QString("put %1").arg(i + 1));
+            QVERIFY(!manager->tembrinAt(i)->isConnect);
+            QTest::mouseClick(icon(i), Qt::LeftButton);
+        }
+        for (int i = 0; i < away; ++i) {
+            QTRY_VERIFY_WITH_TIMEOUT(manager->tembrinDataAt(i)->isLoggerRecognized(), patience);
+            QTRY_VERIFY_WITH_TIMEOUT(manager->tembrinDataAt(i)->isIdle(), patience);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(action("runAct")->isVisible() && !manager->isAnyRunning(), patience);
+    }
+
     void theReasonIsToldAndItsCureHelps_data()
     {
         // needsClick: what the radio does not tell of is tried again at a click
