@@ -5,7 +5,8 @@ enum exportCode
 {
     EXPORT_EXCEL = 1,
     EXPORT_GLOBALLAB = 2,
-    EXPORT_IMAGE = 3
+    EXPORT_IMAGE = 3,
+    EXPORT_REPORT = 4
 };
 
 /// Codes of the items in the list of functions.

@@ -38,6 +38,7 @@ class QPrinter;
 class QSplitter;
 class QToolBar;
 class RefreshClock;
+class Report;
 class RunLine;
 class RunRecorder;
 class RunRecovery;
@@ -52,6 +53,8 @@ class loggerBasicSetup;
 class multiConnectionsManager;
 class setupLogger;
 struct JournalRun;
+struct PinnedRun;
+struct ReportSource;
 
 /// The window and the flows that run in it.
 Q_DECLARE_LOGGING_CATEGORY(appLog)
@@ -264,6 +267,7 @@ private:
     /// The pinned runs of the groups go behind their graphs; -1 for the class.
     void showPins();
     void showPins(int index);
+    QVector<PinnedRun> pinsOf(int index) const;
 
     KeptRuns* keptRuns = nullptr;
     RunsPanel* runsPanel = nullptr; ///< null until it is first shown
@@ -387,6 +391,13 @@ private:
 
     GlobalLabUpload* upload = nullptr; ///< made for the first
     QPointer<globalLab> uploadDialog;
+
+    // The report, in mainwindow_report.cpp
+
+    void doReport();
+    ReportSource reportSource();
+
+    Report* report = nullptr; ///< made for the first
 
     // Activities, in mainwindow_activities.cpp
 

@@ -414,6 +414,9 @@ void MainWindow::doExport(int select)
     case EXPORT_GLOBALLAB:
         doGlobalLab();
         break;
+    case EXPORT_REPORT:
+        doReport();
+        break;
     }
 }
 

@@ -21,8 +21,10 @@ struct ListKey
     const char* key;
 };
 
-constexpr ListKey exportKeys[] = {
-    {EXPORT_EXCEL, "Ctrl+E"}, {EXPORT_GLOBALLAB, "Ctrl+Shift+U"}, {EXPORT_IMAGE, "Ctrl+Shift+E"}};
+constexpr ListKey exportKeys[] = {{EXPORT_EXCEL, "Ctrl+E"},
+                                  {EXPORT_GLOBALLAB, "Ctrl+Shift+U"},
+                                  {EXPORT_IMAGE, "Ctrl+Shift+E"},
+                                  {EXPORT_REPORT, "Ctrl+R"}};
 constexpr ListKey functionKeys[] = {{REG_SLOPE, "Ctrl+T"},
                                     {REG_LIN, "Ctrl+L"},
                                     {REG_QUAD, "Ctrl+Shift+L"},

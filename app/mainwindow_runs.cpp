@@ -107,13 +107,19 @@ void MainWindow::showPins()
         showPins(i);
 }
 
-void MainWindow::showPins(int index)
+QVector<PinnedRun> MainWindow::pinsOf(int index) const
 {
     QVector<PinnedRun> pinned;
     for (const KeptRun* run : keptRuns->pinned()) {
         if (const Lesson::Part* part = run->partOf(index, index < 0 ? QString() : titleName(index)))
             pinned.append({run->run.name, part->experiment});
     }
+    return pinned;
+}
+
+void MainWindow::showPins(int index)
+{
+    const QVector<PinnedRun> pinned = pinsOf(index);
     const KeptRun* const shown = keptRuns->find(keptRuns->shown());
     for (Plot* plot : mTembrin->viewsOf(index))
         plot->setPinned(pinned, shown ? shown->run.name : QString());

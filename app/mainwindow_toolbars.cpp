@@ -34,6 +34,7 @@ constexpr ListItem exportItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Export data to GlobalLab"), ":/icons/GlobalLab/Upload.png",
      EXPORT_GLOBALLAB},
     {QT_TRANSLATE_NOOP("MainWindow", "Save image"), ":/icons/2018P2/Exporting.png", EXPORT_IMAGE},
+    {QT_TRANSLATE_NOOP("MainWindow", "Report of the lesson"), ":/icons/2018P2/Report.png", EXPORT_REPORT},
 };
 
 constexpr ListItem regressionItems[] = {

@@ -65,7 +65,11 @@ QVector<Subject> Subjects::groups() const
 QString Subjects::range() const
 {
     const Plot* const plot = tools->seen();
-    const Stretch stretch = plot ? plot->stretch() : Stretch();
+    return rangeOf(plot ? plot->stretch() : Stretch());
+}
+
+QString Subjects::rangeOf(const Stretch& stretch)
+{
     const auto end = [&stretch](double at) {
         return QStringLiteral("%1 %2").arg(Common::toSignificant(at), stretch.xUnit.name).trimmed();
     };

@@ -37,6 +37,7 @@ public:
     QVector<Subject> groups() const;
     /// In words, from where to where; empty for all of it.
     QString range() const;
+    static QString rangeOf(const Stretch& stretch);
 
 private:
     QString groupOf(int slot) const;

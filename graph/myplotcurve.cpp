@@ -290,7 +290,7 @@ void myPlotCurve::strokeLines(QPainter* painter, const QwtScaleMap& xMap, const 
         const QRectF around =
             QRectF(shownPart(painter, canvasRect)).adjusted(-2 * wider, -2 * wider, 2 * wider, 2 * wider);
         for (QPolygonF& line : lines)
-            line = QwtClipper::clipPolygonF(around, line);
+            line = QwtClipper::clipPolygonF(around, isThinned ? StrokePath::thinned(line) : line);
         for (const QPolygonF& line : qAsConst(lines)) {
             if (casing.isValid())
                 drawLine(painter, line, roundPen(pen(), casing, wider));

@@ -52,6 +52,9 @@ public:
     /// out from the ground.
     void setCasing(const QColor& always) { fixedCasing = always; }
 
+    /// Where every sample would be drawn, only those that can be told apart.
+    void setThinned(bool tf) { isThinned = tf; }
+
     /// The curve's value at a time, in the unit on display.
     double getYForX(double x) const;
 
@@ -95,4 +98,5 @@ private:
     QColor color;
     bool userColorSet = false;
     QColor fixedCasing;
+    bool isThinned = false;
 };

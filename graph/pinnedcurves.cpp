@@ -17,6 +17,7 @@
 #include "graph/graphparts.h"
 #include "graph/myplotcurve.h"
 #include "graph/scalemanager.h"
+#include "graph/strokepath.h"
 
 namespace {
 
@@ -179,16 +180,19 @@ void PinnedCurves::stroke(QPainter* painter, const QwtScaleMap& xMap, const QwtS
         const QwtScaleMap yOwn = scaleOf(match.curve, yMap);
         painter->setPen(QPen(colorOf(match.run, parts.curves.at(match.curve)->getColor(), ground), penWidth));
         QPolygonF line;
+        const auto draw = [&] {
+            painter->drawPolyline(isThinned ? StrokePath::thinned(line) : line);
+            line.clear();
+        };
         for (int i = match.channel->leftPad; i < std::min(times.size(), samples.size()); ++i) {
             if (std::isfinite(samples.at(i))) {
                 line.append(
                     {xMap.transform(times.at(i)), yOwn.transform(samples.at(i) * unit.factor + unit.offset)});
                 continue;
             }
-            painter->drawPolyline(line);
-            line.clear();
+            draw();
         }
-        painter->drawPolyline(line);
+        draw();
     }
     drawNames(painter, canvasRect, ground);
     painter->restore();

@@ -34,6 +34,8 @@ public:
     /// `present` names what is on the graph, where that has a name.
     void setRuns(const QVector<PinnedRun>& pinned, const QString& present);
     bool isEmpty() const { return runs.isEmpty(); }
+    /// As myPlotCurve::setThinned().
+    void setThinned(bool tf) { isThinned = tf; }
 
     /// What the pinned runs have at a time where a curve of the graph is looked at, in the unit on display.
     struct Value
@@ -69,6 +71,7 @@ private:
     const std::unique_ptr<CurvePainter> columns;
     QVector<PinnedRun> runs;
     QString presentName;
+    bool isThinned = false;
     mutable QPixmap picture;
     mutable QVector<double> pictureKey;
 };

@@ -120,6 +120,8 @@ public:
     void setForPrint(bool tf);
     /// Around the canvas: dark texts for paper, or what can be read on the window's ground.
     void setTextsForPaper(bool tf);
+    /// On paper and in files: of a curve whose samples crowd what can be seen of it, instead of every sample.
+    void setThinned(bool tf);
     /// Brings the left edges and the widths of two graphs that stand one over the other together.
     static void alignGraphs(QwtPlot* main, QwtPlot* fft);
 

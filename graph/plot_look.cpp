@@ -21,6 +21,8 @@
 #include "graph/graphlegend.h"
 #include "graph/graphmouse.h"
 #include "graph/markerlayer.h"
+#include "graph/myplotcurve.h"
+#include "graph/pinnedcurves.h"
 
 namespace {
 
@@ -181,6 +183,14 @@ void Plot::setForPrint(bool tf)
     isActive = !tf;
     doActivePlotIndicator();
     setTextsForPaper(tf);
+}
+
+void Plot::setThinned(bool tf)
+{
+    for (int i = 0; i < curves->size(); ++i)
+        curves->at(i)->setThinned(tf);
+    if (pinned)
+        pinned->setThinned(tf);
 }
 
 void Plot::alignGraphs(QwtPlot* main, QwtPlot* fft)

@@ -2,6 +2,7 @@
 
 #include <QPointF>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -57,4 +58,29 @@ QPainterPath StrokePath::around(const QPolygonF& line, double width)
         }
     }
     return path;
+}
+
+QPolygonF StrokePath::thinned(const QPolygonF& line)
+{
+    constexpr double column = 1; // pixels, less than a pen is wide
+    QPolygonF points;
+    for (int i = 0; i < line.size();) {
+        const double place = std::floor(line[i].x() / column);
+        int lowest = i;
+        int highest = i;
+        int last = i;
+        for (int k = i + 1; k < line.size() && std::floor(line[k].x() / column) == place; ++k) {
+            lowest = line[k].y() < line[lowest].y() ? k : lowest;
+            highest = line[k].y() > line[highest].y() ? k : highest;
+            last = k;
+        }
+        int before = -1;
+        for (const int k : {i, std::min(lowest, highest), std::max(lowest, highest), last}) {
+            if (k != before)
+                points.append(line[k]);
+            before = k;
+        }
+        i = last + 1;
+    }
+    return points;
 }

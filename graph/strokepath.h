@@ -11,4 +11,8 @@ namespace StrokePath {
 /// without length.
 QPainterPath around(const QPolygonF& line, double width);
 
+/// The line without the points that lie in one narrow column with their neighbours, but for the first, the
+/// last, the lowest and the highest of each column: it looks the same, and its length follows its width.
+QPolygonF thinned(const QPolygonF& line);
+
 } // namespace StrokePath

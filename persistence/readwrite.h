@@ -11,7 +11,9 @@
 class ExpData;
 class Plot;
 class QIODevice;
+class QPainter;
 class QPrinter;
+class QRectF;
 class QWidget;
 class UserPrompt;
 class myPlotMarker;
@@ -69,6 +71,9 @@ public:
     using PrinterChoice = std::function<bool(QPrinter* printer)>;
     static bool askForPrinter(QPrinter* printer);
     static bool print(Plot* plot, const PrinterChoice& choose = askForPrinter, QString* reason = nullptr);
+
+    /// Draws a graph for paper: dark texts on what is there, all of `rect`.
+    static void drawOnPaper(Plot* graph, QPainter* painter, const QRectF& rect, bool isGray = false);
 
     // Folders and activities, in readwrite_activities.cpp
 

@@ -43,12 +43,7 @@ bool drawGraph(Plot* graph, QPaintDevice* page)
         return false;
     const QRectF all(QPointF(0, 0), pageDots());
     painter.fillRect(all, Qt::white);
-    QwtPlotRenderer renderer;
-    renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground);
-    renderer.setDiscardFlag(QwtPlotRenderer::DiscardCanvasBackground);
-    graph->setTextsForPaper(true);
-    renderer.render(graph, &painter, all);
-    graph->setTextsForPaper(false);
+    ReadWrite::drawOnPaper(graph, &painter, all);
     return painter.end();
 }
 
@@ -67,7 +62,7 @@ bool drawSvg(Plot* graph, QIODevice* out)
 {
     QSvgGenerator svg;
     svg.setOutputDevice(out);
-    svg.setTitle(graph->title().text());
+    svg.setTitle(graph->title().text().toHtmlEscaped()); // which nobody else does
     svg.setResolution(resolution);
     svg.setSize(pageDots());
     svg.setViewBox(QRect(QPoint(0, 0), pageDots()));
@@ -170,19 +165,12 @@ template<class Source> bool exportAsked(Source* source, bool extra, UserPrompt* 
 
 bool drawPage(QPagedPaintDevice* device, bool isGray, Plot* plot)
 {
-    QwtPlotRenderer renderer;
-    renderer.setDiscardFlag(QwtPlotRenderer::DiscardCanvasBackground);
-    renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground); // ink is for the curves
-    if (isGray)
-        renderer.setLayoutFlag(QwtPlotRenderer::FrameWithScales);
     QPainter painter;
     if (!painter.begin(device))
         return false;
     const QRectF page(0, 0, device->width(), device->height());
     painter.fillRect(page, Qt::white);
-    plot->setTextsForPaper(true);
-    renderer.render(plot, &painter, page);
-    plot->setTextsForPaper(false);
+    ReadWrite::drawOnPaper(plot, &painter, page, isGray);
     return painter.end();
 }
 
@@ -256,6 +244,18 @@ bool ReadWrite::exportDocument(QWidget* widget, const QString& filename, QString
     return save(filename, reason, [widget](QIODevice* out, const QByteArray& format, QString* cause) {
         return writeImage(widget->grab().toImage(), out, format, cause);
     });
+}
+
+void ReadWrite::drawOnPaper(Plot* graph, QPainter* painter, const QRectF& rect, bool isGray)
+{
+    QwtPlotRenderer renderer;
+    renderer.setDiscardFlag(QwtPlotRenderer::DiscardCanvasBackground);
+    renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground); // ink is for the curves
+    if (isGray)
+        renderer.setLayoutFlag(QwtPlotRenderer::FrameWithScales);
+    graph->setTextsForPaper(true);
+    renderer.render(graph, painter, rect);
+    graph->setTextsForPaper(false);
 }
 
 bool ReadWrite::print(Plot* plot, const PrinterChoice& choose, QString* reason)
