@@ -15,6 +15,7 @@
 #include <qwt_text.h>
 #include <qwt_text_label.h>
 
+#include "app/iconlists.h"
 #include "graph/myplotmarker.h"
 #include "instruments/juniorsensorpallete.h"
 #include "instruments/spectrumpane.h"
@@ -177,7 +178,7 @@ private Q_SLOTS:
         QTemporaryDir folder;
         bench.prompt.file = folder.filePath("spectrum.svg");
         auto* const exports = bench.window->findChild<QComboBox*>(QStringLiteral("exports"));
-        Q_EMIT exports->activated(exports->count() - 1);
+        Q_EMIT exports->activated(exports->findData(EXPORT_IMAGE));
         QFile picture(bench.prompt.file);
         QVERIFY(picture.open(QIODevice::ReadOnly) && picture.readAll().contains("Frequency [Hz]"));
 
