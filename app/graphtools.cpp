@@ -23,6 +23,7 @@ void GraphTools::watch(Plot* plot)
 {
     plot->canvas()->installEventFilter(this);
     connect(plot, &Plot::told, this, &GraphTools::told);
+    connect(plot, &Plot::pointedAt, this, [this, plot](const QPointF& pos) { Q_EMIT pointedAt(plot, pos); });
     connect(plot, &Plot::twoMarkersUpdated, this, [this, plot](const QString& text) {
         distances[plot] = text;
         tellDistance();
@@ -133,6 +134,9 @@ bool GraphTools::turn(Plot* plot, Mode mode, bool tf)
         return true;
     case Mode::Annotate:
         plot->enableAnnotate(tf);
+        return true;
+    case Mode::Read:
+        plot->enableReading(tf);
         return true;
     case Mode::Slope:
         plot->enableSlope(tf);

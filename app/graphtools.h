@@ -24,6 +24,7 @@ public:
         Zoom,
         Marker,
         Annotate,
+        Read, ///< a line through all graphs, with the values of all curves
         Slope ///< a tangent at the pointer, on the graph that the tools go to
     };
 
@@ -36,6 +37,8 @@ public:
     Plot* target();
     /// The same without a line.
     Plot* seen() const;
+    /// Those in sight, the class first.
+    QList<Plot*> shownPlots() const;
     ExpData* dataOf(const Plot* plot) const;
     /// The data set of the target; null as that.
     ExpData* targetData();
@@ -57,6 +60,8 @@ Q_SIGNALS:
     void modeChanged();
     /// A press in the canvas of a graph: its index, -1 for that of the class.
     void pressed(int index);
+    /// The pointer is here in the canvas of a graph that is read.
+    void pointedAt(Plot* plot, const QPointF& pos);
     /// Why nothing was done, or what to do.
     void told(const QString& text);
     /// How far the two crosses of the graph that the tools go to are apart; empty without them.
@@ -70,7 +75,6 @@ protected:
 private:
     void tellDistance();
     void forEachPlot(const std::function<void(Plot*)>& visit) const;
-    QList<Plot*> shownPlots() const;
     bool isSpectrum(const Plot* plot) const;
     bool turn(Plot* plot, Mode mode, bool tf);
 

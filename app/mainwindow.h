@@ -22,6 +22,7 @@
 
 class ClassNotices;
 class CommandMenu;
+class CurveReader;
 class ExpData;
 class GlobalLabUpload;
 class FitDialog;
@@ -300,6 +301,7 @@ private Q_SLOTS:
     void doZoom();
     void doMarker();
     void doAnnotate();
+    void doReadCurves();
     void doCrop();
     void doUndo();
     void doRedo();
@@ -322,6 +324,7 @@ private:
     void showUndo();
 
     GraphTools* tools = nullptr;
+    CurveReader* reader = nullptr;
     SideViews* sideViews = nullptr; ///< spectra and the like
     UndoSteps* steps = nullptr;
     FitDialog* fitDialog = nullptr; ///< null until it is asked for
@@ -493,7 +496,8 @@ private:
     /// Of a group, or of the class; the one that does gives the room back.
     void enlarge(int index);
     void enlargeChosen();
-    void showLarge();
+    /// Esc means one thing at a time.
+    void shareEscape();
 
     int iconDim = 72;
     QAction* openAct = nullptr;
@@ -502,6 +506,7 @@ private:
     QAction* zoomAct = nullptr;
     QAction* markerAct = nullptr;
     QAction* annotateAct = nullptr;
+    QAction* readAct = nullptr;
     QAction* cropAct = nullptr;
     QAction* undoAct = nullptr;
     QAction* redoAct = nullptr;

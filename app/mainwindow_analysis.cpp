@@ -2,6 +2,7 @@
 
 #include "app/mainwindow.h"
 
+#include "app/curvereader.h"
 #include "app/fitdialog.h"
 #include "app/graphtools.h"
 #include "app/iconlists.h"
@@ -35,6 +36,8 @@ void MainWindow::createTools()
     connect(tools, &GraphTools::edited, statusLine, &StatusLine::endAdvice);
     connect(tools, &GraphTools::edited, this, qOverload<int>(&MainWindow::updateAll));
     connect(tools, &GraphTools::pressed, this, &MainWindow::choosePlot);
+    reader = new CurveReader(tools, groupNames(), this);
+    addActions(reader->actions());
     steps = new UndoSteps(mTembrin, this);
     connect(steps, &UndoSteps::told, statusLine, &StatusLine::setAdvice);
     connect(steps, &UndoSteps::edited, this, &MainWindow::showEdited);
@@ -62,6 +65,8 @@ void MainWindow::showMode()
     zoomAct->setChecked(mode == GraphTools::Mode::Zoom);
     markerAct->setChecked(mode == GraphTools::Mode::Marker);
     annotateAct->setChecked(mode == GraphTools::Mode::Annotate);
+    readAct->setChecked(mode == GraphTools::Mode::Read);
+    shareEscape();
     if (!regression)
         return;
     const bool isSlope = mode == GraphTools::Mode::Slope;
@@ -85,6 +90,11 @@ void MainWindow::doMarker()
 void MainWindow::doAnnotate()
 {
     tools->setMode(GraphTools::Mode::Annotate, annotateAct->isChecked());
+}
+
+void MainWindow::doReadCurves()
+{
+    tools->setMode(GraphTools::Mode::Read, readAct->isChecked());
 }
 
 void MainWindow::doCrop()

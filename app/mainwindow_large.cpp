@@ -2,6 +2,7 @@
 
 #include "app/mainwindow.h"
 
+#include "app/curvereader.h"
 #include "app/graphtools.h"
 #include "app/iconlist.h"
 #include "app/largegraph.h"
@@ -14,7 +15,7 @@
 void MainWindow::createLargeGraph()
 {
     largeGraph = new LargeGraph(mTembrin, graphGridL, graph, this);
-    connect(largeGraph, &LargeGraph::changed, this, &MainWindow::showLarge);
+    connect(largeGraph, &LargeGraph::changed, this, &MainWindow::shareEscape);
     smallAct = new QAction(tr("All graphs"), this);
     smallAct->setObjectName(QStringLiteral("smallAct"));
     smallAct->setEnabled(false);
@@ -48,17 +49,21 @@ void MainWindow::enlargeChosen()
         enlarge(LargeGraph::classGraph);
 }
 
-/// One key can't mean two things: while a graph is large, Esc brings the others back, and stops only after
-/// that.
-void MainWindow::showLarge()
+/// One key can't mean two things: while curves are read, Esc ends that, while a graph is large, it brings the
+/// others back, and stops only after that.
+void MainWindow::shareEscape()
 {
-    const bool isLarge = largeGraph->shown().has_value();
+    const bool isRead = tools->mode() == GraphTools::Mode::Read;
+    const bool isLarge = largeGraph && largeGraph->shown().has_value();
     const QKeySequence escape(Qt::Key_Escape);
     QList<QKeySequence> stopKeys = stopAct->shortcuts();
     stopKeys.removeAll(escape);
-    if (!isLarge)
+    if (!isLarge && !isRead)
         stopKeys.prepend(escape);
     stopAct->setShortcuts(stopKeys);
-    smallAct->setShortcut(isLarge ? escape : QKeySequence());
+    reader->endAction()->setShortcut(isRead ? escape : QKeySequence());
+    if (!smallAct)
+        return;
+    smallAct->setShortcut(isLarge && !isRead ? escape : QKeySequence());
     smallAct->setEnabled(isLarge);
 }

@@ -75,7 +75,7 @@ void MainWindow::createMenu()
     QMenu* const graphs = commands->add(QStringLiteral("graphMenu"), tr("&Graph"));
     graphs->addActions({undoAct, redoAct});
     graphs->addSeparator();
-    graphs->addActions({zoomAct, markerAct, annotateAct, cropAct});
+    graphs->addActions({zoomAct, markerAct, readAct, annotateAct, cropAct});
     fillMenu(
         graphs->addMenu(tr("Functions")), regression, [](int code) { return keyOf(functionKeys, code); },
         [this](int row) { doFunctions(row); });

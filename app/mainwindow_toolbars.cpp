@@ -115,6 +115,8 @@ void MainWindow::createActions()
         {&MainWindow::annotateAct, "annotateAct", QT_TR_NOOP("&Annotate"), "Annotate",
          &MainWindow::doAnnotate,
          QT_TR_NOOP("Add annotations to graph"), {QStringLiteral("Ctrl+N")}},
+        {&MainWindow::readAct, "readAct", QT_TR_NOOP("Read"), "Read", &MainWindow::doReadCurves,
+         QT_TR_NOOP("Read all curves at one time"), {Qt::Key_F7}},
         {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", &MainWindow::doCrop,
          QT_TR_NOOP("Crop graph"), {QStringLiteral("Ctrl+K")}},
         {&MainWindow::undoAct, "undoAct", QT_TR_NOOP("Undo"), "Undo", &MainWindow::doUndo,
@@ -148,7 +150,7 @@ void MainWindow::createActions()
         addAction(action); // so that the keys work without a toolbar too
         this->*row.member = action;
     }
-    for (QAction* mode : {zoomAct, markerAct, annotateAct, runsAct})
+    for (QAction* mode : {zoomAct, markerAct, annotateAct, readAct, runsAct})
         mode->setCheckable(true);
 }
 
@@ -173,7 +175,7 @@ void MainWindow::createToolBars()
         fileToolBar->addWidget(createSimulationButton());
     exports = addIconList(fileToolBar, IconList::Kind::Button, "exports", tr("Export"));
     fileToolBar->addAction(printAct);
-    graphToolBar->addActions({zoomAct, markerAct, annotateAct, cropAct, undoAct});
+    graphToolBar->addActions({zoomAct, markerAct, readAct, annotateAct, cropAct, undoAct});
     regression = addIconList(graphToolBar, IconList::Kind::Button, "regression", tr("Functions"));
     tembrinToolBar->addActions(
         {colabConnectAct, basicSetupAct, runAct, stopAct, runsAct, downloadAct, advancedSetupAct});

@@ -131,6 +131,17 @@ void GraphMouse::enableSlope(bool tf)
     slope.setOn(tf && traits.takesAnalyses);
 }
 
+void GraphMouse::enableReading(bool tf)
+{
+    if (tf) {
+        enableZoom(false);
+        isAnnotate = isMarker = false;
+        enableSlope(false);
+    }
+    isReading = tf;
+    plot.canvas()->setMouseTracking(tf);
+}
+
 bool GraphMouse::eventFilter(QObject* object, QEvent* event)
 {
     if (object == plot.axisWidget(QwtPlot::yLeft)) {
@@ -227,6 +238,8 @@ void GraphMouse::press(const QMouseEvent& event)
 
 void GraphMouse::pressLeft(const QPointF& pos)
 {
+    if (isReading) // a touch has no moves
+        Q_EMIT pointedAt(pos);
     if (markers.take(pos))
         return;
     if (isAnnotate)
@@ -247,6 +260,8 @@ void GraphMouse::move(const QPointF& pos)
         slope.follow(pos);
     } else {
         markers.drag(pos);
+        if (isReading)
+            Q_EMIT pointedAt(pos);
     }
 }
 

@@ -33,6 +33,7 @@ public:
     void enableAnnotate(bool tf);
     void enableMarker(bool tf);
     void enableSlope(bool tf);
+    void enableReading(bool tf);
     bool isSlopeOn() const { return isSlope; }
 
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -52,6 +53,8 @@ Q_SIGNALS:
     /// A press for a cross where the kind of graph takes none.
     void crossRefused();
     void noteAsked(const QPointF& pos);
+    /// While the graph is read.
+    void pointedAt(const QPointF& pos);
     void zoomedIn(const QRectF& rect);
     void zoomedOut();
 
@@ -77,6 +80,7 @@ private:
     bool isAnnotate = false;
     bool isMarker = false;
     bool isSlope = false;
+    bool isReading = false;
     std::unique_ptr<EscapeWatch> escape; ///< while a button is down
     std::optional<QPointF> pannedTo;
 };

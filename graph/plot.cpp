@@ -22,6 +22,7 @@
 #include "graph/markerlayer.h"
 #include "graph/markermouse.h"
 #include "graph/pinnedcurves.h"
+#include "graph/readingline.h"
 #include "graph/scalemanager.h"
 #include "graph/slopetool.h"
 #include "graph/spectrumkind.h"
@@ -194,6 +195,7 @@ void Plot::connectMouse()
     });
     connect(from, &GraphMouse::crossRefused, this, &Plot::refuseAnalysis);
     connect(from, &GraphMouse::noteAsked, this, &Plot::newAnnotation);
+    connect(from, &GraphMouse::pointedAt, this, &Plot::pointedAt);
     connect(from, &GraphMouse::zoomedIn, this, [this](const QRectF& rect) { kind->zoomIn(rect); });
     connect(from, &GraphMouse::zoomedOut, this, [this] { kind->zoomOut(); });
 }
@@ -336,14 +338,19 @@ void Plot::replot()
     axes->settle();
     QwtPlot::replot();
     layer->placeTexts(); // the picture follows when the canvas paints
+    if (reader)
+        reader->place();
 }
 
 // What the axes leave to the canvas is known only when they have been laid out.
 bool Plot::eventFilter(QObject* object, QEvent* event)
 {
     const bool isTaken = QwtPlot::eventFilter(object, event);
-    if (object == canvas() && event->type() == QEvent::Resize)
+    if (object == canvas() && event->type() == QEvent::Resize) {
         layer->placeTexts();
+        if (reader)
+            reader->place();
+    }
     return isTaken;
 }
 
@@ -402,6 +409,21 @@ void Plot::enableSlope(bool tf)
     if (tf && !traits.takesAnalyses)
         refuseAnalysis();
     mouse->enableSlope(tf);
+}
+
+void Plot::enableReading(bool tf)
+{
+    const bool isRead = tf && (traits.markers == MarkerForm::Frequency || traits.takesAnalyses);
+    mouse->enableReading(isRead);
+    if (!isRead)
+        reader.reset();
+    else if (!reader)
+        reader = std::make_unique<ReadingLine>(*parts, traits.markers);
+}
+
+QVector<Reading> Plot::readings(double x, double pixelY) const
+{
+    return reader ? reader->readings(x, pixelY, pinned.get()) : QVector<Reading>();
 }
 
 void Plot::refuseAnalysis()

@@ -30,6 +30,7 @@ class MarkerLayer;
 class MarkerMouse;
 class PinnedCurves;
 class QwtPlotGrid;
+class ReadingLine;
 class SlopeTool;
 class UserPrompt;
 class myPlotCurve;
@@ -37,6 +38,7 @@ class scaleManager;
 struct GraphParts;
 struct KindTraits;
 struct PinnedRun;
+struct Reading;
 
 /// What a person did to one graph alone, as a value.
 struct PlotState
@@ -83,6 +85,7 @@ private:
     std::unique_ptr<GraphLegend> legendPart; ///< null for a graph that has none
     std::unique_ptr<GraphKind> kind;
     std::unique_ptr<PinnedCurves> pinned; ///< null until there are some
+    std::unique_ptr<ReadingLine> reader;  ///< null unless its mode is on
     BarKind* bars = nullptr;              ///< the kind, of a bar graph
     std::unique_ptr<GraphMouse> mouse;
 
@@ -183,6 +186,11 @@ public:
     void enableAnnotate(bool tf);
     void enableMarker(bool tf);
     void enableSlope(bool tf);
+    void enableReading(bool tf);
+    /// The line at which the graph is read; null unless that mode is on, and for bars.
+    ReadingLine* reading() const { return reader.get(); }
+    /// Of curves in sight and of pinned runs, at a place of the line and the height of the pointer.
+    QVector<Reading> readings(double x, double pixelY) const;
 
     // What the user places
 
@@ -242,6 +250,8 @@ Q_SIGNALS:
     void changedActiveCurve(int index, int iSens);
     /// A press on the title: this graph's index, or -1 if it was the chosen one.
     void changedActivePlot(int index);
+    /// The pointer is here on the canvas, while the graph can be read.
+    void pointedAt(const QPointF& pos);
     /// A double click on nothing but the ground.
     void enlargeAsked(int index);
     void titleChanged(const QString& text);

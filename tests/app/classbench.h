@@ -38,7 +38,7 @@ public:
         window.reset(new MainWindow(&prompt));
         manager = window->findChild<multiConnectionsManager*>();
         manager->setPortFactory(ports.factory());
-        window->resize(1280, 800);
+        window->resize(1400, 800); // the toolbars in one row
         window->show();
     }
 

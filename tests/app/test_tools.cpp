@@ -10,6 +10,7 @@
 
 #include <qwt_text.h>
 
+#include "app/readingtable.h"
 #include "graph/myplotmarker.h"
 #include "instruments/statusline.h"
 #include "tests/app/classbench.h"
@@ -67,6 +68,50 @@ private Q_SLOTS:
         QTest::mouseClick(plot->canvas(), Qt::LeftButton);
         QTest::mouseClick(plot->canvas(), Qt::LeftButton, {}, QPoint(20, 20));
         QCOMPARE(plot->markers.size(), 4);
+    }
+
+    /// One line through the graphs that count the same, and one table of all that is in sight at its time.
+    void curvesAreReadAtOneTime()
+    {
+        ClassBench bench(2);
+        fill(bench);
+        for (short n = 0; n < 50; n += 2)
+            bench.sample(1, n, 100 - n);
+        bench.action("layoutAct3")->trigger();
+        bench.manager->plotC()->Update();
+        QAction* const read = bench.action("readAct");
+        read->trigger();
+        const auto* const table = bench.window->findChild<ReadingTable*>();
+        const auto isLineIn = [&](Plot* plot) {
+            const auto* const line = plot->findChild<QWidget*>(QStringLiteral("readingLine"));
+            return line && line->isVisible();
+        };
+        Plot* const first = bench.manager->plotAt(0);
+        const auto pointAt = [&](double x) {
+            const QPointF pos(first->transform(QwtPlot::xBottom, x), 50);
+            QMouseEvent move(QEvent::MouseMove, pos, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+            QApplication::sendEvent(first->canvas(), &move);
+        };
+        pointAt(7);
+        const QString text = table->text();
+        for (const char* line : {"Time = 0:07.0 min", "Group A\tHumidity\t2.1\t%RH", "Group B\tHumidity\t93.0\t%RH",
+                                 "Average\tHumidity\t2.1\t%RH", "straight line"})
+            QVERIFY2(text.contains(QLatin1String(line)), qPrintable(text));
+        QCOMPARE(text.count(QStringLiteral("Humidity")), 3); // what the class repeats is left out
+        for (const int i : {-1, 0, 1})
+            QVERIFY2(isLineIn(bench.manager->viewsOf(i).first()), qPrintable(QString::number(i)));
+        pointAt(48.5); // behind the last sample of the second group
+        QVERIFY2(table->text().contains(QStringLiteral("Group B\tHumidity\t\t%RH")),
+                 qPrintable(table->text()));
+        bench.data(0)->setXYIndex(1);
+        QTRY_VERIFY(!isLineIn(first) || !isLineIn(bench.manager->plotAt(1)));
+        pointAt(bench.data(0)->getYAt(1, 30));
+        QVERIFY2(isLineIn(first) && !isLineIn(bench.manager->plotAt(1)), qPrintable(table->text()));
+        QVERIFY2(table->text().contains(QStringLiteral("nearest sample")), qPrintable(table->text()));
+        QVERIFY(!bench.action("stopAct")->shortcuts().contains(Qt::Key_Escape));
+        bench.action("endReadingAct")->trigger();
+        QVERIFY(!table->isVisible() && !isLineIn(first) && !read->isChecked());
+        QVERIFY(bench.action("stopAct")->shortcuts().contains(Qt::Key_Escape));
     }
 
     void functionsWorkOnTheChosenGraph_data()
