@@ -44,6 +44,7 @@ class RunLine;
 class RunRecorder;
 class RunRecovery;
 class RunsPanel;
+class SelfRun;
 class SideViews;
 class SimulationPanel;
 class StatusLine;
@@ -213,6 +214,7 @@ private Q_SLOTS:
 
 private:
     void connectFlows();
+    void createSelfRun();
     std::function<QString(int)> groupNames() const;
     void countSkipped(double dt);
     QStringList groupsNotSetUp() const;
@@ -227,6 +229,7 @@ private:
     ClassNotices* notices = nullptr;
     StatusLine* statusLine = nullptr; ///< what is being done, and what came of it
     RunLine* runLine = nullptr;       ///< how the run stands
+    SelfRun* selfRun = nullptr;       ///< runs that begin and end by themselves
     QString notStopped;               ///< the last line about a stop
     bool isOnlyStaticClassMode = false;
     QString runTitle; ///< of the class graph, when it shows the last run

@@ -5,6 +5,7 @@
 #include "app/commandmenu.h"
 #include "app/iconlist.h"
 #include "app/iconlists.h"
+#include "app/selfrun.h"
 #include "classroom/views.h"
 
 #include <QAction>
@@ -82,6 +83,15 @@ void MainWindow::createMenu()
 
     QMenu* const loggers = commands->add(QStringLiteral("loggerMenu"), tr("&Loggers"));
     loggers->addActions({colabConnectAct, basicSetupAct, runAct, stopAct, downloadAct});
+    QAction* const byItself = commands->command(loggers, QStringLiteral("selfRunAct"), tr("Run by itself..."),
+                                                QStringLiteral("Ctrl+F5"), [this] { selfRun->ask(); });
+    byItself->setStatusTip(tr("Run after a countdown or at a level, stop after a time, repeat"));
+    if (auto* button = qobject_cast<QToolButton*>(tembrinToolBar->widgetForAction(runAct))) {
+        auto* menu = new QMenu(button);
+        menu->addAction(byItself);
+        button->setMenu(menu);
+        button->setPopupMode(QToolButton::MenuButtonPopup);
+    }
     commands->command(loggers, QStringLiteral("chooseExperimentAct"), tr("Select experiment"),
                       QStringLiteral("Ctrl+Shift+X"), [this] {
                           if (downloadAct->isEnabled())

@@ -4,6 +4,7 @@
 #include "app/refreshclock.h"
 #include "app/runline.h"
 #include "app/runrecorder.h"
+#include "app/selfrun.h"
 #include "app/sideviews.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
@@ -27,6 +28,7 @@ constexpr int msBetweenPumps = 20;
 
 void MainWindow::connectFlows()
 {
+    createSelfRun();
     const CommandQueue* queue = &mTembrin->queue();
     connect(queue, &CommandQueue::changed, this, &MainWindow::updateActions);
     connect(queue, &CommandQueue::begun, this, &MainWindow::clearOutcome);
@@ -64,6 +66,8 @@ void MainWindow::updateActions()
     const bool isIdle = mTembrin->queue().isIdle();
     const bool isRunning = mTembrin->isAnyRunning();
     updateRunStopButton(!isRunning && !mTembrin->run().isAwaited());
+    if (selfRun->isWaiting())
+        stopAct->setVisible(true); // it gives up
     runAct->setEnabled(isIdle);
     basicSetupAct->setEnabled(isIdle);
     downloadAct->setEnabled(isIdle && !isRunning);
@@ -96,6 +100,19 @@ void MainWindow::clearOutcome(ClassJob::Task task)
 
 // --- Start and stop ---
 
+void MainWindow::createSelfRun()
+{
+    const auto stop = [this] {
+        runLine->noteStop();
+        mTembrin->sendCmdToAll(CMD_STOP_LOGGING);
+    };
+    selfRun = new SelfRun(
+        mTembrin, [this] { doRun(); }, stop, this);
+    connect(selfRun, &SelfRun::changed, this, &MainWindow::updateActions);
+    connect(selfRun, &SelfRun::told, statusLine, &StatusLine::setOutcome);
+    connect(selfRun, &SelfRun::stopWanted, this, &MainWindow::doStopAll);
+}
+
 void MainWindow::doRun()
 {
     closePage();
@@ -124,6 +141,9 @@ QStringList MainWindow::groupsNotSetUp() const
 
 void MainWindow::doStopAll()
 {
+    const bool isGivenUp = selfRun->giveUp();
+    if (isGivenUp && !mTembrin->isAnyRunning() && !mTembrin->run().isAwaited())
+        return;
     runLine->noteStop();
     mTembrin->sendCmdToAll(CMD_STOP_LOGGING);
 }

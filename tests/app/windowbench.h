@@ -6,6 +6,7 @@
 #include "app/mainwindow.h"
 #include "classroom/loggerconnector.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "common/settings.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
 #include "protocol/tembrindata.h"
@@ -20,9 +21,11 @@
 class WindowBench : public VirtualBench
 {
 public:
-    explicit WindowBench(const QVector<LoggerIdentity>& loggers)
+    explicit WindowBench(const QVector<LoggerIdentity>& loggers, const QVector<const char*>& switchedOff = {})
         : VirtualBench(loggers)
     {
+        for (const char* key : switchedOff)
+            Settings::mainStore().setValue(QLatin1String(key), false);
         initPellandraResources();
         window.reset(new MainWindow(&prompt));
         manager = window->findChild<multiConnectionsManager*>();
