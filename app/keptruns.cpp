@@ -2,33 +2,14 @@
 
 #include "app/runpicture.h"
 #include "app/runrecorder.h"
-#include "common/settings.h"
 #include "data/runaverage.h"
-
-#include <QSet>
+#include "persistence/sampleshelf.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace {
-
-constexpr int defaultMemory = 2048; // MB
-constexpr qint64 megabyte = 1 << 20;
-
-/// Each once, however many runs have it.
-void addSamples(const StoredExperiment& experiment, QSet<const double*>* counted, qint64* bytes)
-{
-    const auto add = [&](const QVector<double>& samples) {
-        if (samples.isEmpty() || counted->contains(samples.constData()))
-            return;
-        counted->insert(samples.constData());
-        *bytes += qint64(samples.size()) * qint64(sizeof(double));
-    };
-    add(experiment.times);
-    for (const StoredExperiment::Channel& channel : experiment.channels)
-        add(channel.samples);
-}
 
 bool hasSamples(const Lesson::Part& part)
 {
@@ -71,12 +52,37 @@ bool isWithin(const LessonRun& run, const LessonRun& other, bool isByValue)
     });
 }
 
+/// The same bits, where nothing else is left of the other to compare.
+bool isWithin(const LessonRun& run, const QVector<SampleShelf::Sums>& sums, const KeptRun& other)
+{
+    for (int i = 0; i < run.parts.size(); ++i) {
+        const Lesson::Part& part = run.parts.at(i);
+        bool isFound = !hasSamples(part) || (part.isClass && !run.isClassOfFile);
+        for (int at = 0; at < other.outline.parts.size() && !isFound; ++at) {
+            const Lesson::Part& its = other.outline.parts.at(at);
+            isFound =
+                part.isClass == its.isClass && part.slot == its.slot && sums.at(i) == other.shelf->sums(at);
+        }
+        if (!isFound)
+            return false;
+    }
+    return true;
+}
+
 } // namespace
+
+std::optional<LessonRun> KeptRun::whole() const
+{
+    LessonRun run = outline;
+    if (shelf && !shelf->fill(&run))
+        return {};
+    return run;
+}
 
 double KeptRun::duration() const
 {
     double last = 0;
-    for (const Lesson::Part& part : run.parts) {
+    for (const Lesson::Part& part : outline.parts) {
         if (hasSamples(part) && part.experiment.rate > 0)
             last = std::max(last, part.experiment.times.constLast());
     }
@@ -86,7 +92,7 @@ double KeptRun::duration() const
 const Lesson::Part* KeptRun::partOf(int index, const QString& group) const
 {
     const Lesson::Part* inPlace = nullptr;
-    for (const Lesson::Part& part : run.parts) {
+    for (const Lesson::Part& part : outline.parts) {
         if (!hasSamples(part) || part.isClass != (index < 0))
             continue;
         if (part.isClass || part.group == group)
@@ -100,8 +106,8 @@ const Lesson::Part* KeptRun::partOf(int index, const QString& group) const
 QStringList KeptRun::groups() const
 {
     QStringList names;
-    for (const Lesson::Part& part : run.parts) {
-        if (!part.isClass && hasSamples(part) && (part.isInClass || run.isClassOfFile))
+    for (const Lesson::Part& part : outline.parts) {
+        if (!part.isClass && hasSamples(part) && (part.isInClass || outline.isClassOfFile))
             names.append(part.group);
     }
     return names;
@@ -111,11 +117,6 @@ KeptRuns::KeptRuns(RunRecorder* recorder, QObject* parent)
     : QObject(parent)
     , recorder(recorder)
 {
-}
-
-qint64 KeptRuns::limit()
-{
-    return qint64(Settings::mainStore().value(Settings::runsMemory, defaultMemory).toInt()) * megabyte;
 }
 
 int KeptRuns::place(int id) const
@@ -135,7 +136,7 @@ QVector<const KeptRun*> KeptRuns::pinned() const
 {
     QVector<const KeptRun*> some;
     for (const KeptRun& run : runs) {
-        if (run.run.isPinned)
+        if (run.outline.isPinned)
             some.append(&run);
     }
     return some;
@@ -155,21 +156,6 @@ QVector<int> KeptRuns::ids() const
     return all;
 }
 
-qint64 KeptRuns::size() const
-{
-    QSet<const double*> counted;
-    qint64 bytes = 0;
-    for (const QVector<KeptRun>* list : {&runs, &removed}) {
-        for (const KeptRun& run : *list) {
-            for (const Lesson::Part& part : run.run.parts) {
-                addSamples(part.experiment, &counted, &bytes);
-                addSamples(part.raw, &counted, &bytes);
-            }
-        }
-    }
-    return bytes;
-}
-
 QImage KeptRuns::picture(int id, const QSize& size)
 {
     const KeptRun* const run = find(id);
@@ -177,7 +163,7 @@ QImage KeptRuns::picture(int id, const QSize& size)
         return {};
     QImage& image = pictures[id];
     if (image.size() != size)
-        image = RunPicture::of(run->run, size);
+        image = RunPicture::of(run->whole().value_or(run->outline), size);
     return image;
 }
 
@@ -187,8 +173,10 @@ QImage KeptRuns::picture(int id, const QSize& size)
 int KeptRuns::equal(const LessonRun& run) const
 {
     const auto* const found = std::find_if(runs.cbegin(), runs.cend(), [&](const KeptRun& own) {
-        return own.run.begun.toSecsSinceEpoch() == run.begun.toSecsSinceEpoch() &&
-               isWithin(run, own.run, true) && isWithin(own.run, run, true);
+        if (own.outline.begun.toSecsSinceEpoch() != run.begun.toSecsSinceEpoch())
+            return false;
+        const std::optional<LessonRun> its = own.whole();
+        return its && isWithin(run, *its, true) && isWithin(*its, run, true);
     });
     return found == runs.cend() ? -1 : int(found - runs.cbegin());
 }
@@ -196,8 +184,14 @@ int KeptRuns::equal(const LessonRun& run) const
 /// The place of one that has all of its samples; -1 for none.
 int KeptRuns::holder(const LessonRun& run) const
 {
-    const auto* const found = std::find_if(
-        runs.cbegin(), runs.cend(), [&](const KeptRun& other) { return isWithin(run, other.run, false); });
+    QVector<SampleShelf::Sums> sums;
+    const auto* const found = std::find_if(runs.cbegin(), runs.cend(), [&](const KeptRun& other) {
+        if (!other.shelf)
+            return isWithin(run, other.outline, false);
+        for (int i = sums.size(); i < run.parts.size(); ++i)
+            sums.append(SampleShelf::sumsOf(run.parts.at(i).experiment));
+        return isWithin(run, sums, other);
+    });
     return found == runs.cend() ? -1 : int(found - runs.cbegin());
 }
 
@@ -215,6 +209,7 @@ void KeptRuns::keep(const LessonRun& run, bool isSaved, const QString& name)
         append(run, isSaved, name, journal);
     else
         recorder->refuseKept(journal);
+    layDown();
     Q_EMIT changed();
 }
 
@@ -222,11 +217,13 @@ void KeptRuns::keep(const LessonRun& run, bool isSaved, const QString& name)
 void KeptRuns::replace(int at, const LessonRun& run, bool isSaved, const QString& journal)
 {
     KeptRun& own = runs[at];
-    const QString itsName = own.run.name;
-    const bool isPinned = own.run.isPinned;
-    own.run = run;
-    own.run.name = itsName;
-    own.run.isPinned = isPinned;
+    const QString itsName = own.outline.name;
+    const bool isPinned = own.outline.isPinned;
+    own.outline = run;
+    own.shelf.reset();
+    ++own.change;
+    own.outline.name = itsName;
+    own.outline.isPinned = isPinned;
     own.isSaved = isSaved;
     own.journal = journal;
     pictures.remove(own.id);
@@ -244,9 +241,9 @@ void KeptRuns::keepPart(const LessonRun& run, bool isSaved)
 
 void KeptRuns::append(const LessonRun& run, bool isSaved, const QString& name, const QString& journal)
 {
-    KeptRun own{newId(), run, isSaved, journal};
-    own.run.isPinned = false;
-    own.run.name = name.isEmpty() ? tr("Run %1").arg(++lastNumber) : name;
+    KeptRun own{newId(), run, isSaved, journal, nullptr, 0};
+    own.outline.isPinned = false;
+    own.outline.name = name.isEmpty() ? tr("Run %1").arg(++lastNumber) : name;
     runs.append(own);
     isAsked = false;
     fitMemory();
@@ -259,11 +256,13 @@ void KeptRuns::noteShown(int id)
     if (at < 0)
         return;
     quint8 groups = 0;
-    for (const Lesson::Part& part : runs.at(at).run.parts) {
+    for (const Lesson::Part& part : runs.at(at).outline.parts) {
         if (!part.isClass && hasSamples(part))
             groups |= quint8(1u << part.slot);
     }
     recorder->takeKept(std::exchange(runs[at].journal, QString()), groups);
+    ++runs[at].change;
+    layDown();
     Q_EMIT changed();
 }
 
@@ -275,8 +274,8 @@ void KeptRuns::takeLesson(const Lesson& lesson)
     for (const LessonRun& run : lesson.kept) {
         if (equal(run) >= 0)
             continue;
-        KeptRun own{newId(), run, true, QString()};
-        own.run.isPinned = run.isPinned && pinned().size() < mostPinned;
+        KeptRun own{newId(), run, true, QString(), nullptr, 0};
+        own.outline.isPinned = run.isPinned && pinned().size() < mostPinned;
         runs.append(own);
     }
     fitMemory();
@@ -284,12 +283,16 @@ void KeptRuns::takeLesson(const Lesson& lesson)
     Q_EMIT pinsChanged();
 }
 
-QVector<LessonRun> KeptRuns::forLesson() const
+QVector<LessonRun> KeptRuns::forLesson()
 {
     QVector<LessonRun> all;
     for (const KeptRun& run : runs) {
-        if (run.id != shownId)
-            all.append(run.run);
+        if (run.id == shownId)
+            continue;
+        if (const std::optional<LessonRun> whole = run.whole())
+            all.append(*whole);
+        else
+            tellUnreadable(run);
     }
     return all;
 }
@@ -314,7 +317,7 @@ bool KeptRuns::setName(int id, const QString& name)
     const int at = place(id);
     if (at < 0)
         return false;
-    runs[at].run.name = name;
+    runs[at].outline.name = name;
     runs[at].isSaved = false;
     Q_EMIT changed();
     Q_EMIT pinsChanged(); // it is named where it is pinned
@@ -325,9 +328,9 @@ void KeptRuns::rename(int id, const QString& name)
 {
     const KeptRun* const run = find(id);
     const QString text = name.simplified();
-    if (!run || text.isEmpty() || text == run->run.name)
+    if (!run || text.isEmpty() || text == run->outline.name)
         return;
-    const QString before = run->run.name;
+    const QString before = run->outline.name;
     setName(id, text);
     Q_EMIT done(tr("Name of %1").arg(text),
                 [this, id, before, text](bool isBack) { return setName(id, isBack ? before : text); });
@@ -338,11 +341,11 @@ bool KeptRuns::setPinned(int id, bool tf)
     const int at = place(id);
     if (at < 0)
         return false;
-    if (tf && !runs.at(at).run.isPinned && pinned().size() == mostPinned) {
+    if (tf && !runs.at(at).outline.isPinned && pinned().size() == mostPinned) {
         Q_EMIT told(tr("Three runs are pinned already: unpin one of them first."));
         return false;
     }
-    runs[at].run.isPinned = tf;
+    runs[at].outline.isPinned = tf;
     Q_EMIT changed();
     Q_EMIT pinsChanged();
     return true;
@@ -351,22 +354,22 @@ bool KeptRuns::setPinned(int id, bool tf)
 void KeptRuns::pin(int id, bool tf)
 {
     const KeptRun* const run = find(id);
-    if (!run || run->run.isPinned == tf || !setPinned(id, tf))
+    if (!run || run->outline.isPinned == tf || !setPinned(id, tf))
         return;
-    const QString name = find(id)->run.name;
+    const QString name = find(id)->outline.name;
     Q_EMIT done(tf ? tr("Pin %1").arg(name) : tr("Unpin %1").arg(name),
                 [this, id, tf](bool isBack) { return setPinned(id, tf != isBack); });
 }
 
 void KeptRuns::average(int first, int second)
 {
-    const KeptRun* const one = find(first);
-    const KeptRun* const other = find(second);
+    const KeptRun* const one = wake(first);
+    const KeptRun* const other = wake(second);
     if (!one || !other)
         return;
-    LessonRun run = one->run;
+    LessonRun run = one->outline;
     run.parts.clear();
-    for (const Lesson::Part& part : one->run.parts) {
+    for (const Lesson::Part& part : one->outline.parts) {
         const Lesson::Part* const its = other->partOf(part.slot, part.group);
         if (!hasSamples(part) || !its)
             continue;
@@ -379,13 +382,14 @@ void KeptRuns::average(int first, int second)
             run.parts.append(mean);
     }
     if (run.parts.isEmpty()) {
-        Q_EMIT told(tr("%1 and %2 have no sensor of a group in common.").arg(one->run.name, other->run.name));
+        Q_EMIT told(
+            tr("%1 and %2 have no sensor of a group in common.").arg(one->outline.name, other->outline.name));
         return;
     }
-    run.name = tr("Average of %1 and %2").arg(one->run.name, other->run.name);
+    run.name = tr("Average of %1 and %2").arg(one->outline.name, other->outline.name);
     run.isPinned = pinned().size() < mostPinned;
     const int id = newId();
-    runs.append({id, run, false, QString()});
+    runs.append({id, run, false, QString(), nullptr, 0});
     fitMemory();
     Q_EMIT changed();
     Q_EMIT pinsChanged();
@@ -414,7 +418,7 @@ bool KeptRuns::putBack(int id, int at)
         return false;
     KeptRun run = *found;
     removed.erase(found);
-    run.run.isPinned = run.run.isPinned && pinned().size() < mostPinned;
+    run.outline.isPinned = run.outline.isPinned && pinned().size() < mostPinned;
     runs.insert(std::min(at, runs.size()), run);
     Q_EMIT changed();
     Q_EMIT pinsChanged();
@@ -426,51 +430,8 @@ void KeptRuns::remove(int id)
     const int at = place(id);
     if (at < 0)
         return;
-    const QString name = runs.at(at).run.name;
+    const QString name = runs.at(at).outline.name;
     takeAway(id);
     Q_EMIT done(tr("Delete %1").arg(name),
                 [this, id, at](bool isBack) { return isBack ? putBack(id, at) : takeAway(id); });
-}
-
-// --- Memory ---
-
-/// First what was deleted, then the oldest that is in a file.
-void KeptRuns::fitMemory()
-{
-    const qint64 most = limit();
-    while (size() > most) {
-        if (!removed.isEmpty()) {
-            recorder->refuseKept(removed.takeFirst().journal);
-            continue;
-        }
-        const auto* const oldest = std::find_if(runs.cbegin(), runs.cend(), [this](const KeptRun& run) {
-            return run.isSaved && !run.run.isPinned && run.id != shownId;
-        });
-        if (oldest == runs.cend())
-            return;
-        Q_EMIT told(tr("%1 is no longer in the list of runs, which is full: it is in its file.")
-                        .arg(oldest->run.name));
-        drop(oldest->id);
-    }
-}
-
-int KeptRuns::tooMuch() const
-{
-    if (isAsked || size() <= limit())
-        return 0;
-    const auto* const oldest = std::find_if(runs.cbegin(), runs.cend(), [this](const KeptRun& run) {
-        return run.id != shownId && !run.run.isPinned;
-    });
-    return oldest == runs.cend() ? 0 : oldest->id;
-}
-
-void KeptRuns::drop(int id)
-{
-    const int at = place(id);
-    if (at < 0)
-        return;
-    recorder->refuseKept(runs.at(at).journal);
-    pictures.remove(id);
-    runs.removeAt(at);
-    Q_EMIT changed();
 }

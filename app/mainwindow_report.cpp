@@ -48,7 +48,7 @@ ReportSource MainWindow::reportSource()
 {
     ReportSource source;
     const KeptRun* const shown = keptRuns->find(keptRuns->shown());
-    source.title = shown ? shown->run.name : keptName();
+    source.title = shown ? shown->outline.name : keptName();
     source.begun = runBegun;
     source.note = leftOutLine->isHidden() ? QString() : leftOutLine->text();
     for (int i = -1; i < (isOnlyStaticClassMode ? 0 : mTembrin->nDefTembrins()); ++i) {
@@ -57,7 +57,7 @@ ReportSource MainWindow::reportSource()
         if (i >= 0)
             copy.title = groupTitle(titleName(i), *mTembrin->dataAt(i), i);
         copy.pinned = pinsOf(i);
-        copy.present = shown ? shown->run.name : QString();
+        copy.present = shown ? shown->outline.name : QString();
         if (!copy.isEmpty())
             source.graphs.append(copy);
     }

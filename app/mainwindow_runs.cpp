@@ -11,6 +11,7 @@
 #include "graph/pinnedcurves.h"
 #include "graph/plot.h"
 #include "instruments/statusline.h"
+#include "persistence/sampleshelf.h"
 
 #include <QAction>
 #include <QFileInfo>
@@ -75,15 +76,18 @@ void MainWindow::showKept(int id)
     if (!found || id == keptRuns->shown() || isSaving ||
         isBusy(tr("A kept run can be shown when no logger is busy.")))
         return;
-    const KeptRun kept = *found;
+    const KeptRun* const awake = keptRuns->wake(id);
+    if (!awake)
+        return;
+    const KeptRun kept = *awake;
     keepPresent();
-    showRun(kept.run);
+    showRun(kept.outline);
     keptRuns->noteShown(id);
     for (int i = -1; !kept.isSaved && i < mTembrin->nDefTembrins(); ++i) {
         ExpData* const set = i < 0 ? mTembrin->dataC() : mTembrin->dataAt(i);
         set->setNeedSave(set->getXSize() > 0);
     }
-    statusLine->setAdvice(tr("%1 is on the graphs.").arg(kept.run.name));
+    statusLine->setAdvice(tr("%1 is on the graphs.").arg(kept.outline.name));
 }
 
 void MainWindow::toggleRuns()
@@ -111,8 +115,15 @@ QVector<PinnedRun> MainWindow::pinsOf(int index) const
 {
     QVector<PinnedRun> pinned;
     for (const KeptRun* run : keptRuns->pinned()) {
-        if (const Lesson::Part* part = run->partOf(index, index < 0 ? QString() : titleName(index)))
-            pinned.append({run->run.name, part->experiment});
+        const Lesson::Part* const part = run->partOf(index, index < 0 ? QString() : titleName(index));
+        if (!part)
+            continue;
+        PinnedRun behind{run->outline.name, part->experiment, {}};
+        if (run->shelf) {
+            behind.column = [shelf = run->shelf, at = int(part - run->outline.parts.constData())](
+                                int channel) { return shelf->column(at, channel); };
+        }
+        pinned.append(behind);
     }
     return pinned;
 }
@@ -122,7 +133,7 @@ void MainWindow::showPins(int index)
     const QVector<PinnedRun> pinned = pinsOf(index);
     const KeptRun* const shown = keptRuns->find(keptRuns->shown());
     for (Plot* plot : mTembrin->viewsOf(index))
-        plot->setPinned(pinned, shown ? shown->run.name : QString());
+        plot->setPinned(pinned, shown ? shown->outline.name : QString());
 }
 
 /// Kept runs that are in no file. A lesson takes all of them.
@@ -151,7 +162,7 @@ void MainWindow::settleMemory()
         const QString text =
             tr("The kept runs take more than %1 MB. %2 is the oldest. Shall it be deleted? It is in no file.")
                 .arg(keptRuns->limit() >> 20)
-                .arg(keptRuns->find(id)->run.name);
+                .arg(keptRuns->find(id)->outline.name);
         if (prompt->confirm(this, tr("Too many runs"), text))
             keptRuns->drop(id);
         else

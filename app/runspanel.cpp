@@ -32,7 +32,7 @@ QString stateText(const KeptRun& run, bool isShown)
     QStringList states;
     if (isShown)
         states.append(RunsPanel::tr("on the graphs"));
-    if (run.run.isPinned)
+    if (run.outline.isPinned)
         states.append(RunsPanel::tr("pinned"));
     if (!run.isSaved && !isShown)
         states.append(RunsPanel::tr("not saved"));
@@ -42,8 +42,8 @@ QString stateText(const KeptRun& run, bool isShown)
 QString timeText(const KeptRun& run)
 {
     QStringList parts;
-    if (run.run.begun.isValid())
-        parts.append(run.run.begun.toString(QStringLiteral("hh:mm")));
+    if (run.outline.begun.isValid())
+        parts.append(run.outline.begun.toString(QStringLiteral("hh:mm")));
     if (run.duration() > 0)
         parts.append(RunRecovery::durationText(qRound(run.duration())));
     return parts.join(QStringLiteral(", "));
@@ -83,13 +83,13 @@ public:
         case Qt::DisplayRole:
         case Qt::ToolTipRole:
         case Qt::AccessibleTextRole: {
-            QStringList lines{run->run.name, timeText(*run), groupsText(run->groups()),
+            QStringList lines{run->outline.name, timeText(*run), groupsText(run->groups()),
                               stateText(*run, isShown)};
             lines.removeAll(QString());
             return lines.join('\n');
         }
         case Qt::EditRole:
-            return run->run.name;
+            return run->outline.name;
         case Qt::DecorationRole:
             return QPixmap::fromImage(runs->picture(run->id, picture));
         case Qt::FontRole: {
@@ -306,7 +306,7 @@ void RunsPanel::showState()
             button->setEnabled(areTwo);
     }
     if (pinButton)
-        pinButton->setChecked(run && run->run.isPinned);
+        pinButton->setChecked(run && run->outline.isPinned);
 }
 
 /// Enter and Space show the chosen one, Delete takes it out of the list.
@@ -332,7 +332,7 @@ void RunsPanel::openMenu(const QPoint& pos)
         return;
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const bool isPinned = run->run.isPinned;
+    const bool isPinned = run->outline.isPinned;
     menu->addAction(tr("Show on the graphs"), this, [this] { Q_EMIT showWanted(current()); });
     menu->addAction(isPinned ? tr("Unpin") : tr("Pin"), this, [this, isPinned] { pin(!isPinned); });
     menu->addAction(tr("Rename"), this, &RunsPanel::rename);

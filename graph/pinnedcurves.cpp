@@ -62,11 +62,25 @@ QVector<PinnedCurves::Match> PinnedCurves::matches() const
         for (int i = 0; i < others.size(); ++i) {
             const int at = keys.indexOf(others.at(i));
             const myPlotCurve* const curve = at < 0 ? nullptr : parts.curves.at(own.channels.at(at).place);
-            if (curve && curve->isVisible() && !experiment.channels.at(i).samples.isEmpty())
-                found.append({run, own.channels.at(at).place, &experiment.channels.at(i)});
+            const bool isAny = runs.at(run).column || !experiment.channels.at(i).samples.isEmpty();
+            if (curve && curve->isVisible() && isAny)
+                found.append({run, own.channels.at(at).place, i});
         }
     }
     return found;
+}
+
+/// With the samples of one channel and nothing of the others.
+StoredExperiment PinnedCurves::loaded(const Match& match) const
+{
+    const PinnedRun& run = runs.at(match.run);
+    StoredExperiment one;
+    one.rate = run.experiment.rate;
+    one.times = run.column ? run.column(-1) : run.experiment.times;
+    one.channels.append(run.experiment.channels.at(match.channel));
+    if (run.column)
+        one.channels[0].samples = run.column(match.channel);
+    return one;
 }
 
 QVector<PinnedCurves::Value> PinnedCurves::valuesAt(int curve, double time) const
@@ -75,12 +89,13 @@ QVector<PinnedCurves::Value> PinnedCurves::valuesAt(int curve, double time) cons
     if (runs.isEmpty())
         return values;
     for (const Match& match : matches()) {
-        const PinnedRun& run = runs.at(match.run);
-        const double base =
-            match.curve == curve ? RunAverage::valueAt(run.experiment, *match.channel, time) : qQNaN();
+        if (match.curve != curve)
+            continue;
+        const StoredExperiment run = loaded(match);
+        const double base = RunAverage::valueAt(run, run.channels.constFirst(), time);
         const Sensor::AltUnit unit = parts.data.getSens(match.curve)->altUnit();
         if (std::isfinite(base))
-            values.append({run.name, base * unit.factor + unit.offset});
+            values.append({runs.at(match.run).name, base * unit.factor + unit.offset});
     }
     return values;
 }
@@ -149,11 +164,12 @@ void PinnedCurves::render(QPainter* painter, const QwtScaleMap& xMap, const QwtS
     const int width =
         std::max(1, int(std::lround(penWidth * GraphFonts::growth(parts.plot.height()) * ratio)));
     for (const Match& match : matches()) {
-        const StoredExperiment& experiment = runs.at(match.run).experiment;
-        const QVector<double>& samples = match.channel->samples;
+        const StoredExperiment experiment = loaded(match);
+        const StoredExperiment::Channel& channel = experiment.channels.constFirst();
+        const QVector<double>& samples = channel.samples;
         const double longest = experiment.rate > 0 ? longestGap * experiment.rate : HUGE_VAL;
         columns->setTime(experiment.times, xDevice, canvas);
-        const CurvePainter::Curve curve{samples.constData(), match.channel->leftPad,
+        const CurvePainter::Curve curve{samples.constData(), channel.leftPad,
                                         std::min(samples.size(), experiment.times.size()),
                                         parts.data.getSens(match.curve)->altUnit(), longest};
         const QwtScaleMap yDevice = scaled(scaleOf(match.curve, yMap), ratio, canvasRect.top());
@@ -174,8 +190,9 @@ void PinnedCurves::stroke(QPainter* painter, const QwtScaleMap& xMap, const QwtS
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setClipRect(canvasRect, Qt::IntersectClip);
     for (const Match& match : matches()) {
-        const QVector<double>& times = runs.at(match.run).experiment.times;
-        const QVector<double>& samples = match.channel->samples;
+        const StoredExperiment experiment = loaded(match);
+        const QVector<double>& times = experiment.times;
+        const QVector<double>& samples = experiment.channels.constFirst().samples;
         const Sensor::AltUnit unit = parts.data.getSens(match.curve)->altUnit();
         const QwtScaleMap yOwn = scaleOf(match.curve, yMap);
         painter->setPen(QPen(colorOf(match.run, parts.curves.at(match.curve)->getColor(), ground), penWidth));
@@ -184,7 +201,8 @@ void PinnedCurves::stroke(QPainter* painter, const QwtScaleMap& xMap, const QwtS
             painter->drawPolyline(isThinned ? StrokePath::thinned(line) : line);
             line.clear();
         };
-        for (int i = match.channel->leftPad; i < std::min(times.size(), samples.size()); ++i) {
+        for (int i = experiment.channels.constFirst().leftPad; i < std::min(times.size(), samples.size());
+             ++i) {
             if (std::isfinite(samples.at(i))) {
                 line.append(
                     {xMap.transform(times.at(i)), yOwn.transform(samples.at(i) * unit.factor + unit.offset)});

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
 #include <qwt_plot_item.h>
@@ -13,11 +14,13 @@
 class CurvePainter;
 struct GraphParts;
 
-/// A run behind the present curves of a graph. It shares its samples.
+/// A run behind the present curves of a graph. It shares its samples, or asks for them when they are drawn.
 struct PinnedRun
 {
     QString name;
     StoredExperiment experiment;
+    /// Where the experiment has none: those of a channel, by its number in the list, or the times (-1).
+    std::function<QVector<double>(int channel)> column;
 };
 
 /// Draws runs pale behind the curves of a graph over time: of each curve in sight the same sensor (in the
@@ -54,10 +57,11 @@ private:
     {
         int run = 0;
         int curve = 0;
-        const StoredExperiment::Channel* channel = nullptr;
+        int channel = 0; ///< of the run
     };
 
     QVector<Match> matches() const;
+    StoredExperiment loaded(const Match& match) const;
     QVector<double> key(const QwtScaleMap& xMap, const QRectF& canvasRect, double ratio) const;
     void render(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap, const QRectF& canvasRect,
                 double ratio) const;

@@ -64,6 +64,13 @@ private:
             set->takeExperiment(channels, 1, {QVector<double>(40000, i), QVector<double>(40000, 2)});
         }
     }
+    /// All that are not on the screen: their samples, too.
+    void layDown() const
+    {
+        for (const KeptRun& run : runs().all())
+            QTRY_VERIFY(run.shelf || run.id == runs().shown());
+    }
+    static LessonRun whole(const KeptRun& run) { return run.whole().value_or(LessonRun()); }
     KeptRuns& runs() const { return *bench->window->findChild<KeptRuns*>(); }
     QListView* list() const
     {
@@ -81,7 +88,7 @@ private:
     {
         QStringList all;
         for (const KeptRun& run : runs().all())
-            all << run.run.name + (run.run.isPinned ? QStringLiteral("*") : QString());
+            all << run.outline.name + (run.outline.isPinned ? QStringLiteral("*") : QString());
         return all;
     }
     void press(const char* name) const
@@ -110,14 +117,17 @@ private:
 private Q_SLOTS:
     void whatGivesWayComesBackToTheLastDigit_data()
     {
-        columns<QByteArray>({"then"});
-        for (const char* then : {"run", "run of one", "file", "table", "lesson"})
-            row(then, QByteArray(then));
+        columns<QByteArray, bool>({"then", "isOnDisk"});
+        for (const char* then : {"run", "run of one", "file", "table", "lesson"}) {
+            row(then, QByteArray(then), false);
+            row(QByteArray(then) + ", on the disk", QByteArray(then), true);
+        }
     }
 
     void whatGivesWayComesBackToTheLastDigit()
     {
-        QFETCH(QByteArray, then);
+        const auto [then, isOnDisk] = fetched<QByteArray, bool>({"then", "isOnDisk"});
+        Settings::mainStore().setValue(Settings::runsOnDisk, isOnDisk ? 0 : 4);
         run(40);
         save("before.lesson");
         save("before.xml");
@@ -146,6 +156,8 @@ private Q_SLOTS:
         QCOMPARE(kept.groups(), QStringList({"Group A", "Group B"}));
         QVERIFY(!kept.isSaved && kept.duration() > 6);
         const QStringList other = all();
+        if (isOnDisk)
+            layDown();
         show(0);
         QCOMPARE(all(), measured);
         QCOMPARE(bench->manager->plotAt(0)->markers.size(), 2);
@@ -172,7 +184,7 @@ private Q_SLOTS:
         bench->sample(0, 0, 3); // with its own key, over the one that is shown
         QCOMPARE(names(), QStringList({"Run 1", "Run 2", "Run 3"}));
         QCOMPARE(runs().shown(), 0);
-        QCOMPARE(runs().all().constLast().run.parts[1].experiment.times.size(), 2);
+        QCOMPARE(runs().all().constLast().outline.parts[1].experiment.times.size(), 2);
         bench->tellEnd(0);
         bench->action("runAct")->trigger();
         QCOMPARE(names().constLast(), QStringLiteral("Run 4"));
@@ -207,19 +219,22 @@ private Q_SLOTS:
 
     void twoAreComparedAndAveraged()
     {
+        Settings::mainStore().setValue(Settings::runsOnDisk, 0);
         for (const double value : {20, 30, 50})
             run(value);
-        const double first = runs().all().at(0).run.parts.at(1).experiment.channels.at(0).samples.at(3);
-        const double second = runs().all().at(1).run.parts.at(1).experiment.channels.at(0).samples.at(3);
+        layDown();
+        const QVector<LessonRun> kept{whole(runs().all().at(0)), whole(runs().all().at(1))};
+        const double first = kept.at(0).parts.at(1).experiment.channels.at(0).samples.at(3);
+        const double second = kept.at(1).parts.at(1).experiment.channels.at(0).samples.at(3);
         choose(0);
         list()->selectAll();
         press("averageRuns");
         QCOMPARE(names(), QStringList({"Run 1", "Run 2", "Average of Run 1 and Run 2*"}));
-        const LessonRun& mean = runs().all().at(2).run;
+        const LessonRun mean = whole(runs().all().at(2));
         QCOMPARE(mean.parts.size(), 3);
         for (int part = 0; part < 3; ++part) {
-            const StoredExperiment& one = runs().all().at(0).run.parts.at(part).experiment;
-            const StoredExperiment& other = runs().all().at(1).run.parts.at(part).experiment;
+            const StoredExperiment& one = kept.at(0).parts.at(part).experiment;
+            const StoredExperiment& other = kept.at(1).parts.at(part).experiment;
             QCOMPARE(mean.parts.at(part).experiment.times, one.times);
             for (int i = 0; i < one.channels.size(); ++i) {
                 const QVector<double>& samples = mean.parts.at(part).experiment.channels.at(i).samples;
@@ -249,6 +264,7 @@ private Q_SLOTS:
 
     void aLessonHoldsThem()
     {
+        Settings::mainStore().setValue(Settings::runsOnDisk, 0);
         run(20);
         const QStringList first = all();
         run(30);
@@ -256,6 +272,7 @@ private Q_SLOTS:
         press("pinRun");
         list()->model()->setData(list()->currentIndex(), "Cold", Qt::EditRole);
         run(40);
+        layDown();
         QTRY_COMPARE(journals(), 3);
         save("a.lesson");
         QTRY_COMPARE(journals(), 0);

@@ -56,7 +56,7 @@ private Q_SLOTS:
         if (isPinned) {
             ExpData other;
             load(&other, {SENSOR_PH, SENSOR_VOLTAGE}, {wave(9, 9000, 3), wave(9, 9000, 7)}, 0.02);
-            plot->setPinned({{"Run 1", StoredExperiment::of(other, true)}});
+            plot->setPinned({{"Run 1", StoredExperiment::of(other, true), {}}});
         }
         plot->Update();
         QCoreApplication::processEvents();
@@ -103,7 +103,7 @@ private Q_SLOTS:
         show({800, 500});
         const QColor ground = plot->canvasBackground().color();
         const QImage without = screenshot();
-        plot->setPinned({{"Run 1", run}});
+        plot->setPinned({{"Run 1", run, {}}});
         QCoreApplication::processEvents();
         const QImage with = screenshot();
         for (const int i : {150, 250, 350}) {
