@@ -94,8 +94,9 @@ private Q_SLOTS:
         };
         pointAt(7);
         const QString text = table->text();
-        for (const char* line : {"Time = 0:07.0 min", "Group A\tHumidity\t2.1\t%RH", "Group B\tHumidity\t93.0\t%RH",
-                                 "Average\tHumidity\t2.1\t%RH", "straight line"})
+        for (const char* line :
+             {"Time = 0:07.0 min", "Group A\tHumidity\t2.1\t%RH", "Group B\tHumidity\t93.0\t%RH",
+              "Average\tHumidity\t2.1\t%RH", "straight line"})
             QVERIFY2(text.contains(QLatin1String(line)), qPrintable(text));
         QCOMPARE(text.count(QStringLiteral("Humidity")), 3); // what the class repeats is left out
         for (const int i : {-1, 0, 1})
