@@ -65,9 +65,7 @@ void MainWindow::updateActions()
 {
     const bool isIdle = mTembrin->queue().isIdle();
     const bool isRunning = mTembrin->isAnyRunning();
-    updateRunStopButton(!isRunning && !mTembrin->run().isAwaited());
-    if (selfRun->isWaiting())
-        stopAct->setVisible(true); // it gives up
+    updateRunStopButton(!isRunning && !mTembrin->run().isAwaited() && !selfRun->isWaiting());
     runAct->setEnabled(isIdle);
     basicSetupAct->setEnabled(isIdle);
     downloadAct->setEnabled(isIdle && !isRunning);

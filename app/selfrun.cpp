@@ -9,6 +9,7 @@
 #include "protocol/tembrindata.h"
 
 #include <QApplication>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMainWindow>
 #include <QPushButton>
@@ -28,6 +29,7 @@ SelfRun::SelfRun(multiConnectionsManager* manager, const std::function<void()>& 
     : QObject(window)
     , manager(manager)
     , window(window)
+    , start(start)
     , logic(worldOf(start, stop))
 {
     clock.start();
@@ -114,6 +116,8 @@ void SelfRun::takeChange()
     run(&asking, logic.isLevelWatched());
     if (line) {
         words->setText(logic.text());
+        runNow->setVisible(isWaiting());
+        stop->setText(isWaiting() ? tr("Give up (Esc)") : tr("Stop (Esc)"));
         line->setVisible(logic.isOn());
     }
     if (std::exchange(wasWaiting, isWaiting()) != isWaiting())
@@ -127,18 +131,26 @@ void SelfRun::createLine()
     line->setObjectName(QStringLiteral("selfRunLine"));
     line->setMovable(false);
     line->setContextMenuPolicy(Qt::PreventContextMenu);
+    auto* const row = new QWidget; // a bar would put a long text behind an arrow
+    row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    auto* const layout = new QHBoxLayout(row);
     words = new QLabel;
     words->setObjectName(QStringLiteral("selfRunWords"));
     QFont font = words->font();
     font.setBold(true);
     font.setPointSizeF(font.pointSizeF() * 1.6);
     words->setFont(font);
-    words->setMargin(6);
-    words->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    auto* const stop = new QPushButton(tr("Give up (Esc)"));
+    words->setWordWrap(true);
+    runNow = new QPushButton(tr("Run now (F5)"));
+    runNow->setObjectName(QStringLiteral("selfRunNow"));
+    runNow->setShortcut(Qt::Key_F5); // that of Run, in whose place Stop stands meanwhile
+    connect(runNow, &QPushButton::clicked, this, [this] { start(); });
+    stop = new QPushButton;
     stop->setObjectName(QStringLiteral("selfRunStop"));
     connect(stop, &QPushButton::clicked, this, &SelfRun::stopWanted);
-    line->addWidget(words);
-    line->addWidget(stop);
+    layout->addWidget(words, 1);
+    layout->addWidget(runNow);
+    layout->addWidget(stop);
+    line->addWidget(row);
     window->addToolBar(Qt::BottomToolBarArea, line);
 }

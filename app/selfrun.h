@@ -11,6 +11,7 @@
 class NewestValues;
 class QLabel;
 class QMainWindow;
+class QPushButton;
 class QToolBar;
 class multiConnectionsManager;
 
@@ -36,7 +37,7 @@ public:
 Q_SIGNALS:
     void changed();
     void told(const QString& line);
-    /// The button of the line.
+    /// By the button of the line.
     void stopWanted();
 
 private:
@@ -49,6 +50,7 @@ private:
 
     multiConnectionsManager* const manager;
     QMainWindow* const window;
+    const std::function<void()> start;
     NewestValues* newest = nullptr; ///< null until a level is watched
     int sensor = 0;
     AutoRun logic;
@@ -58,4 +60,6 @@ private:
     QTimer asking;
     QToolBar* line = nullptr; ///< null until it is first shown
     QLabel* words = nullptr;
+    QPushButton* runNow = nullptr;
+    QPushButton* stop = nullptr;
 };

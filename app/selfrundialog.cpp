@@ -67,7 +67,7 @@ SelfRunDialog::SelfRunDialog(multiConnectionsManager* manager, QWidget* parent)
     layout->addWidget(createBegin());
     layout->addWidget(createEnd());
     auto* const words = new QLabel(
-        tr("While it waits a line at the bottom says for what. Esc or Stop gives up, Run begins at once."));
+        tr("While it waits a line at the bottom says for what. Esc or Stop gives up, F5 begins at once."));
     words->setWordWrap(true);
     layout->addWidget(words);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);

@@ -124,6 +124,10 @@ void AutoRun::noteBegun(qint64 now)
 {
     if (!isOn())
         return;
+    if (plan.times == 1 && plan.stopAfter <= 0) { // the rest goes as always
+        end({});
+        return;
+    }
     at = State::Running;
     time = from = now;
     isFirst = true;
