@@ -117,6 +117,7 @@ QWidget* SelfRunDialog::createLevel()
     direction->addItem(tr("rises above"), true);
     direction->addItem(tr("falls below"), false);
     level = named(new QLineEdit, "level", tr("Level"));
+    level->setMinimumWidth(90);
     unit = named(new QLabel, "unit", {});
     auto* const row = rowOf({sensors, groups, direction, level, unit});
     row->setContentsMargins(0, 0, 0, 0);
