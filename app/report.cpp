@@ -102,8 +102,13 @@ void Report::choose(const QString& school, const QString& title, const std::func
 void Report::make(const QString& name, const QString& school, const QString& title, const ReportSource& taken,
                   const QPageLayout& paper)
 {
-    if (isBusy() || taken.graphs.isEmpty())
+    if (isBusy())
         return;
+    if (taken.graphs.isEmpty()) { // a run has begun since it was asked for
+        Q_EMIT told(tr("There is nothing to report yet."));
+        Q_EMIT done(false);
+        return;
+    }
     source = taken;
     fname = name;
     QStringList head;
