@@ -18,8 +18,10 @@
 
 #include "app/iconlists.h"
 #include "app/report.h"
+#include "app/statistics.h"
 #include "classroom/classrun.h"
 #include "data/curvefit.h"
+#include "data/rangestatistics.h"
 #include "data/stretch.h"
 #include "graph/myplotcurve.h"
 #include "instruments/statusline.h"
@@ -177,6 +179,13 @@ private Q_SLOTS:
                                    "Between the two markers", "Hidden: ", "Mean ±", "The class"})
             QVERIFY2(text.contains(word), qPrintable(word + '\n' + text));
         QVERIFY(!text.contains("Group C"));
+        for (const int slot :
+             {0, 1}) { // the other sensor has the same range, and is not told where it is hidden
+            const ExpData& set = *bench->data(slot);
+            const ResultTable table =
+                statistics::told({{}}, {RangeStatistics::of(set, Stretch::between(set, 1, 10, 60))});
+            QCOMPARE(text.contains(table.rows[0][3]), slot == 1);
+        }
         QVERIFY(Settings::mainStore().value("report/school").toString().startsWith("School"));
     }
 
