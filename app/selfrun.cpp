@@ -20,7 +20,7 @@
 namespace {
 
 constexpr int msTick = 100;
-constexpr int msBetweenValues = 1000;
+constexpr int msBetweenQuestions = 1000;
 
 } // namespace
 
@@ -34,7 +34,7 @@ SelfRun::SelfRun(multiConnectionsManager* manager, const std::function<void()>& 
 {
     clock.start();
     ticks.setInterval(msTick);
-    asking.setInterval(msBetweenValues);
+    asking.setInterval(msBetweenQuestions);
     connect(&ticks, &QTimer::timeout, this, [this] { logic.tick(clock.elapsed()); });
     connect(&asking, &QTimer::timeout, this, &SelfRun::askValues);
     connect(&logic, &AutoRun::changed, this, &SelfRun::takeChange);
