@@ -20,5 +20,6 @@ enum regressionCode
     REG_DERIVATIVE = 6,
     REG_INTEGRAL = 7,
     REG_STATISTICS = 8,
-    REG_FIT = 9
+    REG_FIT = 9,
+    REG_RANKING = 10
 };

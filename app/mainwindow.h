@@ -27,6 +27,7 @@ class ExpData;
 class GlobalLabUpload;
 class FitDialog;
 class GraphTools;
+class GroupRanking;
 class Indicator;
 class KeptRuns;
 class LargeGraph;
@@ -318,6 +319,7 @@ private:
     void createTools();
     void showStatistics();
     void showFit();
+    void showRanking();
     void toggleSpectrum();
     QString rateName(double dt) const;
     void showMode();
@@ -330,7 +332,8 @@ private:
     CurveReader* reader = nullptr;
     SideViews* sideViews = nullptr; ///< spectra and the like
     UndoSteps* steps = nullptr;
-    FitDialog* fitDialog = nullptr; ///< null until it is asked for
+    FitDialog* fitDialog = nullptr;  ///< null until it is asked for
+    GroupRanking* ranking = nullptr; ///< the same
 
     // Simulations, in mainwindow_simulation.cpp
 

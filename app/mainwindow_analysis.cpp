@@ -5,6 +5,7 @@
 #include "app/curvereader.h"
 #include "app/fitdialog.h"
 #include "app/graphtools.h"
+#include "app/groupranking.h"
 #include "app/iconlists.h"
 #include "app/sideviews.h"
 #include "app/statistics.h"
@@ -36,7 +37,8 @@ void MainWindow::createTools()
     connect(tools, &GraphTools::edited, statusLine, &StatusLine::endAdvice);
     connect(tools, &GraphTools::edited, this, qOverload<int>(&MainWindow::updateAll));
     connect(tools, &GraphTools::pressed, this, &MainWindow::choosePlot);
-    reader = new CurveReader(tools, groupNames(), this);
+    reader = new CurveReader(
+        tools, [this](int slot) { return titleName(slot); }, this);
     addActions(reader->actions());
     steps = new UndoSteps(mTembrin, this);
     connect(steps, &UndoSteps::told, statusLine, &StatusLine::setAdvice);
@@ -211,6 +213,9 @@ void MainWindow::doFunctions(int select)
     case REG_STATISTICS:
         showStatistics();
         break;
+    case REG_RANKING:
+        showRanking();
+        break;
     case REG_FFT:
         toggleSpectrum();
         break;
@@ -237,6 +242,15 @@ void MainWindow::showFit()
     if (!fitDialog)
         fitDialog = new FitDialog(tools, mTembrin, prompt, this);
     fitDialog->showBeside();
+}
+
+void MainWindow::showRanking()
+{
+    if (!ranking)
+        ranking = new GroupRanking(tools, mTembrin, prompt, this);
+    ranking->show();
+    ranking->raise();
+    ranking->activateWindow();
 }
 
 void MainWindow::showStatistics()

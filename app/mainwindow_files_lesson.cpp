@@ -82,6 +82,18 @@ QVector<ExpData::Content> madeAgain(const Lesson::Part& part, ExpData* set)
     if (part.steps.isEmpty())
         return {};
     (part.isRawStored ? part.raw : part.experiment).fill(set, false);
+    const QVector<StoredExperiment::Channel>& channels = part.experiment.channels;
+    const bool isAnyOut = std::any_of(channels.cbegin(), channels.cend(),
+                                      [](const StoredExperiment::Channel& channel) { return channel.isOut; });
+    if (part.isRawStored && isAnyOut) { // a group that was taken out since counted in the first average
+        QVector<int> outs;
+        for (int i = 0; i < channels.size(); ++i) {
+            if (channels.at(i).isOut)
+                outs.append(i);
+        }
+        set->takeOut(outs);
+        set->updateMean(true);
+    }
     const auto* const other =
         std::find_if(part.steps.cbegin(), part.steps.cend(),
                      [](const SampleStep& step) { return step.kind != SampleStep::Kind::Derivative; });

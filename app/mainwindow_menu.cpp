@@ -34,7 +34,8 @@ constexpr ListKey functionKeys[] = {{REG_SLOPE, "Ctrl+T"},
                                     {REG_INTEGRAL, "Ctrl+I"},
                                     {REG_STATISTICS, "Ctrl+Shift+I"},
                                     {REG_FFT, "Ctrl+Shift+F"},
-                                    {REG_FIT, "Ctrl+F"}};
+                                    {REG_FIT, "Ctrl+F"},
+                                    {REG_RANKING, "Ctrl+Shift+G"}};
 constexpr ListKey viewKeys[] = {{VIEW_GRAPH, "Alt+1"},
                                 {VIEW_BAR, "Alt+2"},
                                 {VIEW_TABLE, "Alt+3"},

@@ -47,6 +47,7 @@ constexpr ListItem regressionItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Integral"), ":/icons/2018P2/Integral.png", REG_INTEGRAL},
     {QT_TRANSLATE_NOOP("MainWindow", "Statistics"), ":/icons/2018P2/ViewBar.png", REG_STATISTICS},
     {QT_TRANSLATE_NOOP("MainWindow", "Spectrum"), ":/icons/2018P2/Spectrum.png", REG_FFT},
+    {QT_TRANSLATE_NOOP("MainWindow", "Sort the groups"), ":/icons/Ranking.png", REG_RANKING},
 };
 
 constexpr ListItem layoutItems[] = {

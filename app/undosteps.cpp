@@ -11,7 +11,8 @@ namespace {
 bool isSameView(const QPair<QPointer<Plot>, PlotState>& a, const QPair<QPointer<Plot>, PlotState>& b)
 {
     return a.first == b.first && a.second.marks == b.second.marks && a.second.modes == b.second.modes &&
-           a.second.activeSens == b.second.activeSens && a.second.xSensor == b.second.xSensor;
+           a.second.outs == b.second.outs && a.second.activeSens == b.second.activeSens &&
+           a.second.xSensor == b.second.xSensor;
 }
 
 constexpr int kindsOfRange = 3;

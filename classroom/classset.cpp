@@ -21,13 +21,36 @@ void ClassSet::begin(double period)
     manager->dataC()->setDataNewEmpty(manager->getSensorsC(), period);
 }
 
+/// By their names: their places may be others in a class that was chosen again.
+QStringList ClassSet::namesOut() const
+{
+    QStringList names;
+    for (const int channel : manager->dataC()->out()) {
+        if (const SensorPtr& sensor = manager->dataC()->getSens(channel))
+            names.append(sensor->groupName);
+    }
+    return names;
+}
+
+void ClassSet::takeOut(const QStringList& names)
+{
+    ExpData* const set = manager->dataC();
+    for (int channel = 0; channel < channelCount; ++channel) {
+        const SensorPtr& sensor = set->getSens(channel);
+        if (sensor && names.contains(sensor->groupName))
+            set->setOut(channel, true);
+    }
+}
+
 void ClassSet::rebuild(quint8 which)
 {
+    const QStringList names = namesOut();
     begin(periodOf(which));
     for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
         if (which >> slot & 1)
             join(slot);
     }
+    takeOut(names);
 }
 
 void ClassSet::restore(quint8 which)
@@ -90,12 +113,14 @@ void ClassSet::grow()
 {
     const quint8 before = members;
     const quint8 out = others;
+    const QStringList names = namesOut();
     begin(classPeriod);
     others = out;
     for (int slot = 0; slot < channelCount; ++slot) {
         if (before >> slot & 1)
             join(slot);
     }
+    takeOut(names);
 }
 
 void ClassSet::take(int slot)

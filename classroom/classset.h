@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QStringList>
 #include <QVector>
 
 #include "common/classsize.h"
@@ -42,6 +43,8 @@ public:
     int channels() const { return channelCount; }
 
 private:
+    QStringList namesOut() const;
+    void takeOut(const QStringList& names);
     bool fits(int slot) const;
     void grow();
     double periodOf(quint8 which) const;

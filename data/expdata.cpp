@@ -235,6 +235,7 @@ void ExpData::replaceYVal(int iSens, int iSamp, double value)
     if (iSens < 0 || iSens >= y.size() || iSamp < 0 || iSamp >= y.at(iSens).size())
         return;
     y[iSens][iSamp] = value;
+    deviations.clear();
     minY[iSens] = maxY[iSens] = 0.0;
     findMinMax(y.at(iSens), minY[iSens], maxY[iSens]);
     updateMapRange(iSens);
@@ -254,6 +255,7 @@ void ExpData::removeSamples(int from, int to)
         return qMax(0, n);
     };
     cut(x);
+    deviations.clear();
     for (int c = 0; c < y.size(); ++c) {
         if (cut(y[c]) > 0)
             leftPad[c] -= qBound(0, leftPad.at(c) - from, to - from + 1);
@@ -276,6 +278,7 @@ void ExpData::doCrop(double x0, double x1)
     if (left + n < x.size())
         cuts.add(x.at(left + n), x.constLast(), samplePeriod() / 2);
     x = x.mid(left, n);
+    deviations.clear();
     for (int c = 0; c < y.size(); ++c) {
         y[c] = y.at(c).mid(left, n);
         leftPad[c] = qBound(0, leftPad.at(c) - left, y.at(c).size());
@@ -327,6 +330,8 @@ void ExpData::resizeChannels(int n)
 void ExpData::emptyChannels(int n)
 {
     isAveraged = false;
+    outs.clear();
+    deviations.clear();
     firstLive = 0;
     cuts.clear();
     y.clear();

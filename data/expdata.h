@@ -130,8 +130,18 @@ public:
     int meanIndex() const;
     /// The channel is the average of the others.
     bool isAverage(int channel) const { return isAveraged && channel == meanIndex(); }
-    /// All groups measure the same, if with different sensors.
+    /// All groups that count in the average measure the same, if with different sensors.
     bool isOfOneKind() const;
+    /// A group that a person took out of the average, or put back. Its curve stays, and the average is worked
+    /// out anew. Does nothing for what is no group.
+    void setOut(int channel, bool tf);
+    bool isOut(int channel) const { return outs.contains(channel); }
+    const QVector<int>& out() const { return outs; }
+    /// As a file says it, without working out anything.
+    void takeOut(const QVector<int>& channels) { outs = channels; }
+    /// The standard deviation (n - 1) of the groups in the average, for each of its rows, base unit; not a
+    /// number for fewer than two.
+    const QVector<double>& spread() const;
     /// The average of light and acidity, which no file and no table shall hold.
     bool isMeaningless(int channel) const;
     /// Over how many groups the average of a row is.
@@ -355,6 +365,8 @@ private:
     void takeKind(int channel, const SensorPtr& kind);
     void mergeRows(int channel, const QVector<QPointF>& values);
     void averageRow(int mean, int row);
+    double deviationAt(int row, double average) const;
+    bool counts(int channel, int row) const;
     bool isLastTheMean() const;
     void shareClassRange();
 
@@ -378,6 +390,9 @@ private:
     double maxX = 0.0;
     bool needSave = false;
     bool isAveraged = false; ///< the set is that of a class
+    QVector<int> outs;       ///< groups that a person took out of the average
+    /// Of the average; shorter or longer than that where it has to be worked out anew.
+    mutable QVector<double> deviations;
     int iSensorToDraw = 0;
     int iSelectedSensor = 0;
     int xySensIndex = -1;

@@ -52,6 +52,7 @@ void ExpData::smoothCurve()
     const SensorPtr& sensor = sensors.at(iSelectedSensor);
     sensor->name = smoothedName(sensor->name);
     y[iSelectedSensor] = derivation(CURVE_SMOOTH).of(y.at(iSelectedSensor));
+    deviations.clear();
     needSave = true;
 }
 

@@ -79,6 +79,8 @@ int ExpData::insertRow(int at, double t)
         if (at < channel.size())
             channel.insert(at, noValue);
     }
+    if (at < deviations.size())
+        deviations.insert(at, noValue);
     minX = x.constFirst();
     maxX = x.constLast();
     return at;
@@ -89,13 +91,68 @@ void ExpData::averageRow(int mean, int row)
     double sum = 0.0;
     int count = 0;
     for (int c = 0; c < mean; ++c) {
-        if (!hasValue(y.at(c), row))
+        if (!counts(c, row))
             continue;
         sum += y.at(c).at(row);
         ++count;
     }
-    putValue(mean, row, count > 0 ? sum / count : noValue);
+    const double average = count > 0 ? sum / count : noValue;
+    putValue(mean, row, average);
     isAveraged = true;
+    if (row > deviations.size())
+        return;
+    deviations.resize(qMax(row + 1, deviations.size()));
+    deviations[row] = deviationAt(row, average);
+}
+
+bool ExpData::counts(int channel, int row) const
+{
+    return hasValue(y.at(channel), row) && !isOut(channel);
+}
+
+double ExpData::deviationAt(int row, double average) const
+{
+    constexpr int fewest = 2;
+    double sum = 0.0;
+    int count = 0;
+    for (int c = 0; c < meanIndex(); ++c) {
+        if (!counts(c, row))
+            continue;
+        const double apart = y.at(c).at(row) - average;
+        sum += apart * apart;
+        ++count;
+    }
+    return count < fewest ? noValue : std::sqrt(sum / (count - 1));
+}
+
+const QVector<double>& ExpData::spread() const
+{
+    const int rows = isAveraged && nSens > 0 ? y.at(meanIndex()).size() : 0;
+    if (deviations.size() == rows)
+        return deviations;
+    deviations.resize(rows);
+    for (int row = 0; row < rows; ++row) {
+        double sum = 0.0; // of the groups: a person may have smoothed their average
+        int count = 0;
+        for (int c = 0; c < meanIndex(); ++c) {
+            sum += counts(c, row) ? y.at(c).at(row) : 0.0;
+            count += counts(c, row) ? 1 : 0;
+        }
+        deviations[row] = deviationAt(row, sum / qMax(1, count));
+    }
+    return deviations;
+}
+
+void ExpData::setOut(int channel, bool tf)
+{
+    if (channel < 0 || channel >= meanIndex() || !isAveraged || isOut(channel) == tf)
+        return;
+    if (tf)
+        outs.append(channel);
+    else
+        outs.removeAll(channel);
+    updateMean(true);
+    needSave = true;
 }
 
 bool ExpData::isOfOneKind() const
@@ -104,6 +161,8 @@ bool ExpData::isOfOneKind() const
     QVector<SensorPtr> all;
     QVector<SensorPtr> measured;
     for (int c = 0; c < meanIndex(); ++c) {
+        if (isOut(c))
+            continue;
         all.append(sensors.at(c));
         if (std::any_of(y.at(c).cbegin(), y.at(c).cend(), [](double value) { return !std::isnan(value); }))
             measured.append(sensors.at(c));
@@ -126,7 +185,7 @@ bool ExpData::isLastTheMean() const
         double sum = 0;
         int count = 0;
         for (int c = 0; c < mean; ++c) {
-            if (hasValue(y.at(c), row)) {
+            if (counts(c, row)) {
                 sum += y.at(c).at(row);
                 ++count;
             }
@@ -149,7 +208,7 @@ int ExpData::valuesAt(int row) const
 {
     int count = 0;
     for (int c = 0; row >= 0 && c < meanIndex(); ++c)
-        count += hasValue(y.at(c), row) ? 1 : 0;
+        count += counts(c, row) ? 1 : 0;
     return count;
 }
 
@@ -169,7 +228,7 @@ int ExpData::settledRows() const
 {
     int settled = x.size();
     for (int c = 0; c < meanIndex(); ++c) {
-        if (const int known = deliveredRows(c))
+        if (const int known = isOut(c) ? 0 : deliveredRows(c))
             settled = qMin(settled, known);
     }
     return settled;
@@ -179,7 +238,7 @@ int ExpData::groupsInAverage() const
 {
     int count = 0;
     for (int c = 0; c < meanIndex(); ++c)
-        count += deliveredRows(c) > 0 ? 1 : 0;
+        count += !isOut(c) && deliveredRows(c) > 0 ? 1 : 0;
     return count;
 }
 
@@ -268,8 +327,10 @@ void ExpData::mergeRows(int channel, const QVector<QPointF>& values)
 {
     y[channel].clear();
     QVector<bool> kept(x.size());
-    for (int row = 0; row < x.size(); ++row)
-        kept[row] = valuesAt(row) > 0;
+    for (int row = 0; row < x.size(); ++row) {
+        for (int c = 0; c < meanIndex(); ++c)
+            kept[row] = kept.at(row) || hasValue(y.at(c), row);
+    }
     const JoinedRows rows = JoinedRows::merge(x, kept, values, samplePeriod() / 2);
     for (int c = 0; c < meanIndex(); ++c)
         y[c] = c == channel ? rows.own : rows.moved(y.at(c));
@@ -282,6 +343,7 @@ void ExpData::updateMean(bool reset)
     if (mean < 1)
         return;
     if (reset) {
+        deviations.clear();
         for (int c = mean; c < y.size(); ++c) {
             y[c].clear();
             minY[c] = maxY[c] = 0.0;

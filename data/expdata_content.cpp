@@ -66,6 +66,7 @@ void ExpData::setContent(const Content& kept)
     appendIndex = kept.appendIndex;
     lastShift = kept.lastShift;
     isAveraged = kept.isAveraged;
+    deviations.clear();
     keepSelectionInside();
     updateXExtent();
 }

@@ -57,6 +57,7 @@ Channel channelOf(const ExpData& data, int i, bool isClass)
     channel.barMinView = BaseUnit::of(sensor, sensor->barUserMin);
     channel.barMaxView = BaseUnit::of(sensor, sensor->barUserMax);
     channel.curveMode = data.curveModeHint.value(i, -1);
+    channel.isOut = isClass && data.isOut(i);
     channel.leftPad = data.getLeftPad(i);
     // Of the base unit, in which the values stand, and not of the unit that is on display.
     const SensorRow* row = sensorRow(sensor->ID);
@@ -162,8 +163,14 @@ bool StoredExperiment::fill(ExpData* data, bool append) const
         data->setDataNew(n, times, rate);
         data->setAppendIndex(appendIndex);
     }
-    for (int i = 0; i < n; ++i)
+    QVector<int> outs;
+    for (int i = 0; i < n; ++i) {
         fillChannel(data, before + i, channels.at(i), append, *this);
+        if (channels.at(i).isOut && isPart && !append)
+            outs.append(i);
+    }
+    if (!append)
+        data->takeOut(outs);
     if (append)
         data->makeUniformScales();
     data->setSelectedSensor(activeSens);

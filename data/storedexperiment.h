@@ -35,6 +35,7 @@ struct StoredExperiment
         double barMinView = 0;
         double barMaxView = 0;
         int curveMode = -1;
+        bool isOut = false; ///< a group that does not count in the average of the class
         int leftPad = 0;
         int decimals = 0; ///< that files have of its values
         QVector<double> samples;

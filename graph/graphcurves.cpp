@@ -216,7 +216,10 @@ QString GraphCurves::name(int i) const
     if (index >= 0 || i != data.meanIndex() || !sensor || sensor->groupName.isEmpty())
         return name;
     const int groups = data.groupsInAverage();
-    return groups > 0 && groups < i ? QStringLiteral("%1 (%2)").arg(name).arg(groups) : name;
+    if (groups == 0)
+        return name;
+    return groups > 1 ? QStringLiteral("%1 ± s (%2)").arg(name).arg(groups)
+                      : QStringLiteral("%1 (%2)").arg(name).arg(groups);
 }
 
 void GraphCurves::renewAverage()
@@ -255,6 +258,11 @@ bool GraphCurves::isAverage(int i) const
     return index < 0 && data.isAverage(i);
 }
 
+bool GraphCurves::isOut(int i) const
+{
+    return index < 0 && data.isOut(i);
+}
+
 QVector<qreal> GraphCurves::dashesOf(int i) const
 {
     if (data.isRepeatMode())
@@ -267,7 +275,7 @@ QVector<qreal> GraphCurves::dashesOf(int i) const
 
 QColor GraphCurves::inkOf(int i) const
 {
-    return isLegendOnly || curves[i]->isVisible() ? ink : faint;
+    return isLegendOnly || (curves[i]->isVisible() && !isOut(i)) ? ink : faint;
 }
 
 void GraphCurves::setInk(const QColor& newInk, const QColor& newFaint, const QColor& newGround)
@@ -300,7 +308,8 @@ void GraphCurves::setPen(int i)
     if (!curve->isUserColor())
         curve->setOwnColor(colorOf(i)); // the axis shows that of a hidden curve too
     if (curve->isVisible()) {
-        QPen pen(colorOf(i), penWidth(i));
+        constexpr double pale = 0.6; // of a group that does not count
+        QPen pen(isOut(i) ? GraphDesign::mixed(colorOf(i), ground, pale) : colorOf(i), penWidth(i));
         const QVector<qreal> dashes = dashesOf(i);
         if (!dashes.isEmpty())
             pen.setDashPattern(dashes);

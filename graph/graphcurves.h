@@ -80,6 +80,7 @@ private:
     bool isHiddenAtFirst(int i) const;
     QColor colorOf(int i) const;
     bool isAverage(int i) const;
+    bool isOut(int i) const;
     QVector<qreal> dashesOf(int i) const;
     QColor inkOf(int i) const;
     double penWidth(int i) const;

@@ -70,6 +70,7 @@ void GraphLegend::fit()
     font = GraphFonts::fitted(font, longest, plot.width() - besideText);
     const int margin = GraphFonts::isLow(plot.height()) ? 0 : itemMargin;
     for (QwtLegendLabel* item : view->findChildren<QwtLegendLabel*>()) {
+        font.setStrikeOut(data.isOut(items.indexOf(item)));
         item->setFont(font);
         item->setMargin(margin);
         item->setIcon(item->icon()); // works out its indent with the margin
@@ -111,5 +112,12 @@ void GraphLegend::openMenu(int i, const QPoint& globalPos)
     QAction* const all =
         menu->addAction(tr("Show for all groups"), this, [this, id] { Q_EMIT shownForAll(id); });
     all->setObjectName(QStringLiteral("showForAllAct"));
+    if (data.isAverage(data.meanIndex()) && i < data.meanIndex()) {
+        QAction* const count = menu->addAction(tr("Count in the average"));
+        count->setObjectName(QStringLiteral("countAct"));
+        count->setCheckable(true);
+        count->setChecked(!data.isOut(i));
+        connect(count, &QAction::triggered, this, [this, i](bool tf) { Q_EMIT countChosen(i, tf); });
+    }
     menu->popup(globalPos);
 }

@@ -34,6 +34,8 @@ Q_SIGNALS:
     void pressedRight(int i);
     /// The user wants to see a sensor on the graphs of all groups.
     void shownForAll(int sensorID);
+    /// A group of the class is to count in the average, or not.
+    void countChosen(int i, bool isCounted);
 
 private:
     void rightPress(QObject* object, const QMouseEvent* event);

@@ -5,6 +5,7 @@
 #include <qwt_plot.h>
 
 #include "data/expdata.h"
+#include "graph/averageband.h"
 #include "graph/curvenames.h"
 #include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
@@ -35,6 +36,8 @@ LineKind::LineKind(const GraphParts& parts, GraphLegend& legend, MarkerLayer& la
         return;
     names = std::make_unique<CurveNames>(parts);
     names->attach(&parts.plot);
+    band = std::make_unique<AverageBand>(this->parts);
+    band->attach(&parts.plot);
 }
 
 LineKind::~LineKind() = default;

@@ -6,6 +6,7 @@
 #include "graph/graphkind.h"
 #include "graph/livepicture.h"
 
+class AverageBand;
 class CurveNames;
 
 /// Curves over time or over another sensor. The x axis of a run grows in steps; each curve has the y scale of
@@ -56,5 +57,6 @@ private:
     double shownXMax = 0; ///< in seconds or sample numbers, as last set
     bool isXYShown = false;
     LivePicture live;
-    std::unique_ptr<CurveNames> names; ///< of the class only
+    std::unique_ptr<CurveNames> names; ///< of the class only, as is the next
+    std::unique_ptr<AverageBand> band;
 };

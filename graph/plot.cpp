@@ -127,6 +127,7 @@ void Plot::connectLegend()
     legendPart = std::make_unique<GraphLegend>(*this, data, *curves, traits.isStyled);
     connect(legendPart.get(), &GraphLegend::picked, this, &Plot::pickCurve);
     connect(legendPart.get(), &GraphLegend::shownForAll, this, &Plot::shownForAll);
+    connect(legendPart.get(), &GraphLegend::countChosen, this, &Plot::count);
     connect(legendPart.get(), &GraphLegend::pressedRight, this, [this](int i) {
         if (curves->at(i))
             rotateMode(i);
@@ -147,6 +148,28 @@ void Plot::rotateMode(int i)
                          : curve.isSymbol() ? tr("Points for %1")
                                             : tr("Hide %1");
     Q_EMIT changed(step.arg(curves->name(i)));
+}
+
+void Plot::count(int i, bool tf)
+{
+    const SensorPtr& sensor = data.getSens(i);
+    if (!sensor)
+        return;
+    const QString group = sensor->groupName.isEmpty() ? curves->name(i) : sensor->groupName;
+    change(tf ? tr("Count %1 in the average").arg(group) : tr("Leave %1 out of the average").arg(group), [&] {
+        data.setOut(i, !tf);
+        showCounted();
+    });
+}
+
+void Plot::showCounted()
+{
+    curves->designPens();
+    curves->renewAverage();
+    if (legendPart)
+        legendPart->fit();
+    axes->setDue();
+    Update();
 }
 
 void Plot::change(const QString& step, const std::function<void()>& how)
@@ -455,6 +478,8 @@ PlotState Plot::state() const
     state.marks = Placed::of(markers);
     for (int i = 0; i < curves->size(); ++i)
         state.modes.append(curves->at(i)->getMode());
+    state.outs = data.out();
+    std::sort(state.outs.begin(), state.outs.end());
     state.activeSens = getActiveSens();
     state.xSensor = data.getXYIndex();
     state.standIn = standIn;
@@ -468,6 +493,13 @@ void Plot::setState(const PlotState& present, const PlotState& wanted)
     for (int i = 0; i < std::min({wanted.modes.size(), present.modes.size(), curves->size()}); ++i) {
         if (wanted.modes[i] != present.modes[i])
             curves->setMode(i, wanted.modes[i]);
+    }
+    if (wanted.outs != present.outs) {
+        for (const int i : present.outs)
+            data.setOut(i, wanted.outs.contains(i));
+        for (const int i : wanted.outs)
+            data.setOut(i, true);
+        showCounted();
     }
     if (wanted.xSensor != present.xSensor) {
         kind->setXSensor(wanted.xSensor);

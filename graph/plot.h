@@ -45,6 +45,7 @@ struct PlotState
 {
     PlacedMarks marks;
     QVector<int> modes; ///< of the curves
+    QVector<int> outs;  ///< groups that do not count in the average
     int activeSens = 0;
     int xSensor = -1;
     int standIn = -1; ///< of the active curve, which is on the x axis
@@ -295,6 +296,8 @@ private:
     void refuseAnalysis();
     void showAnyCurve();
     void setXSensor(int iSens);
+    void count(int i, bool tf);
+    void showCounted();
 
     const QFont titleFont; ///< the largest that the title takes
     QwtPlotGrid* grid = nullptr;

@@ -219,6 +219,7 @@ void Walk::readSensor()
     channel.barMaxView = number("barMaxView");
     channel.curveMode = integer("curveMode", -1);
     channel.isRangeFixed = flag("fixedRange");
+    channel.isOut = flag("out");
     channel.originPlace = integer("originIndex", -1);
     channel.group = xml.attribute(QLatin1String("group")).toString();
     channel.ownName = xml.attribute(QLatin1String("ownName")).toString();

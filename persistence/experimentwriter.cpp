@@ -184,6 +184,8 @@ void writePart(Utf16Xml& xml, const Channel& channel)
         xml.attribute(u"originIndex", channel.originPlace);
     if (!channel.group.isEmpty())
         xml.attribute(u"group", channel.group);
+    if (channel.isOut)
+        xml.attribute(u"out", true);
     xml.attribute(u"ownName", channel.ownName);
 }
 

@@ -4,6 +4,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMenu>
 #include <QRegularExpression>
 #include <QSaveFile>
 #include <QStatusBar>
@@ -15,6 +16,8 @@
 
 #include <cmath>
 #include <map>
+
+#include <qwt_legend_label.h>
 
 #include "classroom/classrun.h"
 #include "classroom/views.h"
@@ -246,6 +249,43 @@ private:
     QString said() const { return bench->window->statusBar()->currentMessage(); }
 
 private Q_SLOTS:
+    /// By a click in the legend's menu, back and forth, and in the file.
+    void aGroupStaysOutOfTheAverage()
+    {
+        makeLesson(0.1);
+        ExpData* set = bench->data(-1);
+        const auto isAlone = [&] { // the average is that of the first group
+            return set->isOut(1) &&
+                   set->getYNoConv(set->meanIndex()).mid(3, 20) == set->getYNoConv(0).mid(3, 20) &&
+                   !set->isMeaningless(set->meanIndex());
+        };
+        Plot* const plot = bench->manager->plotC();
+        const auto entry = [plot] {
+            const QList<QwtLegendLabel*> all = plot->findChildren<QwtLegendLabel*>();
+            return *std::find_if(all.cbegin(), all.cend(), [](const QwtLegendLabel* label) {
+                return label->text().text().startsWith(QStringLiteral("Group B"));
+            });
+        };
+        QTest::mouseClick(entry(), Qt::RightButton, Qt::ShiftModifier);
+        auto* const menu = plot->findChild<QMenu*>(QStringLiteral("legendMenu"));
+        QVERIFY(!isAlone());
+        menu->findChild<QAction*>(QStringLiteral("countAct"))->trigger();
+        menu->close();
+        QVERIFY(isAlone());
+        QVERIFY(entry()->font().strikeOut());
+        bench->action("undoAct")->trigger();
+        QVERIFY(!set->isOut(1) && set->isMeaningless(set->meanIndex()));
+        bench->action("redoAct")->trigger();
+        QVERIFY(isAlone());
+        bench->manager->run().classSet().rebuild(3); // as when somebody joins the class
+        QVERIFY(isAlone());
+        save(path("a.lesson"));
+        restart(false);
+        set = bench->data(-1);
+        open(path("a.lesson"));
+        QVERIFY2(isAlone(), qPrintable(said()));
+    }
+
     void comesBackToTheLastByte_data()
     {
         columns<double, QString>({"dt", "where"});

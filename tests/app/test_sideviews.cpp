@@ -60,7 +60,7 @@ private:
     static void askForSpectrum(const ClassBench& bench)
     {
         auto* const list = bench.window->findChild<QComboBox*>(QStringLiteral("regression"));
-        Q_EMIT list->activated(list->count() - 1);
+        Q_EMIT list->activated(list->findData(REG_FFT));
     }
     static void chooseIn(SpectrumPane* spectrum, const QString& text)
     {

@@ -10,6 +10,8 @@
 
 #include <qwt_text.h>
 
+#include "app/groupranking.h"
+#include "app/iconlists.h"
 #include "app/readingtable.h"
 #include "graph/myplotmarker.h"
 #include "instruments/statusline.h"
@@ -115,6 +117,35 @@ private Q_SLOTS:
         QVERIFY(bench.action("stopAct")->shortcuts().contains(Qt::Key_Escape));
     }
 
+    void groupsAreSortedByAValue()
+    {
+        ClassBench bench(3); // the third measures nothing
+        for (short n = 0; n < 10; ++n) {
+            bench.sample(0, n, 10 + n);
+            bench.sample(1, n, 50 - 2 * n);
+        }
+        QComboBox* const list = functions(bench);
+        Q_EMIT list->activated(list->findData(REG_RANKING));
+        auto* const dialog = bench.window->findChild<GroupRanking*>();
+        const auto order = [dialog] {
+            return dialog->findChild<RankingBars*>()->accessibleDescription().split(QLatin1Char('\n'));
+        };
+        const QString none = QStringLiteral("Group C: –");
+        QTRY_COMPARE(order(), QStringList({"Group B: 32.0 %RH", "Group A: 19.0 %RH", none}));
+        bench.sample(1, 10, 5); // it follows the run
+        QTRY_COMPARE(order(), QStringList({"Group A: 19.0 %RH", "Group B: 5.0 %RH", none}));
+        auto* const by = dialog->findChild<QComboBox*>(QStringLiteral("rankBy"));
+        by->setCurrentIndex(1);
+        QTRY_COMPARE(order().mid(1), QStringList({"Group A: 14.50 %RH", none}));
+        by->setCurrentIndex(2); // the line, and its slope
+        QTRY_VERIFY2(order().value(0).startsWith(QStringLiteral("Group A: 1.00")),
+                     qPrintable(order().join(';')));
+        QVERIFY2(order().value(1).startsWith(QStringLiteral("Group B: -")), qPrintable(order().join(';')));
+        dialog->findChild<QPushButton*>(QStringLiteral("copy"))->click();
+        const QString copied = QGuiApplication::clipboard()->text();
+        QVERIFY2(copied.contains(QStringLiteral("Group A\tHumidity\t1\t%RH/s")), qPrintable(copied));
+    }
+
     void functionsWorkOnTheChosenGraph_data()
     {
         columns<int, bool, int, QString, QString>({"item", "isStopped", "channels", "name", "text"});
@@ -194,7 +225,7 @@ private Q_SLOTS:
         QCOMPARE(layouts->currentIndex(), 1);
         bench.action("layoutAct1")->trigger();
         QTest::keyClick(functions(bench), Qt::Key_End);
-        for (int i = 0; i < 2; ++i) // from the spectrum
+        for (int i = 0; i < 3; ++i) // from the last, which sorts the groups
             QTest::keyClick(functions(bench), Qt::Key_Up);
         QTest::keyClick(functions(bench), Qt::Key_Return);
         QCOMPARE(plot->markers.last()->label().text().left(8), QStringLiteral("Integral"));
@@ -206,7 +237,7 @@ private Q_SLOTS:
         ClassBench bench(1);
         bench.sample(0, 0, 2);
         QComboBox* const list = functions(bench);
-        const auto choose = [list] { Q_EMIT list->activated(list->count() - 2); };
+        const auto choose = [list] { Q_EMIT list->activated(list->findData(REG_STATISTICS)); };
         choose();
         QVERIFY(bench.window->findChild<StatusLine*>()->outcome().startsWith("Statistics need"));
         bench.sample(0, 1, 4);

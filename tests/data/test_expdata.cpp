@@ -299,6 +299,38 @@ private Q_SLOTS:
         QVERIFY(std::is_sorted(data.getX().begin(), data.getX().end()));
     }
 
+    // Its curve and its rows stay, and what it alone measured has no average.
+    void aGroupCanBeTakenOutOfTheAverage()
+    {
+        ExpData first, second, sour;
+        load(&first, {SENSOR_LIGHT}, {{10, 20, 30}});
+        load(&second, {SENSOR_LIGHT}, {{14, 26}});
+        load(&sour, {SENSOR_PH}, {{1, 2, 3, 4}});
+        ExpData data;
+        data.setDataNewEmpty(SensorList(4, SensorPtr::create(SENSOR_LIGHT)), 1);
+        const ExpData* const groups[] = {&first, &second, &sour};
+        for (int i = 0; i < 3; ++i)
+            data.joinChannel(i, groups[i]->getSens(0), *groups[i]);
+        QVERIFY(data.isMeaningless(3));
+        const ExpData::Content before = data.content();
+        data.setOut(2, true);
+        data.setOut(3, true); // the average itself is no group
+        QVERIFY(!data.isMeaningless(3) && data.isOut(2) && !data.isOut(3));
+        data.joinSample(2, 4, 9);
+        QCOMPARE(data.getYNoConv(3).mid(0, 3), Values({12, 23, 30}));
+        QVERIFY(std::isnan(data.getYNoConvAt(3, 3)) && std::isnan(data.getYNoConvAt(3, 4)));
+        QCOMPARE(data.spread().mid(0, 2), Values({std::sqrt(8), std::sqrt(18)}));
+        QVERIFY(std::isnan(data.spread().at(2)));
+        data.joinChannel(1, second.getSens(0), second); // comes back
+        QCOMPARE(data.getXSize(), 5);
+        QCOMPARE(data.getYNoConvAt(3, 0), 12.0);
+        data.removeSamples(4, 4);
+        data.setOut(2, false);
+        QVERIFY(data.holds(before));
+        data.setDataNewEmpty(SensorList(4, SensorPtr::create(SENSOR_LIGHT)), 1);
+        QVERIFY(data.out().isEmpty());
+    }
+
     void aClassIsRebuiltFromStoredRuns()
     {
         ExpData first(inFahrenheit());
@@ -334,6 +366,11 @@ private:
                 sum += at->at(c);
             }
             QCOMPARE(data.getYNoConvAt(3, row), sum / count);
+            double squares = 0;
+            for (int c = 0; c < 3; ++c)
+                squares += at->at(c) == 0 ? 0 : std::pow(at->at(c) - sum / count, 2);
+            QVERIFY(count < 2 ? std::isnan(data.spread().at(row))
+                              : qAbs(data.spread().at(row) - std::sqrt(squares / (count - 1))) < 1e-9);
             QCOMPARE(data.valuesAt(row), count);
         }
     }

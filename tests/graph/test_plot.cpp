@@ -167,7 +167,7 @@ private Q_SLOTS:
         data->setSelectedSensor(3);
         data->addSpecialCurve(ExpData::CURVE_DERIV);
         plot->setData();
-        QVERIFY(!plot->getCurve(3)->title().text().contains(QLatin1Char('(')));
+        QVERIFY(plot->getCurve(3)->title().text().endsWith(QStringLiteral("± s (3)")));
         QVERIFY(plot->getCurve(4)->isVisible());
         plot->Update();
         QVERIFY(plot->scaler->getScaleMax(4) < 5); // its own values are below 2
