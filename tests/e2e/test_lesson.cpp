@@ -1,10 +1,19 @@
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
+#include <QFile>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QStatusBar>
+#include <QTableWidget>
+#include <QTextDocument>
 
 #include "app/iconlists.h"
+#include "app/keptruns.h"
+#include "app/report.h"
+#include "data/curvefit.h"
 #include "graph/myplotmarker.h"
 #include "graph/plot.h"
 #include "graph/scalemanager.h"
@@ -54,7 +63,89 @@ private Q_SLOTS:
         QVERIFY(picture() == after);
     }
 
+    /// Cooling water and a pendulum, twice; the first run stands behind the second one, a curve is fitted to
+    /// the water of all groups, and the report says what the window said.
+    void fromTheFirstRunToTheReport()
+    {
+        start(3, {QStringLiteral("--model"), QStringLiteral("Dune"), QStringLiteral("--samples"),
+                  QStringLiteral("100"), QStringLiteral("--rate"), QStringLiteral("25/Sec")});
+        connectAll(3);
+        for (int i = 0; i < 2; ++i) {
+            run(3, 1);
+            QTRY_VERIFY_WITH_TIMEOUT(data(2)->getXSize() == 100 && action("runAct")->isVisible(), 15000);
+        }
+        auto* const runs = window->findChild<KeptRuns*>();
+        QCOMPARE(runs->all().size(), 1);
+        runs->pin(runs->ids().constFirst(), true);
+        const QStringList parameters = fitTheWater();
+        QCOMPARE(parameters.size(), 3);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(manager->plotAt(i)->markers.size(), 2); // a line and its text
+        action("undoAct")->trigger();
+        action("redoAct")->trigger();
+        const QString text = report();
+        QVERIFY(text.contains(QStringLiteral("School of the Lake")));
+        for (int i = 0; i < 3; ++i) {
+            QVERIFY2(text.contains(manager->groupName(i)), qPrintable(text));
+            QVERIFY2(text.contains(parameters.at(i)), qPrintable(parameters.at(i) + " in " + text));
+        }
+    }
+
 private:
+    QDialog* dialog(const char* name) const { return window->findChild<QDialog*>(QLatin1String(name)); }
+    void choose(const char* list, int code) const
+    {
+        auto* const box = window->findChild<QComboBox*>(QLatin1String(list));
+        Q_EMIT box->activated(box->findData(code));
+    }
+
+    /// The first parameter of each group, as the table has it.
+    QStringList fitTheWater()
+    {
+        for (int i = 0; i < 3; ++i) {
+            int water = 0;
+            while (data(i)->getSens(water)->ID != SENSOR_EXT_TEMP)
+                ++water;
+            manager->plotAt(i)->updateSens(water);
+        }
+        Q_EMIT manager->plotAt(0)->changedActivePlot(0);
+        choose("regression", REG_FIT);
+        QDialog* const fits = dialog("fitDialog");
+        auto* const models = fits->findChild<QComboBox*>(QStringLiteral("model"));
+        models->setCurrentIndex(models->findData(int(CurveFit::Model::Exponential)));
+        fits->findChild<QCheckBox*>(QStringLiteral("forAll"))->setChecked(true);
+        auto* const put = fits->findChild<QPushButton*>(QStringLiteral("put"));
+        QStringList firsts;
+        const auto look = [&] {
+            firsts.clear();
+            const auto* const table = fits->findChild<QTableWidget*>(QStringLiteral("results"));
+            for (int row = 0; row < 3 && table->item(row, 1); ++row)
+                firsts.append(table->item(row, 1)->text());
+            return put->isEnabled() && firsts.size() == 3 && !firsts.contains(QString());
+        };
+        [&] { QTRY_VERIFY(look()); }();
+        put->click();
+        fits->close();
+        return firsts;
+    }
+
+    QString report()
+    {
+        prompt.file = folder->filePath(QStringLiteral("report.html"));
+        choose("exports", EXPORT_REPORT);
+        QDialog* const ask = dialog("reportDialog");
+        ask->findChild<QLineEdit*>(QStringLiteral("school"))->setText(QStringLiteral("School of the Lake"));
+        QSignalSpy done(window->findChild<Report*>(), &Report::done);
+        ask->accept();
+        [&] { QTRY_COMPARE(done.count(), 1); }();
+        QFile file(prompt.file);
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        QTextDocument document;
+        document.setHtml(QString::fromUtf8(file.readAll()));
+        return document.toPlainText().simplified();
+    }
+
     Plot* graph() const { return manager->plotC(); }
 
     void save()
