@@ -1,5 +1,6 @@
-// What kept and pinned runs cost: nine graphs of a class of eight with eight sensors and 30,000 samples,
-// alone, with ten kept runs of that size, and with three of them pinned. No timed test: it prints a table.
+// What kept and pinned runs and the band of the class cost: nine graphs of a class of eight with eight
+// sensors and 30,000 samples, without the band, with it, with ten kept runs of that size, and with three of
+// them pinned. No timed test: it prints a table.
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -16,6 +17,7 @@
 
 #include "common/classsize.h"
 #include "data/expdata.h"
+#include "graph/averageband.h"
 #include "graph/pinnedcurves.h"
 #include "graph/plot.h"
 #include "persistence/lesson.h"
@@ -74,6 +76,15 @@ std::unique_ptr<ExpData> measured(int channels, int seed)
     return set;
 }
 
+std::unique_ptr<ExpData> joined(const std::vector<std::unique_ptr<ExpData>>& groups)
+{
+    auto set = std::make_unique<ExpData>();
+    set->setDataNewEmpty(SensorList(mostLoggers + 1, groups.front()->getSens(0)), period);
+    for (int i = 0; i < mostLoggers; ++i)
+        set->joinChannel(i, groups[size_t(i)]->getSens(0), *groups[size_t(i)]);
+    return set;
+}
+
 struct Class
 {
     QWidget window;
@@ -86,7 +97,7 @@ struct Class
         auto* const grid = new QGridLayout;
         for (int i = 0; i <= mostLoggers; ++i) {
             const bool isClass = i == mostLoggers;
-            sets.push_back(measured(isClass ? mostLoggers + 1 : sensors, i));
+            sets.push_back(isClass ? joined(sets) : measured(sensors, i));
             sets.back()->finalData = false;
             plots.push_back(new Plot(sets.back().get(), GRAPH_LINE, false, isClass ? -1 : i, &window));
             if (!isClass)
@@ -104,7 +115,11 @@ struct Class
     double frame()
     {
         for (const auto& set : sets) {
-            for (int i = 0; i < rowsAFrame; ++i) {
+            const double last = set->getX().constLast();
+            for (int i = 0; set == sets.back() && i < rowsAFrame * mostLoggers; ++i)
+                set->joinSample(i % mostLoggers, last + (i / mostLoggers + 1) * period,
+                                valueAt(set->getXSize(), i % mostLoggers));
+            for (int i = 0; set != sets.back() && i < rowsAFrame; ++i) {
                 QVector<double> values;
                 for (int channel = 0; channel < set->getNSens(); ++channel)
                     values.append(valueAt(set->getXSize(), channel));
@@ -116,6 +131,14 @@ struct Class
             plot->Update();
         QApplication::processEvents();
         return processMilliseconds() - start;
+    }
+
+    void showBand(bool tf) const
+    {
+        for (QwtPlotItem* item : plots.back()->itemList()) {
+            if (dynamic_cast<AverageBand*>(item))
+                item->setVisible(tf);
+        }
     }
 
     double wholePicture() const
@@ -176,6 +199,9 @@ int main(int argc, char** argv)
     Class board;
     double laid = 0;
     costsOf(board); // the axes have their steps
+    board.showBand(false);
+    const Costs plain = costsOf(board);
+    board.showBand(true);
     const Costs none = costsOf(board);
     std::vector<Kept> kept;
     for (int run = 0; run < keptRuns; ++run) {
@@ -213,9 +239,13 @@ int main(int argc, char** argv)
                    .arg(costs.whole, 14, 'f', 2)
                    .arg(costs.memory, 10, 'f', 0);
     };
+    line("without the band", plain);
     line("none", none);
     line("ten kept", ten);
     line("three pinned", three);
+    out << QStringLiteral("\nframe with the band of the class over none: %1, whole picture: %2")
+               .arg(none.frame / plain.frame, 0, 'f', 2)
+               .arg(none.whole / plain.whole, 0, 'f', 2);
     out << QStringLiteral(
                "\nframe with three pinned over none: %1, whole picture: %2; memory over none: %4; a run is "
                "laid on the disk in %3 ms\n")

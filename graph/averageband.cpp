@@ -23,7 +23,7 @@ constexpr double longestGap = 4.5;  // samples, as for the curves
 
 } // namespace
 
-/// What the band covers of one pixel column.
+/// What the band covers of one pixel column, base unit.
 struct AverageBand::Column
 {
     double x;
@@ -56,32 +56,34 @@ QVector<QPolygonF> AverageBand::shapes(const QwtScaleMap& xMap, const QwtScaleMa
 
     QVector<QPolygonF> all;
     QVector<Column> columns;
+    double columnEnd = 0; // of the last one, on the x axis: asking each row for its pixel would cost more
+    const auto heightOf = [&](double value) { return yMap.transform(value * unit.factor + unit.offset); };
     const auto close = [&] {
         QPolygonF shape;
         for (const Column& column : qAsConst(columns))
-            shape.append({column.x, column.high});
+            shape.append({xMap.transform(column.x), heightOf(column.high)});
         for (auto column = columns.crbegin(); column != columns.crend(); ++column)
-            shape.append({column->x, column->low});
+            shape.append({xMap.transform(column->x), heightOf(column->low)});
         if (columns.size() > 1)
             all.append(shape);
         columns.clear();
     };
     for (int row = from; row < to; ++row) {
-        if (!std::isfinite(spread.at(row)) || (row > from && x.at(row) - x.at(row - 1) > longest))
+        const double apart = spread.at(row);
+        const double at = x.at(row);
+        if (!std::isfinite(apart) || (row > from && at - x.at(row - 1) > longest))
             close();
-        if (!std::isfinite(spread.at(row)))
+        if (!std::isfinite(apart))
             continue;
-        const double shown = middle.at(row) * unit.factor + unit.offset;
-        const double apart = spread.at(row) * unit.factor;
-        const auto edges = std::minmax({yMap.transform(shown - apart), yMap.transform(shown + apart)});
-        const Column column{xMap.transform(x.at(row)), edges.first, edges.second};
-        const bool isSame = !columns.isEmpty() && std::floor(columns.constLast().x) == std::floor(column.x);
-        if (!isSame) {
+        const Column column{at, middle.at(row) - apart, middle.at(row) + apart};
+        if (columns.isEmpty() || at >= columnEnd) {
             columns.append(column);
+            columnEnd = xMap.invTransform(std::floor(xMap.transform(at)) + 1);
             continue;
         }
-        columns.last().low = std::min(columns.constLast().low, column.low);
-        columns.last().high = std::max(columns.constLast().high, column.high);
+        Column& newest = columns.last();
+        newest.low = std::min(newest.low, column.low);
+        newest.high = std::max(newest.high, column.high);
     }
     close();
     return all;
