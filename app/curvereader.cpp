@@ -23,8 +23,8 @@ CurveReader::CurveReader(GraphTools* tools, std::function<QString(int)> groupNam
     , tools(tools)
     , groupName(std::move(groupName))
 {
-    end = addAction("endReadingAct", tr("Stop reading"));
-    connect(end, &QAction::triggered, this, [this] { this->tools->setMode(GraphTools::Mode::Read, false); });
+    end = addAction("endReadingAct", tr("Stop reading or predicting"));
+    connect(end, &QAction::triggered, this, [this] { this->tools->setMode(this->tools->mode(), false); });
     back = addAction("readBackAct", tr("Read one step earlier"));
     forth = addAction("readForthAct", tr("Read one step later"));
     back->setShortcut(QStringLiteral("Ctrl+Left"));
@@ -52,6 +52,8 @@ void CurveReader::showMode()
     const bool isOn = tools->mode() == GraphTools::Mode::Read;
     for (QAction* action : actions())
         action->setEnabled(isOn);
+    if (tools->mode() == GraphTools::Mode::Predict) // which the same key ends
+        end->setEnabled(true);
     if (isOn == again.isActive())
         return;
     if (isOn) {

@@ -10,6 +10,7 @@ GraphCopy GraphCopy::of(const Plot& plot, const ExpData& set)
     copy.index = plot.getIndex();
     copy.title = plot.title().text();
     copy.content = set.content();
+    copy.predictions = set.predictions;
     copy.xSensor = set.getXYIndex();
     copy.selected = set.getSelectedSensor();
     copy.state = plot.state();
@@ -23,6 +24,7 @@ GraphCopy GraphCopy::of(const Plot& plot, const ExpData& set)
 std::unique_ptr<Plot> GraphCopy::made(ExpData* set, const QSize& size) const
 {
     set->setContent(content);
+    set->predictions = predictions;
     set->setGroupName(title);
     set->setSelectedSensor(std::max(0, selected));
     set->setXYIndex(xSensor);
@@ -35,6 +37,7 @@ std::unique_ptr<Plot> GraphCopy::made(ExpData* set, const QSize& size) const
             plot->otherColorChanged(i, colors[i]);
     }
     plot->setPinned(pinned, present);
+    plot->showPredictions();
     plot->setThinned(true);
     plot->setAttribute(Qt::WA_DontShowOnScreen);
     plot->setAttribute(Qt::WA_ShowWithoutActivating);

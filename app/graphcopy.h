@@ -21,7 +21,8 @@ struct GraphCopy
     int xSensor = -1;
     int selected = 0;
     PlotState state;
-    QVector<QColor> colors;    ///< that a person gave the curves; not valid for the others
+    QVector<QColor> colors; ///< that a person gave the curves; not valid for the others
+    QVector<Prediction> predictions;
     QVector<PinnedRun> pinned; ///< the runs behind it
     QString present;           ///< the name of the run that it shows, if it has one
 

@@ -3,6 +3,7 @@
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
+#include "protocol/tembrindata.h"
 
 #include <QEvent>
 
@@ -24,6 +25,8 @@ void GraphTools::watch(Plot* plot)
     plot->canvas()->installEventFilter(this);
     connect(plot, &Plot::told, this, &GraphTools::told);
     connect(plot, &Plot::pointedAt, this, [this, plot](const QPointF& pos) { Q_EMIT pointedAt(plot, pos); });
+    connect(plot, &Plot::predictionDrawn, this,
+            [this, plot](const Prediction& drawn) { Q_EMIT predictionDrawn(plot->getIndex(), drawn); });
     connect(plot, &Plot::twoMarkersUpdated, this, [this, plot](const QString& text) {
         distances[plot] = text;
         tellDistance();
@@ -121,6 +124,25 @@ void GraphTools::forEachPlot(const std::function<void(Plot*)>& visit) const
     }
 }
 
+/// How long the next run takes, of the class the longest of a group, s. At the rate Manual samples are
+/// counted instead.
+double GraphTools::plannedLength(int index) const
+{
+    double longest = 0;
+    for (int i = 0; i < manager->nDefTembrins(); ++i) {
+        if (index >= 0 && i != index)
+            continue;
+        const TembrinData& state = *manager->tembrinDataAt(i);
+        const LoggerSettings& settings = state.reported();
+        const int samples =
+            state.isVorta() ? settings.vortaSamples : state.samplesNames().value(settings.samples).toInt();
+        const double period = state.samplePeriod() > 0 ? state.samplePeriod() : 1;
+        longest = std::max(longest, samples * period);
+    }
+    constexpr double anyLength = 10; // s, of a logger that goes on until it is stopped
+    return longest > 0 ? longest : anyLength;
+}
+
 bool GraphTools::turn(Plot* plot, Mode mode, bool tf)
 {
     switch (mode) {
@@ -137,6 +159,9 @@ bool GraphTools::turn(Plot* plot, Mode mode, bool tf)
         return true;
     case Mode::Read:
         plot->enableReading(tf);
+        return true;
+    case Mode::Predict:
+        plot->enablePredicting(tf, plannedLength(plot->getIndex()));
         return true;
     case Mode::Slope:
         plot->enableSlope(tf);

@@ -9,6 +9,7 @@
 class ExpData;
 class Plot;
 class multiConnectionsManager;
+struct Prediction;
 
 /// The tools of the graphs: the mouse modes, of which one is on at a time and on all graphs, and the analyses
 /// and commands that go to one graph. That is the graph that the user sees and means: the only one that
@@ -24,8 +25,9 @@ public:
         Zoom,
         Marker,
         Annotate,
-        Read, ///< a line through all graphs, with the values of all curves
-        Slope ///< a tangent at the pointer, on the graph that the tools go to
+        Read,    ///< a line through all graphs, with the values of all curves
+        Predict, ///< the pointer is a pen
+        Slope    ///< a tangent at the pointer, on the graph that the tools go to
     };
 
     explicit GraphTools(multiConnectionsManager* manager, QObject* parent = nullptr);
@@ -62,6 +64,7 @@ Q_SIGNALS:
     void pressed(int index);
     /// The pointer is here in the canvas of a graph that is read.
     void pointedAt(Plot* plot, const QPointF& pos);
+    void predictionDrawn(int index, const Prediction& prediction);
     /// Why nothing was done, or what to do.
     void told(const QString& text);
     /// How far the two crosses of the graph that the tools go to are apart; empty without them.
@@ -76,6 +79,7 @@ private:
     void tellDistance();
     void forEachPlot(const std::function<void(Plot*)>& visit) const;
     bool isSpectrum(const Plot* plot) const;
+    double plannedLength(int index) const;
     bool turn(Plot* plot, Mode mode, bool tf);
 
     multiConnectionsManager* const manager;

@@ -21,5 +21,7 @@ enum regressionCode
     REG_INTEGRAL = 7,
     REG_STATISTICS = 8,
     REG_FIT = 9,
-    REG_RANKING = 10
+    REG_RANKING = 10,
+    REG_PREDICT = 11,
+    REG_UNPREDICT = 12
 };

@@ -33,6 +33,7 @@ class KeptRuns;
 class LargeGraph;
 class MapPane;
 class MetersPanel;
+class PredictionKeeper;
 class QGridLayout;
 class QLabel;
 class QMenu;
@@ -330,6 +331,7 @@ private:
 
     GraphTools* tools = nullptr;
     CurveReader* reader = nullptr;
+    PredictionKeeper* predictions = nullptr;
     SideViews* sideViews = nullptr; ///< spectra and the like
     UndoSteps* steps = nullptr;
     FitDialog* fitDialog = nullptr;  ///< null until it is asked for

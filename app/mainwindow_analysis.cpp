@@ -7,6 +7,7 @@
 #include "app/graphtools.h"
 #include "app/groupranking.h"
 #include "app/iconlists.h"
+#include "app/predictionkeeper.h"
 #include "app/sideviews.h"
 #include "app/statistics.h"
 #include "app/subjects.h"
@@ -44,6 +45,11 @@ void MainWindow::createTools()
     connect(steps, &UndoSteps::told, statusLine, &StatusLine::setAdvice);
     connect(steps, &UndoSteps::edited, this, &MainWindow::showEdited);
     connect(steps, &UndoSteps::changed, this, &MainWindow::showUndo);
+    predictions = new PredictionKeeper(mTembrin, groupNames(), this);
+    connect(tools, &GraphTools::predictionDrawn, predictions, &PredictionKeeper::take);
+    connect(predictions, &PredictionKeeper::told, statusLine, &StatusLine::setAdvice);
+    connect(predictions, &PredictionKeeper::resultTold, statusLine, &StatusLine::setOutcome);
+    connect(predictions, &PredictionKeeper::done, steps, &UndoSteps::note);
     sideViews = new SideViews(mTembrin, this);
     connect(sideViews, &SideViews::told, statusLine, &StatusLine::setAdvice);
     connect(sideViews, &SideViews::edited, this, &MainWindow::showEdited);
@@ -60,7 +66,7 @@ void MainWindow::createTools()
     showUndo();
 }
 
-/// Slope mode has no button of its own: it shows on the list that it is chosen from.
+/// Slope and prediction have no buttons of their own: they show on the list that they are chosen from.
 void MainWindow::showMode()
 {
     const GraphTools::Mode mode = tools->mode();
@@ -71,10 +77,12 @@ void MainWindow::showMode()
     shareEscape();
     if (!regression)
         return;
-    const bool isSlope = mode == GraphTools::Mode::Slope;
-    if (isSlope)
-        regression->setCurrentIndex(regression->findData(REG_SLOPE));
-    regression->setProperty("isOn", isSlope);
+    const int code = mode == GraphTools::Mode::Slope     ? REG_SLOPE
+                     : mode == GraphTools::Mode::Predict ? REG_PREDICT
+                                                         : 0;
+    if (code != 0)
+        regression->setCurrentIndex(regression->findData(code));
+    regression->setProperty("isOn", code != 0);
     regression->style()->unpolish(regression); // for the style sheet to look again
     regression->style()->polish(regression);
 }
@@ -188,6 +196,9 @@ void MainWindow::doFunctions(int select)
     const int code = regression->itemData(select).toInt();
     if (code != REG_SLOPE)
         tools->setMode(GraphTools::Mode::Slope, false); // which its picture no longer shows
+    const bool isPredicting = tools->mode() == GraphTools::Mode::Predict;
+    if (isPredicting)
+        tools->setMode(GraphTools::Mode::Predict, false); // the same
     switch (code) {
     case REG_SLOPE:
         doSlope();
@@ -218,6 +229,14 @@ void MainWindow::doFunctions(int select)
         break;
     case REG_FFT:
         toggleSpectrum();
+        break;
+    case REG_PREDICT:
+        tools->setMode(GraphTools::Mode::Predict, !isPredicting);
+        if (!isPredicting)
+            statusLine->setAdvice(tr("Draw in a graph, with the button held down, what its curve will do."));
+        break;
+    case REG_UNPREDICT:
+        predictions->removeAll();
         break;
     }
 }

@@ -145,7 +145,8 @@ Lesson::Part MainWindow::takePart(int index) const
         part.group = titleName(index);
     part.view = index < 0 ? QString() : viewWord(mTembrin->viewShownBy(index));
     part.isInClass = index >= 0 && mTembrin->run().classSet().isMember(index);
-    part.isStored = set.getNSens() > 0 && (index < 0 || set.getXSize() > 0 || !plot->markers.isEmpty());
+    part.isStored = set.getNSens() > 0 && (index < 0 || set.getXSize() > 0 || !plot->markers.isEmpty() ||
+                                           !set.predictions.isEmpty());
     if (!part.isStored)
         return part;
     const QVector<int> hints = set.curveModeHint; // those of a file, which the next run has not
@@ -317,6 +318,7 @@ void MainWindow::showGroupPart(int slot, const Lesson::Part& part)
         part.experiment.fill(set, false);
     else
         set->setDataNewEmpty(set->getSensors(), set->dt);
+    set->predictions = part.experiment.predictions;
     const int active = qMax(0, set->getSelectedSensor());
     set->setGroupName(part.group);
     set->setXRange();
@@ -346,6 +348,7 @@ void MainWindow::showClassPart(const Lesson::Part& part)
     graph->setMarkers();
     runTitle = part.experiment.title;
     graph->updateTitle(runTitle);
+    set->predictions = part.experiment.predictions;
     if (!part.isStored)
         return;
     const QVector<ExpData::Content> contents = madeAgain(part, set);

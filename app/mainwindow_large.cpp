@@ -49,11 +49,11 @@ void MainWindow::enlargeChosen()
         enlarge(LargeGraph::classGraph);
 }
 
-/// One key can't mean two things: while curves are read, Esc ends that, while a graph is large, it brings the
-/// others back, and stops only after that.
+/// One key can't mean two things: while curves are read or predicted, Esc ends that, while a graph is large,
+/// it brings the others back, and stops only after that.
 void MainWindow::shareEscape()
 {
-    const bool isRead = tools->mode() == GraphTools::Mode::Read;
+    const bool isRead = tools->mode() == GraphTools::Mode::Read || tools->mode() == GraphTools::Mode::Predict;
     const bool isLarge = largeGraph && largeGraph->shown().has_value();
     const QKeySequence escape(Qt::Key_Escape);
     QList<QKeySequence> stopKeys = stopAct->shortcuts();

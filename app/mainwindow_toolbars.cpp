@@ -45,6 +45,8 @@ constexpr ListItem regressionItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Smooth"), ":/icons/2018P2/Smooth.png", REG_SMOOTH},
     {QT_TRANSLATE_NOOP("MainWindow", "Derivative"), ":/icons/2018P2/Derivative.png", REG_DERIVATIVE},
     {QT_TRANSLATE_NOOP("MainWindow", "Integral"), ":/icons/2018P2/Integral.png", REG_INTEGRAL},
+    {QT_TRANSLATE_NOOP("MainWindow", "Predict"), ":/icons/2018P2/Predict.png", REG_PREDICT},
+    {QT_TRANSLATE_NOOP("MainWindow", "Remove predictions"), ":/icons/2018P2/Unpredict.png", REG_UNPREDICT},
     {QT_TRANSLATE_NOOP("MainWindow", "Statistics"), ":/icons/2018P2/ViewBar.png", REG_STATISTICS},
     {QT_TRANSLATE_NOOP("MainWindow", "Spectrum"), ":/icons/2018P2/Spectrum.png", REG_FFT},
     {QT_TRANSLATE_NOOP("MainWindow", "Sort the groups"), ":/icons/Ranking.png", REG_RANKING},

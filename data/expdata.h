@@ -12,6 +12,7 @@
 
 #include "data/derivedcurve.h"
 #include "data/joinedrows.h"
+#include "data/prediction.h"
 #include "data/samplestep.h"
 #include "sensors/sensor.h"
 #include "sensors/units.h"
@@ -323,14 +324,15 @@ public:
 
     const std::unique_ptr<FFTData> fftData;
 
-    double dt = 1.0;            ///< seconds between samples; 0 or less: manual sampling, no time base
-    QVector<double> minY;       ///< extremes of each channel, base unit
-    QVector<double> maxY;       ///< extremes of each channel, base unit
-    QVector<int> curveModeHint; ///< curve mode to restore on the plot, −1 for its default
-    double sensRange = 0.0;     ///< span of the selected sensor
-    double minLimit = 0.0;      ///< lowest value of the selected sensor
-    bool finalData = false;     ///< no more samples are coming
-    int smoothKernel = 3;       ///< width of the moving average in samples
+    double dt = 1.0;                 ///< seconds between samples; 0 or less: manual sampling, no time base
+    QVector<double> minY;            ///< extremes of each channel, base unit
+    QVector<double> maxY;            ///< extremes of each channel, base unit
+    QVector<int> curveModeHint;      ///< curve mode to restore on the plot, −1 for its default
+    double sensRange = 0.0;          ///< span of the selected sensor
+    double minLimit = 0.0;           ///< lowest value of the selected sensor
+    bool finalData = false;          ///< no more samples are coming
+    QVector<Prediction> predictions; ///< at most one of a channel; runs come and go before them
+    int smoothKernel = 3;            ///< width of the moving average in samples
     int derivWindow =
         3; ///< samples that a derivative is fitted over; below 5: the change from one to the next
 

@@ -61,6 +61,7 @@ StoredExperiment RunAverage::of(const StoredExperiment& first, const StoredExper
     StoredExperiment mean = first;
     mean.lineMarkers.clear();
     mean.barMarkers.clear();
+    mean.predictions.clear();
     mean.channels.clear();
     mean.xyIndex = -1;
     mean.appendIndex = 0;

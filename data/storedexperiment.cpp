@@ -145,6 +145,8 @@ StoredExperiment StoredExperiment::of(const ExpData& data, bool isPart, bool isC
     stored.xyIndex = data.getXYIndex();
     stored.appendIndex = data.getAppendIndex();
     stored.times = data.getX();
+    if (isPart)
+        stored.predictions = data.predictions;
     for (int i = 0; i < data.getNSens(); ++i) {
         if (data.getSens(i))
             stored.channels.append(channelOf(data, i, isClass));
@@ -162,6 +164,7 @@ bool StoredExperiment::fill(ExpData* data, bool append) const
     } else {
         data->setDataNew(n, times, rate);
         data->setAppendIndex(appendIndex);
+        data->predictions = predictions;
     }
     QVector<int> outs;
     for (int i = 0; i < n; ++i) {

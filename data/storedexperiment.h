@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "data/fittedcurve.h"
+#include "data/prediction.h"
 #include "sensors/sensor.h"
 
 class ExpData;
@@ -84,7 +85,8 @@ struct StoredExperiment
     QVector<Channel> channels; ///< in the order of their places
     QVector<Marker> lineMarkers;
     QVector<Marker> barMarkers;
-    QString leftOut; ///< one line on what could not be read, empty if nothing
+    QVector<Prediction> predictions; ///< of a part only
+    QString leftOut;                 ///< one line on what could not be read, empty if nothing
 
     /// All but title, view and marks. Ranges are those of the channels: for a graph of the class the common
     /// ones.

@@ -47,6 +47,10 @@ public:
     virtual void setXSensor(int iSens) = 0;
     virtual void zoomIn(const QRectF& rect) = 0;
     virtual void zoomOut() = 0;
+    /// Room for a run of `length`, s, while there are no samples; 0: as there always is.
+    virtual void makeRoom(double /*length*/) {}
+    /// What the scales have to hold beside the samples is other than it was.
+    virtual void follow() { update(); }
     /// Another experiment is going to be shown: no part of the last holds for it.
     virtual void startAnew() {}
     /// The sensor whose colour is meant by a point of the canvas, -1 for none.

@@ -142,6 +142,27 @@ void GraphMouse::enableReading(bool tf)
     plot.canvas()->setMouseTracking(tf);
 }
 
+void GraphMouse::enablePen(bool tf)
+{
+    if (tf) {
+        enableZoom(false);
+        isAnnotate = isMarker = false;
+        enableSlope(false);
+    }
+    isPen = tf;
+    liftPen(false);
+    if (tf)
+        plot.canvas()->setCursor(Qt::CrossCursor);
+    else
+        plot.canvas()->unsetCursor();
+}
+
+void GraphMouse::liftPen(bool isKept)
+{
+    if (std::exchange(isPenDown, false))
+        Q_EMIT penUp(isKept);
+}
+
 bool GraphMouse::eventFilter(QObject* object, QEvent* event)
 {
     if (object == plot.axisWidget(QwtPlot::yLeft)) {
@@ -177,6 +198,7 @@ void GraphMouse::giveUp()
 {
     zoomer->reset();
     markers.cancel();
+    liftPen(false);
     pannedTo.reset();
 }
 
@@ -205,7 +227,7 @@ void GraphMouse::onCanvas(const QMouseEvent& event)
         break;
     case QEvent::MouseButtonDblClick:
         if (!markers.doubleClick(event.pos()) && event.button() == Qt::LeftButton && !isZoom && !isAnnotate &&
-            !isMarker && !isSlope)
+            !isMarker && !isSlope && !isPen)
             Q_EMIT groundDoubleClicked();
         break;
     case QEvent::MouseMove:
@@ -240,6 +262,11 @@ void GraphMouse::pressLeft(const QPointF& pos)
 {
     if (isReading) // a touch has no moves
         Q_EMIT pointedAt(pos);
+    if (isPen) {
+        isPenDown = true;
+        Q_EMIT penDown(pos);
+        return;
+    }
     if (markers.take(pos))
         return;
     if (isAnnotate)
@@ -256,6 +283,8 @@ void GraphMouse::move(const QPointF& pos)
         const QPointF way = pos - *pannedTo;
         pannedTo = pos;
         showPixels(QRectF(plot.canvas()->contentsRect()).translated(-way));
+    } else if (isPenDown) {
+        Q_EMIT penMoved(pos);
     } else if (isSlope && !markers.isDragging()) {
         slope.follow(pos);
     } else {
@@ -268,12 +297,14 @@ void GraphMouse::move(const QPointF& pos)
 void GraphMouse::release(Qt::MouseButton button)
 {
     escape.reset();
-    if (button == Qt::LeftButton)
+    if (button == Qt::LeftButton) {
+        liftPen(true);
         markers.letGo();
-    else if (button == Qt::MiddleButton)
+    } else if (button == Qt::MiddleButton) {
         pannedTo.reset();
-    else if (button == Qt::RightButton && isZoom)
+    } else if (button == Qt::RightButton && isZoom) {
         Q_EMIT zoomedOut();
+    }
 }
 
 // What is under the pointer stays there.

@@ -34,6 +34,7 @@ public:
     void enableMarker(bool tf);
     void enableSlope(bool tf);
     void enableReading(bool tf);
+    void enablePen(bool tf);
     bool isSlopeOn() const { return isSlope; }
 
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -55,6 +56,10 @@ Q_SIGNALS:
     void noteAsked(const QPointF& pos);
     /// While the graph is read.
     void pointedAt(const QPointF& pos);
+    /// The left button draws; what is not kept was given up.
+    void penDown(const QPointF& pos);
+    void penMoved(const QPointF& pos);
+    void penUp(bool isKept);
     void zoomedIn(const QRectF& rect);
     void zoomedOut();
 
@@ -68,6 +73,7 @@ private:
     void watchEscape();
     void giveUp();
     void loseMouse();
+    void liftPen(bool isKept);
     void onWheel(const QWheelEvent& event);
     void showPixels(const QRectF& area);
 
@@ -81,6 +87,8 @@ private:
     bool isMarker = false;
     bool isSlope = false;
     bool isReading = false;
+    bool isPen = false;
+    bool isPenDown = false;
     std::unique_ptr<EscapeWatch> escape; ///< while a button is down
     std::optional<QPointF> pannedTo;
 };

@@ -57,7 +57,7 @@ void LineKind::setData()
     parts.axes.setText(QwtPlot::yLeft, sensorTitle(parts.curves.activeIndex()));
     parts.axes.setAuto(QwtPlot::xBottom);
     if (parts.data.getXSize() == 0) // the window that a run begins with
-        parts.axes.setRange(QwtPlot::xBottom, 0, (parts.data.dt > 0 ? parts.data.dt : 1) * minXSamp);
+        showWindow();
     else if (!isZoomed)
         shownXMax = parts.data.getX().last();
     layer.renewGateTexts();
@@ -68,6 +68,7 @@ void LineKind::setData()
 void LineKind::update()
 {
     if (parts.data.getXSize() == 0) {
+        showRoom();
         layer.renew();
         parts.plot.replot();
     } else if (parts.data.isXYPlot()) {
@@ -75,6 +76,59 @@ void LineKind::update()
     } else {
         updateOverTime();
     }
+}
+
+void LineKind::makeRoom(double length)
+{
+    room = length;
+    parts.scaler.isOpen = length > 0;
+    if (parts.data.getXSize() == 0)
+        follow();
+}
+
+void LineKind::follow()
+{
+    parts.axes.setDue();
+    if (parts.data.getXSize() > 0 && !parts.data.isXYPlot() && !parts.data.finalData)
+        parts.scaler.setScales(&parts.data, parts.index < 0);
+    update();
+}
+
+/// Where the last line ends that was predicted of a channel; 0 without one.
+double LineKind::predictedEnd() const
+{
+    double end = 0;
+    for (const Prediction& prediction : qAsConst(parts.data.predictions)) {
+        if (Predictions::channelOf(parts.data, prediction) >= 0)
+            end = std::max(end, prediction.points.constLast().x());
+    }
+    return end;
+}
+
+/// The window that a run begins with.
+void LineKind::showWindow()
+{
+    parts.axes.setRange(QwtPlot::xBottom, 0, (parts.data.dt > 0 ? parts.data.dt : 1) * minXSamp);
+    showRoom();
+}
+
+/// A graph without samples has room for what is expected of it.
+void LineKind::showRoom()
+{
+    const double end = std::max(room, predictedEnd());
+    if ((end <= 0 && !isRoomShown) || isZoomed)
+        return;
+    isRoomShown = end > 0;
+    if (!isRoomShown) {
+        parts.axes.setRange(QwtPlot::yLeft, 0, 1);
+        setData();
+        return;
+    }
+    parts.scaler.setScales(&parts.data, parts.index < 0);
+    showRangeY();
+    parts.axes.setRange(QwtPlot::xBottom, 0, end);
+    parts.axes.setTimeUnit(end, parts.data.dt);
+    parts.axes.setText(QwtPlot::xBottom, parts.axes.timeTitle(parts.data.dt));
 }
 
 void LineKind::updateOverTime()
@@ -96,6 +150,11 @@ void LineKind::updateXRange()
         return;
     const QVector<double>& x = parts.data.getX();
     const bool isWhole = parts.data.finalData || parts.data.isRepeatMode1stPhase();
+    if (const double end = predictedEnd(); end > x.last()) {
+        shownXMax = end;
+        parts.axes.setRange(QwtPlot::xBottom, std::min(0.0, x.first()), end);
+        return;
+    }
     if (isWhole && x.last() > x.first()) {
         shownXMax = x.last();
         const double forNames = parts.index < 0 ? namesPart * (x.last() - x.first()) : 0;

@@ -32,6 +32,8 @@ public:
     void zoomIn(const QRectF& rect) override;
     void zoomOut() override;
     void startAnew() override;
+    void makeRoom(double length) override;
+    void follow() override;
     int sensorAt(const QPointF& pos) const override;
 
 private:
@@ -39,6 +41,9 @@ private:
     void updateOverSensor();
     void updateXRange();
     void updateScales();
+    double predictedEnd() const;
+    void showWindow();
+    void showRoom();
     void leaveXY();
     void endZoom();
     bool showsAll(const QRectF& rect) const;
@@ -56,6 +61,8 @@ private:
     bool isZoomed = false;
     double shownXMax = 0; ///< in seconds or sample numbers, as last set
     bool isXYShown = false;
+    double room = 0; ///< s, of a graph without samples; 0 where nothing is expected
+    bool isRoomShown = false;
     LivePicture live;
     std::unique_ptr<CurveNames> names; ///< of the class only, as is the next
     std::unique_ptr<AverageBand> band;

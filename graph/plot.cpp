@@ -22,6 +22,7 @@
 #include "graph/markerlayer.h"
 #include "graph/markermouse.h"
 #include "graph/pinnedcurves.h"
+#include "graph/predictedcurves.h"
 #include "graph/readingline.h"
 #include "graph/scalemanager.h"
 #include "graph/slopetool.h"
@@ -69,6 +70,10 @@ Plot::Plot(ExpData* data, graphtype type, bool /*isJunior*/, int index, QWidget*
     if (traits.hasLegend)
         connectLegend();
     createKind(type);
+    if (traits.markers == MarkerForm::Curve) {
+        predicted = std::make_unique<PredictedCurves>(*parts);
+        predicted->attach(this);
+    }
     connectMouse();
     connectDialogs();
     connect(layer.get(), &MarkerLayer::distanceTold, this, &Plot::twoMarkersUpdated);
@@ -219,6 +224,7 @@ void Plot::connectMouse()
     connect(from, &GraphMouse::crossRefused, this, &Plot::refuseAnalysis);
     connect(from, &GraphMouse::noteAsked, this, &Plot::newAnnotation);
     connect(from, &GraphMouse::pointedAt, this, &Plot::pointedAt);
+    connectPen();
     connect(from, &GraphMouse::zoomedIn, this, [this](const QRectF& rect) { kind->zoomIn(rect); });
     connect(from, &GraphMouse::zoomedOut, this, [this] { kind->zoomOut(); });
 }
@@ -273,6 +279,8 @@ void Plot::setUserPrompt(UserPrompt* prompt)
 
 void Plot::setData()
 {
+    if (predicted)
+        predicted->renew();
     kind->setData();
     if (legendPart) // other names take another room
         fitTexts();
@@ -332,6 +340,40 @@ void Plot::setPinned(const QVector<PinnedRun>& runs, const QString& present)
     pinned->setRuns(runs, present);
     layer->renew();
     replot();
+}
+
+void Plot::connectPen()
+{
+    connect(mouse.get(), &GraphMouse::penDown, this, [this](const QPointF& pos) {
+        predicted->begin(pos);
+        if (!predicted->isDrawing())
+            Q_EMIT told(tr("A prediction is drawn over the time, for a sensor."));
+        replot();
+    });
+    connect(mouse.get(), &GraphMouse::penMoved, this, [this](const QPointF& pos) {
+        predicted->move(pos);
+        axes->repaint();
+    });
+    connect(mouse.get(), &GraphMouse::penUp, this, [this](bool isKept) {
+        const std::optional<Prediction> drawn = predicted->end();
+        if (drawn && isKept)
+            Q_EMIT predictionDrawn(*drawn);
+        else if (drawn)
+            replot();
+    });
+}
+
+void Plot::showPredictions()
+{
+    if (predicted && predicted->renew())
+        kind->follow();
+}
+
+void Plot::renewDeviations()
+{
+    const QRect part = predicted ? predicted->renewTexts() : QRect();
+    if (!part.isEmpty())
+        axes->repaint(part);
 }
 
 // Two sensors of one name resolve to the first.
@@ -442,6 +484,14 @@ void Plot::enableReading(bool tf)
         reader.reset();
     else if (!reader)
         reader = std::make_unique<ReadingLine>(*parts, traits.markers);
+}
+
+void Plot::enablePredicting(bool tf, double length)
+{
+    if (!predicted)
+        return;
+    mouse->enablePen(tf);
+    kind->makeRoom(tf ? length : 0);
 }
 
 QVector<Reading> Plot::readings(double x, double pixelY) const

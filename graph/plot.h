@@ -29,6 +29,7 @@ class MarkerEditor;
 class MarkerLayer;
 class MarkerMouse;
 class PinnedCurves;
+class PredictedCurves;
 class QwtPlotGrid;
 class ReadingLine;
 class SlopeTool;
@@ -38,6 +39,7 @@ class scaleManager;
 struct GraphParts;
 struct KindTraits;
 struct PinnedRun;
+struct Prediction;
 struct Reading;
 
 /// What a person did to one graph alone, as a value.
@@ -85,9 +87,10 @@ private:
     const std::unique_ptr<GraphDialogs> dialogs;
     std::unique_ptr<GraphLegend> legendPart; ///< null for a graph that has none
     std::unique_ptr<GraphKind> kind;
-    std::unique_ptr<PinnedCurves> pinned; ///< null until there are some
-    std::unique_ptr<ReadingLine> reader;  ///< null unless its mode is on
-    BarKind* bars = nullptr;              ///< the kind, of a bar graph
+    std::unique_ptr<PinnedCurves> pinned;       ///< null until there are some
+    std::unique_ptr<PredictedCurves> predicted; ///< null where the kind has none
+    std::unique_ptr<ReadingLine> reader;        ///< null unless its mode is on
+    BarKind* bars = nullptr;                    ///< the kind, of a bar graph
     std::unique_ptr<GraphMouse> mouse;
 
 public:
@@ -169,6 +172,11 @@ public:
     /// Runs behind the present curves; a graph of another kind has none.
     void setPinned(const QVector<PinnedRun>& runs, const QString& present = QString());
 
+    /// The set has other predictions.
+    void showPredictions();
+    /// How far the curves are from them may be other than it was; costs little, and repaints what changed.
+    void renewDeviations();
+
     // Bars; other kinds have none
 
     /// Makes the legend entries anew from the data set. Colours that the user gave stay.
@@ -188,6 +196,8 @@ public:
     void enableMarker(bool tf);
     void enableSlope(bool tf);
     void enableReading(bool tf);
+    /// The pointer is a pen. A graph without samples gets room for a run of `length`, s.
+    void enablePredicting(bool tf, double length);
     /// The line at which the graph is read; null unless that mode is on, and for bars.
     ReadingLine* reading() const { return reader.get(); }
     /// Of curves in sight and of pinned runs, at a place of the line and the height of the pointer.
@@ -253,6 +263,8 @@ Q_SIGNALS:
     void changedActivePlot(int index);
     /// The pointer is here on the canvas, while the graph can be read.
     void pointedAt(const QPointF& pos);
+    /// A line was drawn for the active sensor.
+    void predictionDrawn(const Prediction& prediction);
     /// A double click on nothing but the ground.
     void enlargeAsked(int index);
     void titleChanged(const QString& text);
@@ -287,6 +299,7 @@ private:
     void connectLegend();
     void connectMouse();
     void connectDialogs();
+    void connectPen();
     void change(const QString& step, const std::function<void()>& how);
     void rotateMode(int i);
     void applyDesign();

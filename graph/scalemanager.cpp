@@ -149,9 +149,9 @@ void scaleManager::setScales(const ExpData* data, bool isClass)
             scales.append(ScalePtr::create(0.0, 1.0, 1.0, 0.0, firstGroupIndex + i, QString(), QString()));
             continue;
         }
-        const auto scale =
-            ScalePtr::create(data->getMinY(i), data->getMaxY(i), sensor->max - sensor->min, lowestOf(*sensor),
-                             firstGroupIndex + i, sensor->groupName, sensor->name);
+        const Sensor::View held = extremes(*data, i);
+        const auto scale = ScalePtr::create(held.min, held.max, sensor->max - sensor->min, lowestOf(*sensor),
+                                            firstGroupIndex + i, sensor->groupName, sensor->name);
         scales.append(scale);
         scale->quantity = sensor->quantity();
         scale->isFilled = data->getYSize(i) > 0 && !data->isMeaningless(i);
@@ -160,6 +160,22 @@ void scaleManager::setScales(const ExpData* data, bool isClass)
         takeFixedRange(i, *sensor, isClass);
     }
     share();
+}
+
+/// What the automatic range of a channel has to hold, in the unit on display: its samples and what was
+/// predicted of it.
+Sensor::View scaleManager::extremes(const ExpData& data, int i) const
+{
+    Sensor::View held{data.getMinY(i), data.getMaxY(i)};
+    const SensorPtr& sensor = data.getSens(i);
+    const Prediction* const prediction = Predictions::of(data, i);
+    if (data.getYSize(i) == 0 && (isOpen || prediction))
+        held = {sensor->min, sensor->max};
+    for (const QPointF& point : prediction ? prediction->points : QVector<QPointF>()) {
+        const double shown = sensor->convertToAltUnit(point.y());
+        held = {std::min(held.min, shown), std::max(held.max, shown)};
+    }
+    return held;
 }
 
 void scaleManager::updateScales(const ExpData* data)
@@ -182,8 +198,9 @@ void scaleManager::follow(const ExpData* data, bool isClass)
             continue;
         takeFixedRange(i, *sensor, isClass);
         scales[i]->isFilled = data->getYSize(i) > 0 && !data->isMeaningless(i);
-        if (data->getYSize(i) > 0)
-            scales[i]->updateScale(data->getMinY(i), data->getMaxY(i), zoomMin, zoomMax);
+        const Sensor::View held = extremes(*data, i);
+        if (data->getYSize(i) > 0 || held.min < held.max)
+            scales[i]->updateScale(held.min, held.max, zoomMin, zoomMax);
     }
     share();
 }
@@ -266,19 +283,21 @@ void scaleManager::growScales(const ExpData* data, bool isClass)
         if (!sensor || data->getYSize(i) == 0)
             continue;
         takeFixedRange(i, *sensor, isClass);
+        const Sensor::View held = extremes(*data, i);
         const bool isNew = !scales[i]->isFilled && !data->isMeaningless(i);
-        taken = std::max(taken, isNew ? 1 : scales[i]->marginTaken(data->getMinY(i), data->getMaxY(i)));
+        taken = std::max(taken, isNew ? 1 : scales[i]->marginTaken(held.min, held.max));
     }
     for (int i = 0; i < n && taken > most; ++i) {
         if (!data->getSens(i) || data->getYSize(i) == 0)
             continue;
         oneScale& scale = *scales[i];
+        const Sensor::View held = extremes(*data, i);
         const bool isNew = !scale.isFilled;
         scale.isFilled = !data->isMeaningless(i);
         if (isNew)
-            scale.updateScale(data->getMinY(i), data->getMaxY(i), zoomMin, zoomMax);
-        else if (scale.marginTaken(data->getMinY(i), data->getMaxY(i)) > some)
-            scale.grow(data->getMinY(i), data->getMaxY(i), room, zoomMin, zoomMax);
+            scale.updateScale(held.min, held.max, zoomMin, zoomMax);
+        else if (scale.marginTaken(held.min, held.max) > some)
+            scale.grow(held.min, held.max, room, zoomMin, zoomMax);
     }
     if (isClass || taken > most)
         share();

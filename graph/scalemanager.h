@@ -89,10 +89,12 @@ public:
     void fixScaleY(QwtScaleMap* scl, int iSens) const;
 
     QVector<QSharedPointer<oneScale>> scales;
-    double zoomMin = 0; ///< the zoom as fractions of a full range
+    bool isOpen = false; ///< a channel without samples has the range of its sensor
+    double zoomMin = 0;  ///< the zoom as fractions of a full range
     double zoomMax = 1;
 
 private:
+    Sensor::View extremes(const ExpData& data, int i) const;
     void follow(const ExpData* data, bool isClass);
     void takeFixedRange(int i, const Sensor& sensor, bool isClass);
     void share();

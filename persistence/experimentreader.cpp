@@ -4,6 +4,7 @@
 #include <QMap>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "data/expdata.h"
@@ -19,6 +20,7 @@ using Marker = StoredExperiment::Marker;
 using Channel = StoredExperiment::Channel;
 
 constexpr int digitsOnDisplay = 5;
+constexpr int mostPredictions = 64;
 constexpr double gap = std::numeric_limits<double>::quiet_NaN();
 
 /// The walk through one document.
@@ -49,6 +51,7 @@ private:
     QVector<double> readValues(const char* key, double emptyText, int* decimals = nullptr);
     void readSensor();
     void readMarker(QVector<Marker>* list);
+    void readPrediction();
     bool readFit(FittedCurve* fit) const;
     void readMarkerContent(Marker* marker);
     void readMarkerTitle(Marker* marker);
@@ -152,6 +155,8 @@ void Walk::readElement()
         readMarker(&experiment->lineMarkers);
     } else if (name == QLatin1String("BarMarker")) {
         readMarker(&experiment->barMarkers);
+    } else if (name == QLatin1String("Prediction")) {
+        readPrediction();
     } else if (name == QLatin1String("Marker")) { // in files of older editions
         readMarker(&olderMarkers);
     } else {
@@ -257,6 +262,27 @@ FittedCurve::Unit unitIn(const QString& text)
 {
     const QVector<double> numbers = numbersIn(text.section(QLatin1Char(' '), 0, 1));
     return {text.section(QLatin1Char(' '), 2), numbers.value(0), numbers.value(1)};
+}
+
+/// Points go on in time; what does not ends a line that somebody changed.
+void Walk::readPrediction()
+{
+    Prediction prediction;
+    prediction.sensorID = integer("SensorID");
+    prediction.number = integer("number");
+    const QVector<double> times = numbersIn(xml.attribute(QLatin1String("times")).toString());
+    const QVector<double> values = numbersIn(xml.attribute(QLatin1String("values")).toString());
+    xml.skipElement();
+    const int count = std::min({times.size(), values.size(), Prediction::mostPoints});
+    for (int i = 0; i < count && std::isfinite(times.at(i)) && std::isfinite(values.at(i)); ++i) {
+        if (i > 0 && times.at(i) <= times.at(i - 1))
+            break;
+        prediction.points.append({times.at(i), values.at(i)});
+    }
+    const bool isFirst = std::none_of(experiment->predictions.cbegin(), experiment->predictions.cend(),
+                                      [&](const Prediction& other) { return other.isOfSame(prediction); });
+    if (isFirst && !prediction.points.isEmpty() && experiment->predictions.size() < mostPredictions)
+        experiment->predictions.append(prediction);
 }
 
 /// False where there is one that makes no sense.

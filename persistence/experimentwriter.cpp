@@ -371,6 +371,22 @@ QVector<Marker> settled(const StoredExperiment& experiment)
     return markers;
 }
 
+void writePrediction(Utf16Xml& xml, const Prediction& prediction)
+{
+    QVector<double> times;
+    QVector<double> values;
+    for (const QPointF& point : prediction.points) {
+        times.append(point.x());
+        values.append(point.y());
+    }
+    xml.raw(u" <Prediction");
+    xml.attribute(u"SensorID", prediction.sensorID);
+    xml.attribute(u"number", prediction.number);
+    xml.attribute(u"times", listed(times));
+    xml.attribute(u"values", listed(values));
+    xml.raw(u"/>\n");
+}
+
 template<int n, int m>
 void writeMarkers(Utf16Xml& xml, const QVector<Marker>& markers, bool isPart, const char16_t (&listTag)[n],
                   const char16_t (&tag)[m])
@@ -400,6 +416,8 @@ bool ExperimentWriter::write(const Sink& sink, const StoredExperiment& experimen
         writeSensor(xml, channel, experiment.isPart);
     writeMarkers(xml, settled(experiment), experiment.isPart, u"LineMarkers", u"LineMarker");
     writeMarkers(xml, experiment.barMarkers, experiment.isPart, u"BarMarkers", u"BarMarker");
+    for (const Prediction& prediction : experiment.predictions)
+        writePrediction(xml, prediction);
     xml.raw(u"</ExpDataRoot>\n");
     return xml.flush();
 }

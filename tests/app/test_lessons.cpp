@@ -151,6 +151,11 @@ private:
         bench->manager->plotAt(0)->getCurve(2)->hide();
         bench->data(1)->setSelectedSensor(1);
         show(1);
+        for (const int i : {-1, 0, 1, 2}) { // also where nothing was measured
+            Prediction line = Predictions::about(*bench->data(i), 0);
+            line.draw({0, 20.125}, {i + 2.5, -1 / 3.0});
+            bench->data(i)->predictions = {line};
+        }
         bench->manager->run().classSet().rebuild(3);
         bench->data(-1)->makeUniformScales();
         bench->data(-1)->setXRange();
@@ -322,7 +327,7 @@ private Q_SLOTS:
         QVERIFY(!bench->manager->plotAt(0)->getCurve(2)->isShown());
         QCOMPARE(bench->manager->viewShownBy(1), int(VIEW_BAR));
         save(path("b.lesson"));
-        QCOMPARE(unpacked(path("a.lesson")).size(), size_t(4)); // class, two groups, manifest
+        QCOMPARE(unpacked(path("a.lesson")).size(), size_t(5)); // class, three groups, manifest
         compareLessons(where == "other units");
         mark(bench->manager->plotAt(0), bench->data(0), 1, dt);
         mark(bench->manager->plotC(), bench->data(-1), 0, dt);

@@ -72,6 +72,65 @@ private Q_SLOTS:
         QCOMPARE(plot->markers.size(), 4);
     }
 
+    /// Drawn before a run, it stays where it is while that comes and goes, and tells who was nearest.
+    void predictionsAreDrawnAndTold()
+    {
+        ClassBench bench(2);
+        for (const int i : {0, 1})
+            bench.meet(i);
+        bench.action("layoutAct1")->trigger();
+        const auto choose = [&](int code) {
+            Q_EMIT functions(bench)->activated(functions(bench)->findData(code));
+        };
+        choose(REG_PREDICT);
+        const auto draw = [&](int index, const QVector<QPointF>& points, bool isKept = true) {
+            QCoreApplication::processEvents();
+            Plot* const plot = bench.manager->plotAt(index);
+            const auto place = [plot](const QPointF& point) {
+                return QPoint(int(plot->transform(QwtPlot::xBottom, point.x())),
+                              int(plot->transform(QwtPlot::yLeft, point.y())));
+            };
+            QTest::mousePress(plot->canvas(), Qt::LeftButton, {}, place(points.first()));
+            for (const QPointF& point : points) {
+                QMouseEvent move(QEvent::MouseMove, place(point), Qt::NoButton, Qt::LeftButton, {});
+                QApplication::sendEvent(plot->canvas(), &move);
+            }
+            if (!isKept)
+                QTest::keyClick(bench.window.data(), Qt::Key_Escape);
+            QTest::mouseRelease(plot->canvas(), Qt::LeftButton, {}, place(points.last()));
+        };
+        const auto predicted = [&](int index) { return bench.data(index)->predictions; };
+        QVERIFY(bench.manager->plotAt(0)->axisInterval(QwtPlot::yLeft).width() > 50); // of the sensor
+        draw(0, {{1, 30}, {9, 30}});
+        draw(1, {{9, 60}, {1, 60}}); // back
+        draw(1, {{2, 10}, {5, 90}}, false);
+        QCOMPARE(predicted(0).size(), 1);
+        QCOMPARE(predicted(1).size(), 1);
+        const QVector<Prediction> before = predicted(1);
+        draw(1, {{4, 50}, {6, 50}});
+        QVERIFY(predicted(1) != before);
+        bench.action("undoAct")->trigger();
+        QVERIFY(predicted(1) == before);
+        QVERIFY(functions(bench)->property("isOn").toBool());
+        bench.action("endReadingAct")->trigger();
+        QVERIFY(!functions(bench)->property("isOn").toBool());
+        for (short n = 0; n < 12; ++n) {
+            bench.sample(0, n, 35);
+            bench.sample(1, n, 61);
+        }
+        for (const int i : {0, 1})
+            bench.tellEnd(i);
+        const QString told = bench.window->findChild<StatusLine*>()->outcome();
+        QVERIFY2(told.indexOf("Group B") > 0 && told.indexOf("Group B") < told.indexOf("Group A"),
+                 qPrintable(told));
+        QVERIFY(predicted(1) == before);
+        QVERIFY(bench.manager->plotAt(0)->axisInterval(QwtPlot::yLeft).contains(30)); // with its line
+        choose(REG_UNPREDICT);
+        QVERIFY(predicted(0).isEmpty() && predicted(1).isEmpty());
+        bench.action("undoAct")->trigger();
+        QVERIFY(predicted(1) == before);
+    }
+
     /// One line through the graphs that count the same, and one table of all that is in sight at its time.
     void curvesAreReadAtOneTime()
     {
@@ -225,7 +284,7 @@ private Q_SLOTS:
         QCOMPARE(layouts->currentIndex(), 1);
         bench.action("layoutAct1")->trigger();
         QTest::keyClick(functions(bench), Qt::Key_End);
-        for (int i = 0; i < 3; ++i) // from the last, which sorts the groups
+        for (int i = 0; i < 5; ++i) // from the last, which sorts the groups
             QTest::keyClick(functions(bench), Qt::Key_Up);
         QTest::keyClick(functions(bench), Qt::Key_Return);
         QCOMPARE(plot->markers.last()->label().text().left(8), QStringLiteral("Integral"));

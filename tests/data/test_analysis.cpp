@@ -186,6 +186,38 @@ private Q_SLOTS:
         QCOMPARE(data.getYNoConvAt(1, 1), 2.0);
     }
 
+    // The line goes from 0 at 1 s to 6 at 4 s and on to 2 at 6 s.
+    void predictionsAreAsFarAway_data()
+    {
+        columns<QVector<double>, double, double, double>({"samples", "dt", "start", "mean"});
+        row("on the line", QVector<double>{0, 2, 4, 6, 4, 2}, 1.0, 1.0, 0.0);
+        row("above and below", QVector<double>{9, 3, 1, 6, 4, 3, 9}, 1.0, 0.0, 8.0 / 3);
+        row("a gap counts nothing", QVector<double>{1, qQNaN(), 7}, 1.0, 1.0, 2.0);
+        row("another rate", QVector<double>{0, 1, 2, 4}, 0.5, 1.0, 0.25);
+        row("between points", QVector<double>{3, 7}, 2.5, 2.0, 1.5);
+        row("after the line", QVector<double>{1, 2}, 1.0, 6.5, qQNaN());
+        row("before it, and nothing else", QVector<double>{1, 2}, 0.25, 0.0, qQNaN());
+    }
+
+    void predictionsAreAsFarAway()
+    {
+        const auto [samples, dt, start, mean] =
+            fetched<QVector<double>, double, double, double>({"samples", "dt", "start", "mean"});
+        Prediction line;
+        line.draw({6, 2}, {4, 6}); // from right to left
+        line.draw({1, 5}, {2, 5});
+        line.draw({2.5, -7}, {0.5, 9});
+        line.draw({1, 0}, {4, 6}); // again, over what was there
+        line.points.removeFirst(); // that before it
+        QCOMPARE(line.points, (QVector<QPointF>{{1, 0}, {4, 6}, {6, 2}}));
+        QVector<double> times;
+        for (int i = 0; i < samples.size(); ++i)
+            times.append(start + i * dt);
+        const double deviation = Predictions::meanDeviation(line, times, samples);
+        QVERIFY2(std::abs(deviation - mean) < 1e-12 || (std::isnan(mean) && std::isnan(deviation)),
+                 qPrintable(QString::number(deviation)));
+    }
+
     void readsBetweenSamples()
     {
         ExpData data;

@@ -39,7 +39,7 @@ private Q_SLOTS:
         row("lines", int(CURVE_LINE), false, false);
         row("symbols", int(CURVE_SYMBOL), false, false);
         row("a smoothed curve beside", int(CURVE_LINE), true, false);
-        row("over a pinned run", int(CURVE_LINE), false, true);
+        row("over a pinned run and predictions", int(CURVE_LINE), false, true);
     }
 
     void aFrameAddsToThePicture()
@@ -57,6 +57,13 @@ private Q_SLOTS:
             ExpData other;
             load(&other, {SENSOR_PH, SENSOR_VOLTAGE}, {wave(9, 9000, 3), wave(9, 9000, 7)}, 0.02);
             plot->setPinned({{"Run 1", StoredExperiment::of(other, true), {}}});
+            for (const int i : {0, 1}) {
+                Prediction line = Predictions::about(*data, i);
+                line.draw({0, 1}, {28, 9});
+                line.draw({28, 9}, {25, 2}); // both curves end below and above it
+                data->predictions.append(line);
+            }
+            plot->showPredictions();
         }
         plot->Update();
         QCoreApplication::processEvents();
@@ -68,6 +75,8 @@ private Q_SLOTS:
                 data->addSample(n * 0.01, {wave(n, 1, 3).first(), wave(n, 1, 7).first()});
             }
             plot->Update();
+            if (frame % 10 == 9)
+                plot->renewDeviations();
             QCoreApplication::processEvents();
             narrow += area.widest < plot->canvas()->width() / 2 ? 1 : 0;
             const QImage grown = screenshot();
