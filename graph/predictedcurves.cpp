@@ -120,7 +120,7 @@ void PredictedCurves::move(const QPointF& pos)
 
 std::optional<Prediction> PredictedCurves::end()
 {
-    const std::optional<Prediction> drawn = stroke;
+    std::optional<Prediction> drawn = stroke;
     stroke.reset();
     renew();
     return drawn;
