@@ -23,8 +23,8 @@
 
 namespace {
 
-constexpr int msBetween = 250; // digits that change faster can't be read
-constexpr int gap = 10;        // pixels
+constexpr int msBetweenOrders = 250; // digits that change faster can't be read
+constexpr int gap = 10;              // pixels
 
 } // namespace
 
@@ -134,7 +134,7 @@ GroupRanking::GroupRanking(const GraphTools* tools, multiConnectionsManager* man
     scroll->setWidget(bars);
     layout()->addWidget(scroll);
     createButtons();
-    again.setInterval(msBetween);
+    again.setInterval(msBetweenOrders);
     connect(&again, &QTimer::timeout, this, &GroupRanking::look);
     connect(&runner, &FitRunner::done, this, &GroupRanking::take);
     constexpr QSize usual(520, 440);

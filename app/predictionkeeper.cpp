@@ -10,7 +10,7 @@
 #include <utility>
 
 namespace {
-constexpr int msBetween = 1000;
+constexpr int msBetweenDistances = 1000;
 }
 
 PredictionKeeper::PredictionKeeper(multiConnectionsManager* manager, std::function<QString(int)> groupName,
@@ -20,7 +20,7 @@ PredictionKeeper::PredictionKeeper(multiConnectionsManager* manager, std::functi
     , groupName(std::move(groupName))
 {
     // Samples come, go and change in many ways, each without a word to whoever only reads them.
-    again.setInterval(msBetween);
+    again.setInterval(msBetweenDistances);
     connect(&again, &QTimer::timeout, this, &PredictionKeeper::renew);
     again.start();
     connect(&manager->run(), &ClassRun::ended, this, &PredictionKeeper::tellResult);
