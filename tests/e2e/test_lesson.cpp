@@ -48,7 +48,7 @@ private Q_SLOTS:
         open();
         QCOMPARE(window->statusBar()->currentMessage(), QString());
         QVERIFY(!classData()->isNeedSave() && !data(0)->isNeedSave());
-        QCOMPARE(data(0)->getXSize(), samples);
+        QCOMPARE(classData()->getXSize(), samples);
         QCOMPARE(graph()->markers.size(), 3);
         // The file rounds values and packs the picture, so a line may lie a pixel beside the old one.
         const QImage after = picture();
@@ -150,7 +150,7 @@ private:
 
     void save()
     {
-        prompt.file = folder->filePath(QStringLiteral("lesson.xml"));
+        prompt.file = folder->filePath(QStringLiteral("one.lesson"));
         action("saveAct")->trigger();
     }
 
