@@ -51,6 +51,8 @@ class SideViews;
 class SimulationPanel;
 class StatusLine;
 class TembrinProtocol;
+class TileWall;
+class Tiles;
 class UndoSteps;
 class globalLab;
 class loggerBasicSetup;
@@ -263,6 +265,7 @@ private Q_SLOTS:
     void keepBefore(int index);
     void showKept(int id);
     void toggleRuns();
+    void toggleTiles();
 
 private:
     void createRuns();
@@ -507,6 +510,10 @@ private:
     /// Esc means one thing at a time.
     void shareEscape();
 
+    // Values in digits, in mainwindow_tiles.cpp
+    void createTiles();
+    void leaveTiles();
+
     int iconDim = 72;
     QAction* openAct = nullptr;
     QAction* saveAct = nullptr;
@@ -544,6 +551,11 @@ private:
     QLabel* cureLine = nullptr;    ///< what keeps loggers away and is cured at this computer
     QLabel* leftOutLine = nullptr; ///< who is not in it
     LargeGraph* largeGraph = nullptr;
+    Tiles* tiles = nullptr;
+    TileWall* tileWall = nullptr; ///< null until it is first shown
+    bool isFullBefore = false;    ///< the window, before the tiles filled it
+    QAction* tilesAct = nullptr;
+    QAction* valuesAct = nullptr;
     CommandMenu* commands = nullptr; ///< null in panel mode
     QAction* smallAct = nullptr;     ///< Esc, while one graph is large
 };

@@ -19,7 +19,12 @@ void MainWindow::createLargeGraph()
     smallAct = new QAction(tr("All graphs"), this);
     smallAct->setObjectName(QStringLiteral("smallAct"));
     smallAct->setEnabled(false);
-    connect(smallAct, &QAction::triggered, this, [this] { enlarge(largeGraph->shown().value_or(0)); });
+    connect(smallAct, &QAction::triggered, this, [this] {
+        if (tilesAct->isChecked())
+            leaveTiles();
+        else
+            enlarge(largeGraph->shown().value_or(0));
+    });
     addAction(smallAct);
 }
 
@@ -49,12 +54,12 @@ void MainWindow::enlargeChosen()
         enlarge(LargeGraph::classGraph);
 }
 
-/// One key can't mean two things: while curves are read or predicted, Esc ends that, while a graph is large,
-/// it brings the others back, and stops only after that.
+/// One key can't mean two things: while curves are read or predicted, Esc ends that, while a graph is large or
+/// tiles fill the window, it brings the others back, and stops only after that.
 void MainWindow::shareEscape()
 {
     const bool isRead = tools->mode() == GraphTools::Mode::Read || tools->mode() == GraphTools::Mode::Predict;
-    const bool isLarge = largeGraph && largeGraph->shown().has_value();
+    const bool isLarge = tilesAct->isChecked() || (largeGraph && largeGraph->shown().has_value());
     const QKeySequence escape(Qt::Key_Escape);
     QList<QKeySequence> stopKeys = stopAct->shortcuts();
     stopKeys.removeAll(escape);

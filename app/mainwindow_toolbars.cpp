@@ -137,6 +137,8 @@ void MainWindow::createActions()
          &MainWindow::doDownload2018, "", {QStringLiteral("Ctrl+D")}},
         {&MainWindow::runsAct, "runsAct", QT_TR_NOOP("Runs"), "Runs", &MainWindow::toggleRuns,
          QT_TR_NOOP("Show the list of the runs before this one"), {Qt::Key_F6}},
+        {&MainWindow::tilesAct, "tilesAct", QT_TR_NOOP("Values only"), "", &MainWindow::toggleTiles,
+         QT_TR_NOOP("Show nothing but what each group measures"), {Qt::Key_F11}},
         {&MainWindow::advancedSetupAct, "advancedSetupAct", QT_TR_NOOP("&Configuration"), "Pref", &MainWindow::doSetup,
          QT_TR_NOOP("Set Tembrin's configuration"), {QStringLiteral("Ctrl+,")}},
         {&MainWindow::exitAct, "exitAct", QT_TR_NOOP("&Exit"), "Exit", &MainWindow::doExit,
@@ -144,7 +146,9 @@ void MainWindow::createActions()
     };
     // clang-format on
     for (const Row& row : rows) {
-        const QIcon icon = lazyIcon(QStringLiteral(":/icons/2018P2/%1.png").arg(QLatin1String(row.icon)));
+        const QIcon icon =
+            *row.icon ? lazyIcon(QStringLiteral(":/icons/2018P2/%1.png").arg(QLatin1String(row.icon)))
+                      : QIcon();
         auto* action = new QAction(icon, tr(row.text), this);
         action->setObjectName(QLatin1String(row.name));
         action->setStatusTip(*row.statusTip ? tr(row.statusTip) : QString());
@@ -153,7 +157,7 @@ void MainWindow::createActions()
         addAction(action); // so that the keys work without a toolbar too
         this->*row.member = action;
     }
-    for (QAction* mode : {zoomAct, markerAct, annotateAct, readAct, runsAct})
+    for (QAction* mode : {zoomAct, markerAct, annotateAct, readAct, runsAct, tilesAct})
         mode->setCheckable(true);
 }
 

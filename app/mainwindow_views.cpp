@@ -6,6 +6,7 @@
 #include "app/meterspanel.h"
 #include "app/refreshclock.h"
 #include "app/sideviews.h"
+#include "app/tilewall.h"
 #include "app/undosteps.h"
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
@@ -44,6 +45,7 @@ void MainWindow::setupViews()
     graph = createPlot(mTembrin->dataC(), GRAPH_LINE, -1);
     mTembrin->setPlotC(graph);
     createLargeGraph();
+    createTiles();
     createHint();
     cureLine = new QLabel;
     cureLine->setObjectName(QStringLiteral("cureLine"));
@@ -164,6 +166,8 @@ void MainWindow::setDisplayForNLoggers(int N)
     mTembrin->setDefTembrins(N);
     indicator->setNActive(mTembrin->nDefTembrins());
     setNGraphs();
+    if (tileWall)
+        tileWall->showGroups(mTembrin->nDefTembrins());
     setSensSelect();
     updateHint();
 }
@@ -194,6 +198,7 @@ void MainWindow::updateLayout(int view)
         const QSignalBlocker blocker(layouts);
         layouts->setCurrentIndex(layouts->findData(layout));
     }
+    leaveTiles();
     const QRect before = geometry();
     showPane(layout);
     largeGraph->end();

@@ -88,9 +88,9 @@ void SideViews::makeRoom(Plot* graph, bool isOpen)
         sizes[i] = sizes[i + 1] = both / 2;
         column->setSizes(sizes);
     }
-    QWidget* const cell = column->parentWidget();
-    auto* const grid = qobject_cast<QGridLayout*>(cell->parentWidget()->layout());
-    const int place = grid ? grid->indexOf(cell) : -1;
+    QWidget* const frame = graph->getIndex() < 0 ? nullptr : column->parentWidget()->parentWidget();
+    auto* const grid = frame ? qobject_cast<QGridLayout*>(frame->parentWidget()->layout()) : nullptr;
+    const int place = grid ? grid->indexOf(frame) : -1;
     if (place < 0)
         return;
     int row = 0;

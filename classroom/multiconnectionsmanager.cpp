@@ -11,6 +11,7 @@
 
 #include <QGridLayout>
 #include <QSplitter>
+#include <QVBoxLayout>
 #include <QVector>
 
 #include <algorithm>
@@ -129,7 +130,14 @@ QVector<Plot*> multiConnectionsManager::graphsOf(int i) const
 
 void multiConnectionsManager::createCell(Logger* logger, QWidget* parent)
 {
-    logger->cell = new QSplitter(Qt::Horizontal, parent);
+    logger->frame = new QWidget(parent);
+    auto* const column = new QVBoxLayout(logger->frame);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    if (QWidget* const head = makeHead ? makeHead(int(logger - loggers)) : nullptr)
+        column->addWidget(head);
+    logger->cell = new QSplitter(Qt::Horizontal);
+    column->addWidget(logger->cell, 1);
     logger->cell->setObjectName(QStringLiteral("cell"));
     logger->cell->setChildrenCollapsible(false);
     logger->graphs = new QSplitter(Qt::Vertical, logger->cell);
@@ -149,8 +157,8 @@ void multiConnectionsManager::showPart(Logger* logger, QWidget* Logger::*part, i
 
 void multiConnectionsManager::setCellVisible(int i, bool tf)
 {
-    if (loggers[i].cell)
-        loggers[i].cell->setVisible(tf);
+    if (loggers[i].frame)
+        loggers[i].frame->setVisible(tf);
 }
 
 void multiConnectionsManager::hideCell(int i)
@@ -187,8 +195,8 @@ void multiConnectionsManager::addWidgetByIndex(QGridLayout* layout, int view, in
     showPart(&logger, &Logger::table, VIEW_TABLE, view == VIEW_TABLE || view == VIEW_TABLE_GRAPH);
     showPart(&logger, &Logger::thermometer, VIEW_THERMO, view == VIEW_THERMO);
     const int columns = gridColumns();
-    layout->addWidget(logger.cell, i / columns, i % columns);
-    logger.cell->show();
+    layout->addWidget(logger.frame, i / columns, i % columns);
+    logger.frame->show();
 }
 
 void multiConnectionsManager::addWidget(QGridLayout* layout, int view)

@@ -79,6 +79,9 @@ public:
     /// Builds what else a cell can show of a logger: for VIEW_TABLE or VIEW_THERMO.
     using PartMaker = std::function<QWidget*(int view, int i)>;
     void setPartMaker(const PartMaker& maker) { makePart = maker; }
+    /// Builds what stands above all that a cell shows; null for nothing.
+    using HeadMaker = std::function<QWidget*(int i)>;
+    void setHeadMaker(const HeadMaker& maker) { makeHead = maker; }
     Plot* plotC() const { return classPlot; }
     void setPlotC(Plot* plot) { classPlot = plot; }
 
@@ -157,6 +160,7 @@ private:
         ExpData* data = nullptr;
         Plot* plot = nullptr;
         Plot* bar = nullptr;
+        QWidget* frame = nullptr;    ///< of the cell with its head
         QSplitter* cell = nullptr;   ///< graphs beside what else is shown of it
         QSplitter* graphs = nullptr; ///< one below the other
         QWidget* table = nullptr;
@@ -174,6 +178,7 @@ private:
     Logger loggers[mostLoggers];
     ViewMaker makeView;
     PartMaker makePart;
+    HeadMaker makeHead;
     Plot* spectra[mostLoggers + 1] = {}; ///< that of the class first
     int nDef = 0;
     ExpData* classData = nullptr;

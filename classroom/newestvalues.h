@@ -20,6 +20,8 @@ public:
     /// Of a sensor of logger `slot`, or of a composite's child, in the base unit; not a number where nothing
     /// is known.
     double value(int slot, int sensorID) const;
+    /// The same of the last snapshot alone.
+    double ofSnapshot(int slot, int sensorID) const;
 
 Q_SIGNALS:
     /// Of logger `slot`; some may be.
@@ -27,7 +29,6 @@ Q_SIGNALS:
 
 private:
     double ofRun(int slot, int sensorID) const;
-    double ofSnapshot(int slot, int sensorID) const;
 
     multiConnectionsManager* manager;
     QElapsedTimer snapshots[mostLoggers]; ///< since the last one of each

@@ -30,7 +30,9 @@ constexpr const char* curveWidth = "shot/width";             // int, 2
 constexpr const char* curveWidthActive = "shot/widthactive"; // int, 4
 constexpr const char* derivWindow = "derivative/window"; // int, 3; samples that a derivative is fitted over
 constexpr const char* runsMemory = "runs/memory";        // int, 2048; megabytes that kept runs may take
-constexpr const char* runsOnDisk = "runs/onDisk";   // int, 4; megabytes from which one is laid on the disk
+constexpr const char* runsOnDisk = "runs/onDisk"; // int, 4; megabytes from which one is laid on the disk
+constexpr const char* valuesBefore =
+    "values/beforeRun";                             // bool, true; idle loggers are asked what they measure
 constexpr const char* imageFolder = "paths/images"; // string, the program's folder; pictures of balloons
 
 /// "BT/logger1" to "BT/logger8": the serial port of logger `index`, 0 to 7.
