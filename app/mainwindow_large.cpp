@@ -58,7 +58,8 @@ void MainWindow::enlargeChosen()
 /// tiles fill the window, it brings the others back, and stops only after that.
 void MainWindow::shareEscape()
 {
-    const bool isRead = tools->mode() == GraphTools::Mode::Read || tools->mode() == GraphTools::Mode::Predict;
+    const bool isRead = (tools->mode() == GraphTools::Mode::Read || tools->mode() == GraphTools::Mode::Predict) &&
+                        !tilesAct->isChecked();
     const bool isLarge = tilesAct->isChecked() || (largeGraph && largeGraph->shown().has_value());
     const QKeySequence escape(Qt::Key_Escape);
     QList<QKeySequence> stopKeys = stopAct->shortcuts();
