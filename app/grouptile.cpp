@@ -19,7 +19,7 @@ constexpr double footPart = 0.13;
 constexpr double largestDigits = 0.62;
 constexpr double widthOfDigit = 0.66; // of its height, about
 constexpr double margin = 0.04;       // of a large tile's lower side
-constexpr double gap = 0.35;          // of the unit's height
+constexpr double afterUnit = 0.35;    // of the unit's height
 
 QFont sized(QFont font, double pixels, bool isBold = false)
 {
@@ -164,7 +164,7 @@ void GroupTile::paintLine(QPainter* painter) const
     paintDigits(painter, digitFont, colors.digits, right, baseline);
     const QFontMetricsF unitMetrics(unitFont);
     painter->setFont(unitFont);
-    const double unitAt = right + height() * unitPart * gap;
+    const double unitAt = right + height() * unitPart * afterUnit;
     painter->drawText(QPointF(unitAt, baseline), colors.unit);
 
     const double from = unitAt + unitMetrics.horizontalAdvance(colors.unit) + left;
@@ -227,7 +227,7 @@ void GroupTile::paintLarge(QPainter* painter) const
     const QString widest = told.digits.isEmpty() ? colors.digits : told.widest;
     const auto widthAt = [&](double size) {
         const double unit = QFontMetricsF(sized(font(), size * largeUnitPart)).horizontalAdvance(colors.unit);
-        return widthOf(sized(font(), size, true), widest) + unit + size * largeUnitPart * gap;
+        return widthOf(sized(font(), size, true), widest) + unit + size * largeUnitPart * afterUnit;
     };
     pixels = std::min(pixels, pixels * middle.width() / std::max(1.0, widthAt(pixels)) * 0.98);
     const QFont digitFont = sized(font(), pixels, true);
@@ -238,7 +238,7 @@ void GroupTile::paintLarge(QPainter* painter) const
     painter->setPen(told.isOld ? colors.pale : colors.ink);
     paintDigits(painter, digitFont, colors.digits, right, baseline);
     painter->setFont(unitFont);
-    painter->drawText(QPointF(right + pixels * largeUnitPart * gap, baseline), colors.unit);
+    painter->drawText(QPointF(right + pixels * largeUnitPart * afterUnit, baseline), colors.unit);
 }
 
 void GroupTile::mousePressEvent(QMouseEvent* event)
