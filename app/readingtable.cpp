@@ -31,8 +31,9 @@ ReadingTable::ReadingTable(QWidget* parent)
 {
     setObjectName(QStringLiteral("readingTable"));
     setAccessibleName(tr("Values of all curves"));
+    // It is not called opaque, though it is: below such a widget Qt forgets to paint it again when a canvas
+    // gets another size.
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    setAttribute(Qt::WA_OpaquePaintEvent); // so that no graph is painted below it
     hide();
 }
 
