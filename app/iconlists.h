@@ -23,5 +23,6 @@ enum regressionCode
     REG_FIT = 9,
     REG_RANKING = 10,
     REG_PREDICT = 11,
-    REG_UNPREDICT = 12
+    REG_UNPREDICT = 12,
+    REG_RIGHT = 13
 };

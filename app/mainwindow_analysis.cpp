@@ -235,6 +235,10 @@ void MainWindow::doFunctions(int select)
         if (!isPredicting)
             statusLine->setAdvice(tr("Draw in a graph, with the button held down, what its curve will do."));
         break;
+    case REG_RIGHT:
+        if (Plot* const plot = tools->target())
+            plot->showNextRight();
+        break;
     case REG_UNPREDICT:
         predictions->removeAll();
         break;

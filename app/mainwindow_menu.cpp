@@ -37,7 +37,8 @@ constexpr ListKey functionKeys[] = {{REG_SLOPE, "Ctrl+T"},
                                     {REG_FIT, "Ctrl+F"},
                                     {REG_RANKING, "Ctrl+Shift+G"},
                                     {REG_PREDICT, "F8"},
-                                    {REG_UNPREDICT, "Shift+F8"}};
+                                    {REG_UNPREDICT, "Shift+F8"},
+                                    {REG_RIGHT, "Ctrl+Shift+R"}};
 constexpr ListKey viewKeys[] = {{VIEW_GRAPH, "Alt+1"},
                                 {VIEW_BAR, "Alt+2"},
                                 {VIEW_TABLE, "Alt+3"},

@@ -12,7 +12,7 @@ bool isSameView(const QPair<QPointer<Plot>, PlotState>& a, const QPair<QPointer<
 {
     return a.first == b.first && a.second.marks == b.second.marks && a.second.modes == b.second.modes &&
            a.second.outs == b.second.outs && a.second.activeSens == b.second.activeSens &&
-           a.second.xSensor == b.second.xSensor;
+           a.second.xSensor == b.second.xSensor && a.second.right == b.second.right;
 }
 
 constexpr int kindsOfRange = 3;

@@ -95,8 +95,22 @@ void ExpData::copyChannels(const SensorList& channels)
         copy->readSetMinMax = copy->readClassMinMax = copy->readClassSetMinMax = false;
         list.append(copy);
     }
+    rightIndex = rightIn(list);
     sensors = list;
     nSens = sensors.size();
+}
+
+/// Where the channel on the right is among others: at its place, or the first of its kind; -1 for nowhere.
+int ExpData::rightIn(const SensorList& channels) const
+{
+    const SensorPtr& right = getSens(rightIndex);
+    if (!right)
+        return -1;
+    const auto isIt = [&](const SensorPtr& sensor) { return sensor && sensor->ID == right->ID; };
+    if (isIt(channels.value(rightIndex)))
+        return rightIndex;
+    const auto found = std::find_if(channels.cbegin(), channels.cend(), isIt);
+    return found == channels.cend() ? -1 : int(found - channels.cbegin());
 }
 
 /// A channel of this set's own: no setup of the logger can take it away.
@@ -110,6 +124,7 @@ void ExpData::setDataNewEmpty()
     appendIndex = 0;
     x.clear();
     sensors.clear();
+    rightIndex = -1;
     emptyChannels(0);
     updateXExtent();
     needSave = false;
@@ -136,6 +151,7 @@ void ExpData::setDataNew(int nSens, const QVector<double>& t, double dt)
     finalData = true;
     this->dt = dt;
     sensors = SensorList(qMax(0, nSens));
+    rightIndex = -1;
     emptyChannels(sensors.size());
     keepSelectionInside();
     x = t;
@@ -310,6 +326,8 @@ void ExpData::keepSelectionInside()
     setSelectedSensor(iSelectedSensor < sensors.size() ? iSelectedSensor : 0);
     if (xySensIndex >= sensors.size())
         xySensIndex = -1;
+    if (rightIndex >= sensors.size())
+        rightIndex = -1;
     if (iSensorToDraw >= sensors.size())
         iSensorToDraw = 0;
 }

@@ -224,6 +224,10 @@ public:
     void setXYIndex(int i) { xySensIndex = i; }
     int getXYIndex() const { return xySensIndex; }
     bool isXYPlot() const { return xySensIndex >= 0; }
+    /// The channel whose scale stands right of the graph too, −1 for none. A new run of the same channels
+    /// keeps it.
+    void setRightIndex(int i) { rightIndex = i; }
+    int getRightIndex() const { return rightIndex; }
 
     int getXSize() const { return x.size(); }
     int getYSize(int i) const { return getYNoConv(i).size(); }
@@ -345,6 +349,7 @@ private:
     void resizeChannels(int n);
     void emptyChannels(int n);
     void keepSelectionInside();
+    int rightIn(const SensorList& channels) const;
     void updateXExtent();
     double shown(int iSens, double value) const;
     double samplePeriod() const { return dt > 0 ? dt : 1.0; }
@@ -398,6 +403,7 @@ private:
     int iSensorToDraw = 0;
     int iSelectedSensor = 0;
     int xySensIndex = -1;
+    int rightIndex = -1;
     int firstLive = 0;       ///< the channel that a row of samples begins with
     int appendIndex = 0;     ///< experiments appended so far
     int lastShift = 0;       ///< samples by which the experiment appended last lies later

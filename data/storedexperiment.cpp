@@ -143,6 +143,7 @@ StoredExperiment StoredExperiment::of(const ExpData& data, bool isPart, bool isC
     stored.places = data.getNSens();
     stored.activeSens = data.getSelectedSensor();
     stored.xyIndex = data.getXYIndex();
+    stored.rightIndex = isPart ? data.getRightIndex() : -1;
     stored.appendIndex = data.getAppendIndex();
     stored.times = data.getX();
     if (isPart)
@@ -177,6 +178,8 @@ bool StoredExperiment::fill(ExpData* data, bool append) const
     if (append)
         data->makeUniformScales();
     data->setSelectedSensor(activeSens);
+    if (!append)
+        data->setRightIndex(isPart && rightIndex < n ? rightIndex : -1);
     if (xyIndex >= 0)
         data->setXYIndex(xyIndex);
     return true;

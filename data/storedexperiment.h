@@ -80,6 +80,7 @@ struct StoredExperiment
     int places = 0; ///< of channels, empty ones included
     int activeSens = 0;
     int xyIndex = -1;
+    int rightIndex = -1; ///< of a part: the channel with a scale on the right
     int appendIndex = 0;
     QVector<double> times;
     QVector<Channel> channels; ///< in the order of their places

@@ -65,7 +65,7 @@ void BarKind::showColor()
     const myPlotCurve* const entry = parts.curves.active();
     const QColor color = entry ? entry->getColor() : ColorScale::myColors(parts.curves.activeIndex());
     bars->setColor(color);
-    parts.axes.setAccent(color);
+    parts.axes.setAccent(QwtPlot::yLeft, color);
 }
 
 void BarKind::showColor(int iSens)
@@ -130,7 +130,7 @@ void BarKind::update(bool isRun)
 // The range that the zoomer shows is normalised; which way up the axis stands it takes from the axis itself.
 void BarKind::moveWindow(const QwtInterval& whole, const QwtInterval& shown)
 {
-    const QPair<double, double> y = range();
+    const QPair<double, double> y = range(parts.curves.activeIndex());
     const auto over = [&](const QwtInterval& x) {
         return QRectF(QPointF(x.minValue(), y.first), QPointF(x.maxValue(), y.second)).normalized();
     };
@@ -151,10 +151,9 @@ void BarKind::moveWindow(const QwtInterval& whole, const QwtInterval& shown)
 }
 
 // By the rule of the line graphs, unless somebody fixed a range for the bars of this sensor.
-QPair<double, double> BarKind::range() const
+QPair<double, double> BarKind::range(int iSens) const
 {
-    const int active = parts.curves.activeIndex();
-    const SensorPtr& sensor = parts.data.getSens(active);
+    const SensorPtr& sensor = parts.data.getSens(iSens);
     if (!sensor)
         return {0, 1};
     // A sensor's kept view is no range that somebody fixed.
@@ -162,9 +161,9 @@ QPair<double, double> BarKind::range() const
     const bool isKept = kept && sensor->barUserMin == kept->min && sensor->barUserMax == kept->max;
     if (sensor->barUserScale && !isKept)
         return {sensor->barUserMin, sensor->barUserMax};
-    oneScale scale(parts.data.getMinY(active), parts.data.getMaxY(active), sensor->max - sensor->min,
+    oneScale scale(parts.data.getMinY(iSens), parts.data.getMaxY(iSens), sensor->max - sensor->min,
                    sensor->min, parts.index, QString(), sensor->name);
-    scale.keepView(parts.data, active);
+    scale.keepView(parts.data, iSens);
     return {scale.scaleFullMin, scale.scaleFullMax};
 }
 

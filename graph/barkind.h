@@ -26,7 +26,7 @@ public:
     void update() override;
     void showSensor(int iSens) override;
     void showColor(int iSens) override;
-    QPair<double, double> range() const override;
+    QPair<double, double> range(int iSens) const override;
     void setUserRange(const SensorPtr& sensor, double min, double max) override;
     void setAutomaticRange(const SensorPtr& sensor) override;
     void setXSensor(int) override {}

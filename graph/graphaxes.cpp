@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int shownAxes[] = {QwtPlot::xBottom, QwtPlot::yLeft};
+constexpr int shownAxes[] = {QwtPlot::xBottom, QwtPlot::yLeft, QwtPlot::yRight};
 
 constexpr double majorTick = 0.4; // lengths, in heights of a text
 constexpr double mediumTick = 0.3;
@@ -42,7 +42,8 @@ GraphAxes::GraphAxes(QwtPlot& plot, bool isBar)
     innerTitle->attach(&plot);
     plot.setAxisScaleEngine(QwtPlot::xBottom, new TimeScaleEngine(timeScale));
     plot.setAxisScaleDraw(QwtPlot::xBottom, timeScale);
-    plot.setAxisScaleDraw(QwtPlot::yLeft, new SparseScaleDraw);
+    for (const int axisID : {QwtPlot::yLeft, QwtPlot::yRight})
+        plot.setAxisScaleDraw(axisID, new SparseScaleDraw);
 }
 
 GraphAxes::~GraphAxes() = default;
@@ -156,12 +157,20 @@ void GraphAxes::setInk(const QColor& newInk, const QColor& newGround)
     applyInk();
 }
 
-void GraphAxes::setAccent(const QColor& color)
+void GraphAxes::setAccent(int axisID, const QColor& color)
 {
-    if (accent == color)
+    if (accents[axisID] == color)
         return;
-    accent = color;
+    accents[axisID] = color;
     applyInk();
+}
+
+void GraphAxes::setRightShown(bool tf)
+{
+    if (plot.axisEnabled(QwtPlot::yRight) == tf)
+        return;
+    plot.enableAxis(QwtPlot::yRight, tf);
+    setDue();
 }
 
 // Under a style sheet the palette of the graph does not reach its parts.
@@ -170,9 +179,9 @@ void GraphAxes::applyInk()
     for (int axisID : shownAxes) {
         QWidget* const axis = plot.axisWidget(axisID);
         QPalette colors = axis->palette();
-        const bool isOfCurve = axisID == QwtPlot::yLeft && accent.isValid();
+        const QColor& accent = accents[axisID];
         for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text})
-            colors.setColor(role, isOfCurve ? GraphDesign::readableOn(accent, ground) : ink);
+            colors.setColor(role, accent.isValid() ? GraphDesign::readableOn(accent, ground) : ink);
         axis->setPalette(colors);
     }
 }
@@ -209,8 +218,9 @@ void GraphAxes::fitLabels()
     }
     plot.setAxisMaxMajor(QwtPlot::xBottom,
                          qBound(leastTicks, int(plot.width() / (textsPerTickX * pixels)), mostTicks));
-    plot.setAxisMaxMajor(QwtPlot::yLeft,
-                         qBound(leastTicks, int(plot.height() / (textsPerTickY * pixels)), mostTicks));
+    for (const int axisID : {QwtPlot::yLeft, QwtPlot::yRight})
+        plot.setAxisMaxMajor(axisID,
+                             qBound(leastTicks, int(plot.height() / (textsPerTickY * pixels)), mostTicks));
     setDue();
 }
 

@@ -43,8 +43,10 @@ public:
     void showWholeTexts();
     /// What can be read on the ground that the axes stand on.
     void setInk(const QColor& ink, const QColor& ground);
-    /// The y axis is of the curve with this colour.
-    void setAccent(const QColor& color);
+    /// A y axis is of the curve with this colour.
+    void setAccent(int axisID, const QColor& color);
+    /// The right axis, with the scale of a second channel.
+    void setRightShown(bool tf);
     /// The title of the x axis stands inside the canvas, where the graph is too low for it.
     void setInnerTitle(bool tf);
     /// What it takes of the canvas at its lower right, pixels; 0 outside.
@@ -78,7 +80,7 @@ private:
     const std::unique_ptr<QwtPlotTextLabel> innerTitle;
     QColor ink;
     QColor ground;
-    QColor accent; ///< invalid for none
+    QColor accents[QwtPlot::axisCnt]; ///< invalid for none
     Range ranges[QwtPlot::axisCnt];
     QString texts[QwtPlot::axisCnt]; ///< in full
     bool isDirty = true;

@@ -416,6 +416,17 @@ QVector<int> GraphCurves::shownIDs() const
     return ids;
 }
 
+bool GraphCurves::hasOwnScale(int i) const
+{
+    const myPlotCurve* const curve = at(i);
+    const SensorPtr& sensor = data.getSens(i);
+    const SensorPtr& active = data.getSens(activeIndex());
+    if (!curve || !curve->isVisible() || !sensor || i == activeIndex())
+        return false;
+    const QString quantity = sensor->quantity();
+    return !active || quantity.isEmpty() || quantity != active->quantity();
+}
+
 void GraphCurves::keepModesInData() const
 {
     data.curveModeHint.resize(curves.size());

@@ -57,6 +57,8 @@ public:
     /// Groups come and go in a run: the average names how many it is over, and goes when it mixes quantities.
     void renewAverage();
     QVector<int> shownIDs() const;
+    /// It is in sight, and its scale is another than that of the active one.
+    bool hasOwnScale(int i) const;
     /// Notes how every curve is shown in the data set, for a file.
     void keepModesInData() const;
 

@@ -39,8 +39,8 @@ public:
     virtual void showSensor(int iSens) = 0;
     /// The colour of a sensor has changed.
     virtual void showColor(int iSens) = 0;
-    /// The range of the active sensor that is in force, without zoom.
-    virtual QPair<double, double> range() const = 0;
+    /// The range of a sensor that is in force, without zoom.
+    virtual QPair<double, double> range(int iSens) const = 0;
     virtual void setUserRange(const SensorPtr& sensor, double min, double max) = 0;
     virtual void setAutomaticRange(const SensorPtr& sensor) = 0;
     /// -1 for the time.

@@ -112,6 +112,13 @@ void GraphLegend::openMenu(int i, const QPoint& globalPos)
     QAction* const all =
         menu->addAction(tr("Show for all groups"), this, [this, id] { Q_EMIT shownForAll(id); });
     all->setObjectName(QStringLiteral("showForAllAct"));
+    if (isStyled && curves.hasOwnScale(i)) {
+        QAction* const right = menu->addAction(tr("Scale on the right"));
+        right->setObjectName(QStringLiteral("rightAct"));
+        right->setCheckable(true);
+        right->setChecked(data.getRightIndex() == i);
+        connect(right, &QAction::triggered, this, [this, i](bool tf) { Q_EMIT rightChosen(i, tf); });
+    }
     if (data.isAverage(data.meanIndex()) && i < data.meanIndex()) {
         QAction* const count = menu->addAction(tr("Count in the average"));
         count->setObjectName(QStringLiteral("countAct"));

@@ -36,6 +36,8 @@ Q_SIGNALS:
     void shownForAll(int sensorID);
     /// A group of the class is to count in the average, or not.
     void countChosen(int i, bool isCounted);
+    /// A curve's scale is to stand on the right, or no longer.
+    void rightChosen(int i, bool isRight);
 
 private:
     void rightPress(QObject* object, const QMouseEvent* event);

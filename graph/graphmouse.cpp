@@ -88,6 +88,7 @@ GraphMouse::GraphMouse(QwtPlot& plot, const KindTraits& traits, MarkerMouse& mar
     });
     for (QWidget* part : {static_cast<QWidget*>(plot.titleLabel()), plot.canvas(),
                           static_cast<QWidget*>(plot.axisWidget(QwtPlot::yLeft)),
+                          static_cast<QWidget*>(plot.axisWidget(QwtPlot::yRight)),
                           static_cast<QWidget*>(plot.axisWidget(QwtPlot::xBottom))})
         part->installEventFilter(this);
 }
@@ -165,9 +166,10 @@ void GraphMouse::liftPen(bool isKept)
 
 bool GraphMouse::eventFilter(QObject* object, QEvent* event)
 {
-    if (object == plot.axisWidget(QwtPlot::yLeft)) {
+    const bool isLeft = object == plot.axisWidget(QwtPlot::yLeft);
+    if (isLeft || object == plot.axisWidget(QwtPlot::yRight)) {
         if (traits.hasRanges && isPress(*event, Qt::RightButton))
-            Q_EMIT rangeAsked();
+            Q_EMIT rangeAsked(isLeft ? QwtPlot::yLeft : QwtPlot::yRight);
     } else if (object == plot.axisWidget(QwtPlot::xBottom)) {
         if (traits.takesXSensor && isPress(*event, Qt::RightButton))
             Q_EMIT xAsked(static_cast<QMouseEvent*>(event)->globalPos());

@@ -46,7 +46,7 @@ Q_SIGNALS:
     /// On no marker, and no mode is on that a press means something to.
     void groundDoubleClicked();
     /// A right press on the y axis.
-    void rangeAsked();
+    void rangeAsked(int axisID);
     /// A right press on the x axis.
     void xAsked(const QPoint& globalPos);
     /// A right press on the canvas, on no marker.

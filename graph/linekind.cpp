@@ -55,6 +55,7 @@ void LineKind::setData()
     parts.scaler.setScales(&parts.data, parts.index < 0);
     parts.axes.setText(QwtPlot::xBottom, parts.axes.timeTitle(parts.data.dt));
     parts.axes.setText(QwtPlot::yLeft, sensorTitle(parts.curves.activeIndex()));
+    showRight();
     parts.axes.setAuto(QwtPlot::xBottom);
     if (parts.data.getXSize() == 0) // the window that a run begins with
         showWindow();
@@ -194,8 +195,22 @@ void LineKind::showRangeY()
 {
     const int active = parts.curves.activeIndex();
     if (const myPlotCurve* curve = parts.curves.active())
-        parts.axes.setAccent(curve->getColor());
+        parts.axes.setAccent(QwtPlot::yLeft, curve->getColor());
     parts.axes.setRange(QwtPlot::yLeft, parts.scaler.getScaleMin(active), parts.scaler.getScaleMax(active));
+    showRight();
+}
+
+/// A second channel has its scale on the right as long as its curve is in sight and the left axis is another.
+void LineKind::showRight()
+{
+    const int right = parts.data.getRightIndex();
+    const bool isOn = parts.curves.hasOwnScale(right);
+    parts.axes.setRightShown(isOn);
+    if (!isOn)
+        return;
+    parts.axes.setAccent(QwtPlot::yRight, parts.curves.at(right)->getColor());
+    parts.axes.setText(QwtPlot::yRight, sensorTitle(right));
+    parts.axes.setRange(QwtPlot::yRight, parts.scaler.getScaleMin(right), parts.scaler.getScaleMax(right));
 }
 
 void LineKind::updateOverSensor()
@@ -264,7 +279,11 @@ void LineKind::repaint()
 
 void LineKind::showSensor(int iSens)
 {
+    const int before = parts.curves.activeIndex();
     parts.curves.setActive(iSens);
+    const int active = parts.curves.activeIndex();
+    if (active == parts.data.getRightIndex() && active != before)
+        parts.data.setRightIndex(before); // both scales stay in sight
     parts.curves.designPens();
     parts.axes.setText(QwtPlot::yLeft, sensorTitle(parts.curves.activeIndex()));
     update();
@@ -277,12 +296,11 @@ void LineKind::showColor(int iSens)
     parts.plot.replot();
 }
 
-QPair<double, double> LineKind::range() const
+QPair<double, double> LineKind::range(int iSens) const
 {
-    const int active = parts.curves.activeIndex();
-    if (active >= parts.scaler.scales.size())
+    if (iSens < 0 || iSens >= parts.scaler.scales.size())
         return {0, 1};
-    const oneScale& scale = *parts.scaler.scales[active];
+    const oneScale& scale = *parts.scaler.scales[iSens];
     return {scale.scaleFullMin, scale.scaleFullMax};
 }
 

@@ -25,7 +25,7 @@ public:
     void update() override;
     void showSensor(int iSens) override;
     void showColor(int iSens) override;
-    QPair<double, double> range() const override;
+    QPair<double, double> range(int iSens) const override;
     void setUserRange(const SensorPtr& sensor, double min, double max) override;
     void setAutomaticRange(const SensorPtr& sensor) override;
     void setXSensor(int iSens) override;
@@ -48,6 +48,7 @@ private:
     void endZoom();
     bool showsAll(const QRectF& rect) const;
     void showRangeY();
+    void showRight();
     SensorList sharersOf(const SensorPtr& sensor) const;
     void takeFixedRanges();
     void repaint();

@@ -133,6 +133,8 @@ void Plot::connectLegend()
     connect(legendPart.get(), &GraphLegend::picked, this, &Plot::pickCurve);
     connect(legendPart.get(), &GraphLegend::shownForAll, this, &Plot::shownForAll);
     connect(legendPart.get(), &GraphLegend::countChosen, this, &Plot::count);
+    connect(legendPart.get(), &GraphLegend::rightChosen, this,
+            [this](int i, bool tf) { setRight(tf ? i : -1); });
     connect(legendPart.get(), &GraphLegend::pressedRight, this, [this](int i) {
         if (curves->at(i))
             rotateMode(i);
@@ -148,6 +150,8 @@ void Plot::rotateMode(int i)
     const myPlotCurve& curve = *curves->at(i);
     if (i == getActiveSens() && !curve.isShown())
         showAnyCurve();
+    if (i == data.getRightIndex())
+        kind->update(); // its axis comes and goes
     replot();
     const QString step = curve.isLine()     ? tr("Show %1")
                          : curve.isSymbol() ? tr("Points for %1")
@@ -211,8 +215,10 @@ void Plot::connectMouse()
         if (traits.hidesByTitle)
             Q_EMIT putAway();
     });
-    connect(from, &GraphMouse::rangeAsked, this,
-            [this] { dialogs->askForRange(getActiveSens(), kind->range()); });
+    connect(from, &GraphMouse::rangeAsked, this, [this](int axisID) {
+        const int i = axisID == yRight ? data.getRightIndex() : getActiveSens();
+        dialogs->askForRange(i, kind->range(i));
+    });
     connect(from, &GraphMouse::xAsked, dialogs.get(), &GraphDialogs::askForX);
     connect(from, &GraphMouse::colorAsked, this, [this](const QPointF& pos) {
         if (traits.markers == MarkerForm::Frequency)
@@ -532,6 +538,7 @@ PlotState Plot::state() const
     std::sort(state.outs.begin(), state.outs.end());
     state.activeSens = getActiveSens();
     state.xSensor = data.getXYIndex();
+    state.right = data.getRightIndex();
     state.standIn = standIn;
     state.stoodInFor = stoodInFor;
     state.texts = layer->textLayout();
@@ -558,6 +565,8 @@ void Plot::setState(const PlotState& present, const PlotState& wanted)
     }
     if (wanted.activeSens != present.activeSens)
         kind->showSensor(wanted.activeSens);
+    if (wanted.right != present.right)
+        data.setRightIndex(wanted.right);
     kind->update();
     fitTexts(); // texts keep their places on axes that stand
     replot();

@@ -50,6 +50,7 @@ struct PlotState
     QVector<int> outs;  ///< groups that do not count in the average
     int activeSens = 0;
     int xSensor = -1;
+    int right = -1;   ///< the channel with a scale on the right
     int standIn = -1; ///< of the active curve, which is on the x axis
     int stoodInFor = 0;
     TextLayout texts;
@@ -166,6 +167,8 @@ public:
     QPen getCurvePen(int iSens) const;
     /// Notes how every curve is shown in the data set, for a file.
     void keepCurveModesInData() const;
+    /// The scale of the next curve that has one of its own stands on the right; after the last, none.
+    void showNextRight();
     /// Brings the scales up to data that were loaded: ranges fixed by hand hold, all others follow the data.
     void forceDefaultSetScale();
 
@@ -302,6 +305,7 @@ private:
     void connectPen();
     void change(const QString& step, const std::function<void()>& how);
     void rotateMode(int i);
+    void setRight(int i);
     void applyDesign();
     void fitTexts();
     void pickCurve(const QString& name);

@@ -14,6 +14,7 @@
 #include <qwt_scale_widget.h>
 #include <qwt_text_label.h>
 
+#include "data/expdata.h"
 #include "graph/graphaxes.h"
 #include "graph/graphcurves.h"
 #include "graph/graphdesign.h"
@@ -101,6 +102,34 @@ void Plot::paintEvent(QPaintEvent* event)
     QPainter painter(this);
     painter.setPen(QPen(GraphDesign::readableOn(color, GraphDesign::surroundings), width));
     painter.drawRect(QRectF(rect()).adjusted(width / 2, width / 2, -width / 2, -width / 2));
+}
+
+void Plot::setRight(int i)
+{
+    const SensorPtr& sensor = data.getSens(i >= 0 ? i : data.getRightIndex());
+    change(tr("Scale of %1 on the right").arg(sensor ? sensor->name : QString()), [&] {
+        data.setRightIndex(i);
+        data.setNeedSave(true);
+        kind->update();
+        fitTexts();
+        replot();
+    });
+}
+
+void Plot::showNextRight()
+{
+    if (traits.markers != MarkerForm::Curve) {
+        Q_EMIT told(tr("A scale on the right needs curves: choose the graph view for this group."));
+        return;
+    }
+    const bool isShown = curves->hasOwnScale(data.getRightIndex());
+    int next = isShown ? data.getRightIndex() + 1 : 0;
+    while (next < curves->size() && !curves->hasOwnScale(next))
+        ++next;
+    if (next < curves->size() || isShown)
+        setRight(next < curves->size() ? next : -1);
+    else
+        Q_EMIT told(tr("All curves in sight have the scale on the left."));
 }
 
 void Plot::setTempTitle()

@@ -26,7 +26,7 @@ public:
     void update() override;
     void showSensor(int) override { update(); }
     void showColor(int iSens) override;
-    QPair<double, double> range() const override { return {0, 1}; }
+    QPair<double, double> range(int /*iSens*/) const override { return {0, 1}; }
     void setUserRange(const SensorPtr&, double, double) override {}
     void setAutomaticRange(const SensorPtr&) override {}
     void setXSensor(int) override {}

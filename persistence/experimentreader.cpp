@@ -112,6 +112,7 @@ void Walk::readRoot()
     experiment->rate = number("Rate");
     experiment->activeSens = integer("activeSens");
     experiment->xyIndex = integer("XYIndex", -1);
+    experiment->rightIndex = integer("rightIndex", -1);
     experiment->appendIndex = std::max(0, integer("appendIndex"));
     const QStringView title = xml.attribute(QLatin1String("title"));
     experiment->isTitled = !title.isNull();
@@ -401,6 +402,7 @@ void Walk::closeGaps()
 {
     experiment->activeSens = std::max(0, newPlace(experiment->activeSens));
     experiment->xyIndex = newPlace(experiment->xyIndex);
+    experiment->rightIndex = newPlace(experiment->rightIndex);
     moveMarkers(&experiment->lineMarkers);
     moveMarkers(&experiment->barMarkers);
     for (auto it = channels.begin(); it != channels.end(); ++it) {

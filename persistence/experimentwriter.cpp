@@ -200,6 +200,8 @@ void writeRootStart(Utf16Xml& xml, const StoredExperiment& experiment)
     xml.attribute(u"activeSens", experiment.activeSens);
     xml.attribute(u"XYIndex", experiment.xyIndex);
     xml.attribute(u"appendIndex", experiment.appendIndex);
+    if (experiment.rightIndex >= 0)
+        xml.attribute(u"rightIndex", experiment.rightIndex);
     if (experiment.isPart)
         xml.attribute(u"part", true);
     xml.raw(u">");

@@ -149,6 +149,7 @@ private:
         show(0);
         mark(bench->manager->plotAt(0), first, 1, dt);
         bench->manager->plotAt(0)->getCurve(2)->hide();
+        bench->manager->plotAt(0)->showNextRight();
         bench->data(1)->setSelectedSensor(1);
         show(1);
         for (const int i : {-1, 0, 1, 2}) { // also where nothing was measured
@@ -325,6 +326,7 @@ private Q_SLOTS:
             QVERIFY(std::fabs(after[i] - before[i]) <= 1e-9);
         QVERIFY(bench->data(0)->getSens(1)->readSetMinMax && !bench->data(0)->getSens(0)->readSetMinMax);
         QVERIFY(!bench->manager->plotAt(0)->getCurve(2)->isShown());
+        QVERIFY(bench->manager->plotAt(0)->axisEnabled(QwtPlot::yRight));
         QCOMPARE(bench->manager->viewShownBy(1), int(VIEW_BAR));
         save(path("b.lesson"));
         QCOMPARE(unpacked(path("a.lesson")).size(), size_t(5)); // class, three groups, manifest

@@ -320,6 +320,22 @@ private Q_SLOTS:
         QVERIFY(current->markers.isEmpty());
     }
 
+    void theRightAxisComesAndGoes()
+    {
+        const auto isOn = [this] { return current->axisEnabled(QwtPlot::yRight); };
+        function(REG_RIGHT);
+        QVERIFY(isOn() && count() == 1);
+        bench->sample(0, 40, 7);
+        steps->undo();
+        QVERIFY(!isOn());
+        steps->redo();
+        QVERIFY(isOn());
+        function(REG_RIGHT); // there is no further sensor
+        QVERIFY(!isOn() && count() == 2);
+        steps->undo();
+        QVERIFY(isOn());
+    }
+
     void aRunGoesOn()
     {
         ExpData* const set = bench->data(0);

@@ -1,3 +1,4 @@
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QPushButton>
@@ -203,6 +204,91 @@ private Q_SLOTS:
         QVERIFY(shownRange().second > data->getX().last());
         QTest::mouseClick(plot->canvas(), Qt::RightButton, {}, pixel(0, 6));
         QVERIFY(plot->getCurvePen(0).color() != QColor(1, 2, 3));
+    }
+
+    void theRightAxisGoesWithItsChannel()
+    {
+        show();
+        const auto isOnTheRight = [this](int iSens) {
+            const QColor color =
+                GraphDesign::readableOn(plot->getCurvePen(iSens).color(), GraphDesign::surroundings);
+            return plot->axisEnabled(QwtPlot::yRight) && data->getRightIndex() == iSens &&
+                   plot->axisTitle(QwtPlot::yRight).text() == data->getSens(iSens)->getNameWithUnit(false) &&
+                   plot->axisWidget(QwtPlot::yRight)->palette().color(QPalette::Text) == color &&
+                   shownRange(QwtPlot::yRight) ==
+                       qMakePair(plot->scaler->getScaleMin(iSens), plot->scaler->getScaleMax(iSens));
+        };
+        const auto fromLegend = [this](int i) {
+            QTest::mousePress(legendItem(i), Qt::RightButton, Qt::ShiftModifier);
+            auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            auto* const choice = menu->findChild<QAction*>(QStringLiteral("rightAct"));
+            if (choice)
+                choice->trigger();
+            menu->close();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            return choice != nullptr;
+        };
+        QVERIFY(!fromLegend(0)); // stands on the left
+        QVERIFY(fromLegend(1));
+        QVERIFY(isOnTheRight(1));
+        const int width = plot->canvas()->width();
+        plot->otherColorChanged(1, Qt::darkRed);
+        plot->enableZoom(true);
+        drag(place(0, 3, 24), place(0, 7, 12));
+        QVERIFY(isOnTheRight(1));
+        const auto zoomed = shownRange(QwtPlot::yRight);
+        plot->updateSens(1);
+        QVERIFY(isOnTheRight(0)); // they swap
+        plot->updateSens(0);
+        QCOMPARE(shownRange(QwtPlot::yRight), zoomed);
+        QTest::mouseClick(plot->canvas(), Qt::RightButton);
+        QVERIFY(isOnTheRight(1) && shownRange(QwtPlot::yRight) != zoomed);
+        QTimer::singleShot(0, plot.data(), [&] {
+            auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            auto* const top = dialog->findChild<QDoubleSpinBox*>(QStringLiteral("maxval"));
+            top->setValue(77);
+            Q_EMIT top->editingFinished();
+            dialog->accept();
+        });
+        QTest::mousePress(plot->axisWidget(QwtPlot::yRight), Qt::RightButton);
+        QCOMPARE(shownRange(QwtPlot::yRight).second, 77.0);
+        QVERIFY(isOnTheRight(1) && shownRange(QwtPlot::yLeft).second != 77);
+        for (const bool isShown : {true, false, true}) { // points, hidden, line
+            QTest::mousePress(legendItem(1), Qt::RightButton);
+            QCOMPARE(plot->axisEnabled(QwtPlot::yRight), isShown);
+        }
+        const PlotState before = plot->state();
+        plot->showNextRight();
+        QVERIFY(!plot->axisEnabled(QwtPlot::yRight) && plot->canvas()->width() > width);
+        plot->setState(plot->state(), before);
+        QVERIFY(isOnTheRight(1));
+    }
+
+    void aNewRunKeepsTheRightAxis_data()
+    {
+        columns<QVector<int>, int>({"channels", "right"});
+        row("the same", QVector<int>{SENSOR_EXT_TEMP, SENSOR_VOLTAGE}, 1);
+        row("elsewhere", QVector<int>{SENSOR_EXT_TEMP, SENSOR_PH, SENSOR_VOLTAGE}, 2);
+        row("on the left", QVector<int>{SENSOR_VOLTAGE, SENSOR_PH}, -1);
+        row("gone", QVector<int>{SENSOR_EXT_TEMP, SENSOR_PH}, -1);
+        row("the quantity of the left", QVector<int>{SENSOR_EXT_TEMP, SENSOR_AMB_TEMP}, -1);
+    }
+
+    void aNewRunKeepsTheRightAxis()
+    {
+        const auto [ids, right] = fetched<QVector<int>, int>({"channels", "right"});
+        show();
+        plot->showNextRight();
+        SensorList channels;
+        for (const int id : ids)
+            channels.append(SensorPtr::create(id));
+        data->setDataNewEmpty(channels, 1);
+        plot->setData();
+        data->addSample(0, QVector<double>(ids.size(), 3));
+        plot->Update();
+        QCOMPARE(plot->axisEnabled(QwtPlot::yRight), right > 0);
+        if (right > 0)
+            QCOMPARE(data->getRightIndex(), right);
     }
 
     void escapeEndsADrag()
