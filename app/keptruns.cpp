@@ -331,6 +331,7 @@ void KeptRuns::rename(int id, const QString& name)
     if (!run || text.isEmpty() || text == run->outline.name)
         return;
     const QString before = run->outline.name;
+    Q_EMIT doing();
     setName(id, text);
     Q_EMIT done(tr("Name of %1").arg(text),
                 [this, id, before, text](bool isBack) { return setName(id, isBack ? before : text); });
@@ -354,7 +355,10 @@ bool KeptRuns::setPinned(int id, bool tf)
 void KeptRuns::pin(int id, bool tf)
 {
     const KeptRun* const run = find(id);
-    if (!run || run->outline.isPinned == tf || !setPinned(id, tf))
+    if (!run || run->outline.isPinned == tf)
+        return;
+    Q_EMIT doing();
+    if (!setPinned(id, tf))
         return;
     const QString name = find(id)->outline.name;
     Q_EMIT done(tf ? tr("Pin %1").arg(name) : tr("Unpin %1").arg(name),
@@ -389,6 +393,7 @@ void KeptRuns::average(int first, int second)
     run.name = tr("Average of %1 and %2").arg(one->outline.name, other->outline.name);
     run.isPinned = pinned().size() < mostPinned;
     const int id = newId();
+    Q_EMIT doing();
     runs.append({id, run, false, QString(), nullptr, 0});
     fitMemory();
     Q_EMIT changed();
@@ -431,6 +436,7 @@ void KeptRuns::remove(int id)
     if (at < 0)
         return;
     const QString name = runs.at(at).outline.name;
+    Q_EMIT doing();
     takeAway(id);
     Q_EMIT done(tr("Delete %1").arg(name),
                 [this, id, at](bool isBack) { return isBack ? putBack(id, at) : takeAway(id); });

@@ -111,7 +111,8 @@ Q_SIGNALS:
     void changed();
     void pinsChanged();
     void told(const QString& line);
-    /// A step that can be taken back.
+    /// A step that can be taken back is about to be done, or is not after all; and was done.
+    void doing();
     void done(const QString& name, const std::function<bool(bool isBack)>& move);
 
 private:

@@ -49,6 +49,7 @@ void MainWindow::createTools()
     connect(tools, &GraphTools::predictionDrawn, predictions, &PredictionKeeper::take);
     connect(predictions, &PredictionKeeper::told, statusLine, &StatusLine::setAdvice);
     connect(predictions, &PredictionKeeper::resultTold, statusLine, &StatusLine::setOutcome);
+    connect(predictions, &PredictionKeeper::doing, steps, &UndoSteps::prepare);
     connect(predictions, &PredictionKeeper::done, steps, &UndoSteps::note);
     sideViews = new SideViews(mTembrin, this);
     connect(sideViews, &SideViews::told, statusLine, &StatusLine::setAdvice);

@@ -23,6 +23,7 @@ void MainWindow::createRuns()
 {
     keptRuns = new KeptRuns(recorder, this);
     connect(keptRuns, &KeptRuns::told, statusLine, &StatusLine::setAdvice);
+    connect(keptRuns, &KeptRuns::doing, steps, &UndoSteps::prepare);
     connect(keptRuns, &KeptRuns::done, steps, &UndoSteps::note);
     connect(keptRuns, &KeptRuns::pinsChanged, this, qOverload<>(&MainWindow::showPins));
     const ClassRun* const run = &mTembrin->run();

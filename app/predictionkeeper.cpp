@@ -87,6 +87,7 @@ void PredictionKeeper::take(int index, const Prediction& drawn)
         *own = drawn;
     else if (!drawn.points.isEmpty())
         predictions.append(drawn);
+    Q_EMIT doing();
     show(index, predictions);
     if (before != all())
         note(tr("Prediction, %1").arg(nameOf(index)), before);
@@ -95,6 +96,7 @@ void PredictionKeeper::take(int index, const Prediction& drawn)
 void PredictionKeeper::removeAll()
 {
     const QVector<QVector<Prediction>> before = all();
+    Q_EMIT doing();
     for (int i = 0; i < before.size(); ++i)
         show(i - 1, {});
     if (before != all())

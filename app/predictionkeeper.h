@@ -29,7 +29,8 @@ Q_SIGNALS:
     void told(const QString& line);
     /// The best first, at the end of a run.
     void resultTold(const QString& line);
-    /// A step that can be taken back.
+    /// A step that can be taken back is about to be done, or is not after all; and was done.
+    void doing();
     void done(const QString& name, const std::function<bool(bool isBack)>& move);
 
 private:

@@ -102,6 +102,16 @@ UndoSteps::State UndoSteps::stateOf(int index) const
     return state;
 }
 
+UndoSteps::State UndoSteps::faces() const
+{
+    State state;
+    for (int i = -1; i < manager->nDefTembrins(); ++i) {
+        for (Plot* plot : manager->graphsOf(i))
+            state.views.append({plot, plot->state()});
+    }
+    return state;
+}
+
 /// All but the samples.
 bool UndoSteps::isSameFace(const State& a, const State& b)
 {
@@ -166,12 +176,18 @@ void UndoSteps::add(const Step& step)
     Q_EMIT changed();
 }
 
+void UndoSteps::prepare()
+{
+    prepared = faces();
+}
+
 void UndoSteps::note(const QString& name, const std::function<bool(bool isBack)>& move)
 {
     Step step;
     step.index = noGraph;
     step.name = name;
     step.own = move;
+    step.before = std::exchange(prepared, State());
     undone.clear();
     add(step);
 }
@@ -295,7 +311,11 @@ bool UndoSteps::move(QVector<Step>* from, QVector<Step>* to, bool isBack)
         return false;
     }
     from->removeLast();
-    takeTexts(isBack ? &step.after : &step.before);
+    State& present = isBack ? step.after : step.before;
+    if (step.own)
+        present = faces();
+    else
+        takeTexts(&present);
     const bool isDone = apply(step, isBack);
     if (isDone)
         to->append(step);
@@ -339,6 +359,20 @@ void UndoSteps::takeTexts(State* present)
     }
 }
 
+/// Where they stood beside the same marks.
+void UndoSteps::putTexts(const State& wanted)
+{
+    for (const auto& [plot, state] : wanted.views) {
+        const PlotState now = plot ? plot->state() : PlotState();
+        if (!plot || now.marks.isEmpty() || !(now.marks == state.marks))
+            continue;
+        PlotState moved = now;
+        moved.marks = state.marks;
+        moved.texts = state.texts;
+        plot->setState(now, moved);
+    }
+}
+
 void UndoSteps::joinAgain(const QVector<int>& slotNumbers)
 {
     ClassSet& classSet = manager->run().classSet();
@@ -361,8 +395,12 @@ bool UndoSteps::applyDerivative(const Step& step, bool isBack)
 
 bool UndoSteps::apply(const Step& step, bool isBack)
 {
-    if (step.own)
-        return step.own(isBack);
+    if (step.own) {
+        if (!step.own(isBack))
+            return false;
+        putTexts(isBack ? step.before : step.after);
+        return true;
+    }
     ExpData* const set = setOf(step.index);
     const State& present = isBack ? step.after : step.before;
     const State& wanted = isBack ? step.before : step.after;

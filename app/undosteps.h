@@ -55,7 +55,9 @@ public:
     History history(int index) const;
     /// A set that came from a file holds what `steps` made of the first of `contents`, one more than steps.
     void restore(int index, QVector<ExpData::Content> contents, const QVector<SampleStep>& steps);
-    /// Something that is of no graph was done. `move` takes it back (true) or does it again; false where that
+    /// Something that is of no graph is about to be done: texts on the graphs may get other places by it.
+    void prepare();
+    /// It was done. `move` takes it back (true) or does it again; false where that
     /// no longer goes.
     void note(const QString& name, const std::function<bool(bool isBack)>& move);
     /// Other samples come into the set: nothing that was done to it before can be taken back.
@@ -115,6 +117,9 @@ private:
 
     ExpData* setOf(int index) const;
     State stateOf(int index) const;
+    /// Marks and places of texts of all graphs.
+    State faces() const;
+    static void putTexts(const State& wanted);
     static bool isSameFace(const State& a, const State& b);
     QStringList names(const QVector<Step>& steps) const;
     QString nameOf(const Step& step) const;
@@ -125,4 +130,5 @@ private:
     QVector<Step> older; ///< those of samples that are too far back to be taken back
     QVector<Step> undone;
     QHash<int, Open> open;
+    State prepared; ///< before what is about to be done
 };

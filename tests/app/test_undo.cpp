@@ -7,6 +7,7 @@
 #include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -16,6 +17,7 @@
 
 #include "app/iconlists.h"
 #include "app/keptruns.h"
+#include "app/predictionkeeper.h"
 #include "app/undosteps.h"
 #include "data/stretch.h"
 #include "graph/scalemanager.h"
@@ -30,9 +32,20 @@ namespace {
 /// What stands in a file of each graph, and how each looks.
 struct Shown
 {
+    QStringList runs;
     QVector<QByteArray> files;
     QVector<QImage> pictures;
 };
+
+/// Where the program puts a text depends on what else was on the graph.
+QString withoutPlaces(const QByteArray& file)
+{
+    const auto* const words = reinterpret_cast<const char16_t*>(file.constData());
+    static const QRegularExpression places(
+        QStringLiteral("(\"floating text\" iSens=\"\\d+\") X=\"[^\"]*\" Y=\"[^\"]*\" xOffset=\"[^\"]*\" "
+                       "yOffset=\"[^\"]*\""));
+    return QString::fromUtf16(words, file.size() / 2).replace(places, QStringLiteral("\\1"));
+}
 
 void clickRight(QWidget* widget)
 {
@@ -144,6 +157,54 @@ private:
         menu->close();
     }
 
+    /// A group of the class, by the legend's menu.
+    void tickOut(int group)
+    {
+        choose(-1);
+        for (QwtLegendLabel* label : current->findChildren<QwtLegendLabel*>()) {
+            if (!label->text().text().startsWith(QStringLiteral("Group %1").arg(QChar('A' + group))))
+                continue;
+            QTest::mouseClick(label, Qt::RightButton, Qt::ShiftModifier);
+            auto* const menu = current->findChild<QMenu*>(QStringLiteral("legendMenu"));
+            menu->findChild<QAction*>(QStringLiteral("countAct"))->trigger();
+            menu->close();
+            return;
+        }
+    }
+    void changeRuns(int number)
+    {
+        const QVector<int> ids = runs().ids();
+        const int id = ids.isEmpty() ? 0 : ids.at(number % ids.size());
+        if (!id)
+            return;
+        switch (number % 5) {
+        case 0:
+            runs().rename(id, QStringLiteral("Water %1").arg(number));
+            break;
+        case 1:
+            runs().remove(id);
+            break;
+        case 2:
+            runs().average(ids.constFirst(), ids.constLast());
+            break;
+        default:
+            runs().pin(id, !runs().find(id)->outline.isPinned);
+        }
+    }
+    /// Two more runs of both groups.
+    void runAgain()
+    {
+        for (int round = 1; round <= 2; ++round) {
+            for (short n = 0; n < 40; ++n) {
+                bench->sample(0, n, n * n * 0.1 + round);
+                bench->sample(1, n, 2.0 + n * round);
+            }
+            stop();
+        }
+        QCOMPARE(runs().all().size(), 2);
+    }
+    KeptRuns& runs() const { return *bench->window->findChild<KeptRuns*>(); }
+
     void change(int kind, int number)
     {
         myPlotMarker* const marker = some(number);
@@ -186,6 +247,23 @@ private:
                 current->addFit({fit, stretch.xUnit, stretch.yUnit}, stretch.iSens, stretch.from, stretch.to);
             break;
         }
+        case 16:
+            if (!bench->data(-1)->getSens(0)->name.contains(QStringLiteral("smooth")))
+                tickOut(number % 2);
+            break;
+        case 17: {
+            Prediction line = Predictions::about(*bench->data(current->getIndex()), 0);
+            line.draw({0, double(number % 100)}, {1.0 + number % 20, 40});
+            if (number % 4 > 0)
+                bench->window->findChild<PredictionKeeper*>()->take(current->getIndex(), line);
+            else
+                function(REG_UNPREDICT);
+            break;
+        }
+        case 18:
+        case 19:
+            changeRuns(number);
+            break;
         default:
             for (const auto code : {REG_LIN, REG_QUAD, REG_SMOOTH, REG_DERIVATIVE, REG_INTEGRAL}) {
                 if (kind-- == 10)
@@ -200,7 +278,10 @@ private:
         choose(-1);
         settle();
         Shown now;
+        for (const KeptRun& run : runs().all())
+            now.runs << run.outline.name + QString::number(run.outline.isPinned);
         for (int i : {-1, 0}) {
+            plot(i)->showPredictions(); // how far off they are is told anew each second
             plot(i)->keepCurveModesInData();
             const QString file = folder.filePath(QStringLiteral("x.xml"));
             const bool isWritten = ReadWrite::write(file, QString(), bench->data(i), plot(i)->scaler->scales,
@@ -215,11 +296,11 @@ private:
     /// Empty when all is the same; else what is not, and where its pictures are.
     static QString difference(const Shown& now, const Shown& then)
     {
-        QString text;
+        QString text = now.runs == then.runs ? QString() : QStringLiteral(" runs ") + now.runs.join(',');
         for (int i = 0; i < now.files.size(); ++i) {
-            if (now.files[i] != then.files[i])
+            if (withoutPlaces(now.files[i]) != withoutPlaces(then.files[i]))
                 text += QStringLiteral(" file %1").arg(i);
-            if (now.pictures[i] == then.pictures[i])
+            if (now.files[i] != then.files[i] || now.pictures[i] == then.pictures[i])
                 continue;
             const QString path = QDir::temp().filePath(QLatin1String(QTest::currentDataTag()));
             now.pictures[i].save(path + QStringLiteral("-now.png"));
@@ -246,8 +327,9 @@ private Q_SLOTS:
     {
         const auto [seed] = fetched<int>({"seed"});
         constexpr int wanted = 20;
-        constexpr int kinds = 16;
+        constexpr int kinds = 20;
         stop();
+        runAgain();
         QRandomGenerator dice{quint32(seed)};
         QVector<Shown> states{shown()};
         for (int tries = 0; count() < wanted && tries < 300; ++tries) {
