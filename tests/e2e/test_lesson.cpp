@@ -106,7 +106,7 @@ private:
             int water = 0;
             while (data(i)->getSens(water)->ID != SENSOR_EXT_TEMP)
                 ++water;
-            manager->plotAt(i)->updateSens(water);
+            Q_EMIT manager->plotAt(i)->changedActiveCurve(i, water); // as by a click in the legend
         }
         Q_EMIT manager->plotAt(0)->changedActivePlot(0);
         choose("regression", REG_FIT);
