@@ -88,6 +88,9 @@ QStringList GroupTile::details() const
     case GroupReading::Link::Sought:
         texts.append(tr("connection lost"));
         break;
+    case GroupReading::Link::Replayed:
+        texts.append(tr("replay"));
+        break;
     case GroupReading::Link::On:
         break;
     }

@@ -257,6 +257,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
 
 void MainWindow::doExit()
 {
+    endReplay();
     isLeavingAsked = isSaving; // then when the file is whole
     if (!isSaving && mayLeave())
         leave();
@@ -264,6 +265,7 @@ void MainWindow::doExit()
 
 void MainWindow::doExitAfterCtrlS()
 {
+    endReplay();
     const QString fname = screenFile.target(*mTembrin->dataC());
     QString reason;
     if (fname.isEmpty())

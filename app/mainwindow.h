@@ -41,6 +41,7 @@ class QPrinter;
 class QSplitter;
 class QToolBar;
 class RefreshClock;
+class ReplayBar;
 class Report;
 class RunLine;
 class RunRecorder;
@@ -281,6 +282,21 @@ private:
     KeptRuns* keptRuns = nullptr;
     RunsPanel* runsPanel = nullptr; ///< null until it is first shown
     QAction* runsAct = nullptr;
+
+    // A run played again, in mainwindow_replay.cpp
+
+private Q_SLOTS:
+    void doReplay();
+    void replayKept(int id);
+    void endReplay();
+    void showReplay();
+    void showReplayed(int index, bool isLonger);
+
+private:
+    void createReplay();
+
+    ReplayBar* replayBar = nullptr; ///< null until it is first shown
+    QAction* replayAct = nullptr;
 
     // Download, in mainwindow_download.cpp
 

@@ -60,6 +60,7 @@ void MainWindow::createTools()
         plot->setUserPrompt(prompt);
         connect(plot, &Plot::enlargeAsked, this, &MainWindow::enlarge);
         tools->watch(plot);
+        connect(plot, &Plot::changing, this, &MainWindow::endReplay);
         steps->watch(plot);
     });
     if (!isPanel)
@@ -161,13 +162,19 @@ void MainWindow::fillUndoMenu(QMenu* menu)
     int count = 0;
     for (const QString& name : steps->doneNames()) {
         ++count;
-        menu->addAction(tr("Undo %1").arg(name), steps, [this, count] { steps->undo(count); });
+        menu->addAction(tr("Undo %1").arg(name), steps, [this, count] {
+            endReplay();
+            steps->undo(count);
+        });
     }
     menu->addSeparator();
     count = 0;
     for (const QString& name : steps->undoneNames()) {
         ++count;
-        menu->addAction(tr("Redo %1").arg(name), steps, [this, count] { steps->redo(count); });
+        menu->addAction(tr("Redo %1").arg(name), steps, [this, count] {
+            endReplay();
+            steps->redo(count);
+        });
     }
 }
 
@@ -195,6 +202,8 @@ void MainWindow::doQuadRegression()
 void MainWindow::doFunctions(int select)
 {
     const int code = regression->itemData(select).toInt();
+    if (code != REG_STATISTICS && code != REG_RANKING && code != REG_FFT) // which look at what is shown
+        endReplay();
     if (code != REG_SLOPE)
         tools->setMode(GraphTools::Mode::Slope, false); // which its picture no longer shows
     const bool isPredicting = tools->mode() == GraphTools::Mode::Predict;

@@ -163,6 +163,7 @@ void MainWindow::takeNewName(int index)
     ExpData* const set = mTembrin->dataAt(index);
     if (before.port != now.port || before.name == now.name || set->getGroupName() != before.name)
         return;
+    endReplay();
     set->setGroupName(now.name);
     if (isOnlyStaticClassMode)
         return;

@@ -118,6 +118,7 @@ void MainWindow::useDownload(int index, bool isOK)
 {
     if (!isOK)
         return;
+    endReplay();
     if (filling >> index & 1) {
         fillGaps(index);
         return;

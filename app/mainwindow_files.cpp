@@ -76,6 +76,7 @@ void MainWindow::doRead()
 
 void MainWindow::openFile(const QString& fname)
 {
+    endReplay();
     if (isSaving)
         return;
     ReadWrite::setDefaultDataPath(fname);
@@ -126,6 +127,7 @@ void MainWindow::dropEvent(QDropEvent* event)
 
 void MainWindow::doReadClass(const QString& fname)
 {
+    endReplay();
     ExpData* classSet = mTembrin->dataC();
     const int xyIndex = classSet->getXYIndex();
     const bool isLoggerUnsaved = data->isNeedSave();
@@ -219,6 +221,7 @@ void MainWindow::showClassFile(const QString& fname, const QString& view, bool i
 
 void MainWindow::doRead(const QString& fname)
 {
+    endReplay();
     if (ScreenFile::isLesson(fname)) {
         openLesson(fname);
         return;
@@ -338,6 +341,7 @@ bool MainWindow::askAndSave(QString* reason)
 /// `index` is the graph that a file of one graph holds, -1 for that of the class.
 bool MainWindow::saveAs(const QString& fname, Extent extent, int index, QString* reason)
 {
+    endReplay();
     savedRunning = 0;
     if (extent == Extent::Lesson)
         return saveLesson(fname, reason);
@@ -404,6 +408,7 @@ void MainWindow::warnNotWritten(const QString& reason)
 
 void MainWindow::doExport(int select)
 {
+    endReplay();
     switch (exports->itemData(select).toInt()) {
     case EXPORT_EXCEL:
         doExcel();

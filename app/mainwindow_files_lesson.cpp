@@ -234,6 +234,7 @@ bool MainWindow::worked(const std::function<void()>& work)
 
 void MainWindow::openLesson(const QString& fname)
 {
+    endReplay();
     const QString busy = tr("A lesson can be opened when no logger is busy.");
     if (isBusy(busy))
         return;

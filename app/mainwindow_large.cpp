@@ -6,7 +6,9 @@
 #include "app/graphtools.h"
 #include "app/iconlist.h"
 #include "app/largegraph.h"
+#include "app/replaybar.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "classroom/replay.h"
 #include "graph/plot.h"
 
 #include <QAction>
@@ -54,20 +56,24 @@ void MainWindow::enlargeChosen()
         enlarge(LargeGraph::classGraph);
 }
 
-/// One key can't mean two things: while curves are read or predicted, Esc ends that, while a graph is large or
-/// tiles fill the window, it brings the others back, and stops only after that.
+/// One key can't mean two things: while curves are read or predicted, Esc ends that, while a graph is large
+/// or tiles fill the window, it brings the others back, then it ends a replay, and stops only after that.
 void MainWindow::shareEscape()
 {
-    const bool isRead = (tools->mode() == GraphTools::Mode::Read || tools->mode() == GraphTools::Mode::Predict) &&
-                        !tilesAct->isChecked();
+    const bool isRead =
+        (tools->mode() == GraphTools::Mode::Read || tools->mode() == GraphTools::Mode::Predict) &&
+        !tilesAct->isChecked();
     const bool isLarge = tilesAct->isChecked() || (largeGraph && largeGraph->shown().has_value());
+    const bool isReplayed = mTembrin->replay().isOn() && !isLarge && !isRead;
     const QKeySequence escape(Qt::Key_Escape);
     QList<QKeySequence> stopKeys = stopAct->shortcuts();
     stopKeys.removeAll(escape);
-    if (!isLarge && !isRead)
+    if (!isLarge && !isRead && !isReplayed)
         stopKeys.prepend(escape);
     stopAct->setShortcuts(stopKeys);
     reader->endAction()->setShortcut(isRead ? escape : QKeySequence());
+    if (replayBar)
+        replayBar->endAction()->setShortcut(isReplayed ? escape : QKeySequence());
     if (!smallAct)
         return;
     smallAct->setShortcut(isLarge && !isRead ? escape : QKeySequence());

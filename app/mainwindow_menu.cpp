@@ -116,7 +116,7 @@ void MainWindow::createViewMenu()
     for (int i = 0; i < layouts->count(); ++i)
         shown->addAction(findChild<QAction*>(QStringLiteral("layoutAct%1").arg(i + 1)));
     shown->addSeparator();
-    shown->addActions({runsAct, tilesAct, valuesAct});
+    shown->addActions({runsAct, replayAct, tilesAct, valuesAct});
     shown->addSeparator();
     fillMenu(
         shown, views, [](int code) { return keyOf(viewKeys, code); },

@@ -46,6 +46,7 @@ void MainWindow::doReport()
 /// As it is now. In a file of a class the groups are what they were before it.
 ReportSource MainWindow::reportSource()
 {
+    endReplay();
     ReportSource source;
     const KeptRun* const shown = keptRuns->find(keptRuns->shown());
     source.title = shown ? shown->outline.name : keptName();

@@ -29,6 +29,7 @@ void MainWindow::createRuns()
     const ClassRun* const run = &mTembrin->run();
     connect(run, &ClassRun::begun, this, &MainWindow::keepPresent);
     connect(run, &ClassRun::groupReplaced, this, &MainWindow::keepGroup);
+    createReplay();
 }
 
 /// Of an opened file, its name; else the list numbers them.
@@ -49,11 +50,13 @@ bool MainWindow::isScreenSaved() const
 /// Something else is about to take the place of what is on the graphs.
 void MainWindow::keepPresent()
 {
+    endReplay();
     keptRuns->keep(takeRun(), isScreenSaved(), keptName());
 }
 
 void MainWindow::keepGroup(int index)
 {
+    endReplay();
     LessonRun run = takeRun();
     const auto isOther = [index](const Lesson::Part& part) { return part.slot != index; };
     run.parts.erase(std::remove_if(run.parts.begin(), run.parts.end(), isOther), run.parts.end());
@@ -64,6 +67,7 @@ void MainWindow::keepGroup(int index)
 /// What is fetched takes the place of one group after the other; the run before goes into the list once.
 void MainWindow::keepBefore(int index)
 {
+    endReplay();
     LessonRun group;
     group.parts.append(takePart(index));
     if (isOnlyStaticClassMode || keptRuns->shown() != 0 || !keptRuns->holds(group))
@@ -96,6 +100,7 @@ void MainWindow::toggleRuns()
     if (!runsPanel) {
         runsPanel = new RunsPanel(keptRuns);
         connect(runsPanel, &RunsPanel::showWanted, this, &MainWindow::showKept);
+        connect(runsPanel, &RunsPanel::replayWanted, this, &MainWindow::replayKept);
         connect(runsPanel, &RunsPanel::closeWanted, runsAct, &QAction::trigger);
         mainW->addWidget(runsPanel);
         mainW->setCollapsible(mainW->indexOf(runsPanel), false);

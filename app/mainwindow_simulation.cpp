@@ -34,6 +34,7 @@ void MainWindow::openSimulation(const QString& word)
 
 void MainWindow::doSimul(QAction* theAct)
 {
+    endReplay();
     theAct->setChecked(true);
     const int simulation = theAct->data().toInt() - firstSimulation;
     if (simulation < 0) {

@@ -3,10 +3,12 @@
 #include "app/mainwindow.h"
 
 #include "app/grouptile.h"
+#include "app/replaybar.h"
 #include "app/tiles.h"
 #include "app/tilewall.h"
 #include "app/valuepoll.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "classroom/replay.h"
 #include "common/settings.h"
 #include "setup/setuplogger.h"
 
@@ -20,7 +22,9 @@ void MainWindow::createTiles()
     mTembrin->setHeadMaker([this](int index) { return tiles->makeLine(index); });
     connect(tiles, &Tiles::pressed, this, &MainWindow::choosePlot);
     auto* const poll = new ValuePoll(
-        mTembrin, [this] { return tiles->isAnySeen() && !advancedSetupDlg && !isSaving; }, this);
+        mTembrin,
+        [this] { return tiles->isAnySeen() && !advancedSetupDlg && !isSaving && !mTembrin->replay().isOn(); },
+        this);
     valuesAct = new QAction(tr("Values before a run"), this);
     valuesAct->setObjectName(QStringLiteral("valuesAct"));
     valuesAct->setShortcut(QStringLiteral("Shift+F11"));
@@ -49,8 +53,10 @@ void MainWindow::toggleTiles()
     QList<QWidget*> others;
     for (int i = 0; i < mainW->count(); ++i)
         others.append(mainW->widget(i));
-    for (QToolBar* bar : findChildren<QToolBar*>())
-        others.append(bar);
+    for (QToolBar* bar : findChildren<QToolBar*>()) {
+        if (bar != replayBar) // which plays them
+            others.append(bar);
+    }
     tileWall->enter(others);
     isFullBefore = isFullScreen();
     setWindowState(windowState() | Qt::WindowFullScreen);

@@ -103,6 +103,7 @@ void MainWindow::createActions()
         void (MainWindow::*slot)();
         const char* statusTip;
         QList<QKeySequence> keys;
+        bool isLook = false; ///< changes nothing, and needs nothing but what is shown
     };
     // clang-format off
     const Row rows[] = {
@@ -112,7 +113,7 @@ void MainWindow::createActions()
         {&MainWindow::printAct, "printAct", QT_TR_NOOP("&Print"), "Print", &MainWindow::doPrint,
          QT_TR_NOOP("Print current experiment"), {QKeySequence::Print}},
         {&MainWindow::zoomAct, "zoomAct", QT_TR_NOOP("&Zoom"), "Zoom", &MainWindow::doZoom,
-         QT_TR_NOOP("Zoom to rectangle selected with mouse"), {QKeySequence::ZoomIn}},
+         QT_TR_NOOP("Zoom to rectangle selected with mouse"), {QKeySequence::ZoomIn}, true},
         {&MainWindow::markerAct, "markerAct", QT_TR_NOOP("&Marker"), "Marker",
          &MainWindow::doMarker,
          QT_TR_NOOP("Set/remove up to 2 markers on graph"), {QStringLiteral("Ctrl+M")}},
@@ -120,7 +121,7 @@ void MainWindow::createActions()
          &MainWindow::doAnnotate,
          QT_TR_NOOP("Add annotations to graph"), {QStringLiteral("Ctrl+N")}},
         {&MainWindow::readAct, "readAct", QT_TR_NOOP("Read"), "Read", &MainWindow::doReadCurves,
-         QT_TR_NOOP("Read all curves at one time"), {Qt::Key_F7}},
+         QT_TR_NOOP("Read all curves at one time"), {Qt::Key_F7}, true},
         {&MainWindow::cropAct, "cropAct", QT_TR_NOOP("&Crop"), "Crop", &MainWindow::doCrop,
          QT_TR_NOOP("Crop graph"), {QStringLiteral("Ctrl+K")}},
         {&MainWindow::undoAct, "undoAct", QT_TR_NOOP("Undo"), "Undo", &MainWindow::doUndo,
@@ -137,9 +138,11 @@ void MainWindow::createActions()
         {&MainWindow::downloadAct, "downloadAct", QT_TR_NOOP("Download"), "Download",
          &MainWindow::doDownload2018, "", {QStringLiteral("Ctrl+D")}},
         {&MainWindow::runsAct, "runsAct", QT_TR_NOOP("Runs"), "Runs", &MainWindow::toggleRuns,
-         QT_TR_NOOP("Show the list of the runs before this one"), {Qt::Key_F6}},
+         QT_TR_NOOP("Show the list of the runs before this one"), {Qt::Key_F6}, true},
+        {&MainWindow::replayAct, "replayAct", QT_TR_NOOP("Replay"), "", &MainWindow::doReplay,
+         QT_TR_NOOP("Play the run on the graphs again, or end that"), {QStringLiteral("Shift+F6")}, true},
         {&MainWindow::tilesAct, "tilesAct", QT_TR_NOOP("Values only"), "", &MainWindow::toggleTiles,
-         QT_TR_NOOP("Show nothing but what each group measures"), {Qt::Key_F11}},
+         QT_TR_NOOP("Show nothing but what each group measures"), {Qt::Key_F11}, true},
         {&MainWindow::advancedSetupAct, "advancedSetupAct", QT_TR_NOOP("&Configuration"), "Pref", &MainWindow::doSetup,
          QT_TR_NOOP("Set Tembrin's configuration"), {QStringLiteral("Ctrl+,")}},
         {&MainWindow::exitAct, "exitAct", QT_TR_NOOP("&Exit"), "Exit", &MainWindow::doExit,
@@ -154,11 +157,13 @@ void MainWindow::createActions()
         action->setObjectName(QLatin1String(row.name));
         action->setStatusTip(*row.statusTip ? tr(row.statusTip) : QString());
         action->setShortcuts(row.keys);
+        if (!row.isLook)
+            connect(action, &QAction::triggered, this, &MainWindow::endReplay); // before it does its work
         connect(action, &QAction::triggered, this, row.slot);
         addAction(action); // so that the keys work without a toolbar too
         this->*row.member = action;
     }
-    for (QAction* mode : {zoomAct, markerAct, annotateAct, readAct, runsAct, tilesAct})
+    for (QAction* mode : {zoomAct, markerAct, annotateAct, readAct, runsAct, replayAct, tilesAct})
         mode->setCheckable(true);
 }
 

@@ -10,6 +10,7 @@
 #include "app/undosteps.h"
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "classroom/replay.h"
 #include "common/settings.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
@@ -96,7 +97,8 @@ void MainWindow::openFirstView(const QString& word)
 
 void MainWindow::createMeters()
 {
-    newMetersW = new MetersPanel(mTembrin, iconDim, [this] { return !advancedSetupDlg; });
+    newMetersW = new MetersPanel(mTembrin, iconDim,
+                                 [this] { return !advancedSetupDlg && !mTembrin->replay().isOn(); });
     newMetersW->follow(mTembrin->activeGraph());
     connect(newMetersW, &MetersPanel::groupChosen, this, &MainWindow::activePlotChanged);
     mainW->insertWidget(0, newMetersW);
@@ -157,6 +159,8 @@ Plot* MainWindow::createPlot(ExpData* set, graphtype type, int index)
     connect(plot, &Plot::shownForAll, this, &MainWindow::showForAll);
     connect(plot, &Plot::enlargeAsked, this, &MainWindow::enlarge);
     tools->watch(plot);
+    connect(plot, &Plot::changing, this,
+            &MainWindow::endReplay); // before what there is to take back is noted
     steps->watch(plot);
     return plot;
 }
@@ -317,9 +321,11 @@ void MainWindow::markViews(int index)
 
 void MainWindow::updateSens(int index, int iSens)
 {
-    setSelected(index, iSens);
-    if (index >= 0)
-        followSelection(index);
+    mTembrin->replay().aside([&] {
+        setSelected(index, iSens);
+        if (index >= 0)
+            followSelection(index);
+    });
 }
 
 /// The class shows of each group what its own graph shows as chosen.

@@ -251,6 +251,9 @@ QWidget* RunsPanel::createButtons()
         tr("Choose two runs with Ctrl: the later one comes on the graphs, the other one behind it"));
     averageButton = addButton(ofTwo, tr("Average"), "averageRuns");
     averageButton->setToolTip(tr("Choose two runs with Ctrl: their average becomes a run of its own"));
+    replayButton = addButton(addRow(), tr("Replay"), "replayRun");
+    replayButton->setToolTip(tr("Play it again on the graphs"));
+    connect(replayButton, &QToolButton::clicked, this, [this] { Q_EMIT replayWanted(current()); });
     connect(compareButton, &QToolButton::clicked, this, &RunsPanel::compare);
     connect(averageButton, &QToolButton::clicked, this, &RunsPanel::average);
     connect(pinButton, &QToolButton::clicked, this, &RunsPanel::pin);
@@ -297,7 +300,7 @@ void RunsPanel::showState()
     list->setVisible(!runs->all().isEmpty());
     empty->setVisible(runs->all().isEmpty());
     const bool areTwo = chosen().size() == 2;
-    for (QToolButton* button : {pinButton, renameButton, deleteButton}) {
+    for (QToolButton* button : {pinButton, renameButton, deleteButton, replayButton}) {
         if (button)
             button->setEnabled(run && !areTwo);
     }
@@ -334,6 +337,7 @@ void RunsPanel::openMenu(const QPoint& pos)
     menu->setAttribute(Qt::WA_DeleteOnClose);
     const bool isPinned = run->outline.isPinned;
     menu->addAction(tr("Show on the graphs"), this, [this] { Q_EMIT showWanted(current()); });
+    menu->addAction(tr("Replay"), this, [this] { Q_EMIT replayWanted(current()); });
     menu->addAction(isPinned ? tr("Unpin") : tr("Pin"), this, [this, isPinned] { pin(!isPinned); });
     menu->addAction(tr("Rename"), this, &RunsPanel::rename);
     menu->addAction(tr("Delete"), this, &RunsPanel::remove);

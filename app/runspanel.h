@@ -20,6 +20,8 @@ public:
 Q_SIGNALS:
     /// A person wants to see this run.
     void showWanted(int id);
+    /// And to play it again.
+    void replayWanted(int id);
     void closeWanted();
 
 protected:
@@ -48,4 +50,5 @@ private:
     QToolButton* deleteButton = nullptr;
     QToolButton* compareButton = nullptr;
     QToolButton* averageButton = nullptr;
+    QToolButton* replayButton = nullptr;
 };

@@ -2,6 +2,7 @@
 
 #include "app/grouptile.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "classroom/replay.h"
 
 #include <QEvent>
 #include <QLayout>
@@ -63,7 +64,7 @@ void Tiles::renew()
             entry.tile->setReading(readings.reading(entry.slot));
     }
     if (!entries.isEmpty())
-        timer.start(manager->isMeasuring() ? msInRun : msIdle);
+        timer.start(manager->isMeasuring() || manager->replay().isOn() ? msInRun : msIdle);
 }
 
 bool Tiles::eventFilter(QObject* object, QEvent* event)

@@ -3,6 +3,7 @@
 #include "classroom/classlog.h"
 #include "classroom/commandqueue.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "classroom/replay.h"
 #include "data/expdata.h"
 #include "protocol/rundecoder.h"
 #include "protocol/storeddownload.h"
@@ -348,7 +349,7 @@ void ClassRun::showPlanned(int slot)
 {
     ExpData* own = data(slot);
     if (!own || own->getXSize() > 0 || slot >= manager->nDefTembrins() || places[slot].phase != Phase::Idle ||
-        (isPlayed && slot == 0))
+        (isPlayed && slot == 0) || manager->replay().isOn()) // which may not have come to its first sample
         return;
     const SensorList channels = planned(slot);
     const SensorList& shown = own->getSensors();

@@ -3,6 +3,7 @@
 #include "classroom/classrun.h"
 #include "classroom/loggerconnector.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "classroom/replay.h"
 #include "data/expdata.h"
 #include "data/novalue.h"
 #include "protocol/tembrindata.h"
@@ -56,6 +57,14 @@ GroupReadings::GroupReadings(multiConnectionsManager* manager, QObject* parent)
         place.marks.clear();
         Q_EMIT changed(slot);
     });
+    const auto forgetReplay = [this] {
+        for (int slot = 0; slot < mostLoggers; ++slot) {
+            replayPlaces[slot] = Place();
+            Q_EMIT changed(slot);
+        }
+    };
+    connect(&manager->replay(), &Replay::begun, this, forgetReplay);
+    connect(&manager->replay(), &Replay::ended, this, forgetReplay);
     for (int slot = 0; slot < mostLoggers; ++slot)
         connectLogger(slot);
 }
@@ -110,37 +119,94 @@ double GroupReadings::newest(int slot, const Sensor& channel, qint64* at) const
     return snapshots.ofSnapshot(slot, channel.ID);
 }
 
-void GroupReadings::takeValue(int slot, const SensorPtr& channel)
+void GroupReadings::takeValue(Place* place, const Sensor& channel, double value, qint64 at) const
 {
-    Place& place = places[slot];
-    if (place.channel != channel->ID || place.group != channel->groupName) {
-        place.channel = channel->ID;
-        place.group = channel->groupName;
-        place.digits.clear();
-        place.measuredAt = -1;
-        place.widest =
-            longer(channel->valueToString(channel->minView), channel->valueToString(channel->maxView));
+    if (place->channel != channel.ID || place->group != channel.groupName) {
+        place->channel = channel.ID;
+        place->group = channel.groupName;
+        place->digits.clear();
+        place->measuredAt = -1;
+        place->widest =
+            longer(channel.valueToString(channel.minView), channel.valueToString(channel.maxView));
     }
-    qint64 at = -1;
-    const double value = newest(slot, *channel, &at);
     if (std::isnan(value))
         return;
-    place.digits = channel->valueToString(channel->shownValue(value, false));
-    place.widest = longer(place.widest, place.digits);
-    place.measuredAt = at;
+    place->digits = channel.valueToString(channel.shownValue(value, false));
+    place->widest = longer(place->widest, place->digits);
+    place->measuredAt = at;
+}
+
+GroupReading GroupReadings::readingOf(const Place& place, const Sensor& channel) const
+{
+    GroupReading reading;
+    reading.group = channel.groupName;
+    reading.channel = channel.name;
+    reading.unit = channel.unitName;
+    reading.digits = place.digits;
+    reading.widest = place.widest;
+    return reading;
+}
+
+/// What the group had measured by then. What had failed then is no more than a hole in its curve.
+GroupReading GroupReadings::replayed(int slot)
+{
+    const SensorPtr channel = manager->classChannel(slot);
+    const ExpData* const set = manager->dataAt(slot);
+    const QVector<double>& column = set->getYNoConv(qMax(0, set->getSelectedSensor()));
+    int last = qMin(column.size(), set->getXSize()) - 1;
+    while (last >= 0 && std::isnan(column.at(last)))
+        --last;
+    const double now = manager->replay().now();
+    Place& place = replayPlaces[slot];
+    if (last < 0)
+        place.channel = -1; // the slider went back: nothing is known any more
+    takeValue(&place, *channel, last < 0 ? noValue : column.at(last), last);
+    GroupReading reading = readingOf(place, *channel);
+    reading.link = GroupReading::Link::Replayed;
+    if (last < 0)
+        return reading;
+    reading.lost = lostOfReplay(slot);
+    if (set->dt <= 0)
+        return reading;
+    const double age = now - set->getXAt(last);
+    reading.age = int(age);
+    reading.isOld = age > std::max(msUntilOld / 1000.0, set->dt * periodsUntilOld);
+    reading.perSecond = reading.isOld || last == 0 ? 0 : 1 / set->dt;
+    return reading;
+}
+
+/// A row without values stands for a gap.
+int GroupReadings::lostOfReplay(int slot) const
+{
+    const ExpData* const set = manager->dataAt(slot);
+    if (set->getXSize() == 0 || set->dt <= 0)
+        return 0;
+    const QVector<QVector<double>>& columns = set->getData();
+    int there = 0;
+    for (int row = 0; row < set->getXSize(); ++row) {
+        there += std::any_of(columns.cbegin(), columns.cend(), [row](const QVector<double>& column) {
+            return row < column.size() && !std::isnan(column.at(row));
+        });
+    }
+    const qint64 span = qRound64((set->getX().constLast() - set->getX().constFirst()) / set->dt) + 1;
+    return int(std::max<qint64>(0, span - there));
+}
+
+void GroupReadings::takeValue(int slot, const SensorPtr& channel)
+{
+    qint64 at = -1;
+    const double value = newest(slot, *channel, &at);
+    takeValue(&places[slot], *channel, value, at);
 }
 
 GroupReading GroupReadings::reading(int slot)
 {
+    if (manager->replay().isOn())
+        return replayed(slot);
     const SensorPtr channel = manager->classChannel(slot);
     takeValue(slot, channel);
     const Place& place = places[slot];
-    GroupReading reading;
-    reading.group = channel->groupName;
-    reading.channel = channel->name;
-    reading.unit = channel->unitName;
-    reading.digits = place.digits;
-    reading.widest = place.widest;
+    GroupReading reading = readingOf(place, *channel);
     reading.link = linkOf(slot);
     reading.isBatteryLow = place.isBatteryLow;
     reading.lost = lostOf(slot);

@@ -17,7 +17,8 @@ struct GroupReading
         Off,
         Connecting,
         Sought, ///< lost in a run and looked for
-        On
+        On,
+        Replayed ///< it is not of now, but of a run that is played again
     };
 
     bool operator==(const GroupReading& other) const;
@@ -81,6 +82,10 @@ private:
     void takeRow(int slot, double time, const QVector<double>& values);
     double newest(int slot, const Sensor& channel, qint64* at) const;
     void takeValue(int slot, const SensorPtr& channel);
+    void takeValue(Place* place, const Sensor& channel, double value, qint64 at) const;
+    GroupReading readingOf(const Place& place, const Sensor& channel) const;
+    GroupReading replayed(int slot);
+    int lostOfReplay(int slot) const;
     double perSecond(int slot) const;
     int lostOf(int slot) const;
     GroupReading::Link linkOf(int slot) const;
@@ -88,5 +93,6 @@ private:
     multiConnectionsManager* manager;
     NewestValues snapshots;
     Place places[mostLoggers];
+    Place replayPlaces[mostLoggers]; ///< what is told of a replay, by its own clock
     QElapsedTimer clock;
 };

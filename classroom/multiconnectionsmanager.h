@@ -18,6 +18,7 @@ class Plot;
 class QGridLayout;
 class QSplitter;
 class QWidget;
+class Replay;
 class TembrinData;
 class TembrinProtocol;
 
@@ -120,6 +121,8 @@ public:
     CommandQueue& queue() { return *commandQueue; }
     ClassRun& run() { return *classRun; }
     const ClassRun& run() const { return *classRun; }
+    /// Of what is on the graphs; off as long as nobody begins it.
+    Replay& replay() const { return *played; }
 
     /// It has told what it is since it was connected.
     bool isRecognized(int i) const;
@@ -187,4 +190,5 @@ private:
     LoggerConnector* loggerConnector = nullptr; ///< children of this object, as are the next two
     CommandQueue* commandQueue = nullptr;
     ClassRun* classRun = nullptr;
+    Replay* played = nullptr; ///< the same
 };

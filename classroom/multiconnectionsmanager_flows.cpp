@@ -3,6 +3,7 @@
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/loggerconnector.h"
+#include "classroom/replay.h"
 #include "protocol/tembrindata.h"
 #include "protocol/tembrinprotocol.h"
 
@@ -50,6 +51,7 @@ void multiConnectionsManager::createFlows()
     loggerConnector = new LoggerConnector(sessions, this);
     commandQueue = new CommandQueue(sessions, this);
     classRun = new ClassRun(this);
+    played = new Replay(this);
     connect(commandQueue, &CommandQueue::working, this, &multiConnectionsManager::setBTComm);
     connect(commandQueue, &CommandQueue::begun, this,
             [this](Task task) { Q_EMIT startSendCommandToAll(commandOf(task)); });

@@ -2,6 +2,7 @@
 
 #include "classroom/classrun.h"
 #include "classroom/multiconnectionsmanager.h"
+#include "classroom/replay.h"
 #include "data/expdata.h"
 #include "data/novalue.h"
 #include "protocol/tembrindata.h"
@@ -15,6 +16,10 @@ NewestValues::NewestValues(multiConnectionsManager* manager, QObject* parent)
     , manager(manager)
 {
     connect(&manager->run(), &ClassRun::rowTaken, this, &NewestValues::changed);
+    connect(&manager->replay(), &Replay::moved, this, [this](int slot) {
+        if (slot >= 0)
+            Q_EMIT changed(slot);
+    });
     for (int slot = 0; slot < mostLoggers; ++slot) {
         connect(manager->tembrinDataAt(slot), &TembrinData::newSnapReceived, this, [this, slot] {
             snapshots[slot].start();
@@ -25,6 +30,8 @@ NewestValues::NewestValues(multiConnectionsManager* manager, QObject* parent)
 
 double NewestValues::value(int slot, int sensorID) const
 {
+    if (manager->replay().isOn())
+        return ofRun(slot, sensorID);
     if (!manager->isTembrinConnect(slot))
         return noValue;
     return manager->isRunning(slot) ? ofRun(slot, sensorID) : ofSnapshot(slot, sensorID);

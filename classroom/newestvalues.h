@@ -8,7 +8,7 @@
 class multiConnectionsManager;
 
 /// What each logger measured last: while it runs that of its run, else that of its last snapshot. What is no
-/// longer so, because a logger is away or silent, is not known.
+/// longer so, because a logger is away or silent, is not known. In a replay: what it had measured then.
 class NewestValues : public QObject
 {
     Q_OBJECT

@@ -203,6 +203,14 @@ public:
     /// Takes derived channels away until `n` channels are left.
     void dropDerived(int n);
 
+    // --- playing again (expdata_replay.cpp); neither counts as a change of what is to be saved ---
+
+    /// Only the first `rows` of `whole`, which content() gave, as if no more had been measured yet. More rows
+    /// than before cost by their number, fewer a look at all that stay.
+    void showFirst(const Content& whole, int rows);
+    /// All of it again, with the ranges that it had. The channels stay the same objects.
+    void showWhole(const Content& whole);
+
     // --- reading ---
 
     int getNSens() const { return sensors.size(); }
@@ -362,6 +370,7 @@ private:
     void viewExtremes(int iSens);
     void followValue(int iSens, double value);
     void followLiveRange(int iSens, bool isFirst);
+    void followRows(int iSens, int first);
     void putValue(int iSens, int row, double value);
 
     // Joining
@@ -373,6 +382,8 @@ private:
     void mergeRows(int channel, const QVector<QPointF>& values);
     void averageRow(int mean, int row);
     double deviationAt(int row, double average) const;
+    double spreadAt(int row) const;
+    void followSpread();
     bool counts(int channel, int row) const;
     bool isLastTheMean() const;
     void shareClassRange();

@@ -131,16 +131,20 @@ const QVector<double>& ExpData::spread() const
     if (deviations.size() == rows)
         return deviations;
     deviations.resize(rows);
-    for (int row = 0; row < rows; ++row) {
-        double sum = 0.0; // of the groups: a person may have smoothed their average
-        int count = 0;
-        for (int c = 0; c < meanIndex(); ++c) {
-            sum += counts(c, row) ? y.at(c).at(row) : 0.0;
-            count += counts(c, row) ? 1 : 0;
-        }
-        deviations[row] = deviationAt(row, sum / qMax(1, count));
-    }
+    for (int row = 0; row < rows; ++row)
+        deviations[row] = spreadAt(row);
     return deviations;
+}
+
+double ExpData::spreadAt(int row) const
+{
+    double sum = 0.0; // of the groups: a person may have smoothed their average
+    int count = 0;
+    for (int c = 0; c < meanIndex(); ++c) {
+        sum += counts(c, row) ? y.at(c).at(row) : 0.0;
+        count += counts(c, row) ? 1 : 0;
+    }
+    return deviationAt(row, sum / qMax(1, count));
 }
 
 void ExpData::setOut(int channel, bool tf)

@@ -49,7 +49,7 @@ public:
     virtual void zoomOut() = 0;
     /// Room for a run of `length`, s, while there are no samples; 0: as there always is.
     virtual void makeRoom(double /*length*/) {}
-    /// What the scales have to hold beside the samples is other than it was.
+    /// What the scales have to hold is other than it was: other samples, or what stands beside them.
     virtual void follow() { update(); }
     /// Another experiment is going to be shown: no part of the last holds for it.
     virtual void startAnew() {}

@@ -92,6 +92,8 @@ void LineKind::follow()
     parts.axes.setDue();
     if (parts.data.getXSize() > 0 && !parts.data.isXYPlot() && !parts.data.finalData)
         parts.scaler.setScales(&parts.data, parts.index < 0);
+    else if (parts.data.getXSize() == 0 && !isZoomed)
+        showWindow();
     update();
 }
 

@@ -334,6 +334,12 @@ void Plot::forceDefaultSetScale()
     Update();
 }
 
+void Plot::followAnew()
+{
+    kind->follow();
+    slope->renew();
+}
+
 void Plot::setPinned(const QVector<PinnedRun>& runs, const QString& present)
 {
     if (traits.markers != MarkerForm::Curve || (!pinned && runs.isEmpty()))

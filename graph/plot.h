@@ -169,6 +169,8 @@ public:
     void keepCurveModesInData() const;
     /// The scale of the next curve that has one of its own stands on the right; after the last, none.
     void showNextRight();
+    /// The set has other samples of the same channels, maybe fewer: scales and axes begin anew.
+    void followAnew();
     /// Brings the scales up to data that were loaded: ranges fixed by hand hold, all others follow the data.
     void forceDefaultSetScale();
 
