@@ -7,6 +7,7 @@
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSlider>
@@ -103,7 +104,20 @@ void ReplayBar::createSlider()
     slider->setRange(0, sliderPlaces);
     slider->setSingleStep(sliderPlaces / 100);
     slider->setPageStep(sliderPlaces / 10);
+    slider->installEventFilter(this);
     connect(slider, &QSlider::valueChanged, this, &ReplayBar::seek);
+}
+
+/// A press beside the handle brings it there, and the slider takes the press as one on the handle.
+bool ReplayBar::eventFilter(QObject* object, QEvent* event)
+{
+    if (object == slider && event->type() == QEvent::MouseButtonPress) {
+        const int handle = style()->pixelMetric(QStyle::PM_SliderLength, nullptr, slider);
+        const int at = static_cast<const QMouseEvent*>(event)->pos().x() - handle / 2;
+        slider->setValue(
+            QStyle::sliderValueFromPosition(0, sliderPlaces, at, qMax(1, slider->width() - handle)));
+    }
+    return QToolBar::eventFilter(object, event);
 }
 
 void ReplayBar::begin(int run, const QString& name)

@@ -33,6 +33,9 @@ public:
     /// Brings the run up to the clock and the slider; comes by itself while there is something to do.
     void step();
 
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+
 private:
     QWidget* createRow();
     void addSpeeds(QHBoxLayout* layout);
