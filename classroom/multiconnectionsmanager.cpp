@@ -3,6 +3,7 @@
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
 #include "classroom/loggerconnector.h"
+#include "classroom/replay.h"
 #include "common/settings.h"
 #include "data/expdata.h"
 #include "graph/plot.h"
@@ -210,7 +211,8 @@ SensorPtr multiConnectionsManager::classChannel(int i) const
     // A logger without any channel still takes its place.
     SensorPtr channel = dataAt(i)->ownCopy(dataAt(i)->getActiveSensor());
     // Those who measured it, though another group's logger may have the place now.
-    const QString group = dataAt(i)->getXSize() > 0 ? dataAt(i)->getGroupName() : QString();
+    const bool isMeasured = dataAt(i)->getXSize() > 0 || played->isOn();
+    const QString group = isMeasured ? dataAt(i)->getGroupName() : QString();
     channel->groupName = group.isEmpty() ? groupName(i) : group;
     return channel;
 }

@@ -100,8 +100,6 @@ int Replay::most() const
 /// They belong to a curve that is not there yet.
 void Replay::hideMarks(Part* part)
 {
-    ExpData* const set = setOf(*part);
-    const bool isUnsaved = set->isNeedSave();
     for (Plot* plot : manager->graphsOf(part->index)) {
         const PlotState state = plot->state();
         if (state.marks.isEmpty())
@@ -109,7 +107,6 @@ void Replay::hideMarks(Part* part)
         part->marks.append({plot, state});
         plot->setState(state, withMarks(*plot, {}));
     }
-    set->setNeedSave(isUnsaved);
 }
 
 void Replay::showMarks(const Part& part)
@@ -169,10 +166,7 @@ void Replay::end()
         for (Plot* plot : manager->viewsOf(part.index))
             plot->followAnew();
         Q_EMIT moved(part.index, false);
-        ExpData* const set = setOf(part);
-        const bool isUnsaved = set->isNeedSave();
         showMarks(part);
-        set->setNeedSave(isUnsaved);
     }
     Q_EMIT ended();
 }
