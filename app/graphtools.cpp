@@ -275,3 +275,31 @@ void GraphTools::addDerivative()
         Q_EMIT edited(plot->getIndex());
     Q_EMIT plot->changed(tr("Derivative"));
 }
+
+bool GraphTools::addCalculated(int index, const Calculation::Recipe& recipe)
+{
+    Plot* const plot = index < 0 ? manager->plotC() : manager->plotAt(index);
+    ExpData* const set = dataOf(plot);
+    const auto placed = Calculation::placed(recipe, set->getSensors());
+    if (!placed)
+        return false;
+    Q_EMIT plot->changing(true);
+    const bool isAdded = set->addCalculated(*placed);
+    if (isAdded)
+        Q_EMIT edited(index);
+    Q_EMIT plot->changed(recipe.name);
+    return isAdded;
+}
+
+void GraphTools::removeCalculated(int index)
+{
+    Plot* const plot = index < 0 ? manager->plotC() : manager->plotAt(index);
+    ExpData* const set = dataOf(plot);
+    const SensorPtr last = set->getSens(set->getNSens() - 1);
+    if (!last || !last->calculation)
+        return;
+    Q_EMIT plot->changing(true);
+    set->dropDerived(set->getNSens() - 1);
+    Q_EMIT edited(index);
+    Q_EMIT plot->changed(tr("Remove %1").arg(last->name));
+}

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+#include "data/calculation.h"
+
 class ExpData;
 class Plot;
 class multiConnectionsManager;
@@ -56,6 +58,10 @@ public:
     void fit(int degree);
     void smooth();
     void addDerivative();
+    /// A channel that a formula gives, behind those of a graph. False where one of its channels is missing.
+    bool addCalculated(int index, const Calculation::Recipe& recipe);
+    /// The last channel of a graph, which a formula gives.
+    void removeCalculated(int index);
     void addIntegral();
 
 Q_SIGNALS:

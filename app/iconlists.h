@@ -24,5 +24,6 @@ enum regressionCode
     REG_RANKING = 10,
     REG_PREDICT = 11,
     REG_UNPREDICT = 12,
-    REG_RIGHT = 13
+    REG_RIGHT = 13,
+    REG_FORMULA = 14
 };

@@ -2,6 +2,7 @@
 
 #include "app/mainwindow.h"
 
+#include "app/calculationdialog.h"
 #include "app/curvereader.h"
 #include "app/fitdialog.h"
 #include "app/graphtools.h"
@@ -244,6 +245,10 @@ void MainWindow::doFunctions(int select)
         tools->setMode(GraphTools::Mode::Predict, !isPredicting);
         if (!isPredicting)
             statusLine->setAdvice(tr("Draw in a graph, with the button held down, what its curve will do."));
+        break;
+    case REG_FORMULA:
+        if (Plot* const plot = tools->target())
+            CalculationDialog::ask(tools, mTembrin, plot->getIndex(), this);
         break;
     case REG_RIGHT:
         if (Plot* const plot = tools->target())

@@ -94,9 +94,8 @@ QVector<ExpData::Content> madeAgain(const Lesson::Part& part, ExpData* set)
         set->takeOut(outs);
         set->updateMean(true);
     }
-    const auto* const other =
-        std::find_if(part.steps.cbegin(), part.steps.cend(),
-                     [](const SampleStep& step) { return step.kind != SampleStep::Kind::Derivative; });
+    const auto* const other = std::find_if(part.steps.cbegin(), part.steps.cend(),
+                                           [](const SampleStep& step) { return !step.isAppended(); });
     set->dropDerived(set->getNSens() - int(other - part.steps.cbegin()));
     QVector<ExpData::Content> contents{set->content()};
     for (const SampleStep& step : part.steps) {

@@ -38,6 +38,7 @@ constexpr ListKey functionKeys[] = {{REG_SLOPE, "Ctrl+T"},
                                     {REG_RANKING, "Ctrl+Shift+G"},
                                     {REG_PREDICT, "F8"},
                                     {REG_UNPREDICT, "Shift+F8"},
+                                    {REG_FORMULA, "Ctrl+Shift+C"},
                                     {REG_RIGHT, "Ctrl+Shift+R"}};
 constexpr ListKey viewKeys[] = {{VIEW_GRAPH, "Alt+1"},
                                 {VIEW_BAR, "Alt+2"},

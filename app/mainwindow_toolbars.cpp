@@ -49,6 +49,7 @@ constexpr ListItem regressionItems[] = {
     {QT_TRANSLATE_NOOP("MainWindow", "Remove predictions"), ":/icons/2018P2/Unpredict.png", REG_UNPREDICT},
     {QT_TRANSLATE_NOOP("MainWindow", "Statistics"), ":/icons/2018P2/ViewBar.png", REG_STATISTICS},
     {QT_TRANSLATE_NOOP("MainWindow", "Spectrum"), ":/icons/2018P2/Spectrum.png", REG_FFT},
+    {QT_TRANSLATE_NOOP("MainWindow", "Channel by a formula"), ":/icons/Calculate.png", REG_FORMULA},
     {QT_TRANSLATE_NOOP("MainWindow", "Scale on the right"), ":/icons/RightScale.png", REG_RIGHT},
     {QT_TRANSLATE_NOOP("MainWindow", "Sort the groups"), ":/icons/Ranking.png", REG_RANKING},
 };

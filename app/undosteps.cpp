@@ -232,7 +232,7 @@ void UndoSteps::restore(int index, QVector<ExpData::Content> contents, const QVe
     set->setContent(present);
     // What is there has the digits of the file, so what follows from it by steps back has them too.
     contents.last() = present;
-    for (int i = steps.size() - 1; i >= 0 && steps.at(i).kind == SampleStep::Kind::Derivative; --i)
+    for (int i = steps.size() - 1; i >= 0 && steps.at(i).isAppended(); --i)
         contents[i] = contents.at(i + 1).withoutLastChannel();
     for (int i = 0; i < steps.size(); ++i) {
         Step step;
@@ -256,6 +256,10 @@ QString UndoSteps::nameOf(SampleStep::Kind kind)
         return tr("Derivative");
     case SampleStep::Kind::Edit:
         return tr("Value");
+    case SampleStep::Kind::Formula:
+        return tr("Channel by formula");
+    case SampleStep::Kind::Remove:
+        return tr("Remove channel");
     case SampleStep::Kind::Crop:
         break;
     }

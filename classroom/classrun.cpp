@@ -353,9 +353,10 @@ void ClassRun::showPlanned(int slot)
         return;
     const SensorList channels = planned(slot);
     const SensorList& shown = own->getSensors();
+    const int recorded = own->meanIndex() + 1; // a formula may give more
     const bool isSame =
-        own->dt == state(slot)->samplePeriod() && shown.size() == channels.size() &&
-        std::equal(shown.begin(), shown.end(), channels.begin(),
+        own->dt == state(slot)->samplePeriod() &&
+        std::equal(shown.begin(), shown.begin() + recorded, channels.begin(), channels.end(),
                    [](const SensorPtr& a, const SensorPtr& b) { return a && a->ID == b->ID; });
     if (isSame || channels.isEmpty())
         return;

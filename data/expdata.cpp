@@ -95,6 +95,7 @@ void ExpData::copyChannels(const SensorList& channels)
         copy->readSetMinMax = copy->readClassMinMax = copy->readClassSetMinMax = false;
         list.append(copy);
     }
+    list = withCalculated(list);
     rightIndex = rightIn(list);
     sensors = list;
     nSens = sensors.size();
@@ -186,6 +187,7 @@ void ExpData::takeExperiment(const SensorList& channels, double dt, const QVecto
         if (Sensor::fixedView(sensors.at(c)->ID))
             viewExtremes(c);
     }
+    followOrigins(0, x.size() - 1);
     finalData = true;
     needSave = true;
 }

@@ -10,6 +10,7 @@
 
 #include <qwt_series_data.h>
 
+#include "data/calculation.h"
 #include "data/derivedcurve.h"
 #include "data/joinedrows.h"
 #include "data/prediction.h"
@@ -41,7 +42,8 @@ public:
     enum specialCurve
     {
         CURVE_SMOOTH = 1,
-        CURVE_DERIV = 2
+        CURVE_DERIV = 2,
+        CURVE_FORMULA = 3 ///< Sensor::calculation says how
     };
 
     /// A data set without a logger, for the class or a simulation: two voltage channels, no samples. Channels
@@ -98,6 +100,12 @@ public:
 
     /// Appends one value per channel of the run at `xval` seconds, base units; derived channels follow.
     void addSample(double xval, const QVector<double>& values);
+
+    // --- by a formula (expdata_calculated.cpp) ---
+
+    /// Appends a channel that follows its origins, also before there are samples, and comes along into the
+    /// next run of these channels. False, with nothing changed, for a recipe that makes no sense here.
+    bool addCalculated(const Calculation::Recipe& recipe);
 
     // --- repeated runs (expdata_repeat.cpp) ---
 
@@ -387,6 +395,11 @@ private:
     bool counts(int channel, int row) const;
     bool isLastTheMean() const;
     void shareClassRange();
+
+    // Calculated
+    void calculate(int channel, int first, int last);
+    void followWhole(int changed);
+    SensorList withCalculated(SensorList list) const;
 
     // Analysis
     void followOrigins(int first, int last);

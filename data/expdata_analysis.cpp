@@ -53,6 +53,7 @@ void ExpData::smoothCurve()
     sensor->name = smoothedName(sensor->name);
     y[iSelectedSensor] = derivation(CURVE_SMOOTH).of(y.at(iSelectedSensor));
     deviations.clear();
+    followWhole(iSelectedSensor);
     needSave = true;
 }
 

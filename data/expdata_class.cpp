@@ -294,7 +294,7 @@ void ExpData::renewDerived(int channel)
     isOther[meanIndex()] = channel == 0;
     for (int c = meanIndex() + 1; c < sensors.size(); ++c) {
         const int origin = sensors.at(c) ? sensors.at(c)->specialOriginIndex : -1;
-        if (origin < 0 || origin >= c || !isOther.at(origin))
+        if (origin < 0 || origin >= c || !isOther.at(origin) || sensors.at(c)->calculation)
             continue;
         isOther[c] = true;
         const SensorPtr renewed = derivedFrom(origin, c, sensors.at(c)->specialType);
@@ -307,6 +307,7 @@ void ExpData::renewDerived(int channel)
 void ExpData::takeKind(int channel, const SensorPtr& kind)
 {
     const SensorPtr taken = ownCopy(kind);
+    taken->calculation.reset(); // the formula is that of the group's own set
     taken->readSetMinMax = taken->readClassMinMax = taken->readClassSetMinMax = false;
     for (int c = 0; c < meanIndex(); ++c) {
         const SensorPtr& other = sensors.at(c);

@@ -114,8 +114,13 @@ SampleStep ExpData::stepSince(const Content& before, int channel) const
     SampleStep step;
     step.channel = channel;
     if (nSens > before.sensors.size()) {
-        step.kind = SampleStep::Kind::Derivative;
+        const SensorPtr& added = sensors.constLast();
+        step.kind = added->calculation ? SampleStep::Kind::Formula : SampleStep::Kind::Derivative;
         step.window = derivWindow;
+        if (added->calculation)
+            step.recipe = added->calculation->recipe();
+    } else if (nSens < before.sensors.size()) {
+        step.kind = SampleStep::Kind::Remove;
     } else if (const int edited = editedSince(before); edited >= 0) {
         const QVector<double>& was = before.y.at(edited);
         step.kind = SampleStep::Kind::Edit;
@@ -147,6 +152,13 @@ bool ExpData::make(const SampleStep& step)
             return false;
         replaceYVal(step.channel, step.first, step.value);
         return true;
+    }
+    if (step.kind == SampleStep::Kind::Formula)
+        return addCalculated(step.recipe);
+    if (step.kind == SampleStep::Kind::Remove) {
+        const int before = nSens;
+        dropDerived(before - 1);
+        return nSens < before;
     }
     constexpr int mostWindow = 1000;
     if (!getSens(step.channel) || getYSize(step.channel) < 2 || step.window < 1 || step.window > mostWindow)

@@ -25,12 +25,17 @@ void ExpData::addSample(double xval, const QVector<double>& values)
 /// Brings the derived channels up to date with their origins, which changed from row `first` to `last`.
 void ExpData::followOrigins(int first, int last)
 {
+    const int end = last;
     for (int c = meanIndex() + 1; c < sensors.size(); ++c) {
         const int origin = sensors.at(c) ? sensors.at(c)->specialOriginIndex : -1;
         if (origin < 0 || origin >= c)
             continue;
-        const DerivedCurve curve = derivation(sensors.at(c)->specialType);
         first = qMin(first, getYSize(c));
+        if (sensors.at(c)->calculation) {
+            calculate(c, first, qMax(last, end));
+            continue;
+        }
+        const DerivedCurve curve = derivation(sensors.at(c)->specialType);
         curve.widen(y.at(origin), &first, &last);
         for (int row = first; row <= last; ++row)
             putValue(c, row, curve.at(y.at(origin), row));

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "data/expdata.h"
+
 namespace {
 
 /// Rows that `second` reaches too.
@@ -27,7 +29,8 @@ QStringList RunAverage::keysOf(const StoredExperiment& run)
         const QString kind = QStringLiteral("%1 %2 %3")
                                  .arg(channel.sensorID)
                                  .arg(channel.derivedBy)
-                                 .arg(run.isClass ? channel.group : QString());
+                                 .arg(run.isClass ? channel.group : QString()) +
+                             (channel.derivedBy == ExpData::CURVE_FORMULA ? channel.ownName : QString());
         keys.append(QStringLiteral("%1 %2").arg(counts[kind]++).arg(kind));
     }
     return keys;
@@ -78,6 +81,7 @@ StoredExperiment RunAverage::of(const StoredExperiment& first, const StoredExper
                 (channel.samples.at(row) + valueAt(second, second.channels.at(other), first.times.at(row))) /
                 2;
         channel.place = mean.channels.size();
+        channel.recipe = {};
         channel.originPlace = -1; // its samples are no longer those of the channel it came from
         channel.isRangeFixed = channel.barUseScale = false;
         channel.leftPad = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "data/expdata.h"
 #include "sensors/sensorsmaster.h"
@@ -35,7 +36,10 @@ void tellSpecial(const Sensor& sensor, Channel* channel)
         channel->isRate = sensor.isRate;
     }
     channel->derivedBy = std::max(0, sensor.specialType);
-    channel->originPlace = sensor.specialOriginIndex;
+    if (sensor.calculation)
+        channel->recipe = sensor.calculation->recipe();
+    else
+        channel->originPlace = sensor.specialOriginIndex;
 }
 
 Channel channelOf(const ExpData& data, int i, bool isClass)
@@ -91,6 +95,23 @@ void fillPart(Sensor* sensor, int i, const Channel& channel)
         sensor->specialOriginIndex = channel.originPlace;
 }
 
+/// The formula goes on with what stands before its channel.
+void restoreCalculation(const ExpData& data, int i, const Channel& channel)
+{
+    Calculation::Recipe recipe = channel.recipe;
+    if (recipe.origins.isEmpty() || Calculation::nameOrigins(data.getSensors(), &recipe) > i)
+        return;
+    recipe.name = channel.ownName;
+    recipe.unit = channel.unit;
+    const auto calculation = QSharedPointer<const Calculation>::create(recipe, i);
+    if (!calculation->isValid())
+        return;
+    const SensorPtr& sensor = data.getSens(i);
+    sensor->calculation = calculation;
+    sensor->specialOriginIndex = recipe.origins.constFirst().place;
+    sensor->precision = calculation->decimals(std::max(std::abs(data.minY.at(i)), std::abs(data.maxY.at(i))));
+}
+
 void fillChannel(ExpData* data, int i, const Channel& channel, bool append, const StoredExperiment& of)
 {
     const bool isDerived = channel.originID != SENSOR_SPECIAL && sensorRow(channel.originID);
@@ -109,10 +130,21 @@ void fillChannel(ExpData* data, int i, const Channel& channel, bool append, cons
         data->setSensorSpecialName(i, channel.name);
     if (isPart)
         fillPart(data->getSens(i).data(), i, channel);
+    if (isPart)
+        restoreCalculation(*data, i, channel);
     data->setLeftPad(i, channel.leftPad);
 }
 
 } // namespace
+
+QString BaseUnit::nameOf(const Sensor& sensor)
+{
+    if (sensor.ID != SENSOR_SPECIAL)
+        return Sensor(sensor.ID).unitName;
+    Channel channel;
+    tellSpecial(sensor, &channel);
+    return channel.unit;
+}
 
 double BaseUnit::of(const SensorPtr& sensor, double shown, bool isSlope)
 {

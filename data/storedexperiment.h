@@ -6,6 +6,7 @@
 
 #include <limits>
 
+#include "data/calculation.h"
 #include "data/fittedcurve.h"
 #include "data/prediction.h"
 #include "sensors/sensor.h"
@@ -20,9 +21,10 @@ struct StoredExperiment
     {
         int place = 0; ///< in the data set
         int sensorID = 0;
-        int originID = 0;     ///< of a derived channel: the kind it came from, 0 for all others
-        int originPlace = -1; ///< the same channel's place, where it is known
-        int derivedBy = 0;    ///< an ExpData::specialCurve, 0 for what is not derived
+        int originID = 0;           ///< of a derived channel: the kind it came from, 0 for all others
+        int originPlace = -1;       ///< the same channel's place, where it is known
+        int derivedBy = 0;          ///< an ExpData::specialCurve, 0 for what is not derived
+        Calculation::Recipe recipe; ///< of a part: how a formula gives it; without origins for none
         bool isRate = false;
         QString unit; ///< in base units; empty: that of the kind
         bool isNamed = false;
@@ -100,6 +102,8 @@ struct StoredExperiment
 
 /// Values of marks, fits and ranges, in both directions.
 namespace BaseUnit {
+/// Of a channel's samples.
+QString nameOf(const Sensor& sensor);
 /// Where a value may have been on display in another unit it loses the digits that this costs, so that it is
 /// the same whatever the unit is. A slope has no zero point.
 double of(const SensorPtr& sensor, double shown, bool isSlope = false);

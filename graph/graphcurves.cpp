@@ -149,11 +149,11 @@ QString GraphCurves::channelKey(int i) const
     const SensorPtr& sensor = data.getSens(i);
     if (!sensor)
         return QString();
-    return QStringLiteral("%1 %2 %3 %4")
+    return QStringLiteral("%1 %2 %3 %4 %5")
         .arg(sensor->ID)
         .arg(sensor->specialType)
         .arg(sensor->specialOriginIndex)
-        .arg(sensor->groupName);
+        .arg(sensor->groupName, sensor->calculation ? sensor->name : QString());
 }
 
 void GraphCurves::add(int i)

@@ -52,6 +52,7 @@ private:
     void readSensor();
     void readMarker(QVector<Marker>* list);
     void readPrediction();
+    void readRecipe(Calculation::Recipe* recipe) const;
     bool readFit(FittedCurve* fit) const;
     void readMarkerContent(Marker* marker);
     void readMarkerTitle(Marker* marker);
@@ -216,7 +217,7 @@ void Walk::readSensor()
     channel.name = name.toString();
     channel.unit = xml.attribute(QLatin1String("unit")).toString();
     channel.isRate = flag("isRate");
-    channel.derivedBy = std::clamp(integer("derived"), 0, int(ExpData::CURVE_DERIV));
+    channel.derivedBy = std::clamp(integer("derived"), 0, int(ExpData::CURVE_FORMULA));
     channel.originID = channel.sensorID == SENSOR_SPECIAL ? integer("originID") : 0;
     channel.minView = number("minView");
     channel.maxView = number("maxView");
@@ -230,6 +231,8 @@ void Walk::readSensor()
     channel.group = xml.attribute(QLatin1String("group")).toString();
     channel.ownName = xml.attribute(QLatin1String("ownName")).toString();
     channel.leftPad = integer("leftPad");
+    if (channel.derivedBy == ExpData::CURVE_FORMULA)
+        readRecipe(&channel.recipe);
     bool isFirst = true;
     for (;; isFirst = false) {
         const XmlScanner::Token token = xml.next();
@@ -263,6 +266,21 @@ FittedCurve::Unit unitIn(const QString& text)
 {
     const QVector<double> numbers = numbersIn(text.section(QLatin1Char(' '), 0, 1));
     return {text.section(QLatin1Char(' '), 2), numbers.value(0), numbers.value(1)};
+}
+
+/// Letters and names, each with its number.
+void Walk::readRecipe(Calculation::Recipe* recipe) const
+{
+    recipe->formula = xml.attribute(QLatin1String("formula")).toString();
+    recipe->digits = std::clamp(integer("digits", -1), -1, Calculation::mostDigits);
+    const QStringList origins =
+        xml.attribute(QLatin1String("origins")).toString().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (int i = 0; i + 1 < std::min(origins.size(), 2 * Calculation::mostOrigins); i += 2)
+        recipe->origins.append({origins.at(i).at(0), origins.at(i + 1).toInt(), 0, QString(), 0});
+    const QStringList constants =
+        xml.attribute(QLatin1String("constants")).toString().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (int i = 0; i + 1 < std::min(constants.size(), 2 * Formula::mostParameters); i += 2)
+        recipe->constants.append({constants.at(i), constants.at(i + 1).toDouble()});
 }
 
 /// Points go on in time; what does not ends a line that somebody changed.
@@ -408,6 +426,8 @@ void Walk::closeGaps()
     for (auto it = channels.begin(); it != channels.end(); ++it) {
         it->place = newPlace(it.key());
         it->originPlace = newPlace(it->originPlace);
+        for (Calculation::Origin& origin : it->recipe.origins)
+            origin.place = newPlace(origin.place);
     }
     experiment->channels = channels.values().toVector();
     experiment->places = channels.size();

@@ -176,12 +176,28 @@ void writeRange(Utf16Xml& xml, const Channel& channel, bool isPart, int decimals
     xml.attribute(u"barMaxView", channel.barUseScale ? channel.barMaxView : high);
 }
 
+void writeRecipe(Utf16Xml& xml, const Calculation::Recipe& recipe)
+{
+    QStringList origins;
+    for (const Calculation::Origin& origin : recipe.origins)
+        origins << origin.letter << QString::number(origin.place);
+    QStringList constants;
+    for (const Calculation::Constant& constant : recipe.constants)
+        constants << constant.name << QString::number(constant.value, 'g', 17);
+    xml.attribute(u"formula", recipe.formula);
+    xml.attribute(u"origins", origins.join(QLatin1Char(' ')));
+    xml.attribute(u"constants", constants.join(QLatin1Char(' ')));
+    xml.attribute(u"digits", recipe.digits);
+}
+
 void writePart(Utf16Xml& xml, const Channel& channel)
 {
     if (channel.isRangeFixed)
         xml.attribute(u"fixedRange", true);
     if (channel.derivedBy > 0 && channel.originPlace >= 0)
         xml.attribute(u"originIndex", channel.originPlace);
+    if (!channel.recipe.origins.isEmpty())
+        writeRecipe(xml, channel.recipe);
     if (!channel.group.isEmpty())
         xml.attribute(u"group", channel.group);
     if (channel.isOut)

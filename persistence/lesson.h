@@ -54,7 +54,7 @@ public:
     static bool read(const QByteArray& bytes, Lesson* lesson, QString* reason, qint64 most = mostUnpacked);
 
     /// What the manifest calls them, in the order of SampleStep::Kind.
-    static constexpr const char* stepNames[] = {"smooth", "derivative", "crop", "edit"};
+    static constexpr const char* stepNames[] = {"smooth", "derivative", "crop", "edit", "formula", "remove"};
     static constexpr int mostSteps = 200;
     static constexpr int version = 1;
     static constexpr int mostEntries = 4096;

@@ -273,15 +273,32 @@ void Assembly::takeMember(const QJsonObject& member)
         !file.isEmpty() && takeFile(file, member[QLatin1String("crc32")].toString(), part, &part.experiment);
     if (part.isStored)
         takeSteps(member[QLatin1String("steps")].toArray(), &part);
-    const bool isRawNeeded = std::any_of(part.steps.cbegin(), part.steps.cend(), [](const SampleStep& step) {
-        return step.kind != SampleStep::Kind::Derivative;
-    });
+    const bool isRawNeeded = std::any_of(part.steps.cbegin(), part.steps.cend(),
+                                         [](const SampleStep& step) { return !step.isAppended(); });
     if (isRawNeeded)
         part.isRawStored = takeFile(member[QLatin1String("rawFile")].toString(),
                                     member[QLatin1String("rawCrc32")].toString(), part, &part.raw);
     if (isRawNeeded && !part.isRawStored)
         part.steps.clear(); // they cannot be taken back
     run->parts.append(part);
+}
+
+Calculation::Recipe recipeOf(const QJsonObject& told)
+{
+    Calculation::Recipe recipe;
+    recipe.name = told[QLatin1String("name")].toString();
+    recipe.unit = told[QLatin1String("unit")].toString();
+    recipe.digits = std::clamp(told[QLatin1String("digits")].toInt(-1), -1, Calculation::mostDigits);
+    recipe.formula = told[QLatin1String("formula")].toString();
+    const QJsonObject origins = told[QLatin1String("origins")].toObject();
+    for (auto it = origins.begin(); it != origins.end(); ++it) {
+        if (it.key().size() == 1)
+            recipe.origins.append({it.key().at(0), it.value().toInt(-1), 0, QString(), 0});
+    }
+    const QJsonObject constants = told[QLatin1String("constants")].toObject();
+    for (auto it = constants.begin(); it != constants.end(); ++it)
+        recipe.constants.append({it.key(), it.value().toDouble()});
+    return recipe;
 }
 
 /// All of them or none.
@@ -311,6 +328,8 @@ void Assembly::takeSteps(const QJsonArray& steps, Lesson::Part* part)
             step.first = told[QLatin1String("row")].toInt();
             step.value = told[QLatin1String("value")].toDouble();
         }
+        if (step.kind == SampleStep::Kind::Formula)
+            step.recipe = recipeOf(told);
         part->steps.append(step);
     }
 }

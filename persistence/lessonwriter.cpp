@@ -90,8 +90,23 @@ QString rawFileOf(int run, const Lesson::Part& part)
     return fileOf(run, part).replace(QStringLiteral(".xml"), QStringLiteral("-raw.xml"));
 }
 
+QJsonObject described(const Calculation::Recipe& recipe)
+{
+    QJsonObject origins;
+    for (const Calculation::Origin& origin : recipe.origins)
+        origins[QString(origin.letter)] = origin.place;
+    QJsonObject constants;
+    for (const Calculation::Constant& constant : recipe.constants)
+        constants[constant.name] = constant.value;
+    return {{"step", "formula"},       {"name", recipe.name},       {"unit", recipe.unit},
+            {"digits", recipe.digits}, {"formula", recipe.formula}, {"origins", origins},
+            {"constants", constants}};
+}
+
 QJsonObject described(const SampleStep& step)
 {
+    if (step.kind == SampleStep::Kind::Formula)
+        return described(step.recipe);
     QJsonObject object;
     object["step"] = LessonFile::stepNames[int(step.kind)];
     if (step.kind == SampleStep::Kind::Crop) {

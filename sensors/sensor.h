@@ -9,6 +9,7 @@
 #include "sensors/sensorids.h"
 #include "sensors/units.h"
 
+class Calculation;
 class Sensor;
 struct SensorRow;
 /// Several holders (a logger's list, data sets, views) keep one sensor alive.
@@ -125,6 +126,7 @@ public:
     int specialType = 0;
     bool isRate = false; ///< a change per second, which has a unit but no zero point of its own
     int specialOriginIndex = -1;
+    QSharedPointer<const Calculation> calculation; ///< of a channel that a formula gives, else null
     int appendIndex = 0;
     QString groupName;
 

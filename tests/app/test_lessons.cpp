@@ -19,6 +19,7 @@
 
 #include <qwt_legend_label.h>
 
+#include "app/graphtools.h"
 #include "classroom/classrun.h"
 #include "classroom/views.h"
 #include "common/settings.h"
@@ -151,6 +152,8 @@ private:
         bench->manager->plotAt(0)->getCurve(2)->hide();
         bench->manager->plotAt(0)->showNextRight();
         bench->data(1)->setSelectedSensor(1);
+        const auto energy = recipe(QStringLiteral("0.5*m*A^2 + B/m"));
+        QVERIFY(bench->data(1)->addCalculated(energy));
         show(1);
         for (const int i : {-1, 0, 1, 2}) { // also where nothing was measured
             Prediction line = Predictions::about(*bench->data(i), 0);
@@ -172,6 +175,16 @@ private:
         QCoreApplication::processEvents(); // the axes are known
         for (int i : {-1, 0, 1})
             bench->data(i)->setNeedSave(true);
+    }
+
+    Calculation::Recipe recipe(const QString& formula) const
+    {
+        Calculation::Recipe recipe;
+        Calculation::read(formula, bench->data(1)->getSensors(), &recipe);
+        recipe.name = QStringLiteral("Energy <1>");
+        recipe.unit = QStringLiteral("J");
+        recipe.constants = {{QStringLiteral("m"), 1 / 3.0}};
+        return recipe;
     }
 
     static void addFit(Plot* plot, CurveFit::Model model, const QString& expression = {})
@@ -327,6 +340,11 @@ private Q_SLOTS:
         QVERIFY(bench->data(0)->getSens(1)->readSetMinMax && !bench->data(0)->getSens(0)->readSetMinMax);
         QVERIFY(!bench->manager->plotAt(0)->getCurve(2)->isShown());
         QVERIFY(bench->manager->plotAt(0)->axisEnabled(QwtPlot::yRight));
+        ExpData second;
+        second.setContent(bench->data(1)->content()); // its formula is at work
+        second.replaceYVal(0, 2, 3);
+        QCOMPARE(second.getYNoConv(4).at(2), 1.5 + 3 * second.getYNoConv(1).at(2));
+        QCOMPARE(second.getYNoConv(4).at(3), bench->data(1)->getYNoConv(4).at(3));
         QCOMPARE(bench->manager->viewShownBy(1), int(VIEW_BAR));
         save(path("b.lesson"));
         QCOMPARE(unpacked(path("a.lesson")).size(), size_t(5)); // class, three groups, manifest
@@ -345,6 +363,32 @@ private Q_SLOTS:
         Q_EMIT bench->manager->plotAt(1)->changedActiveCurve(1, 0); // the class follows its groups
         QCOMPARE(bench->data(-1)->getSens(1)->ID, bench->data(1)->getSens(0)->ID);
         QCOMPARE(bench->data(-1)->getSens(1)->groupName, QString("Group B"));
+    }
+
+    void stepsOfFormulasComeBack()
+    {
+        measure(0, 0.1, 40);
+        measure(1, 0.1, 40);
+        auto* tools = bench->window->findChild<GraphTools*>();
+        QVERIFY(tools->addCalculated(1, recipe(QStringLiteral("A/m"))));
+        auto other = recipe(QStringLiteral("m*Energy <1> + A"));
+        other.name = QStringLiteral("Other");
+        QVERIFY(tools->addCalculated(1, other));
+        tools->removeCalculated(1);
+        const QVector<double> values = bench->data(1)->getYNoConv(4);
+        save(path("a.lesson"));
+        restart(false);
+        open(path("a.lesson"));
+        QVERIFY2(said().isEmpty(), qPrintable(said()));
+        ExpData* const set = bench->data(1);
+        for (const int channels : {6, 5, 4}) {
+            bench->action("undoAct")->trigger();
+            QCOMPARE(set->getNSens(), channels);
+        }
+        bench->action("redoAct")->trigger();
+        QCOMPARE(set->getYNoConv(4).size(), values.size());
+        QVERIFY(std::fabs(set->getYNoConv(4).at(7) - values.at(7)) < 1e-9);
+        QCOMPARE(set->getSens(4)->name, QStringLiteral("Energy <1>"));
     }
 
     void anImportedTableComesBack()

@@ -1,7 +1,11 @@
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QTest>
@@ -182,6 +186,71 @@ private Q_SLOTS:
         bench.action("endReadingAct")->trigger();
         QVERIFY(!table->isVisible() && !isLineIn(first) && !read->isChecked());
         QVERIFY(bench.action("stopAct")->shortcuts().contains(Qt::Key_Escape));
+    }
+
+    /// Asked in the dialog, in a run, for all groups.
+    void aChannelIsCalculated()
+    {
+        ClassBench bench(3);
+        bench.sample(0, 0, 10);
+        bench.sample(1, 0, 20);
+        Q_EMIT bench.manager->plotAt(0)->changedActivePlot(0);
+        const int channels = bench.data(0)->getNSens();
+        const auto ask = [&](const auto& person) {
+            QTimer::singleShot(0, bench.window.data(), [&] {
+                auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+                QVERIFY(dialog);
+                const auto field = [dialog](const char* name) {
+                    return dialog->findChild<QLineEdit*>(QLatin1String(name));
+                };
+                person(dialog, field);
+                dialog->reject();
+            });
+            Q_EMIT functions(bench)->activated(functions(bench)->findData(REG_FORMULA));
+        };
+        ask([](QDialog* dialog, const auto& field) {
+            auto* const answer = dialog->findChild<QLabel*>(QStringLiteral("answer"));
+            auto* const add = dialog->findChild<QPushButton*>(QStringLiteral("add"));
+            field("formula")->setText(QStringLiteral("c*humidity + K"));
+            QVERIFY2(answer->text().contains(QStringLiteral("no channel K")), qPrintable(answer->text()));
+            field("formula")->setText(QStringLiteral("c*humidity + d"));
+            field("constant_c")->setText(QStringLiteral("two"));
+            QVERIFY2(answer->text().contains(QStringLiteral("How much is c")), qPrintable(answer->text()));
+            field("constant_c")->setText(QStringLiteral("2,5"));
+            field("unit")->setText(QStringLiteral("J"));
+            QVERIFY2(answer->text().contains(QStringLiteral("26.00 J")), qPrintable(answer->text()));
+            field("name")->setText(QStringLiteral("Turbidity"));
+            QVERIFY(answer->text().contains(QStringLiteral("of this name")) && !add->isEnabled());
+            field("name")->setText(QStringLiteral("Energy"));
+            dialog->findChild<QCheckBox*>(QStringLiteral("forAll"))->setChecked(true);
+            add->click();
+        });
+        bench.sample(1, 1, 40);
+        QCOMPARE(bench.data(0)->getYNoConv(channels), QVector<double>({26}));
+        QCOMPARE(bench.data(1)->getYNoConv(channels), QVector<double>({51, 101}));
+        QCOMPARE(bench.data(2)->getNSens(), 2); // has other sensors
+        QVERIFY(bench.manager->plotAt(1)->getCurve(channels));
+        ask([](QDialog* dialog, const auto& field) {
+            dialog->findChild<QComboBox*>(QStringLiteral("existing"))->setCurrentIndex(1);
+            QCOMPARE(field("constant_c")->text(), QStringLiteral("2.5"));
+            field("constant_c")->setText(QStringLiteral("3"));
+            dialog->findChild<QPushButton*>(QStringLiteral("add"))->click();
+        });
+        QCOMPARE(bench.data(0)->getYNoConv(channels), QVector<double>({31}));
+        QCOMPARE(bench.data(1)->getYNoConv(channels).first(), 51.0);
+        ask([](QDialog* dialog, const auto&) {
+            dialog->findChild<QComboBox*>(QStringLiteral("existing"))->setCurrentIndex(1);
+            dialog->findChild<QPushButton*>(QStringLiteral("remove"))->click();
+        });
+        QCOMPARE(bench.data(0)->getNSens(), channels);
+        bench.tellEnd(0);
+        bench.tellEnd(1);
+        for (const double value : {31.0, -1.0, 26.0, -1.0}) {
+            bench.action("undoAct")->trigger();
+            QCOMPARE(bench.data(0)->getYNoConv(channels),
+                     value < 0 ? QVector<double>() : QVector<double>({value}));
+        }
+        QCOMPARE(bench.data(1)->getNSens(), channels + 1);
     }
 
     void groupsAreSortedByAValue()
