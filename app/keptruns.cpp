@@ -199,10 +199,15 @@ void KeptRuns::keep(const LessonRun& run, bool isSaved, const QString& name)
 {
     const QString journal = recorder->keep();
     const int at = place(std::exchange(shownId, 0));
+    const int gone = std::exchange(deletedOnScreen, 0);
     const bool isAny = std::any_of(run.parts.cbegin(), run.parts.cend(), hasSamples);
     const int held = isAny ? holder(run) : -1;
+    const auto deleted =
+        std::find_if(removed.begin(), removed.end(), [gone](const KeptRun& own) { return own.id == gone; });
     if (at >= 0 && isAny)
-        replace(at, run, isSaved, journal);
+        replace(&runs[at], run, isSaved, journal);
+    else if (isAny && deleted != removed.end())
+        replace(&*deleted, run, isSaved, journal); // for whoever takes that back
     else if (held >= 0 && runs.at(held).journal.isEmpty())
         runs[held].journal = journal;
     else if (isAny && held < 0)
@@ -214,9 +219,9 @@ void KeptRuns::keep(const LessonRun& run, bool isSaved, const QString& name)
 }
 
 /// The run that was shown, with what was changed in it meanwhile.
-void KeptRuns::replace(int at, const LessonRun& run, bool isSaved, const QString& journal)
+void KeptRuns::replace(KeptRun* kept, const LessonRun& run, bool isSaved, const QString& journal)
 {
-    KeptRun& own = runs[at];
+    KeptRun& own = *kept;
     const QString itsName = own.outline.name;
     const bool isPinned = own.outline.isPinned;
     own.outline = run;
@@ -253,6 +258,7 @@ void KeptRuns::noteShown(int id)
 {
     const int at = place(id);
     shownId = at < 0 ? 0 : id;
+    deletedOnScreen = 0;
     if (at < 0)
         return;
     quint8 groups = 0;
@@ -407,8 +413,8 @@ bool KeptRuns::takeAway(int id)
     const int at = place(id);
     if (at < 0)
         return false;
-    if (id == shownId)
-        shownId = 0; // what is on the screen stays there
+    if (id == shownId) // what is on the screen stays there
+        deletedOnScreen = std::exchange(shownId, 0);
     removed.append(runs.takeAt(at));
     Q_EMIT changed();
     Q_EMIT pinsChanged();
@@ -425,6 +431,8 @@ bool KeptRuns::putBack(int id, int at)
     removed.erase(found);
     run.outline.isPinned = run.outline.isPinned && pinned().size() < mostPinned;
     runs.insert(std::min(at, runs.size()), run);
+    if (id == deletedOnScreen)
+        shownId = std::exchange(deletedOnScreen, 0);
     Q_EMIT changed();
     Q_EMIT pinsChanged();
     return true;

@@ -124,7 +124,7 @@ private:
     bool setPinned(int id, bool tf);
     bool takeAway(int id);
     bool putBack(int id, int at);
-    void replace(int at, const LessonRun& run, bool isSaved, const QString& journal);
+    void replace(KeptRun* kept, const LessonRun& run, bool isSaved, const QString& journal);
     void append(const LessonRun& run, bool isSaved, const QString& name, const QString& journal);
     void fitMemory();
     KeptRun* known(int id);
@@ -138,6 +138,7 @@ private:
     QHash<int, int> onTheWay; ///< to the disk, and at which change
     QHash<int, QImage> pictures;
     int shownId = 0;
+    int deletedOnScreen = 0; ///< its samples still are there
     int lastId = 0;
     int lastNumber = 0; ///< of a name
     bool isAsked = false;

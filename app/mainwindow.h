@@ -262,6 +262,7 @@ private:
 
 private Q_SLOTS:
     void keepPresent();
+    void noteInSaving(bool isSaved);
     void keepGroup(int index);
     void keepBefore(int index);
     void showKept(int id);
@@ -449,9 +450,10 @@ private:
     void showGroupPart(int slot, const Lesson::Part& part);
     void showClassPart(const Lesson::Part& part);
 
-    quint8 savedRunning = 0;     ///< groups that ran on when a lesson was saved last
-    bool isSaving = false;       ///< on another thread
-    bool isLeavingAsked = false; ///< meanwhile
+    quint8 savedRunning = 0;              ///< groups that ran on when a lesson was saved last
+    bool isSaving = false;                ///< on another thread
+    QVector<int>* keptInSaving = nullptr; ///< what gave way while a lesson is written that has all of it
+    bool isLeavingAsked = false;          ///< meanwhile
     struct ConnectedGroup
     {
         QString port;

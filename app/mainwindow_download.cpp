@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/predictionkeeper.h"
 #include "app/runrecorder.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
@@ -98,6 +99,7 @@ void MainWindow::showFilled(const ClassJob& job)
     if (!statusLine->outcome().isEmpty())
         texts.prepend(statusLine->outcome());
     statusLine->setOutcome(texts.join(QStringLiteral("; ")));
+    predictions->tellResult(); // with what has come
 }
 
 void MainWindow::doSelectExperiment()

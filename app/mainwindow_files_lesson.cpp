@@ -177,26 +177,31 @@ bool MainWindow::writeLesson(const QString& fname, QString* reason)
             savedRunning |= quint8(1u << i);
     }
     bool isWritten = false;
+    QVector<int> meanwhile;
+    keptInSaving = &meanwhile;
     isSaving = true;
     statusBar()->showMessage(tr("%1 is being saved.").arg(QFileInfo(fname).fileName()));
     Waits::whileWorking([&] { isWritten = LessonFile::write(fname, lesson, reason); });
     statusBar()->clearMessage();
     isSaving = false;
+    keptInSaving = nullptr;
     for (ExpData* set : isWritten ? QVector<ExpData*>() : marked)
         set->setNeedSave(true);
     if (isWritten)
-        keptRuns->noteSaved(kept);
+        keptRuns->noteSaved(kept + meanwhile);
     return isWritten;
 }
 
 bool MainWindow::saveLesson(const QString& fname, QString* reason)
 {
+    const QDateTime begun = runBegun;
     const bool isWritten = writeLesson(fname, reason);
     const QString name = QFileInfo(fname).fileName();
     if (isWritten) {
         qCInfo(appLog, "saved %s", qPrintable(fname));
         recorder->noteSaved();
-        screenFile.keep(fname, *mTembrin->dataC(), true);
+        if (begun == runBegun) // else another run has the screen by now
+            screenFile.keep(fname, *mTembrin->dataC(), true);
         showFileName();
         statusBar()->showMessage(savedRunning == 0
                                      ? tr("%1 was saved.").arg(name)

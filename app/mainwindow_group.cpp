@@ -3,6 +3,7 @@
 #include "classroom/multiconnectionsmanager.h"
 #include "classroom/selectmanyloggers.h"
 #include "common/settings.h"
+#include "data/expdata.h"
 #include "instruments/pairingtool.h"
 #include "protocol/tembrinprotocol.h"
 
@@ -32,6 +33,12 @@ void MainWindow::doSelectMLog()
     bool isAsked = false;
     if (unsavedLoggers() >> dialog->nTembrins != 0 && !settleUnsaved(QString(), question, question, &isAsked))
         return;
+    for (int i = dialog->nTembrins; i < mTembrin->nDefTembrins(); ++i) {
+        if (mTembrin->dataAt(i)->getXSize() > 0) { // and has no graph any more
+            keepPresent();
+            break;
+        }
+    }
     disconnectAll();
     Settings::mainStore().setValue(QLatin1String(Settings::numDefined), dialog->nTembrins);
     setDisplayForNLoggers(dialog->nTembrins);

@@ -34,6 +34,7 @@ void MainWindow::connectFlows()
     connect(queue, &CommandQueue::begun, this, &MainWindow::clearOutcome);
     connect(queue, &CommandQueue::ended, this, &MainWindow::showOutcome);
     connect(queue, &CommandQueue::ended, this, &MainWindow::showFilled);
+    connect(queue, &CommandQueue::ended, this, &MainWindow::settleMemory, Qt::QueuedConnection);
 
     const ClassRun* run = &mTembrin->run();
     connect(run, &ClassRun::experimentBegun, this, &MainWindow::showNewExperiment);
@@ -105,7 +106,7 @@ void MainWindow::createSelfRun()
         mTembrin->sendCmdToAll(CMD_STOP_LOGGING);
     };
     selfRun = new SelfRun(
-        mTembrin, [this] { doRun(); }, stop, this);
+        mTembrin, [this] { doRun(); }, stop, [this] { return !isSaving; }, this);
     connect(selfRun, &SelfRun::changed, this, &MainWindow::updateActions);
     connect(selfRun, &SelfRun::told, statusLine, &StatusLine::setOutcome);
     connect(selfRun, &SelfRun::stopWanted, this, &MainWindow::doStopAll);
@@ -151,7 +152,7 @@ void MainWindow::showEndOfRun()
     if (!isSaving) // else it is not known yet whether it is saved
         recorder->noteSaved();
     hideBusyTitle();
-    settleMemory();
+    QMetaObject::invokeMethod(this, &MainWindow::settleMemory, Qt::QueuedConnection);
     markViews(-1);
     if (mTembrin->tembrinDataAt(0)->isVorta() && !mTembrin->tembrinAt(0)->Vorta_drawOnline)
         updateAll();
@@ -191,11 +192,14 @@ void MainWindow::showNewClass()
     graph->updateTitle(runTitle);
 }
 
-/// An opened lesson brings the names of its groups.
+/// An opened lesson brings the names of its groups, and samples keep that of who measured them when another
+/// group takes the place.
 QString MainWindow::titleName(int index) const
 {
     const bool isOfLesson = namedByLesson >> index & 1;
-    return isOfLesson ? mTembrin->dataAt(index)->getGroupName() : mTembrin->groupName(index);
+    const ExpData& set = *mTembrin->dataAt(index);
+    const bool isOfGroup = set.getXSize() > 0 && !set.getGroupName().isEmpty();
+    return isOfLesson || isOfGroup ? set.getGroupName() : mTembrin->groupName(index);
 }
 
 /// A logger that was lost in the run says so where its curve stands, and since when.

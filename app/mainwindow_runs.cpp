@@ -6,6 +6,7 @@
 #include "app/runspanel.h"
 #include "app/undosteps.h"
 #include "classroom/classrun.h"
+#include "classroom/commandqueue.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "data/expdata.h"
 #include "graph/pinnedcurves.h"
@@ -51,7 +52,16 @@ bool MainWindow::isScreenSaved() const
 void MainWindow::keepPresent()
 {
     endReplay();
-    keptRuns->keep(takeRun(), isScreenSaved(), keptName());
+    const bool isSaved = isScreenSaved();
+    keptRuns->keep(takeRun(), isSaved && !keptInSaving, keptName());
+    noteInSaving(isSaved);
+}
+
+/// What gives way while a lesson is written counts as saved when the file is there, and no sooner.
+void MainWindow::noteInSaving(bool isSaved)
+{
+    if (isSaved && keptInSaving && !keptRuns->all().isEmpty())
+        keptInSaving->append(keptRuns->all().constLast().id);
 }
 
 void MainWindow::keepGroup(int index)
@@ -61,7 +71,9 @@ void MainWindow::keepGroup(int index)
     const auto isOther = [index](const Lesson::Part& part) { return part.slot != index; };
     run.parts.erase(std::remove_if(run.parts.begin(), run.parts.end(), isOther), run.parts.end());
     run.isClassOfFile = false;
-    keptRuns->keepPart(run, !mTembrin->dataAt(index)->isNeedSave());
+    const bool isSaved = !mTembrin->dataAt(index)->isNeedSave();
+    keptRuns->keepPart(run, isSaved && !keptInSaving);
+    noteInSaving(isSaved);
 }
 
 /// What is fetched takes the place of one group after the other; the run before goes into the list once.
@@ -164,12 +176,14 @@ bool MainWindow::settleKept(bool* isAsked)
 /// What is in no file goes only where a person wants it. Nobody is asked in the middle of a run.
 void MainWindow::settleMemory()
 {
-    while (const int id = mTembrin->isAnyRunning() ? 0 : keptRuns->tooMuch()) {
+    // The loggers go first; the end of what they do asks again.
+    const bool isLater = mTembrin->isAnyRunning() || !mTembrin->queue().isIdle() || keptInSaving;
+    while (const int id = isLater ? 0 : keptRuns->tooMuch()) {
         const QString text =
             tr("The kept runs take more than %1 MB. %2 is the oldest. Shall it be deleted? It is in no file.")
                 .arg(keptRuns->limit() >> 20)
                 .arg(keptRuns->find(id)->outline.name);
-        if (prompt->confirm(this, tr("Too many runs"), text))
+        if (prompt->confirmForGood(this, tr("Too many runs"), text))
             keptRuns->drop(id);
         else
             keptRuns->stopAsking();

@@ -53,10 +53,7 @@ void MainWindow::toggleTiles()
     QList<QWidget*> others;
     for (int i = 0; i < mainW->count(); ++i)
         others.append(mainW->widget(i));
-    for (QToolBar* bar : findChildren<QToolBar*>()) {
-        if (bar != replayBar) // which plays them
-            others.append(bar);
-    }
+    others.append({fileToolBar, graphToolBar, tembrinToolBar, appToolBar}); // those at the bottom stay
     tileWall->enter(others);
     isFullBefore = isFullScreen();
     setWindowState(windowState() | Qt::WindowFullScreen);

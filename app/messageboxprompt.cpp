@@ -58,6 +58,12 @@ bool MessageBoxPrompt::confirm(QObject* parent, const QString& title, const QStr
            QMessageBox::Yes;
 }
 
+bool MessageBoxPrompt::confirmForGood(QObject* parent, const QString& title, const QString& text)
+{
+    return QMessageBox::warning(widgetOf(parent), title, text, QMessageBox::Yes | QMessageBox::Cancel,
+                                QMessageBox::Cancel) == QMessageBox::Yes;
+}
+
 std::optional<QString> MessageBoxPrompt::text(QObject* parent, const QString& title, const QString& label,
                                               const QString& start)
 {

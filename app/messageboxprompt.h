@@ -12,6 +12,7 @@ public:
     void critical(QObject* parent, const QString& title, const QString& text) override;
     Answer question(QObject* parent, const QString& title, const QString& text, bool withCancel) override;
     bool confirm(QObject* parent, const QString& title, const QString& text) override;
+    bool confirmForGood(QObject* parent, const QString& title, const QString& text) override;
     std::optional<QString> text(QObject* parent, const QString& title, const QString& label,
                                 const QString& start) override;
     std::optional<unsigned> color(QObject* parent, const QString& title, unsigned start) override;

@@ -24,6 +24,8 @@ public:
     void take(int index, const Prediction& drawn);
     /// Of all graphs, as one step.
     void removeAll();
+    /// How far the curves are from what was predicted, as they are now; nothing without predictions.
+    void tellResult();
 
 Q_SIGNALS:
     void told(const QString& line);
@@ -40,7 +42,6 @@ private:
     void note(const QString& name, const QVector<QVector<Prediction>>& before);
     QVector<QVector<Prediction>> all() const;
     void renew();
-    void tellResult();
 
     multiConnectionsManager* const manager;
     const std::function<QString(int)> groupName;

@@ -3,6 +3,7 @@
 #include "app/selfrundialog.h"
 #include "classroom/classrun.h"
 #include "classroom/commandqueue.h"
+#include "classroom/loggerconnector.h"
 #include "classroom/multiconnectionsmanager.h"
 #include "classroom/newestvalues.h"
 #include "data/novalue.h"
@@ -25,11 +26,13 @@ constexpr int msBetweenQuestions = 1000;
 } // namespace
 
 SelfRun::SelfRun(multiConnectionsManager* manager, const std::function<void()>& start,
-                 const std::function<void()>& stop, QMainWindow* window)
+                 const std::function<void()>& stop, const std::function<bool()>& mayBegin,
+                 QMainWindow* window)
     : QObject(window)
     , manager(manager)
     , window(window)
     , start(start)
+    , mayBegin(mayBegin)
     , logic(worldOf(start, stop))
 {
     clock.start();
@@ -51,7 +54,7 @@ AutoRun::World SelfRun::worldOf(const std::function<void()>& start, const std::f
     world.isFree = [this] { return isFree(); };
     world.isAnyoneThere = [this] {
         for (int i = 0; i < manager->nDefTembrins(); ++i) {
-            if (manager->isTembrinConnect(i))
+            if (manager->isTembrinConnect(i) || isComing(i))
                 return true;
         }
         return false;
@@ -64,11 +67,24 @@ AutoRun::World SelfRun::worldOf(const std::function<void()>& start, const std::f
     return world;
 }
 
-/// Nothing begins behind a dialog that waits for an answer, and who is looked for has its time.
+/// It is being connected, or will be in a moment.
+bool SelfRun::isComing(int slot) const
+{
+    using State = LoggerConnector::State;
+    const State state = manager->connector().state(slot);
+    return state == State::Opening || state == State::Waiting || state == State::Open;
+}
+
+/// Nothing begins behind a dialog that waits for an answer or beside a file on its way, and who is looked for
+/// or being connected has its time.
 bool SelfRun::isFree() const
 {
-    return manager->queue().isIdle() && !manager->isAnyRunning() && !manager->run().isAwaited() &&
-           !QApplication::activeModalWidget();
+    for (int i = 0; i < manager->nDefTembrins(); ++i) {
+        if (isComing(i))
+            return false;
+    }
+    return mayBegin() && manager->queue().isIdle() && !manager->isAnyRunning() &&
+           !manager->run().isAwaited() && !QApplication::activeModalWidget();
 }
 
 /// A run at a fast rate comes out of the memories afterwards.

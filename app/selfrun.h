@@ -22,9 +22,10 @@ class SelfRun : public QObject
     Q_OBJECT
 
 public:
-    /// `start` and `stop` do what a person does with Run and Stop. Nothing is owned.
+    /// `start` and `stop` do what a person does with Run and Stop, and `mayBegin` says whether a person
+    /// could. Nothing is owned.
     SelfRun(multiConnectionsManager* manager, const std::function<void()>& start,
-            const std::function<void()>& stop, QMainWindow* window);
+            const std::function<void()>& stop, const std::function<bool()>& mayBegin, QMainWindow* window);
 
     /// Asks for a plan; the one at work ends when there is another.
     void ask();
@@ -42,6 +43,7 @@ Q_SIGNALS:
 
 private:
     AutoRun::World worldOf(const std::function<void()>& start, const std::function<void()>& stop);
+    bool isComing(int slot) const;
     bool isFree() const;
     bool isEmptyRun() const;
     void takeChange();
@@ -51,6 +53,7 @@ private:
     multiConnectionsManager* const manager;
     QMainWindow* const window;
     const std::function<void()> start;
+    const std::function<bool()> mayBegin;
     NewestValues* newest = nullptr; ///< null until a level is watched
     int sensor = 0;
     AutoRun logic;

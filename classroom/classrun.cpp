@@ -129,6 +129,15 @@ void ClassRun::forget()
         Q_EMIT simulationEnded();
 }
 
+/// Who is not in a run shows nothing in it: what was there is of the run before.
+void ClassRun::clearPast(int slot)
+{
+    if (!data(slot) || data(slot)->getXSize() == 0)
+        return;
+    data(slot)->setDataNewEmpty(planned(slot), state(slot)->samplePeriod(), manager->groupName(slot));
+    Q_EMIT channelsPlanned(slot);
+}
+
 void ClassRun::order(quint8 which)
 {
     if (!manager->dataC())
@@ -137,8 +146,10 @@ void ClassRun::order(quint8 which)
     for (int slot = 0; slot < manager->nDefTembrins(); ++slot) {
         Place& place = places[slot];
         place = Place();
-        if (!(which >> slot & 1))
+        if (!(which >> slot & 1)) {
+            clearPast(slot);
             continue;
+        }
         place.isOrdered = true;
         place.isStored = state(slot)->isFastRate();
         place.storedBefore = state(slot)->numExperiments();

@@ -160,6 +160,7 @@ private:
     void followSensors(int slot);
     QVector<double> arranged(int slot, const QVector<double>& row) const;
     void beginRun();
+    void clearPast(int slot);
     void setPhase(int slot, Phase phase);
     void endIfNobodyRuns();
     void endRun();

@@ -29,6 +29,8 @@ public:
     virtual Answer question(QObject* parent, const QString& title, const QString& text, bool withCancel) = 0;
     /// A warning with the buttons Yes and Cancel; true on Yes.
     virtual bool confirm(QObject* parent, const QString& title, const QString& text) = 0;
+    /// The same for what can't be taken back: Enter means Cancel.
+    virtual bool confirmForGood(QObject* parent, const QString& title, const QString& text) = 0;
     /// One line of text, nothing when the person cancelled.
     virtual std::optional<QString> text(QObject* parent, const QString& title, const QString& label,
                                         const QString& start) = 0;

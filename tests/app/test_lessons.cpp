@@ -20,6 +20,7 @@
 #include <qwt_legend_label.h>
 
 #include "app/graphtools.h"
+#include "app/keptruns.h"
 #include "classroom/classrun.h"
 #include "classroom/views.h"
 #include "common/settings.h"
@@ -567,6 +568,40 @@ private Q_SLOTS:
         QCOMPARE(lesson.parts[1].experiment.times.size(), 20);
     }
 
+    /// Its predecessor is in the list as saved when the file is there, and no sooner.
+    void aRunBeginsWhileTheLastOneIsSaved_data()
+    {
+        columns<bool>({"isWritten"});
+        row("written", true);
+        row("disk full", false);
+    }
+
+    void aRunBeginsWhileTheLastOneIsSaved()
+    {
+        QFETCH(bool, isWritten);
+        bench->sample(0, 0, 1);
+        bench->tellEnd(0);
+        bool wasSaved = true;
+        const auto& runs = bench->window->findChild<KeptRuns*>()->all();
+        SafeFile::setFactory([&](const QString& name) -> std::unique_ptr<QSaveFile> {
+            QMetaObject::invokeMethod(
+                bench->window.data(),
+                [&] {
+                    bench->sample(0, 0, 7);
+                    wasSaved = runs.constFirst().isSaved;
+                },
+                Qt::BlockingQueuedConnection);
+            if (!isWritten)
+                return std::make_unique<FullDisk>(name);
+            return std::make_unique<QSaveFile>(name);
+        });
+        save(path("a.lesson"));
+        QVERIFY(!wasSaved && runs.size() == 1);
+        QCOMPARE(runs.constFirst().isSaved, isWritten);
+        QVERIFY(bench->data(0)->isNeedSave() && bench->data(0)->getYNoConvAt(0, 0) > 6);
+        QVERIFY(!bench->window->windowTitle().startsWith("a.lesson"));
+    }
+
     void noGroupLeavesTheClassUnasked_data()
     {
         columns<bool>({"isGivenUp"});
@@ -590,6 +625,8 @@ private Q_SLOTS:
         bench->action("colabConnectAct")->trigger();
         QVERIFY(bench->prompt.asked.join('\n').contains("before groups leave the class?"));
         QCOMPARE(bench->manager->nDefTembrins() == 3, !isGivenUp);
+        QCOMPARE(bench->window->findChild<KeptRuns*>()->all().size(),
+                 int(isGivenUp)); // seen again from there
     }
 
     void ctrlSKeepsItsLesson()

@@ -38,6 +38,10 @@ public:
         note(title, text);
         return confirmed;
     }
+    bool confirmForGood(QObject* parent, const QString& title, const QString& text) override
+    {
+        return confirm(parent, title, text);
+    }
     std::optional<QString> text(QObject*, const QString& title, const QString& label, const QString&) override
     {
         note(title, label);
