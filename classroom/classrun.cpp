@@ -11,6 +11,7 @@
 #include "protocol/tembrinprotocol.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace {
@@ -402,8 +403,9 @@ bool ClassRun::isSecondPart(const Place& place, int number) const
     return false;
 }
 
-bool ClassRun::isNew(const Place& place, int number) const
+bool ClassRun::isNew(int slot, int number) const
 {
+    const Place& place = places[slot];
     switch (place.phase) {
     case Phase::Idle:
     case Phase::Ordered:
@@ -414,9 +416,20 @@ bool ClassRun::isNew(const Place& place, int number) const
     case Phase::Running:
         if (place.last < 0) // it was known to run before its first sample
             return true;
-        return number <= place.last || (!place.isOrdered && number - place.last > biggestGap);
+        return number <= place.last ||
+               (!place.isOrdered && number - place.last > biggestGap && !isBackInTime(slot, number));
     }
     return true;
+}
+
+/// It was away, and its number is that of a run that has gone on meanwhile.
+bool ClassRun::isBackInTime(int slot, int number) const
+{
+    constexpr double mostLate = 2; // s, of a packet
+    const Place& place = places[slot];
+    const double dt = data(slot)->dt;
+    const double due = double(clock.elapsed() - place.zero) / 1000 - dt * double(place.shift);
+    return place.isAway && dt > 0 && std::abs(dt * number - due) <= mostLate + biggestGap * dt;
 }
 
 void ClassRun::takeSamples(int slot, short current, const QVector<QVector<double>>& rows, int samplesWaiting)
@@ -432,7 +445,7 @@ void ClassRun::takeSamples(int slot, short current, const QVector<QVector<double
     const int number = current * rows.size();
     if (isSecondPart(place, number))
         beginSecondPart(slot, number);
-    else if (isNew(place, number))
+    else if (isNew(slot, number))
         beginExperiment(slot, number, state(slot)->runChannels());
     goOn(slot);
     data(slot)->finalData = false;

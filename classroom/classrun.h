@@ -151,7 +151,8 @@ private:
     void takeEnd(int slot);
     void takeLoss(int slot);
     bool isLate(const Place& place, int current) const;
-    bool isNew(const Place& place, int number) const;
+    bool isNew(int slot, int number) const;
+    bool isBackInTime(int slot, int number) const;
     bool isSecondPart(const Place& place, int number) const;
     bool isAlone(int slot) const;
     void beginExperiment(int slot, int number, const SensorList& channels);

@@ -174,6 +174,26 @@ private Q_SLOTS:
         QCOMPARE(classFault({0, 1, 2}), QString());
     }
 
+    void aRunByKeysGoesOnBehindItsGap()
+    {
+        begin(loggers(2));
+        for (int i : {0, 1})
+            bench->pressStart(i);
+        QTRY_VERIFY(count(0) > 10 && count(1) > 10);
+        const double last = bench->data(1)->getX().constLast();
+        bench->pull(1);
+        QTRY_COMPARE(run().phase(1), ClassRun::Phase::Lost);
+        const int others = count(0);
+        QTRY_VERIFY(count(0) > others + 30);
+        QSignalSpy replaced(&run(), &ClassRun::groupReplaced);
+        bench->putBack(1);
+        bench->manager.connector().connectLogger(1);
+        QTRY_VERIFY(bench->data(1)->getX().constLast() > last + 0.5);
+        QVERIFY(replaced.isEmpty() && bench->data(1)->getXAt(0) < last);
+        stopAll();
+        QCOMPARE(classFault({0, 1}), QString());
+    }
+
     void anOlderRunStandsAtItsTrueTime()
     {
         begin(loggers(2));
