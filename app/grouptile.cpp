@@ -18,7 +18,7 @@ constexpr double headPart = 0.17; // of a large tile, as is the next
 constexpr double footPart = 0.13;
 constexpr double largestDigits = 0.62;
 constexpr double widthOfDigit = 0.66; // of its height, about
-constexpr double margin = 0.04;       // of a large tile's lower side
+constexpr double tileMargin = 0.04;   // of a large tile's lower side
 constexpr double afterUnit = 0.35;    // of the unit's height
 
 QFont sized(QFont font, double pixels, bool isBold = false)
@@ -196,7 +196,7 @@ void GroupTile::paintLarge(QPainter* painter) const
 {
     const Look colors = look();
     const QRectF frame = QRectF(rect()).adjusted(2, 2, -2, -2);
-    const double side = std::min(frame.width(), frame.height()) * margin;
+    const double side = std::min(frame.width(), frame.height()) * tileMargin;
     painter->setPen(GraphDesign::mixed(colors.ink, GraphDesign::surroundings, 0.6));
     painter->drawRect(frame);
     const QRectF inner = frame.adjusted(side, side / 2, -side, -side / 2);

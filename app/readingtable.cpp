@@ -11,12 +11,12 @@
 
 namespace {
 
-constexpr int margin = 6;     // pixels round the table
-constexpr int gap = 10;       // between columns
-constexpr int swatch = 12;    // of a curve's colour
-constexpr int rounding = 2;   // pixels that a text may be wider than it says
-constexpr int besideLine = 8; // pixels
-constexpr int longest = 16;   // heights of a text, for group and sensor
+constexpr int tableMargin = 6; // pixels round the table
+constexpr int tableGap = 10;   // between columns
+constexpr int swatch = 12;     // of a curve's colour
+constexpr int rounding = 2;    // pixels that a text may be wider than it says
+constexpr int besideLine = 8;  // pixels
+constexpr int longest = 16;    // heights of a text, for group and sensor
 
 bool isSame(const Reading& a, const Reading& b)
 {
@@ -89,10 +89,10 @@ void ReadingTable::measure()
 {
     const QFontMetrics metrics(font());
     const int height = metrics.height();
-    const int free = room().height() - 2 * margin - 2 * height;
+    const int free = room().height() - 2 * tableMargin - 2 * height;
     rowsOfBlock = qBound(1, free / height, qMax(1, rows.size()));
     const int blocks = qMax(1, (rows.size() + rowsOfBlock - 1) / rowsOfBlock);
-    int blockWidth = swatch + gap;
+    int blockWidth = swatch + tableGap;
     for (int column = 0; column < columnCount; ++column) {
         widths[column] = 0;
         for (int row = 0; row < rows.size(); ++row)
@@ -101,10 +101,11 @@ void ReadingTable::measure()
             widths[column] = qMin(widths[column], longest * height);
         if (widths[column] > 0)
             widths[column] += rounding;
-        blockWidth += widths[column] > 0 ? widths[column] + gap : 0;
+        blockWidth += widths[column] > 0 ? widths[column] + tableGap : 0;
     }
     const int lines = qMax(metrics.horizontalAdvance(place), metrics.horizontalAdvance(kind));
-    resize(2 * margin + qMax(lines, blocks * blockWidth - gap), 2 * margin + (rowsOfBlock + 2) * height);
+    resize(2 * tableMargin + qMax(lines, blocks * blockWidth - tableGap),
+           2 * tableMargin + (rowsOfBlock + 2) * height);
 }
 
 void ReadingTable::putBeside(const QPoint& line)
@@ -138,26 +139,26 @@ void ReadingTable::paintEvent(QPaintEvent*)
     QFont bold = font();
     bold.setBold(true);
     painter.setFont(bold);
-    painter.drawText(margin, margin + metrics.ascent(), place);
+    painter.drawText(tableMargin, tableMargin + metrics.ascent(), place);
     painter.setFont(font());
-    int blockWidth = swatch + gap;
+    int blockWidth = swatch + tableGap;
     for (const int width : widths)
-        blockWidth += width > 0 ? width + gap : 0;
+        blockWidth += width > 0 ? width + tableGap : 0;
     for (int row = 0; row < rows.size(); ++row) {
-        int x = margin + row / rowsOfBlock * blockWidth;
-        const int top = margin + (row % rowsOfBlock + 1) * height;
+        int x = tableMargin + row / rowsOfBlock * blockWidth;
+        const int top = tableMargin + (row % rowsOfBlock + 1) * height;
         const int thick = qMax(2, height / 6);
         painter.fillRect(x, top + height / 2 - thick / 2, swatch, thick,
                          rows.at(row).isPinned ? GraphDesign::mixed(rows.at(row).color, ground, 0.5)
                                                : rows.at(row).color);
-        x += swatch + gap;
+        x += swatch + tableGap;
         for (int column = 0; column < columnCount; ++column) {
             const int align = column == Value ? Qt::AlignRight : Qt::AlignLeft;
             painter.drawText(QRect(x, top, widths[column], height), align | Qt::AlignVCenter,
                              metrics.elidedText(cell(row, column), Qt::ElideRight, widths[column]));
-            x += widths[column] > 0 ? widths[column] + gap : 0;
+            x += widths[column] > 0 ? widths[column] + tableGap : 0;
         }
     }
     painter.setPen(GraphDesign::faintOn(ground));
-    painter.drawText(margin, margin + (rowsOfBlock + 1) * height + metrics.ascent(), kind);
+    painter.drawText(tableMargin, tableMargin + (rowsOfBlock + 1) * height + metrics.ascent(), kind);
 }

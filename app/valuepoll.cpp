@@ -4,7 +4,7 @@
 #include "classroom/multiconnectionsmanager.h"
 
 namespace {
-constexpr int msBetweenValues = 2000; // of one logger
+constexpr int msBetweenAnswers = 2000; // of one logger
 }
 
 ValuePoll::ValuePoll(multiConnectionsManager* manager, std::function<bool()> mayAsk, QObject* parent)
@@ -19,7 +19,7 @@ ValuePoll::ValuePoll(multiConnectionsManager* manager, std::function<bool()> may
 void ValuePoll::setOn(bool isOn)
 {
     if (isOn)
-        timer.start(msBetweenValues);
+        timer.start(msBetweenAnswers);
     else
         timer.stop();
 }
@@ -27,7 +27,7 @@ void ValuePoll::setOn(bool isOn)
 void ValuePoll::askNext()
 {
     const int count = qMax(1, manager->nDefTembrins());
-    timer.setInterval(msBetweenValues / count);
+    timer.setInterval(msBetweenAnswers / count);
     next = (next + 1) % count;
     if (mayAsk() && !manager->isMeasuring())
         manager->queue().askValues(next);
