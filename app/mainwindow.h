@@ -460,7 +460,7 @@ private:
         QString name;
     };
     ConnectedGroup connectedGroups[mostLoggers]; ///< as they were connected last
-    quint8 namedByLesson = 0; ///< a bit for each group whose title is that of an opened lesson
+    quint8 namedByLesson = 0; ///< a bit for each graph named by an opened lesson, or by who measured it
     int openMode = OPEN_NEW;
     ScreenFile screenFile;                        ///< of the set of the class
     std::function<bool(QPrinter*)> printerChoice; ///< empty for the system's dialog

@@ -161,6 +161,8 @@ void MainWindow::takeNewName(int index)
     const ConnectedGroup now{mTembrin->tembrinAt(index)->portName, mTembrin->groupName(index)};
     const ConnectedGroup before = std::exchange(known, now);
     ExpData* const set = mTembrin->dataAt(index);
+    if (set->getXSize() > 0 && before.port != now.port && set->getGroupName() != now.name)
+        namedByLesson |= quint8(1u << index); // what another group measured in this place
     if (before.port != now.port || before.name == now.name || set->getGroupName() != before.name)
         return;
     endReplay();

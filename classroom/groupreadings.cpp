@@ -7,10 +7,12 @@
 #include "data/expdata.h"
 #include "data/novalue.h"
 #include "protocol/tembrindata.h"
+#include "protocol/tembrinprotocol.h"
 
 #include <algorithm>
 #include <cmath>
 #include <tuple>
+#include <utility>
 
 namespace {
 
@@ -204,6 +206,12 @@ GroupReading GroupReadings::reading(int slot)
     if (manager->replay().isOn())
         return replayed(slot);
     const SensorPtr channel = manager->classChannel(slot);
+    const QString port = manager->tembrinAt(slot)->portName;
+    const QString before = std::exchange(places[slot].port, port);
+    if (!before.isEmpty() && before != port) {
+        places[slot] = Place(); // another logger has measured nothing yet
+        places[slot].port = port;
+    }
     takeValue(slot, channel);
     const Place& place = places[slot];
     GroupReading reading = readingOf(place, *channel);

@@ -62,6 +62,7 @@ private:
     };
     struct Place
     {
+        QString port;      ///< of the logger that all this is about
         qint64 rowAt = -1; ///< ms of `clock`, when the last row came
         qint64 snapshotAt = -1;
         int size = 0; ///< of the set after that row; another size is another run's, or edited
