@@ -445,6 +445,8 @@ void KeptRuns::remove(int id)
         return;
     const QString name = runs.at(at).outline.name;
     Q_EMIT doing();
+    if (id == shownId)
+        Q_EMIT told(tr("%1 is deleted. It stays on the graphs until another run takes its place.").arg(name));
     takeAway(id);
     Q_EMIT done(tr("Delete %1").arg(name),
                 [this, id, at](bool isBack) { return isBack ? putBack(id, at) : takeAway(id); });

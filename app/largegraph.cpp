@@ -51,6 +51,12 @@ void LargeGraph::reset()
     Q_EMIT changed();
 }
 
+void LargeGraph::restore()
+{
+    if (large)
+        arrange();
+}
+
 void LargeGraph::arrange()
 {
     const int alone = large && *large >= 0 ? *large : isFirstAlone ? 0 : -1;

@@ -33,6 +33,8 @@ public:
     void setFirstAlone(bool tf);
     /// The cells were laid out anew, all of them.
     void reset();
+    /// The cells were filled anew, and those beside a large graph came into sight.
+    void restore();
 
 Q_SIGNALS:
     void changed();

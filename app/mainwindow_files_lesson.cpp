@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/keptruns.h"
+#include "app/largegraph.h"
 #include "app/runline.h"
 #include "app/runrecorder.h"
 #include "app/undosteps.h"
@@ -298,6 +299,7 @@ void MainWindow::showRun(const LessonRun& run)
     namedByLesson = 0;
     for (int i = 0; i < mTembrin->nDefTembrins(); ++i)
         showGroupPart(i, groups[i]);
+    largeGraph->restore();
     runBegun = run.begun;
     showClassPart(classPart);
     mTembrin->run().classSet().restore(members);

@@ -29,6 +29,13 @@ QString areaText(const RangeStatistics& of)
                : QStringLiteral("–");
 }
 
+/// A small one would be rounded away.
+QString oneDecimal(double value)
+{
+    return value == 0 || std::fabs(value) >= 1 ? QStringLiteral("%L1").arg(value, 0, 'f', 1)
+                                               : Common::toSignificant(value);
+}
+
 QString slopeText(const RangeStatistics& of)
 {
     return std::isfinite(of.slope) ? FitTexts::withUnit(Common::toSignificant(of.slope), of.slopeUnit)
@@ -106,8 +113,8 @@ void statistics::update(const QString& sensName, const RangeStatistics& of, cons
     rangeText->setVisible(!range.isEmpty());
     const QString texts[] = {QStringLiteral("%L1").arg(of.min),
                              QStringLiteral("%L1").arg(of.max),
-                             QStringLiteral("%L1").arg(of.mean, 0, 'f', 1),
-                             QStringLiteral("%L1").arg(of.deviation, 0, 'f', 1),
+                             oneDecimal(of.mean),
+                             oneDecimal(of.deviation),
                              QString::number(of.n),
                              rate,
                              areaText(of),

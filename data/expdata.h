@@ -106,6 +106,8 @@ public:
     /// Appends a channel that follows its origins, also before there are samples, and comes along into the
     /// next run of these channels. False, with nothing changed, for a recipe that makes no sense here.
     bool addCalculated(const Calculation::Recipe& recipe);
+    /// Channel `channel` came from a file with its values, and goes on by its formula.
+    void restoreCalculated(int channel, const Calculation::Recipe& recipe, bool isRangeFixed);
 
     // --- repeated runs (expdata_repeat.cpp) ---
 
@@ -375,6 +377,7 @@ private:
     // Ranges and live samples
     void updateMapRange(int iSens);
     void setDefaultView(int iSens);
+    int decimalsOf(int calculated) const;
     void viewExtremes(int iSens);
     void followValue(int iSens, double value);
     void followLiveRange(int iSens, bool isFirst);

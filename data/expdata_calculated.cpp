@@ -44,14 +44,33 @@ bool ExpData::addCalculated(const Calculation::Recipe& recipe)
     return true;
 }
 
+void ExpData::restoreCalculated(int channel, const Calculation::Recipe& recipe, bool isRangeFixed)
+{
+    const SensorPtr& sensor = getSens(channel);
+    const auto calculation = QSharedPointer<const Calculation>::create(recipe, channel);
+    if (!sensor || !calculation->isValid())
+        return;
+    sensor->calculation = calculation;
+    sensor->specialOriginIndex = recipe.origins.constFirst().place;
+    sensor->min = sensor->max = 0; // nobody knows
+    sensor->precision = decimalsOf(channel);
+    if (!isRangeFixed)
+        setDefaultView(channel);
+}
+
 /// Rows `first` to `last` of a channel that a formula gives.
 void ExpData::calculate(int channel, int first, int last)
 {
     const QSharedPointer<const Calculation> calculation = sensors.at(channel)->calculation;
     for (int row = qMax(0, first); row <= last; ++row)
         putValue(channel, row, calculation->at(x, y, row));
-    const double largest = std::max(std::fabs(minY.at(channel)), std::fabs(maxY.at(channel)));
-    sensors.at(channel)->precision = calculation->decimals(largest);
+    sensors.at(channel)->precision = decimalsOf(channel);
+}
+
+int ExpData::decimalsOf(int calculated) const
+{
+    const double largest = std::max(std::fabs(minY.at(calculated)), std::fabs(maxY.at(calculated)));
+    return sensors.at(calculated)->calculation->decimals(largest);
 }
 
 /// All of a channel has other values; those that are calculated from it go along.

@@ -96,20 +96,14 @@ void fillPart(Sensor* sensor, int i, const Channel& channel)
 }
 
 /// The formula goes on with what stands before its channel.
-void restoreCalculation(const ExpData& data, int i, const Channel& channel)
+void restoreCalculation(ExpData* data, int i, const Channel& channel)
 {
     Calculation::Recipe recipe = channel.recipe;
-    if (recipe.origins.isEmpty() || Calculation::nameOrigins(data.getSensors(), &recipe) > i)
+    if (recipe.origins.isEmpty() || Calculation::nameOrigins(data->getSensors(), &recipe) > i)
         return;
     recipe.name = channel.ownName;
     recipe.unit = channel.unit;
-    const auto calculation = QSharedPointer<const Calculation>::create(recipe, i);
-    if (!calculation->isValid())
-        return;
-    const SensorPtr& sensor = data.getSens(i);
-    sensor->calculation = calculation;
-    sensor->specialOriginIndex = recipe.origins.constFirst().place;
-    sensor->precision = calculation->decimals(std::max(std::abs(data.minY.at(i)), std::abs(data.maxY.at(i))));
+    data->restoreCalculated(i, recipe, channel.isRangeFixed);
 }
 
 void fillChannel(ExpData* data, int i, const Channel& channel, bool append, const StoredExperiment& of)
@@ -131,7 +125,7 @@ void fillChannel(ExpData* data, int i, const Channel& channel, bool append, cons
     if (isPart)
         fillPart(data->getSens(i).data(), i, channel);
     if (isPart)
-        restoreCalculation(*data, i, channel);
+        restoreCalculation(data, i, channel);
     data->setLeftPad(i, channel.leftPad);
 }
 

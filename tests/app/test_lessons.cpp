@@ -27,6 +27,7 @@
 #include "data/stretch.h"
 #include "graph/myplotcurve.h"
 #include "graph/myplotmarker.h"
+#include "graph/scalemanager.h"
 #include "instruments/statusline.h"
 #include "persistence/lesson.h"
 #include "persistence/safefile.h"
@@ -153,7 +154,7 @@ private:
         bench->manager->plotAt(0)->getCurve(2)->hide();
         bench->manager->plotAt(0)->showNextRight();
         bench->data(1)->setSelectedSensor(1);
-        const auto energy = recipe(QStringLiteral("0.5*m*A^2 + B/m"));
+        const auto energy = recipe(QStringLiteral("m*A^2/100000 + B/m/10000"));
         QVERIFY(bench->data(1)->addCalculated(energy));
         show(1);
         for (const int i : {-1, 0, 1, 2}) { // also where nothing was measured
@@ -344,8 +345,12 @@ private Q_SLOTS:
         ExpData second;
         second.setContent(bench->data(1)->content()); // its formula is at work
         second.replaceYVal(0, 2, 3);
-        QCOMPARE(second.getYNoConv(4).at(2), 1.5 + 3 * second.getYNoConv(1).at(2));
+        QCOMPARE(second.getYNoConv(4).at(2), 3e-5 + 3e-4 * second.getYNoConv(1).at(2));
         QCOMPARE(second.getYNoConv(4).at(3), bench->data(1)->getYNoConv(4).at(3));
+        const int formula = bench->data(1)->getNSens() - 1; // which fills its graph, small as it is
+        const scaleManager& scaler = *bench->manager->plotAt(1)->scaler;
+        QVERIFY(scaler.getScaleMax(formula) - scaler.getScaleMin(formula) <
+                3 * (bench->data(1)->getMaxY(formula) - bench->data(1)->getMinY(formula)));
         QCOMPARE(bench->manager->viewShownBy(1), int(VIEW_BAR));
         save(path("b.lesson"));
         QCOMPARE(unpacked(path("a.lesson")).size(), size_t(5)); // class, three groups, manifest

@@ -190,6 +190,17 @@ private Q_SLOTS:
         QCOMPARE(names().constLast(), QStringLiteral("Run 4"));
     }
 
+    void aLargeGraphStaysLarge()
+    {
+        run(10);
+        run(20);
+        Q_EMIT bench->manager->plotAt(0)->changedActivePlot(0);
+        Q_EMIT bench->manager->plotAt(0)->enlargeAsked(0);
+        QVERIFY(!bench->manager->plotAt(1)->isVisible());
+        show(0);
+        QVERIFY(bench->manager->plotAt(0)->isVisible() && !bench->manager->plotAt(1)->isVisible());
+    }
+
     void whatIsDoneToTheListIsTakenBack()
     {
         for (int i = 0; i < 5; ++i)
